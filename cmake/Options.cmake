@@ -1,0 +1,25 @@
+# The settings of the build and the flags that every target shares.
+
+option(DISPLAY_DESK "Build the desk monitor and the desk object manager" ON)
+option(DISPLAY_TESTS "Build the tests" ON)
+option(DISPLAY_SANITIZE "Address and undefined-behaviour sanitizers" OFF)
+option(DISPLAY_COVERAGE "Line and branch coverage" OFF)
+option(DISPLAY_OWN_CMPI_HEADERS "Use include/cmpi even where the system has CMPI headers" OFF)
+set(MONITOR_SUPPORT_LIBRARY "" CACHE FILEPATH
+    "The monitor's own support library; empty: the desk substitute is built and linked")
+
+find_program(CCACHE ccache)
+if(CCACHE)
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
+    set(CMAKE_C_COMPILER_LAUNCHER ${CCACHE})
+endif()
+
+add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wformat-security -Werror)
+if(DISPLAY_SANITIZE)
+    add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer -O1)
+    add_link_options(-fsanitize=address,undefined)
+endif()
+if(DISPLAY_COVERAGE)
+    add_compile_options(--coverage -O0)
+    add_link_options(--coverage)
+endif()
