@@ -87,6 +87,7 @@ CMPIInstance *_makeInst_ZT_Marovelton_ColorSpace(const CMPIObjectPath *reference
 
 // ---- settings ----
 
+/** Sets the luminance of the preset in use, in cd/m2. */
 int SetDisplayLuminance(int luminance, char *errorText)
 {
     return sendSetting(COLOR_SPACE_ID, {{LUMINANCE, luminance}},
@@ -148,7 +149,7 @@ bool requireOffered(Call &call, int resetRegister, const char *refused)
            (offered == 1 || fail(call, CMPI_RC_ERR_NOT_SUPPORTED, refused));
 }
 
-bool lastCalibrationDiffers(Call &call)
+bool lastCalibrationCanBeReset(Call &call)
 {
     return requireOffered(call, RESET_LAST_CALIBRATION,
                           "Operation not allowed.Current store have user-adjusted luminance") &&
@@ -156,7 +157,7 @@ bool lastCalibrationDiffers(Call &call)
 }
 
 /** Unlike the last calibration, the factory's may be restored on a preset that is not in use. */
-bool factoryCalibrationDiffers(Call &call)
+bool factoryCalibrationCanBeReset(Call &call)
 {
     return requireOffered(call, RESET_FACTORY_CALIBRATION,
                           "Operation not allowed.Current store is same as factory store");
@@ -164,9 +165,11 @@ bool factoryCalibrationDiffers(Call &call)
 
 constexpr Method methods[] = {
     {.name = "SetDisplayLuminance", .run = runSetDisplayLuminance},
-    {.name = "ResetToLastCalibration", .precondition = lastCalibrationDiffers, .act = ResetToLastCalibration},
+    {.name = "ResetToLastCalibration",
+     .precondition = lastCalibrationCanBeReset,
+     .act = ResetToLastCalibration},
     {.name = "ResetToFactoryCalibration",
-     .precondition = factoryCalibrationDiffers,
+     .precondition = factoryCalibrationCanBeReset,
      .act = ResetToFactoryCalibration},
 };
 static_assert(methodsAreSound(methods));

@@ -16,17 +16,23 @@ CMPIObjectPath *newPath(const CMPIBroker *broker, const char *className, const C
                         CMPIStatus *status)
 {
     const char *nameSpace = textOf(CMGetNameSpace(reference, nullptr));
-    CMPIObjectPath *path = CMNewObjectPath(broker, nameSpace ? nameSpace : "", className, status);
+    CMPIObjectPath *path = nameSpace ? CMNewObjectPath(broker, nameSpace, className, status) : nullptr;
     if (!isNullObject(path))
         return path;
     setStatus(broker, status, CMPI_RC_ERR_FAILED, "Create CMPIObjectPath failed.");
     return nullptr;
 }
 
+/** Characters where the interface has a value: of the type CMPI_chars the pointer itself is the value. */
+static const CMPIValue *charsValue(const char *text)
+{
+    return static_cast<const CMPIValue *>(static_cast<const void *>(text));
+}
+
 void addKeys(const CMPIObjectPath *path, std::initializer_list<Key> keys)
 {
     for (const Key &key : keys)
-        CMAddKey(path, key.name, reinterpret_cast<const CMPIValue *>(key.value), CMPI_chars);
+        CMAddKey(path, key.name, charsValue(key.value), CMPI_chars);
 }
 
 bool readSystemName(const CMPIBroker *broker, CMPIStatus *status, const char *failure, SystemName *name)
@@ -142,7 +148,7 @@ void InstanceBuilder::real32(const char *name, float value)
 
 void InstanceBuilder::text(const char *name, const char *value)
 {
-    set(name, reinterpret_cast<const CMPIValue *>(value), CMPI_chars);
+    set(name, charsValue(value), CMPI_chars);
 }
 
 void InstanceBuilder::reference(const char *name, const CMPIObjectPath *value)
@@ -171,12 +177,24 @@ void InstanceBuilder::dateTime(const char *name, int64_t seconds)
         set(name, &data, CMPI_dateTime);
 }
 
+namespace
+{
+
+constexpr const char *arrayFailed = "Failed to initialize array.";
+
+} // namespace
+
 CMPIArray *InstanceBuilder::newArray(CMPICount size, CMPIType type)
 {
     if (!instance)
         return nullptr;
     CMPIArray *array = CMNewArray(broker, size, type, status);
-    return require(!isNullObject(array), "Failed to initialize array.") ? array : nullptr;
+    return require(!isNullObject(array), arrayFailed) ? array : nullptr;
+}
+
+void InstanceBuilder::setElement(CMPIArray *array, CMPICount position, const CMPIValue &value, CMPIType type)
+{
+    require(CMSetArrayElementAt(array, position, &value, type).rc == CMPI_RC_OK, arrayFailed);
 }
 
 void InstanceBuilder::uint16Array(const char *name, std::initializer_list<int> values)
@@ -189,7 +207,7 @@ void InstanceBuilder::uint16Array(const char *name, std::initializer_list<int> v
     for (const int value : values) {
         CMPIValue element = {};
         element.uint16 = static_cast<CMPIUint16>(value);
-        CMSetArrayElementAt(data.array, position++, &element, CMPI_uint16);
+        setElement(data.array, position++, element, CMPI_uint16);
     }
     set(name, &data, CMPI_uint16A);
 }
@@ -202,8 +220,8 @@ void InstanceBuilder::textArray(const char *name, const char *value)
         return;
     CMPIValue element = {};
     element.string = CMNewString(broker, value, nullptr);
-    if (element.string) // else the element stays null
-        CMSetArrayElementAt(data.array, 0, &element, CMPI_string);
+    if (require(element.string != nullptr, arrayFailed))
+        setElement(data.array, 0, element, CMPI_string);
     set(name, &data, CMPI_stringA);
 }
 
