@@ -1,0 +1,382 @@
+#include "engine/effects.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace desk
+{
+
+namespace
+{
+
+/* ---- the general case: the register's setting takes the value ---- */
+
+std::string address(const wire::Entry &entry)
+{
+    char text[16];
+    snprintf(text, sizeof text, "%u.%u.%u.%u", entry.octets[0], entry.octets[1], entry.octets[2],
+             entry.octets[3]);
+    return text;
+}
+
+std::string storeValue(Settings &settings, const SettingRow &row, const wire::Entry &entry)
+{
+    if (row.access == Access::ReadOnly)
+        return "cannot be written";
+    const bool isAddress = row.kind == Kind::Address;
+    if (entry.type != (isAddress ? wire::EntryAddress : wire::EntryNumber))
+        return isAddress ? "takes an address" : "takes a number";
+    const std::string value = isAddress ? address(entry) : std::to_string(entry.value);
+    if (const std::string wrong = complaint(row, value); !wrong.empty())
+        return value + " " + wrong;
+    settings.set(Key(static_cast<std::size_t>(&row - SettingRows)), value);
+    return {};
+}
+
+std::string storeRegister(Settings &settings, int registerId, int group, const wire::Entry &entry)
+{
+    return storeValue(settings, *findRegister(registerId, group), entry);
+}
+
+/* ---- colour ---- */
+
+std::string setLuminance(Settings &settings, const wire::Entry &entry)
+{
+    const Key key = presetKey(settings.activePreset(), PresetLuminance);
+    const std::string value = std::to_string(entry.value);
+    if (const std::string wrong = complaint(allSettings()[key.index()], value); !wrong.empty())
+        return value + " " + wrong;
+    settings.set(key, entry.value);
+    return {};
+}
+
+std::string resetToFactoryCalibration(Settings &settings, const wire::Entry &)
+{
+    settings.reset(presetKey(settings.activePreset(), PresetLuminance));
+    settings.reset(presetKey(settings.activePreset(), PresetCalibratedLuminance));
+    return {};
+}
+
+std::string resetToLastCalibration(Settings &settings, const wire::Entry &)
+{
+    const int active = settings.activePreset();
+    settings.set(presetKey(active, PresetLuminance),
+                 settings.number(presetKey(active, PresetCalibratedLuminance)));
+    return {};
+}
+
+std::string resetColorSpaces(Settings &settings, const wire::Entry &)
+{
+    for (int preset = 0; preset < PresetCount; ++preset)
+        for (int field = 0; field < PresetFieldCount; ++field)
+            settings.reset(presetKey(preset, static_cast<PresetField>(field)));
+    settings.reset("active_color_space");
+    return {};
+}
+
+/* ---- inputs ---- */
+
+std::string nextActiveInput(Settings &settings, const wire::Entry &)
+{
+    const int selected = settings.number("video_input");
+    for (int step = 1; step < InputCount; ++step) {
+        const int input = (selected + step) % InputCount;
+        if (settings.number(inputActive(input)) != 0) {
+            settings.set("video_input", input);
+            return {};
+        }
+    }
+    return {}; /* no other input has a signal: the selected one stays */
+}
+
+std::string swapInputs(Settings &settings, const wire::Entry &)
+{
+    const int main = settings.number("video_input");
+    settings.set("video_input", settings.number("pip_source"));
+    settings.set("pip_source", main);
+    return {};
+}
+
+/* ---- 4K region: a window of the panel's size on the larger picture ---- */
+
+constexpr int PanelWidth = 2560;
+constexpr int PanelHeight = 1440;
+
+struct Span {
+    int low, high;
+};
+
+/* Where the window's left edge may lie; a DCI region of kind 1 cuts the picture at both sides. */
+Span windowColumns(int width, int dciRegion)
+{
+    const int rest = std::max(0, width - PanelWidth);
+    if (dciRegion == 1 && (width == 4096 || width == 4095))
+        return {width == 4096 ? 50 : 49, rest - 50};
+    return {0, rest};
+}
+
+/* Where its upper edge may lie; a DCI region of kind 2 cuts the picture above and below. */
+Span windowRows(int width, int height, int dciRegion)
+{
+    const int rest = std::max(0, height - PanelHeight);
+    if (dciRegion == 2 && (width == 4096 || width == 4095) && height == 2160)
+        return {222, rest - 222};
+    return {0, rest};
+}
+
+/* The corners clockwise from the upper left. */
+std::string nextCorner(Settings &settings, const wire::Entry &)
+{
+    const int input = settings.number("video_input");
+    const int width = settings.number(inputWidth(input));
+    const int height = settings.number(inputHeight(input));
+    const Span x = windowColumns(width, settings.number("dci_image_region"));
+    const Span y = windowRows(width, height, settings.number("dci_image_region"));
+
+    const int corner = (settings.number("displayed_4k_corner") + 1) % 4;
+    settings.set("displayed_4k_corner", corner);
+    settings.set("scroll_4k_position_x", corner == 1 || corner == 2 ? x.high : x.low);
+    settings.set("scroll_4k_position_y", corner >= 2 ? y.high : y.low);
+    return {};
+}
+
+/* ---- picture in picture: a window 160 pixels or more from every edge of the panel ---- */
+
+constexpr int PipMargin = 160;
+constexpr int PipFreePosition = 4;
+
+struct Extent {
+    int width, height;
+};
+constexpr Extent PipSizes[] = {{1920, 1080}, {284, 160}, {712, 400}}; /* maximum, minimum, default */
+
+int pipRight(const Settings &settings)
+{
+    return PanelWidth - PipMargin - settings.number("pip_width");
+}
+
+int pipBottom(const Settings &settings)
+{
+    return PanelHeight - PipMargin - settings.number("pip_height");
+}
+
+/* Puts the window where its position says: into its corner, or, where it is free, back inside the panel. */
+void placePip(Settings &settings)
+{
+    const int position = settings.number("pip_position");
+    int x = settings.number("pip_position_x");
+    int y = settings.number("pip_position_y");
+    if (position != PipFreePosition) {
+        x = position == 1 || position == 2 ? pipRight(settings) : PipMargin;
+        y = position >= 2 ? pipBottom(settings) : PipMargin;
+    }
+    settings.set("pip_position_x", std::clamp(x, PipMargin, pipRight(settings)));
+    settings.set("pip_position_y", std::clamp(y, PipMargin, pipBottom(settings)));
+}
+
+std::string setPipPosition(Settings &settings, const wire::Entry &entry)
+{
+    std::string wrong = storeRegister(settings, 51, PipGroup, entry);
+    if (wrong.empty())
+        placePip(settings);
+    return wrong;
+}
+
+std::string outsidePanel(int value, int most)
+{
+    return std::to_string(value) + " is outside " + std::to_string(PipMargin) + ".." + std::to_string(most) +
+           ", which the size of the picture leaves";
+}
+
+std::string setPipPositionX(Settings &settings, const wire::Entry &entry)
+{
+    if (entry.value < PipMargin || entry.value > pipRight(settings))
+        return outsidePanel(entry.value, pipRight(settings));
+    settings.set("pip_position", PipFreePosition);
+    return storeRegister(settings, 52, PipGroup, entry);
+}
+
+std::string setPipPositionY(Settings &settings, const wire::Entry &entry)
+{
+    if (entry.value < PipMargin || entry.value > pipBottom(settings))
+        return outsidePanel(entry.value, pipBottom(settings));
+    settings.set("pip_position", PipFreePosition);
+    return storeRegister(settings, 53, PipGroup, entry);
+}
+
+std::string setPipSize(Settings &settings, const wire::Entry &entry)
+{
+    std::string wrong = storeRegister(settings, 54, PipGroup, entry);
+    if (!wrong.empty())
+        return wrong;
+    settings.set("pip_width", PipSizes[entry.value].width);
+    settings.set("pip_height", PipSizes[entry.value].height);
+    placePip(settings);
+    return {};
+}
+
+std::string setPipHeight(Settings &settings, const wire::Entry &entry)
+{
+    std::string wrong = storeRegister(settings, 55, PipGroup, entry);
+    if (!wrong.empty())
+        return wrong;
+    settings.set("pip_width", entry.value * 16 / 9);
+    placePip(settings);
+    return {};
+}
+
+std::string nextPipCorner(Settings &settings, const wire::Entry &)
+{
+    const int position = settings.number("pip_position");
+    settings.set("pip_position", position == PipFreePosition ? 0 : (position + 1) % 4);
+    placePip(settings);
+    return {};
+}
+
+std::string pipOnOff(Settings &settings, const wire::Entry &)
+{
+    settings.set("pip_mode", settings.number("pip_mode") == 0 ? 1 : 0);
+    return {};
+}
+
+/* ---- quick actions on one setting ---- */
+
+std::string toggle(Settings &settings, Key key)
+{
+    settings.set(key, settings.number(key) == 0 ? 1 : 0);
+    return {};
+}
+
+std::string nextSourceScaling(Settings &settings, const wire::Entry &)
+{
+    settings.set("source_scaling_4k", (settings.number("source_scaling_4k") + 1) % 4);
+    return {};
+}
+
+/* ---- network ---- */
+
+std::string setIpAddress(Settings &settings, const wire::Entry &entry)
+{
+    const int first = entry.octets[0];
+    if (entry.type == wire::EntryAddress && (first == 0 || first == 127 || first >= 224))
+        return address(entry) + " is not an address of a host";
+    return storeRegister(settings, 87, RemoteGroup, entry);
+}
+
+std::string setSubnetMask(Settings &settings, const wire::Entry &entry)
+{
+    const std::uint32_t mask = static_cast<std::uint32_t>(entry.octets[0]) << 24 |
+                               static_cast<std::uint32_t>(entry.octets[1]) << 16 |
+                               static_cast<std::uint32_t>(entry.octets[2]) << 8 | entry.octets[3];
+    const std::uint32_t hosts = ~mask;
+    if (entry.type == wire::EntryAddress && (mask == 0 || (hosts & (hosts + 1)) != 0))
+        return address(entry) + " is not a subnet mask";
+    return storeRegister(settings, 88, RemoteGroup, entry);
+}
+
+/* ---- the whole monitor ---- */
+
+std::string factoryReset(Settings &settings, const wire::Entry &)
+{
+    settings = Settings();
+    return {};
+}
+
+/* Picture, picture in picture, menu, buttons and test pattern; not the inputs' signals, which are the desk's.
+ */
+std::string resetDisplaySettings(Settings &settings, const wire::Entry &)
+{
+    for (std::size_t i = 0; i < std::size(SettingRows); ++i) {
+        const SettingRow &row = SettingRows[i];
+        const bool signal = row.registerId >= 66 && row.registerId <= 68;
+        const bool display = row.group == ImageGroup || row.group == PipGroup || row.group == MenuGroup ||
+                             row.group == FunctionButtonGroup || row.group == BezelButtonGroup ||
+                             row.group == TestPatternGroup;
+        if (display && !signal)
+            settings.reset(Key(i));
+    }
+    return {};
+}
+
+/* 1 turns the monitor off softly, 0 on again; the state that is shown is 1 for on. */
+std::string softPowerOff(Settings &settings, const wire::Entry &entry)
+{
+    if (entry.value != 0 && entry.value != 1)
+        return std::to_string(entry.value) + " is outside 0..1";
+    settings.set("soft_power_state", 1 - entry.value);
+    return {};
+}
+
+/* What one register does alone. Every other register stores its value into the setting of its row. */
+struct Effect {
+    int registerId;
+    int group;
+    int type; /* the entry's; AnyType: left to the function */
+    std::string (*apply)(Settings &, const wire::Entry &);
+};
+constexpr int AnyType = -1;
+
+constexpr Effect Effects[] = {
+    {0, ColorSpaceGroup, wire::EntryNumber, setLuminance},
+    {19, ResetGroup, wire::EntryNumber, resetToFactoryCalibration},
+    {20, ResetGroup, wire::EntryNumber, resetToLastCalibration},
+    {51, PipGroup, AnyType, setPipPosition},
+    {52, PipGroup, wire::EntryNumber, setPipPositionX},
+    {53, PipGroup, wire::EntryNumber, setPipPositionY},
+    {54, PipGroup, AnyType, setPipSize},
+    {55, PipGroup, AnyType, setPipHeight},
+    {58, PipGroup, wire::EntryNumber, swapInputs},
+    {87, RemoteGroup, AnyType, setIpAddress},
+    {88, RemoteGroup, AnyType, setSubnetMask},
+    {140, ResetGroup, wire::EntryNumber, factoryReset},
+    {142, ResetGroup, AnyType,
+     [](Settings &s, const wire::Entry &e) { return storeRegister(s, 79, ManagementGroup, e); }},
+    {144, ResetGroup, wire::EntryNumber, resetDisplaySettings},
+    {150, QuickActionGroup, wire::EntryNumber, resetColorSpaces},
+    {151, QuickActionGroup, wire::EntryNumber, nextSourceScaling},
+    {152, QuickActionGroup, wire::EntryNumber, nextActiveInput},
+    {153, QuickActionGroup, wire::EntryNumber,
+     [](Settings &s, const wire::Entry &) { return toggle(s, "use_video_levels"); }},
+    {154, QuickActionGroup, wire::EntryNumber,
+     [](Settings &s, const wire::Entry &) { return toggle(s, "overscan"); }},
+    {155, QuickActionGroup, wire::EntryNumber,
+     [](Settings &s, const wire::Entry &) { return toggle(s, "show_blue_channel"); }},
+    {156, QuickActionGroup, wire::EntryNumber, nextCorner},
+    {157, QuickActionGroup, wire::EntryNumber, pipOnOff},
+    {158, QuickActionGroup, wire::EntryNumber, swapInputs},
+    {159, QuickActionGroup, wire::EntryNumber, nextPipCorner},
+    {180, GeneralGroup, wire::EntryNumber, softPowerOff},
+};
+
+/* Registers without a row of their own that show something and cannot be written. */
+constexpr int ShownOnly[][2] = {
+    {19, ColorSpaceGroup}, {20, ColorSpaceGroup}, {41, ImageGroup},  {42, ImageGroup},
+    {63, PipGroup},        {64, PipGroup},        {65, PipGroup},    {131, InfoGroup},
+    {136, VersionGroup},   {141, ResetGroup},     {143, ResetGroup}, {175, TestPatternGroup},
+};
+
+bool shownOnly(int registerId, int group)
+{
+    if (registerId >= 2 && registerId <= 18 && (group == ColorSpaceGroup || group == ColorParameterGroup))
+        return true;
+    return std::any_of(std::begin(ShownOnly), std::end(ShownOnly),
+                       [=](const int(&shown)[2]) { return shown[0] == registerId && shown[1] == group; });
+}
+
+} // namespace
+
+std::string applyEntry(Settings &settings, int group, const wire::Entry &entry)
+{
+    for (const Effect &effect : Effects) {
+        if (effect.registerId != entry.registerId || effect.group != group)
+            continue;
+        if (effect.type != AnyType && effect.type != entry.type)
+            return "takes a number";
+        return effect.apply(settings, entry);
+    }
+    if (const SettingRow *row = findRegister(entry.registerId, group))
+        return storeValue(settings, *row, entry);
+    return shownOnly(entry.registerId, group) ? "cannot be written" : "does not belong to the group";
+}
+
+} // namespace desk

@@ -1,0 +1,84 @@
+#include "support/environment.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <limits>
+
+namespace desk
+{
+
+namespace
+{
+
+const char *variable(const char *name)
+{
+    const char *value = getenv(name);
+    return value != nullptr && *value != '\0' ? value : nullptr;
+}
+
+std::filesystem::path defaultStoreDirectory()
+{
+    namespace fs = std::filesystem;
+    if (const char *state = variable("XDG_STATE_HOME"))
+        return fs::path(state) / "desk-monitor";
+    if (const char *home = variable("HOME"))
+        return fs::path(home) / ".local" / "state" / "desk-monitor";
+    return "/var/tmp/desk-monitor-" + std::to_string(getuid());
+}
+
+} // namespace
+
+std::string storePath()
+{
+    if (const char *path = variable("DESK_MONITOR_STORE"))
+        return path;
+    return defaultStoreDirectory() / "store.db";
+}
+
+void makeStoreDirectory()
+{
+    namespace fs = std::filesystem;
+    if (variable("DESK_MONITOR_STORE") != nullptr)
+        return;
+    /* A directory that cannot be made shows when the store is opened in it. */
+    std::error_code ignored;
+    if (fs::create_directories(defaultStoreDirectory(), ignored))
+        fs::permissions(defaultStoreDirectory(), fs::perms::owner_all, ignored);
+}
+
+std::optional<key_t> parseQueueKey(const std::string &text)
+{
+    char *end = nullptr;
+    errno = 0;
+    const long key = strtol(text.c_str(), &end, 0);
+    if (text.empty() || *end != '\0' || errno != 0 || key <= 0 ||
+        key > std::numeric_limits<key_t>::max() - QueueCount)
+        return std::nullopt;
+    return static_cast<key_t>(key);
+}
+
+std::optional<key_t> queueBaseKey()
+{
+    const char *text = variable("DESK_MONITOR_QUEUE_KEY");
+    return text == nullptr ? DefaultQueueKey : parseQueueKey(text);
+}
+
+std::chrono::nanoseconds receiveTimeout()
+{
+    constexpr double defaultSeconds = 5;
+    constexpr double longest = 24 * 3600;
+    double seconds = defaultSeconds;
+    if (const char *text = variable("DESK_MONITOR_RECEIVE_TIMEOUT")) {
+        char *end = nullptr;
+        seconds = strtod(text, &end);
+        if (*end != '\0' || !std::isfinite(seconds) || seconds < 0)
+            seconds = defaultSeconds;
+    }
+    return std::chrono::nanoseconds(static_cast<long long>(std::fmin(seconds, longest) * 1e9));
+}
+
+} // namespace desk
