@@ -42,9 +42,9 @@ CMPIInstance *_makeInst_ZT_Marovelton_BezelButton(const CMPIObjectPath *referenc
     buttons.text("Caption", _ClassName);
     buttons.text("ElementName", _ClassName);
     buttons.text("InstanceID", _InstanceID);
-    buttons.text("Description",
-                 "A class derived from Logical Element that represents the single node container of the "
-                 "Display Managemet System.");
+    buttons.text(
+        "Description",
+        "A class derived from Logical Element that represents the single node container of the Display Managemet System.");
     buttons.formatted("Name", "%s-BezelButton", systemName(monitor).text);
     return buttons.finish();
 }

@@ -78,9 +78,9 @@ CMPIInstance *_makeInst_ZT_Marovelton_ColorSpace(const CMPIObjectPath *reference
     preset.text("Caption", _ClassName);
     preset.text("ElementName", _ClassName);
     preset.text("InstanceID", InstanceID(_InstanceID, index).text);
-    preset.text("Description",
-                "A class derived from Logical Element that represents the single node container of the "
-                "Display Management System.");
+    preset.text(
+        "Description",
+        "A class derived from Logical Element that represents the single node container of the Display Management System.");
     preset.text("Name", name);
     return preset.finish();
 }

@@ -365,8 +365,7 @@ int addEntry(WebCmd &command, int row, int registerId, int value, char *errorTex
         if (entry.RegisterValue.Value % 625 != 0) {
             copyText(
                 errorText, ERROR_TEXT_SIZE,
-                "Invalid Opacity Value. valid opacity values are 25, 31.25, 37.50, 43.75, 50, 56.25, 62.50, "
-                "68.75, 81.25, 87.50, 93.75, 100");
+                "Invalid Opacity Value. valid opacity values are 25, 31.25, 37.50, 43.75, 50, 56.25, 62.50, 68.75, 81.25, 87.50, 93.75, 100");
             return -1;
         }
     }

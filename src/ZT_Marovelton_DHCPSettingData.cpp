@@ -31,9 +31,9 @@ CMPIInstance *_makeInst_ZT_Marovelton_DHCPSettingData(const CMPIObjectPath *refe
     instance.uint16("ProtocolIFType", 4096); // IPv4
     instance.text("InstanceID", _InstanceID);
     instance.text("Caption", _ClassName);
-    instance.text("Description",
-                  "A class derived from CIM DHCPSettingData that represents the single node container "
-                  "of the Display Management.");
+    instance.text(
+        "Description",
+        "A class derived from CIM DHCPSettingData that represents the single node container of the Display Management.");
     instance.uint16("ChangeableType", 0);
     return instance.finish();
 }

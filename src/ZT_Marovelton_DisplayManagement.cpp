@@ -41,9 +41,9 @@ CMPIInstance *_makeInst_ZT_Marovelton_DisplayManagement(const CMPIObjectPath *re
     switches.text("Caption", _ClassName);
     switches.text("ElementName", _ClassName);
     switches.text("InstanceID", _InstanceID);
-    switches.text("Description",
-                  "A class derived from Logical Element that represents the single node container of the "
-                  "Display Management System.");
+    switches.text(
+        "Description",
+        "A class derived from Logical Element that represents the single node container of the Display Management System.");
     switches.formatted("Name", "%s-DisplayManagement", systemName(monitor).text);
     return switches.finish();
 }

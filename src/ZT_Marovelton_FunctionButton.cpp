@@ -46,9 +46,9 @@ CMPIInstance *_makeInst_ZT_Marovelton_FunctionButton(const CMPIObjectPath *refer
     button.text("Caption", _ClassName);
     button.text("ElementName", _ClassName);
     button.text("InstanceID", instanceID.text);
-    button.text("Description",
-                "A class derived from Logical Element that represents the single node container of the "
-                "Display Managemet System.");
+    button.text(
+        "Description",
+        "A class derived from Logical Element that represents the single node container of the Display Managemet System.");
     return button.finish();
 }
 

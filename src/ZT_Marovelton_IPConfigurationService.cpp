@@ -14,8 +14,7 @@ constexpr NetworkObject service = {
     .nameFormat = "%s-IPConfigurationService",
     .instanceID = "ZT:Marovelton_IPConfigurationService",
     .description =
-        "A class derived from CIM IPConfigurationService that represents the single node container of the "
-        "Display management.",
+        "A class derived from CIM IPConfigurationService that represents the single node container of the Display management.",
 };
 
 } // namespace

@@ -13,8 +13,7 @@ constexpr NetworkObject connection = {
     .nameFormat = "%s-IPNetworkConnection",
     .instanceID = "ZT:Marovelton_IPNetworkConnection",
     .description =
-        "A class derived from CIM IPNetworkConnectiom that represents the single node container of the "
-        "Display management.",
+        "A class derived from CIM IPNetworkConnectiom that represents the single node container of the Display management.",
 };
 
 } // namespace

@@ -226,9 +226,9 @@ CMPIInstance *_makeInst_ZT_Marovelton_IPProtocolEndpoint(const CMPIObjectPath *r
     instance.text("IPv6Address", none);
     instance.uint16("IPVersionSupport", record->version);
     instance.text("Caption", "Protocol Endpoint for IP (Internet Protocol) ");
-    instance.text("Description",
-                  "A communication point to send and receive data. This class is dedicated to link IP "
-                  "intefaces to Logical Networks.");
+    instance.text(
+        "Description",
+        "A communication point to send and receive data. This class is dedicated to link IP intefaces to Logical Networks.");
     instance.text("Status", "OK");
     instance.text("ElementName", record->name);
     instance.uint16("EnabledState", record->enabled);

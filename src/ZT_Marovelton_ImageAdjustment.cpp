@@ -51,9 +51,9 @@ CMPIInstance *_makeInst_ZT_Marovelton_ImageAdjustment(const CMPIObjectPath *refe
     picture.text("Caption", _ClassName);
     picture.text("ElementName", _ClassName);
     picture.text("InstanceID", _InstanceID);
-    picture.text("Description",
-                 "A class derived from Logical Element that represents the single node container of the "
-                 "Display Management System.");
+    picture.text(
+        "Description",
+        "A class derived from Logical Element that represents the single node container of the Display Management System.");
     picture.formatted("Name", "%s-ImageAdjustment", systemName(monitor).text);
     return picture.finish();
 }

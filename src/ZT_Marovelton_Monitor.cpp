@@ -65,9 +65,9 @@ CMPIInstance *_makeInst_ZT_Marovelton_Monitor(const CMPIObjectPath *reference, C
     monitor.text("ElementName", _ClassName);
     monitor.text("InstanceID", _DeviceID);
     monitor.text("Name", system.text);
-    monitor.text("Description",
-                 "A class derived from FlatPanel that represents the single node container of the "
-                 "Display Management System.");
+    monitor.text(
+        "Description",
+        "A class derived from FlatPanel that represents the single node container of the Display Management System.");
     return monitor.finish();
 }
 

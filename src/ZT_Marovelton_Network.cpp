@@ -55,9 +55,9 @@ CMPIInstance *makeServiceInst(const CMPIBroker *broker, const SwitchedService &s
     instance.text("Caption", service.className);
     instance.text("ElementName", service.className);
     instance.text("InstanceID", service.instanceID);
-    instance.text("Description",
-                  "A class derived from CIM Service that represents the single node container of "
-                  "the Display Management System.");
+    instance.text(
+        "Description",
+        "A class derived from CIM Service that represents the single node container of the Display Management System.");
     instance.uint16Array("AvailableRequestedStates", {2, 3});
     return instance.finish();
 }

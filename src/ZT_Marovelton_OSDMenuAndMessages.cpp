@@ -50,9 +50,9 @@ CMPIInstance *_makeInst_ZT_Marovelton_OSDMenuAndMessages(const CMPIObjectPath *r
     osd.text("Caption", _ClassName);
     osd.text("ElementName", _ClassName);
     osd.text("InstanceID", _InstanceID);
-    osd.text("Description",
-             "A class derived from Logical Element that represents the single node container of the "
-             "Display Management System.");
+    osd.text(
+        "Description",
+        "A class derived from Logical Element that represents the single node container of the Display Management System.");
     osd.formatted("Name", "%s-OSDMenuAndMessages", systemName(monitor).text);
     return osd.finish();
 }
@@ -120,9 +120,9 @@ int SetOpacity(float opacity, char *errorText)
     const int16_t hundredths = static_cast<int16_t>(truncated(static_cast<double>(opacity) * 100.0));
     if (hundredths % 625 != 0) {
         // Steps of 6.25 %. The list leaves out 75, which is accepted.
-        copyText(errorText, ERROR_TEXT_SIZE,
-                 "Invalid Opacity Value. valid opacity values are 25, 31.25, 37.50, 43.75, 50, 56.25, 62.50, "
-                 "68.75, 81.25, 87.50, 93.75, 100");
+        copyText(
+            errorText, ERROR_TEXT_SIZE,
+            "Invalid Opacity Value. valid opacity values are 25, 31.25, 37.50, 43.75, 50, 56.25, 62.50, 68.75, 81.25, 87.50, 93.75, 100");
         return -1;
     }
     return exchange(setRequest(MENU_SETTINGS_ID, {{OPACITY_VALUE, hundredths}}), texts, errorText);
@@ -174,8 +174,7 @@ bool runSetOSDPosition(Call &call)
                call, x,
                {0, 2560, "Invalid input value range, Valid values of OSDpositionX between 0 and 2560."}, y,
                {0, 1440, "Invalid input value range. Valid values of OSDpositionY between  0 and 1440."},
-               "Invalid input value range. Valid Values of OSDpositionX are between 0 and 2560 , Valid "
-               "values of OSDpositionY are between 0 and 1440.") &&
+               "Invalid input value range. Valid Values of OSDpositionX are between 0 and 2560 , Valid values of OSDpositionY are between 0 and 1440.") &&
            settled(call, SetOSDPosition(x, y, call.errorText));
 }
 

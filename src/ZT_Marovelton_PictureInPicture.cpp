@@ -45,9 +45,9 @@ CMPIInstance *_makeInst_ZT_Marovelton_PictureInPicture(const CMPIObjectPath *ref
     pip.text("Caption", _ClassName);
     pip.text("ElementName", _ClassName);
     pip.text("InstanceID", _InstanceID);
-    pip.text("Description",
-             "A class derived from Logical Element that represents the single node container of the "
-             "Display Management System.");
+    pip.text(
+        "Description",
+        "A class derived from Logical Element that represents the single node container of the Display Management System.");
     pip.formatted("Name", "%s-PictureInPicture", systemName(monitor).text);
     return pip.finish();
 }
@@ -201,19 +201,16 @@ struct PositionLimits {
 constexpr PositionLimits positionLimits[] = {
     {{160, 480, "Invalid values, PIP Size is maximum. Valid Values of PIPPositionX are between 160 and 480."},
      {160, 200, "Invalid values, PIP Size is maximum. Valid values of PIPPositionY are between 160 and 200."},
-     "Invalid values, PIP Size is maximum. Valid Values of PIPPositionX are between 160 and 480 and Valid "
-     "values of PIPPositionY are between 160 and 200."},
+     "Invalid values, PIP Size is maximum. Valid Values of PIPPositionX are between 160 and 480 and Valid values of PIPPositionY are between 160 and 200."},
     {{160, 2116,
       "Invalid values, PIP Size is minimum. Valid Values of PIPPositionX are between 160 and 2116."},
      {160, 1120,
       "Invalid values, PIP Size is minimum. Valid values of PIPPositionY are between 160 and 1120."},
-     "Invalid values, PIP Size is minimum. Valid Values of PIPPositionX are between 160 and 2116 and Valid "
-     "values of PIPPositionY are between 160 and 1120."},
+     "Invalid values, PIP Size is minimum. Valid Values of PIPPositionX are between 160 and 2116 and Valid values of PIPPositionY are between 160 and 1120."},
     {{160, 1688,
       "Invalid values, PIP Size is default. Valid Values of PIPPositionX are between 160 and 1688."},
      {160, 880, "Invalid values, PIP Size is default. Valid values of PIPPositionY are between 160 and 880."},
-     "Invalid values, PIP Size is default. Valid Values of PIPPositionX are between 160 and 1688 and Valid "
-     "values of PIPPositionY are between 160 and 880."},
+     "Invalid values, PIP Size is default. Valid Values of PIPPositionX are between 160 and 1688 and Valid values of PIPPositionY are between 160 and 880."},
 };
 static_assert(PIP_SIZE_MAXIMUM == 0 && PIP_SIZE_MINIMUM == 1 && PIP_SIZE_DEFAULT == 2);
 

@@ -33,9 +33,9 @@ CMPIInstance *_makeInst_ZT_Marovelton_TestPatternGenerator(const CMPIObjectPath 
     generator.text("Caption", _ClassName);
     generator.text("ElementName", _ClassName);
     generator.text("InstanceID", _InstanceID);
-    generator.text("Description",
-                   "A class derived from Logical Element that represents the single node container of the "
-                   "Display Management System.");
+    generator.text(
+        "Description",
+        "A class derived from Logical Element that represents the single node container of the Display Management System.");
     generator.formatted("Name", "%s-TestPatternGenerator", systemName(monitor).text);
     if (!generator.require(GetTestPatternInfo(&info) == 0,
                            "Failed to get test pattern information from database."))

@@ -62,9 +62,9 @@ CMPIInstance *_makeInst_ZT_Marovelton_VideoInput(const CMPIObjectPath *reference
     input.text("Caption", _ClassName);
     input.text("ElementName", _ClassName);
     input.text("InstanceID", instanceID.text);
-    input.text("Description",
-               "A class derived from Logical Element that represents the single node container of the "
-               "Display Management System.");
+    input.text(
+        "Description",
+        "A class derived from Logical Element that represents the single node container of the Display Management System.");
     return input.finish();
 }
 
