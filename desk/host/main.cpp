@@ -56,6 +56,9 @@ bool redirectProviderOutput(const std::string &file, int &ownOutput)
         return false;
     }
     close(descriptor);
+    if (file != "/dev/null") {
+        std::setvbuf(stdout, nullptr, _IOLBF, 0); // whoever reads the file sees each line when it is printed
+    }
     return true;
 }
 

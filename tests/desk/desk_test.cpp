@@ -1,0 +1,236 @@
+#include "desk_test.h"
+
+#include "support/shell.h"
+
+#include <monitor_support.h>
+
+#include <fcntl.h>
+#include <sys/ipc.h>
+#include <sys/msg.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <thread>
+
+namespace
+{
+
+constexpr std::size_t MessageSize = 40;
+constexpr std::size_t TypeSize = 4;
+
+struct KernelMessage {
+    long type;
+    std::uint8_t bytes[8192];
+};
+
+int hexDigit(char c)
+{
+    if (c >= '0' && c <= '9')
+        return c - '0';
+    if (c >= 'a' && c <= 'f')
+        return c - 'a' + 10;
+    ADD_FAILURE() << "not a hexadecimal digit: " << c;
+    return 0;
+}
+
+} // namespace
+
+std::vector<std::uint8_t> bytesOf(const char *hex)
+{
+    std::string digits;
+    for (; *hex != '\0'; ++hex)
+        if (*hex != ' ')
+            digits += *hex;
+    EXPECT_EQ(digits.size() % 2, 0u) << digits;
+    std::vector<std::uint8_t> bytes;
+    for (std::size_t i = 0; i + 1 < digits.size(); i += 2)
+        bytes.push_back(static_cast<std::uint8_t>(hexDigit(digits[i]) << 4 | hexDigit(digits[i + 1])));
+    return bytes;
+}
+
+pid_t startProgram(const std::vector<std::string> &arguments, const std::string &errorFile)
+{
+    std::vector<char *> pointers;
+    for (const std::string &argument : arguments)
+        pointers.push_back(const_cast<char *>(argument.c_str()));
+    pointers.push_back(nullptr);
+    const pid_t process = fork();
+    if (process != 0)
+        return process;
+    prctl(PR_SET_PDEATHSIG, SIGKILL); /* a test program that crashes leaves no engine behind */
+    const int errors = open(errorFile.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
+    const int nothing = open("/dev/null", O_RDWR);
+    dup2(nothing, STDIN_FILENO);
+    dup2(nothing, STDOUT_FILENO);
+    dup2(errors, STDERR_FILENO);
+    execv(pointers[0], pointers.data());
+    _exit(127);
+}
+
+int endOf(pid_t process)
+{
+    int status = 0;
+    while (waitpid(process, &status, 0) == -1)
+        if (errno != EINTR)
+            return -1;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+bool eventually(const std::function<bool()> &condition)
+{
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > end)
+            return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return true;
+}
+
+std::string contentOf(const std::string &file)
+{
+    std::ifstream stream(file);
+    std::ostringstream content;
+    content << stream.rdbuf();
+    return content.str();
+}
+
+void DeskTest::SetUp()
+{
+    static int tests = 0;
+    /* In memory where there is such a place: flushing to a disk is most of what a test would wait for. */
+    std::string name =
+        std::string(access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp") + "/desk-tests-XXXXXX";
+    ASSERT_NE(mkdtemp(name.data()), nullptr);
+    directory = name;
+    store = directory + "/store.db";
+    /* Four keys per test, apart from those of every other process. */
+    queueKey = 0x10000000 | (static_cast<int>(getpid()) & 0x3fffff) << 6 | (tests++ % 16) * 4;
+    setenv("DESK_MONITOR_STORE", store.c_str(), 1);
+    setenv("DESK_MONITOR_QUEUE_KEY", std::to_string(queueKey).c_str(), 1);
+    setenv("DESK_MONITOR_RECEIVE_TIMEOUT", "5", 1);
+}
+
+void DeskTest::TearDown()
+{
+    if (engine != -1)
+        stopEngine(SIGKILL);
+    for (int queue = 0; queue < 4; ++queue)
+        if (const int identifier = queueIdentifier(queue, false); identifier != -1)
+            msgctl(identifier, IPC_RMID, nullptr);
+    std::filesystem::remove_all(directory);
+    unsetenv("DESK_MONITOR_STORE");
+    unsetenv("DESK_MONITOR_QUEUE_KEY");
+    unsetenv("DESK_MONITOR_RECEIVE_TIMEOUT");
+}
+
+void DeskTest::startEngine(std::vector<std::string> options)
+{
+    std::filesystem::remove(directory + "/engine.log");
+    options.insert(options.begin(), DESK_ENGINE);
+    engine = startProgram(options, directory + "/engine.log");
+    ASSERT_TRUE(engineLogged("desk-engine: ready")) << engineLog();
+}
+
+int DeskTest::stopEngine(int signal)
+{
+    kill(engine, signal);
+    const int status = endOf(engine);
+    engine = -1;
+    return status;
+}
+
+bool DeskTest::engineLogged(const std::string &text)
+{
+    return eventually([&] { return engineLog().find(text) != std::string::npos; });
+}
+
+int DeskTest::command(const std::string &arguments)
+{
+    char **out = nullptr, **err = nullptr;
+    const int status = runcommand((DESK_MONITOR " " + arguments).c_str(), nullptr, &out, &err);
+    commandOutput.clear();
+    commandErrors.clear();
+    for (char **line = out; line != nullptr && *line != nullptr; ++line)
+        commandOutput += *line;
+    for (char **line = err; line != nullptr && *line != nullptr; ++line)
+        commandErrors += *line;
+    freeresultbuf(out);
+    freeresultbuf(err);
+    return status;
+}
+
+int DeskTest::queueIdentifier(int queue, bool create)
+{
+    return msgget(queueKey + queue, create ? IPC_CREAT | 0600 : 0);
+}
+
+void DeskTest::makeQueue(int queue)
+{
+    ASSERT_NE(queueIdentifier(queue, true), -1);
+}
+
+void DeskTest::sendRaw(long type, const std::vector<std::uint8_t> &bytes)
+{
+    KernelMessage message;
+    message.type = type;
+    ASSERT_LE(bytes.size(), sizeof message.bytes);
+    std::copy(bytes.begin(), bytes.end(), message.bytes);
+    ASSERT_EQ(msgsnd(queueIdentifier(0, true), &message, bytes.size(), IPC_NOWAIT), 0) << strerror(errno);
+}
+
+void DeskTest::sendRaw(const char *fortyBytes)
+{
+    const std::vector<std::uint8_t> bytes = bytesOf(fortyBytes);
+    ASSERT_EQ(bytes.size(), MessageSize) << fortyBytes;
+    const long type = bytes[0] | bytes[1] << 8 | bytes[2] << 16 | bytes[3] << 24;
+    sendRaw(type, {bytes.begin() + TypeSize, bytes.end()});
+}
+
+std::optional<RawMessage> DeskTest::receiveRaw()
+{
+    KernelMessage message;
+    ssize_t size = -1;
+    const int queue = queueIdentifier(3, true);
+    const bool came = eventually([&] {
+        size = msgrcv(queue, &message, sizeof message.bytes, 0, IPC_NOWAIT);
+        return size != -1;
+    });
+    if (!came)
+        return std::nullopt;
+    return RawMessage{message.type, {message.bytes, message.bytes + size}};
+}
+
+unsigned long DeskTest::waiting(int queue)
+{
+    msqid_ds state{};
+    const int identifier = queueIdentifier(queue, false);
+    return identifier != -1 && msgctl(identifier, IPC_STAT, &state) == 0 ? state.msg_qnum : 0;
+}
+
+RawMessage DeskTest::request(const char *hex)
+{
+    std::vector<std::uint8_t> bytes = bytesOf(hex);
+    EXPECT_LE(bytes.size(), MessageSize) << hex;
+    bytes.resize(MessageSize);
+    sendRaw(bytes[0], {bytes.begin() + TypeSize, bytes.end()});
+    const std::optional<RawMessage> reply = receiveRaw();
+    EXPECT_TRUE(reply.has_value()) << "no reply to " << hex;
+    return reply.value_or(RawMessage{0, std::vector<std::uint8_t>(MessageSize - TypeSize, 0xee)});
+}
+
+std::string DeskTest::registerText(int registerId, int group)
+{
+    char text[REGISTER_TEXT_SIZE] = "untouched";
+    return GetRegisterValue(registerId, group, text) == 0 ? text : "failure";
+}

@@ -1,0 +1,284 @@
+/* The message queues through the support library, with and without an engine. */
+#include "desk_test.h"
+
+#include <monitor_support.h>
+
+#include <sys/ipc.h>
+#include <sys/msg.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstring>
+
+namespace
+{
+
+using Clock = std::chrono::steady_clock;
+
+SpearMessage getRequest()
+{
+    SpearMessage message{};
+    message.Type = 1;
+    message.Data.Cmd = PROCESS_GET_REQUEST;
+    message.Data.Source = WSMAN;
+    message.Data.Arg.sWebCmd.GroupId = PEXAL_INFO_ID;
+    return message;
+}
+
+SpearMessage selectInput(int input)
+{
+    SpearMessage message{};
+    message.Type = 1;
+    message.Data.Cmd = PROCESS_SET_REQUEST;
+    message.Data.Source = WSMAN;
+    message.Data.Arg.sWebCmd.Count = 1;
+    message.Data.Arg.sWebCmd.GroupId = VIDEO_INPUT_ID;
+    message.Data.Arg.sWebCmd.sRegdetails[0].Register = VIDEO_INPUT;
+    message.Data.Arg.sWebCmd.sRegdetails[0].RegisterValue.Value = static_cast<std::int16_t>(input);
+    return message;
+}
+
+class Queues : public DeskTest
+{
+  protected:
+    void SetUp() override
+    {
+        DeskTest::SetUp();
+        ASSERT_EQ(SpearEngineMessageQueueCreate(MSG_QUEUE_SPEAR_APP, &requests), 0);
+        ASSERT_EQ(SpearEngineMessageQueueCreate(MSG_QUEUE_WSMAN, &replies), 0);
+    }
+
+    void shortTimeout(const char *seconds)
+    {
+        setenv("DESK_MONITOR_RECEIVE_TIMEOUT", seconds, 1);
+    }
+
+    int requests = -1;
+    int replies = -1;
+};
+
+TEST_F(Queues, HaveTheBaseKeyPlusTheirNumber)
+{
+    for (int queue = 0; queue < 4; ++queue) {
+        int identifier = -1;
+        ASSERT_EQ(SpearEngineMessageQueueCreate(queue, &identifier), 0);
+        EXPECT_EQ(identifier, msgget(queueKey + queue, 0));
+        msqid_ds state;
+        ASSERT_EQ(msgctl(identifier, IPC_STAT, &state), 0);
+        EXPECT_EQ(state.msg_perm.mode & 0777, 0600);
+        int again = -1;
+        ASSERT_EQ(SpearEngineMessageQueueCreate(queue, &again), 0);
+        EXPECT_EQ(again, identifier);
+    }
+}
+
+TEST_F(Queues, ThatDoNotExistFail)
+{
+    int identifier = 77;
+    EXPECT_NE(SpearEngineMessageQueueCreate(-1, &identifier), 0);
+    EXPECT_NE(SpearEngineMessageQueueCreate(4, &identifier), 0);
+    EXPECT_EQ(identifier, 77);
+    EXPECT_NE(SpearEngineMessageQueueCreate(0, nullptr), 0);
+    setenv("DESK_MONITOR_QUEUE_KEY", "several", 1);
+    EXPECT_NE(SpearEngineMessageQueueCreate(0, &identifier), 0);
+    setenv("DESK_MONITOR_QUEUE_KEY", std::to_string(queueKey).c_str(), 1);
+}
+
+TEST_F(Queues, TakeTheKeyInHexadecimalToo)
+{
+    char hex[32];
+    snprintf(hex, sizeof hex, "0x%x", static_cast<unsigned>(queueKey));
+    setenv("DESK_MONITOR_QUEUE_KEY", hex, 1);
+    int identifier = -1;
+    ASSERT_EQ(SpearEngineMessageQueueCreate(0, &identifier), 0);
+    EXPECT_EQ(identifier, requests);
+}
+
+/* The bytes on the queue, typed from the layout. */
+TEST_F(Queues, CarryTheMessageByteForByte)
+{
+    ASSERT_EQ(SendStatusMessagetoSource(selectInput(2), requests), 0);
+    struct {
+        long type;
+        std::uint8_t bytes[64];
+    } message;
+    ASSERT_EQ(msgrcv(requests, &message, sizeof message.bytes, 0, IPC_NOWAIT), 36);
+    EXPECT_EQ(message.type, 1);
+    const std::uint8_t expected[36] = {3, 0, 7, 0, 0, 1, 1, 0, 25, 0, 2, 0};
+    EXPECT_EQ(memcmp(message.bytes, expected, 36), 0);
+}
+
+TEST_F(Queues, RefuseAMessageWithoutAType)
+{
+    SpearMessage message = getRequest();
+    for (std::int32_t type : {0, -1}) {
+        message.Type = type;
+        EXPECT_NE(SendStatusMessagetoSource(message, requests), 0);
+    }
+    EXPECT_EQ(waiting(0), 0u);
+}
+
+TEST_F(Queues, FailWhenTheyAreNone)
+{
+    EXPECT_NE(SendStatusMessagetoSource(getRequest(), -1), 0);
+    EXPECT_NE(RecvMessageFromSource(getRequest(), -1), 0);
+}
+
+TEST_F(Queues, RefuseAMessageWhenTheyAreFull)
+{
+    int sent = 0;
+    while (sent < 100000 && SendStatusMessagetoSource(getRequest(), requests) == 0)
+        ++sent;
+    EXPECT_GT(sent, 10);
+    EXPECT_LT(sent, 100000);
+    EXPECT_EQ(waiting(0), static_cast<unsigned long>(sent));
+}
+
+TEST_F(Queues, BringAReply)
+{
+    startEngine();
+    for (int input : {1, 2, 0}) {
+        ASSERT_EQ(SendStatusMessagetoSource(selectInput(input), requests), 0);
+        ASSERT_EQ(RecvMessageFromSource(SpearMessage{}, replies), 0);
+        EXPECT_EQ(registerText(25, 1), std::to_string(input));
+    }
+    ASSERT_EQ(SendStatusMessagetoSource(getRequest(), requests), 0);
+    EXPECT_EQ(RecvMessageFromSource(SpearMessage{}, replies), 0);
+    EXPECT_EQ(waiting(3), 0u);
+}
+
+TEST_F(Queues, GiveUpAfterTheTimeout)
+{
+    shortTimeout("0.2");
+    const Clock::time_point start = Clock::now();
+    EXPECT_NE(RecvMessageFromSource(SpearMessage{}, replies), 0);
+    EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(200));
+    EXPECT_LT(Clock::now() - start, std::chrono::seconds(5));
+}
+
+TEST_F(Queues, WaitWithoutBurningTheProcessor)
+{
+    shortTimeout("1");
+    const clock_t before = clock();
+    EXPECT_NE(RecvMessageFromSource(SpearMessage{}, replies), 0);
+    EXPECT_LT(static_cast<double>(clock() - before) / CLOCKS_PER_SEC, 0.2);
+}
+
+TEST_F(Queues, TakeATimeoutThatIsNoneAsTheDefault)
+{
+    shortTimeout("soon");
+    startEngine();
+    ASSERT_EQ(SendStatusMessagetoSource(getRequest(), requests), 0);
+    EXPECT_EQ(RecvMessageFromSource(SpearMessage{}, replies), 0);
+}
+
+TEST_F(Queues, RemovedWhileWaitingFailAtOnce)
+{
+    const std::string log = directory + "/log";
+    const pid_t remover = startProgram(
+        {"/bin/sh", "-c", std::string("sleep 0.2; exec ") + DESK_MONITOR + " queues remove"}, log);
+    const Clock::time_point start = Clock::now();
+    EXPECT_NE(RecvMessageFromSource(SpearMessage{}, replies), 0);
+    EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(4500)) << "before its five seconds";
+    EXPECT_EQ(endOf(remover), 0);
+}
+
+/* What answers an earlier request is gone before the next one is sent. */
+TEST_F(Queues, AreClearedOfStaleRepliesBeforeARequest)
+{
+    startEngine();
+    ASSERT_EQ(SendStatusMessagetoSource(selectInput(1), requests), 0);
+    ASSERT_EQ(SendStatusMessagetoSource(selectInput(2), requests), 0);
+    ASSERT_EQ(SendStatusMessagetoSource(selectInput(1), requests), 0);
+    ASSERT_TRUE(eventually([&] { return registerText(25, 1) == "1" && waiting(0) == 0; }));
+    ASSERT_TRUE(eventually([&] { return waiting(3) >= 1; }));
+    ASSERT_EQ(command("fault silent on"), 0);
+    shortTimeout("0.2");
+    ASSERT_EQ(SendStatusMessagetoSource(getRequest(), requests), 0);
+    EXPECT_NE(RecvMessageFromSource(SpearMessage{}, replies), 0) << "a reply to an earlier request was taken";
+}
+
+/* A reply that comes after its sender gave up is not taken for the answer of the next request. */
+TEST_F(Queues, DoNotBringALateReply)
+{
+    shortTimeout("0.2");
+    startEngine();
+    ASSERT_EQ(command("fault slow on 0.4"), 0);
+    ASSERT_EQ(SendStatusMessagetoSource(selectInput(1), requests), 0);
+    EXPECT_NE(RecvMessageFromSource(SpearMessage{}, replies), 0);
+    ASSERT_EQ(SendStatusMessagetoSource(selectInput(2), requests), 0);
+    EXPECT_NE(RecvMessageFromSource(SpearMessage{}, replies), 0);
+    EXPECT_TRUE(eventually([&] { return registerText(25, 1) == "2"; })) << "slow, but applied";
+    EXPECT_TRUE(engineLogged("its sender has given up and is not answered"));
+    EXPECT_EQ(waiting(3), 0u);
+}
+
+TEST_F(Queues, WaitForASlowEngineWithinTheTimeout)
+{
+    startEngine();
+    ASSERT_EQ(command("fault slow on 0.3"), 0);
+    const Clock::time_point start = Clock::now();
+    ASSERT_EQ(SendStatusMessagetoSource(selectInput(1), requests), 0);
+    EXPECT_EQ(RecvMessageFromSource(SpearMessage{}, replies), 0);
+    EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(300));
+}
+
+TEST_F(Queues, LoseTheReplyThatIsToldToGetLost)
+{
+    startEngine();
+    shortTimeout("0.2");
+    ASSERT_EQ(command("fault lose-reply on"), 0);
+    ASSERT_EQ(SendStatusMessagetoSource(selectInput(1), requests), 0);
+    EXPECT_NE(RecvMessageFromSource(SpearMessage{}, replies), 0);
+    EXPECT_TRUE(engineLogged("told to lose a reply"));
+    shortTimeout("5");
+    ASSERT_EQ(SendStatusMessagetoSource(selectInput(2), requests), 0);
+    EXPECT_EQ(RecvMessageFromSource(SpearMessage{}, replies), 0);
+}
+
+/* The reply to a sender that is no more does not lie there for ever. */
+TEST_F(Queues, AreClearedOfForgottenReplies)
+{
+    shortTimeout("0.2");
+    startEngine();
+    sendRaw("01000000 0800 0700 00 00 09 00 00 00 00000000 00 00 00 00000000"
+            "00 00 00 00000000 00 00 00 00000000 00");
+    ASSERT_TRUE(eventually([&] { return waiting(3) == 1; }));
+    EXPECT_TRUE(engineLogged("1 forgotten replies removed"));
+    EXPECT_EQ(waiting(3), 0u);
+}
+
+TEST_F(Queues, FailWhenToldTo)
+{
+    int identifier = -1;
+    ASSERT_EQ(command("fault fail-queue on 3"), 0);
+    EXPECT_EQ(SpearEngineMessageQueueCreate(0, &identifier), 0);
+    EXPECT_NE(SpearEngineMessageQueueCreate(3, &identifier), 0);
+    ASSERT_EQ(command("fault fail-queue on"), 0);
+    EXPECT_NE(SpearEngineMessageQueueCreate(0, &identifier), 0);
+    ASSERT_EQ(command("fault clear"), 0);
+    ASSERT_EQ(command("fault fail-send on"), 0);
+    EXPECT_NE(SendStatusMessagetoSource(getRequest(), requests), 0);
+    EXPECT_EQ(waiting(0), 0u);
+    ASSERT_EQ(command("fault clear"), 0);
+    ASSERT_EQ(command("fault fail-receive on"), 0);
+    const Clock::time_point start = Clock::now();
+    EXPECT_NE(RecvMessageFromSource(SpearMessage{}, replies), 0);
+    EXPECT_LT(Clock::now() - start, std::chrono::seconds(4)) << "at once";
+    ASSERT_EQ(command("fault clear"), 0);
+    startEngine();
+    ASSERT_EQ(SendStatusMessagetoSource(getRequest(), requests), 0);
+    EXPECT_EQ(RecvMessageFromSource(SpearMessage{}, replies), 0);
+}
+
+TEST_F(Queues, FailWithoutAStore)
+{
+    int identifier = -1;
+    setenv("DESK_MONITOR_STORE", (directory + "/none/store.db").c_str(), 1);
+    EXPECT_NE(SpearEngineMessageQueueCreate(0, &identifier), 0);
+    EXPECT_NE(SendStatusMessagetoSource(getRequest(), requests), 0);
+    EXPECT_NE(RecvMessageFromSource(getRequest(), replies), 0);
+}
+
+} // namespace

@@ -1,0 +1,269 @@
+/* The store: several processes, sudden ends, damaged and replaced files, and what the libraries export. */
+#include "desk_test.h"
+
+#include "support/shell.h"
+
+#include <monitor_support.h>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <sstream>
+#include <thread>
+
+namespace
+{
+
+class Store : public DeskTest
+{
+};
+
+TEST_F(Store, IsCreatedAtFirstUse)
+{
+    ASSERT_FALSE(std::filesystem::exists(store));
+    EXPECT_EQ(registerText(25, 1), "0");
+    EXPECT_TRUE(std::filesystem::exists(store));
+}
+
+TEST_F(Store, HasADefaultPlaceInTheUsersState)
+{
+    unsetenv("DESK_MONITOR_STORE");
+    setenv("XDG_STATE_HOME", (directory + "/state").c_str(), 1);
+    EXPECT_EQ(registerText(25, 1), "0");
+    EXPECT_TRUE(std::filesystem::exists(directory + "/state/desk-monitor/store.db"));
+    EXPECT_EQ(std::filesystem::status(directory + "/state/desk-monitor").permissions(),
+              std::filesystem::perms::owner_all);
+    unsetenv("XDG_STATE_HOME");
+}
+
+TEST_F(Store, KeepsWhatTheEngineWroteBeforeItWasKilled)
+{
+    startEngine();
+    for (int luminance = 100; luminance < 130; ++luminance) {
+        char hex[64];
+        snprintf(hex, sizeof hex, "01000000 0300 0700 00 01 00  00 00 00 %02x000000",
+                 static_cast<unsigned>(luminance));
+        ASSERT_EQ(request(hex).bytes.at(9), 0);
+        if (luminance % 10 != 9)
+            continue;
+        ASSERT_EQ(stopEngine(SIGKILL), 128 + SIGKILL);
+        ASSERT_EQ(command("show preset1.luminance"), 0);
+        EXPECT_EQ(commandOutput, std::to_string(luminance) + "\n");
+        startEngine();
+    }
+    EXPECT_EQ(registerText(0, 0), "129");
+}
+
+/* Killed in the middle of whatever it does, again and again: the store is always whole, and holds the last
+ * value that was answered or the one that was being written. */
+TEST_F(Store, IsWholeWheneverTheEngineIsKilled)
+{
+    int value = 48;
+    for (int round = 0; round < 10; ++round) {
+        startEngine();
+        int last = 0;
+        for (int i = 0; i < round + 1; ++i) {
+            last = value = value == 250 ? 48 : value + 1;
+            char hex[64];
+            snprintf(hex, sizeof hex, "01000000 0300 0700 00 01 00  00 00 00 %02x000000",
+                     static_cast<unsigned>(value));
+            request(hex);
+        }
+        const int next = value == 250 ? 48 : value + 1;
+        char hex[128];
+        snprintf(hex, sizeof hex,
+                 "01000000 0300 0700 00 01 00 00 00 00 %02x000000 00 00 00 00000000"
+                 "00 00 00 00000000 00 00 00 00000000 00",
+                 static_cast<unsigned>(next));
+        sendRaw(hex);
+        if (round % 2 == 1)
+            std::this_thread::sleep_for(std::chrono::microseconds(100 * round));
+        stopEngine(SIGKILL);
+        const std::string stored = registerText(0, 0);
+        EXPECT_TRUE(stored == std::to_string(last) || stored == std::to_string(next))
+            << stored << " after " << last;
+        value = std::stoi(stored);
+        command("queues remove");
+    }
+}
+
+TEST_F(Store, ShowsAtOnceWhatAnotherProcessChanged)
+{
+    for (int input = 0; input < 12; ++input) {
+        ASSERT_EQ(command("set video_input " + std::to_string(input % 3)), 0);
+        EXPECT_EQ(registerText(25, 1), std::to_string(input % 3));
+    }
+    char error[ERROR_TEXT_SIZE];
+    ASSERT_EQ(UpdateDisplayName("Seen", error), 0);
+    ASSERT_EQ(command("show display_name"), 0);
+    EXPECT_EQ(commandOutput, "Seen\n");
+}
+
+/* Changes of several processes at the same moment add up: none is lost, none fails. */
+TEST_F(Store, LosesNoChangeOfManyProcesses)
+{
+    ASSERT_EQ(command("show settings"), 0);
+    const std::string loop = "for i in 1 2 3 4 5 6 7 8; do " DESK_MONITOR " user add $0$i || exit 1; done";
+    std::vector<pid_t> writers;
+    for (const char *name : {"anna", "bert", "cleo"})
+        writers.push_back(startProgram({"/bin/sh", "-c", loop, name}, directory + "/writers.log"));
+    char error[ERROR_TEXT_SIZE];
+    for (int i = 0; i < 50; ++i)
+        EXPECT_EQ(UpdateDeploymentLocation(std::to_string(i).c_str(), error), 0);
+    for (pid_t writer : writers)
+        EXPECT_EQ(endOf(writer), 0) << contentOf(directory + "/writers.log");
+    for (const char *name : {"anna", "bert", "cleo"}) {
+        for (int i = 1; i <= 8; ++i) {
+            char administrator = 7;
+            EXPECT_EQ(IsAdminUser((name + std::to_string(i)).c_str(), &administrator, error), 0) << name << i;
+        }
+    }
+    MonitorInfo info;
+    ASSERT_EQ(GetMoinitorInfo(&info), 0);
+    EXPECT_STREQ(info.DeploymentLocation, "49");
+}
+
+TEST_F(Store, IsCreatedOnceByManyProcesses)
+{
+    std::vector<pid_t> creators;
+    for (int i = 0; i < 8; ++i)
+        creators.push_back(startProgram({DESK_MONITOR, "show", "settings"}, directory + "/creators.log"));
+    EXPECT_EQ(registerText(25, 1), "0");
+    for (pid_t creator : creators)
+        EXPECT_EQ(endOf(creator), 0) << contentOf(directory + "/creators.log");
+}
+
+TEST_F(Store, MayBeAnotherFromOneCallToTheNext)
+{
+    const std::string other = directory + "/other.db";
+    ASSERT_EQ(command("set video_input 1"), 0);
+    ASSERT_EQ(command("--store " + other + " set video_input 2"), 0);
+    EXPECT_EQ(registerText(25, 1), "1");
+    setenv("DESK_MONITOR_STORE", other.c_str(), 1);
+    EXPECT_EQ(registerText(25, 1), "2");
+    setenv("DESK_MONITOR_STORE", store.c_str(), 1);
+    EXPECT_EQ(registerText(25, 1), "1");
+}
+
+TEST_F(Store, MayBeRemovedAndBeginsAnew)
+{
+    ASSERT_EQ(command("set video_input 1"), 0);
+    EXPECT_EQ(registerText(25, 1), "1");
+    for (const char *suffix : {"", "-wal", "-shm"})
+        std::filesystem::remove(store + suffix);
+    EXPECT_EQ(registerText(25, 1), "0");
+}
+
+TEST_F(Store, ThatIsNoStoreFails)
+{
+    std::ofstream(store) << std::string(4096, 'x');
+    EXPECT_EQ(registerText(25, 1), "failure");
+    EXPECT_EQ(command("show settings"), 1);
+    EXPECT_NE(commandErrors.find("desk-monitor: settings store "), std::string::npos) << commandErrors;
+}
+
+/* SQLite forbids to carry a connection over a fork. */
+TEST_F(Store, IsNotOpenInAForkedChild)
+{
+    const auto opened = [this] {
+        int count = 0;
+        for (const auto &entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+            std::error_code gone; /* the iterator's own */
+            const std::string target = std::filesystem::read_symlink(entry.path(), gone).string();
+            count += target.starts_with(store) ? 1 : 0;
+        }
+        return count;
+    };
+    EXPECT_EQ(registerText(25, 1), "0");
+    EXPECT_GT(opened(), 0);
+    const pid_t child = fork();
+    if (child == 0)
+        _exit(opened());
+    EXPECT_EQ(endOf(child), 0);
+}
+
+/* A child that was forked off uses a connection of its own; the parent's is as good as before. */
+TEST_F(Store, WorksOnBothSidesOfAFork)
+{
+    EXPECT_EQ(registerText(25, 1), "0");
+    const pid_t child = fork();
+    if (child == 0) {
+        char error[ERROR_TEXT_SIZE];
+        const bool good = registerText(25, 1) == "0" && UpdateDisplayName("Child", error) == 0;
+        _exit(good ? 0 : 1);
+    }
+    EXPECT_EQ(endOf(child), 0);
+    MonitorInfo info;
+    ASSERT_EQ(GetMoinitorInfo(&info), 0);
+    EXPECT_STREQ(info.DisplayName, "Child");
+    char error[ERROR_TEXT_SIZE];
+    EXPECT_EQ(UpdateDisplayName("Parent", error), 0);
+}
+
+TEST_F(Store, ServesSeveralThreads)
+{
+    std::vector<std::thread> threads;
+    std::vector<int> failures(4);
+    for (std::size_t t = 0; t < 4; ++t) {
+        threads.emplace_back([&failures, t] {
+            for (int i = 0; i < 200; ++i) {
+                char text[REGISTER_TEXT_SIZE], error[ERROR_TEXT_SIZE];
+                failures[t] += GetRegisterValue(0, 0, text) != 0 || strcmp(text, "250") != 0;
+                if (i % 50 == 0)
+                    failures[t] += UpdateDisplayName("Thread", error) != 0;
+            }
+        });
+    }
+    for (std::thread &thread : threads)
+        thread.join();
+    EXPECT_EQ(failures, std::vector<int>(4));
+}
+
+/* The defined dynamic symbols, as nm lists them. */
+std::set<std::string> exported(const char *library)
+{
+    char **lines = nullptr;
+    EXPECT_EQ(
+        runcommand((std::string("nm -D --defined-only -j ") + library).c_str(), nullptr, &lines, nullptr), 0);
+    std::set<std::string> symbols;
+    for (char **line = lines; line != nullptr && *line != nullptr; ++line)
+        symbols.insert(std::string(*line, strcspn(*line, "\n")));
+    freeresultbuf(lines);
+    return symbols;
+}
+
+TEST_F(Store, AndShellLibrariesExportTheSeamAlone)
+{
+    EXPECT_EQ(exported(MONITOR_SUPPORT), (std::set<std::string>{"GetMoinitorInfo",
+                                                                "GetMonitorStatus",
+                                                                "SpearEngineMessageQueueCreate",
+                                                                "SendStatusMessagetoSource",
+                                                                "RecvMessageFromSource",
+                                                                "GetRegisterValue",
+                                                                "GetDisplayManagementInfo",
+                                                                "GetImageAdjustmentInfo",
+                                                                "GetPIPSettingsInfo",
+                                                                "GetOSDMenuAndMessagesInfo",
+                                                                "GetColorSpaceInfoById",
+                                                                "GetBezelButtonInfo",
+                                                                "GetFunctionButtonInfoById",
+                                                                "GetTestPatternInfo",
+                                                                "GetRemoteManagementServerInfo",
+                                                                "GetIPAddress",
+                                                                "ParseIPV4Address",
+                                                                "ValidateInputArgs",
+                                                                "IsAdminUser",
+                                                                "ValidateDisplayName",
+                                                                "UpdateDisplayName",
+                                                                "ValidateDeploymentDate",
+                                                                "UpdateDeploymentDate",
+                                                                "UpdateDeploymentLocation"}));
+    EXPECT_EQ(exported(DESK_SHELL), (std::set<std::string>{"runcommand", "freeresultbuf"}));
+}
+
+} // namespace
