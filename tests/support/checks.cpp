@@ -1,0 +1,815 @@
+#include "checks.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+
+namespace test_support
+{
+
+namespace
+{
+
+Value methodValue(CMPIType type, int value)
+{
+    return type == CMPI_uint8 ? uint8(static_cast<uint8_t>(value)) : uint32(static_cast<uint32_t>(value));
+}
+
+std::string upperCase(std::string text)
+{
+    for (char &c : text)
+        c = static_cast<char>(toupper(static_cast<unsigned char>(c)));
+    return text;
+}
+
+std::string lowerCase(std::string text)
+{
+    for (char &c : text)
+        c = static_cast<char>(tolower(static_cast<unsigned char>(c)));
+    return text;
+}
+
+/** The text with the case of its letters turned round, so that it differs from itself if it has any letter.
+ */
+std::string otherCase(std::string text)
+{
+    for (char &c : text)
+        c = static_cast<char>(isupper(static_cast<unsigned char>(c))
+                                  ? tolower(static_cast<unsigned char>(c))
+                                  : toupper(static_cast<unsigned char>(c)));
+    return text;
+}
+
+} // namespace
+
+// ---- the skeleton of a class ----
+
+namespace
+{
+
+template <typename MI>
+void checkFactory(MI *(*factory)(const CMPIBroker *, const CMPIContext *, CMPIStatus *),
+                  const std::string &miName)
+{
+    SCOPED_TRACE("factory of " + miName);
+    CMPIStatus status = {CMPI_RC_ERR_ALREADY_EXISTS, nullptr};
+    MI *mi = factory(&broker, contextOf(noUser()), &status);
+    ASSERT_NE(mi, nullptr);
+    ASSERT_NE(mi->ft, nullptr);
+    EXPECT_EQ(status.rc, CMPI_RC_ERR_ALREADY_EXISTS) << "the status is not the factory's";
+    EXPECT_EQ(status.msg, nullptr);
+    EXPECT_EQ(mi->ft->ftVersion, 200);
+    EXPECT_EQ(mi->ft->miVersion, 200);
+    EXPECT_STREQ(mi->ft->miName, miName.c_str());
+    EXPECT_EQ(factory(&broker, nullptr, nullptr), mi) << "another table the second time";
+
+    const CMPIStatus cleaned = mi->ft->cleanup(mi, nullptr, true);
+    EXPECT_EQ(cleaned.rc, CMPI_RC_OK);
+    EXPECT_EQ(cleaned.msg, nullptr);
+    const CMPIStatus again = mi->ft->cleanup(mi, contextOf(noUser()), false);
+    EXPECT_EQ(again.rc, CMPI_RC_OK);
+    EXPECT_EQ(again.msg, nullptr);
+}
+
+void expectNotSupported(const std::string &operation, const Answer &answer)
+{
+    SCOPED_TRACE(operation);
+    EXPECT_STATUS(answer, CMPI_RC_ERR_NOT_SUPPORTED, "NOT_SUPPORTED");
+    EXPECT_EQ(answer.returned.size(), 0u);
+    EXPECT_CALLS(answer, {});
+    EXPECT_SENT(answer, {});
+}
+
+} // namespace
+
+void checkSkeleton(const TestedClass &tested, bool modifyIsOffered)
+{
+    SCOPED_TRACE(tested.name);
+    const std::string name = tested.name;
+    checkFactory(tested.createInstanceMI, "instance" + name);
+    if (tested.createMethodMI)
+        checkFactory(tested.createMethodMI, "method" + name);
+    if (tested.createAssociationMI)
+        checkFactory(tested.createAssociationMI, "association" + name);
+
+    const Path target = path(name, {{"InstanceID", "anything"}});
+    const Instance given = instance(target, {{"Name", "anything"}});
+    expectNotSupported("CreateInstance", create(tested, target, given));
+    if (!modifyIsOffered)
+        expectNotSupported("ModifyInstance", modify(tested, target, given, "admin"));
+    expectNotSupported("DeleteInstance", remove(tested, target));
+    expectNotSupported("ExecQuery", query(tested, target, "SELECT * FROM CIM_ManagedElement", "WQL"));
+
+    // Whatever the arguments.
+    CMPIInstanceMI *mi = tested.createInstanceMI(&broker, nullptr, nullptr);
+    const auto bare = [&](auto operation) {
+        return collect([&](const CMPIResult *) { return operation(); });
+    };
+    expectNotSupported("CreateInstance of nothing",
+                       bare([&] { return mi->ft->createInstance(mi, nullptr, nullptr, nullptr, nullptr); }));
+    if (!modifyIsOffered)
+        expectNotSupported("ModifyInstance of nothing", bare([&] {
+                               return mi->ft->modifyInstance(mi, nullptr, nullptr, nullptr, nullptr, nullptr);
+                           }));
+    expectNotSupported("DeleteInstance of nothing",
+                       bare([&] { return mi->ft->deleteInstance(mi, nullptr, nullptr, nullptr); }));
+    expectNotSupported("ExecQuery of nothing", bare([&] {
+                           return mi->ft->execQuery(mi, nullptr, nullptr, nullptr, nullptr, nullptr);
+                       }));
+}
+
+void checkPlaceholderMethod(const TestedClass &tested, const Path &target, CMPIrc unknownCode,
+                            const Value &returnValue)
+{
+    for (const char *name : {"insert_method_name", "INSERT_METHOD_NAME", "Insert_Method_Name"}) {
+        SCOPED_TRACE(name);
+        EXPECT_METHOD(invoke(tested, target, name), returnValue, CMPI_RC_OK, "");
+        EXPECT_METHOD(invoke(tested, target.ofClass(otherCase(tested.name)), name), returnValue, CMPI_RC_OK,
+                      "");
+        EXPECT_METHOD(invoke(tested, target.ofClass("CIM_System"), name), returnValue, unknownCode, name);
+    }
+    for (const char *name : {"Reboot", "insert_method_nam", "insert_method_name1"}) {
+        SCOPED_TRACE(name);
+        EXPECT_METHOD(invoke(tested, target, name), returnValue, unknownCode, name);
+    }
+    const Answer answer = invoke(tested, target, "insert_method_name");
+    EXPECT_CALLS(answer, {});
+}
+
+void checkUnknownMethods(const TestedClass &tested, const Path &target, const std::vector<std::string> &names,
+                         CMPIrc code, const Value &returnValue)
+{
+    for (const std::string &name : names) {
+        SCOPED_TRACE("method " + name);
+        const Answer answer = invoke(tested, target, name, {}, "admin");
+        EXPECT_METHOD(answer, returnValue, code, name);
+        EXPECT_SENT(answer, {});
+    }
+}
+
+void checkOtherClass(const TestedClass &tested, const Path &target, const std::string &method,
+                     const Entries &arguments, const User &user, CMPIrc code, const std::string &message,
+                     const Value &returnValue)
+{
+    for (const std::string &name :
+         {std::string("CIM_System"), std::string(tested.name) + "2", std::string()}) {
+        SCOPED_TRACE("a path of class " + name);
+        const Answer answer = invoke(tested, target.ofClass(name), method, arguments, user);
+        EXPECT_METHOD(answer, returnValue, code, message);
+        EXPECT_SENT(answer, {});
+    }
+    for (const TextForm form : {TextForm::noString, TextForm::noCharacters, TextForm::noHandle}) {
+        SCOPED_TRACE("a path whose class name cannot be read");
+        Path unreadable = target;
+        unreadable.classNameForm = form;
+        const Answer answer = invoke(tested, unreadable, method, arguments, user);
+        EXPECT_METHOD(answer, returnValue, code, message);
+        EXPECT_SENT(answer, {});
+    }
+    SCOPED_TRACE("the class name in other letter case");
+    const Answer accepted = invoke(tested, target.ofClass(otherCase(tested.name)), method, arguments, user);
+    EXPECT_STATUS(accepted, CMPI_RC_OK, "");
+}
+
+// ---- keys ----
+
+namespace
+{
+
+using KeyRequest = std::function<Answer(const Path &)>;
+using KeyExpectation = std::function<void(const Answer &, const std::string &text, CMPIrc, int returnValue)>;
+
+/** `target` with every key from the one after `rule` on made wrong, so that an early check of one of them
+ * shows. */
+Path withWrongRest(Path target, const std::vector<KeyRule> &rules, const KeyRule &rule)
+{
+    bool later = false;
+    for (const KeyRule &each : rules) {
+        if (later)
+            target = target.with(each.name, "wrong");
+        later = later || &each == &rule;
+    }
+    return target;
+}
+
+void checkKeys(const Path &target, const std::vector<KeyRule> &rules, const KeyRequest &request,
+               const KeyExpectation &expect)
+{
+    {
+        SCOPED_TRACE("the target itself");
+        EXPECT_STATUS(request(target), CMPI_RC_OK, "");
+    }
+    for (const KeyRule &rule : rules) {
+        SCOPED_TRACE("key " + rule.name);
+        const Entry *good = findEntry(target.keys, rule.name);
+        ASSERT_NE(good, nullptr) << "the target has no such key";
+        const std::string text = good->value.text;
+        const Path rest = withWrongRest(target, rules, rule);
+
+        std::vector<NamedValue> missing = everyMissingString();
+        missing.push_back({"a number", uint16(5)});
+        missing.push_back({"a boolean", boolean(1)});
+        missing.push_back({"a reference", reference(target)});
+        for (const NamedValue &form : missing) {
+            SCOPED_TRACE(form.name);
+            expect(request(rest.with(rule.name, form.value)), rule.missing, rule.missingCode,
+                   rule.missingValue);
+        }
+        Value nullCharacters = chars("");
+        nullCharacters.form = TextForm::noString;
+        {
+            SCOPED_TRACE("null characters");
+            expect(request(rest.with(rule.name, nullCharacters)), rule.missing, rule.missingCode,
+                   rule.missingValue);
+        }
+        {
+            SCOPED_TRACE("as characters");
+            EXPECT_STATUS(request(target.with(rule.name, chars(text))), CMPI_RC_OK, "");
+        }
+        if (!rule.valueIsChecked)
+            continue;
+        for (const std::string &wrong : {std::string("wrong"), std::string(), text + " ", text + "1",
+                                         text.substr(0, text.size() - 1), std::string(5000, 'x')}) {
+            SCOPED_TRACE("'" + wrong.substr(0, 80) + "'");
+            expect(request(rest.with(rule.name, wrong)), rule.wrong, rule.wrongCode, rule.wrongValue);
+            expect(request(rest.with(rule.name, chars(wrong))), rule.wrong, rule.wrongCode, rule.wrongValue);
+        }
+        for (const std::string &cased : {otherCase(text), upperCase(text), lowerCase(text)}) {
+            if (cased == text)
+                continue;
+            SCOPED_TRACE(cased);
+            if (rule.ignoreCase) {
+                EXPECT_STATUS(request(target.with(rule.name, cased)), CMPI_RC_OK, "");
+                continue;
+            }
+            expect(request(rest.with(rule.name, cased)), rule.wrong, rule.wrongCode, rule.wrongValue);
+        }
+    }
+}
+
+} // namespace
+
+void checkKeysOfGetInstance(const TestedClass &tested, const Path &target, const std::vector<KeyRule> &rules)
+{
+    checkKeys(
+        target, rules, [&](const Path &asked) { return get(tested, asked); },
+        [](const Answer &answer, const std::string &text, CMPIrc code, int) {
+            EXPECT_STATUS(answer, code, text);
+            EXPECT_EQ(answer.returned.size(), 0u);
+            EXPECT_SENT(answer, {});
+        });
+}
+
+void checkKeysOfMethod(const TestedClass &tested, const Path &target, const std::string &method,
+                       const Entries &arguments, const User &user, const std::vector<KeyRule> &rules,
+                       CMPIType returnType)
+{
+    checkKeys(
+        target, rules, [&](const Path &asked) { return invoke(tested, asked, method, arguments, user); },
+        [&](const Answer &answer, const std::string &text, CMPIrc code, int returnValue) {
+            EXPECT_METHOD(answer, methodValue(returnType, returnValue), code, text);
+            EXPECT_SENT(answer, {});
+        });
+}
+
+// ---- administrators ----
+
+namespace
+{
+
+void expectRefused(const Answer &answer, CMPIrc code, const std::string &text, const Value &returnValue)
+{
+    EXPECT_METHOD(answer, returnValue, code, text);
+    EXPECT_SENT(answer, {});
+    for (const std::string &called : answer.calls)
+        EXPECT_FALSE(called.starts_with("Update") || called.starts_with("GetMonitorStatus")) << called;
+}
+
+} // namespace
+
+void checkAdministratorOnly(const TestedClass &tested, const Path &target, const std::string &method,
+                            const Entries &arguments, CMPIType returnType, int failureValue)
+{
+    SCOPED_TRACE(method + " is for administrators");
+    const auto by = [&](const User &user, const Entries &given) {
+        return invoke(tested, target, method, given, user);
+    };
+    const auto lookUps = [](const Answer &answer) {
+        return std::count_if(answer.calls.begin(), answer.calls.end(),
+                             [](const std::string &called) { return called.starts_with("IsAdminUser("); });
+    };
+
+    std::vector<NamedValue> missing = everyMissingString();
+    missing.push_back({"a number", uint32(0)});
+    missing.push_back({"a boolean", boolean(1)});
+    Value nullCharacters = chars("");
+    nullCharacters.form = TextForm::noString;
+    missing.push_back({"null characters", nullCharacters});
+    for (const NamedValue &form : missing) {
+        SCOPED_TRACE("credentials: " + form.name);
+        const Answer answer = by(form.value, arguments);
+        expectRefused(answer, CMPI_RC_ERR_FAILED, "Could not get user credentials",
+                      methodValue(returnType, failureValue));
+        EXPECT_EQ(lookUps(answer), 0);
+    }
+
+    for (const User &user : {User("admin"), chars("admin")}) {
+        SCOPED_TRACE("the administrator, as " + typeName(user.type));
+        const Answer answer = by(user, arguments);
+        EXPECT_METHOD(answer, methodValue(returnType, 0), CMPI_RC_OK, "");
+        EXPECT_EQ(lookUps(answer), 1);
+        EXPECT_NE(answer.trace.find("AccountSetInstance: requesting user is admin\n"), std::string::npos);
+        EXPECT_TRUE(!seam.errorTextBefore.empty() && seam.errorTextBefore[0] == " ")
+            << "the errorText of IsAdminUser holds a single blank before";
+    }
+
+    // The rights come before the arguments.
+    for (const Entries &given : {arguments, Entries{}}) {
+        SCOPED_TRACE(given.empty() ? "without arguments" : "with arguments");
+        for (const User &user : {User("operator"), chars("operator")}) {
+            SCOPED_TRACE("no administrator, as " + typeName(user.type));
+            const Answer answer = by(user, given);
+            expectRefused(answer, CMPI_RC_ERR_ACCESS_DENIED,
+                          "Operation not allowed for non-admin user credentials",
+                          methodValue(returnType, failureValue));
+            EXPECT_NE(answer.trace.find("AccountSetInstance: requesting user is operator\n"),
+                      std::string::npos);
+        }
+        for (const char *name : {"nobody", "", "Admin"}) {
+            SCOPED_TRACE("unknown user '" + std::string(name) + "'");
+            expectRefused(by(name, given), CMPI_RC_ERR_FAILED, "The support library has failed.",
+                          methodValue(returnType, failureValue));
+        }
+    }
+
+    for (const char flag : {'\x01', '\x02', '\x80', '\xFF'}) {
+        SCOPED_TRACE("every flag but zero is an administrator's");
+        seam.isAdministrator = flag;
+        EXPECT_METHOD(by("admin", arguments), methodValue(returnType, 0), CMPI_RC_OK, "");
+    }
+    seam.isAdministrator = 1;
+
+    const std::string usual = seam.errorText;
+    const std::string full(249, 'e');
+    for (const auto &[written, shown] : {std::pair(std::string(), std::string(" ")), std::pair(full, full),
+                                         std::pair(std::string(300, 'e'), full)}) {
+        SCOPED_TRACE("an error text of " + std::to_string(written.size()) + " characters");
+        seam.errorText = written;
+        expectRefused(by("nobody", arguments), CMPI_RC_ERR_FAILED, shown,
+                      methodValue(returnType, failureValue));
+    }
+    seam.errorText = usual;
+    for (const int result : {-1, 1, 80000000}) {
+        SCOPED_TRACE("the look-up gives " + std::to_string(result));
+        seam.returns("IsAdminUser", result);
+        expectRefused(by("admin", arguments), CMPI_RC_ERR_FAILED, "The support library has failed.",
+                      methodValue(returnType, failureValue));
+    }
+    seam.returns("IsAdminUser", 0);
+}
+
+void checkNoAdministratorNeeded(const TestedClass &tested, const Path &target, const std::string &method,
+                                const Entries &arguments, CMPIType returnType)
+{
+    for (const User &user : {noUser(), User("operator"), User("nobody")}) {
+        SCOPED_TRACE(method + " by " + describe(user));
+        const Answer answer = invoke(tested, target, method, arguments, user);
+        EXPECT_METHOD(answer, methodValue(returnType, 0), CMPI_RC_OK, "");
+        for (const std::string &called : answer.calls)
+            EXPECT_FALSE(called.starts_with("IsAdminUser")) << called;
+    }
+}
+
+// ---- settings ----
+
+namespace
+{
+
+/** A step of a send, made to fail. */
+struct StepFailure {
+    std::string function;
+    int nth;
+    int result;
+    std::string text;
+};
+
+/** Every way in which a send fails after `before` exchanges with the engine that worked. */
+std::vector<StepFailure> everyFailure(const ChannelSteps &steps, int before)
+{
+    std::vector<StepFailure> failures = {
+        {"GetMonitorStatus", before + 1, BUSY, steps.busy},
+        {"SpearEngineMessageQueueCreate", 2 * before + 1, -1, steps.sendQueue},
+        {"SendStatusMessagetoSource", before + 1, -1, steps.send},
+    };
+    if (!steps.onlyMinusOneFails) {
+        failures.push_back({"SpearEngineMessageQueueCreate", 2 * before + 1, 1, steps.sendQueue});
+        failures.push_back({"SendStatusMessagetoSource", before + 1, 80000002, steps.send});
+    }
+    if (!steps.reply.empty()) {
+        failures.push_back({"SpearEngineMessageQueueCreate", 2 * before + 2, -1, steps.receiveQueue});
+        if (!steps.onlyMinusOneFails)
+            failures.push_back({"SpearEngineMessageQueueCreate", 2 * before + 2, 1, steps.receiveQueue});
+        failures.push_back({"RecvMessageFromSource", before + 1, -1, steps.reply});
+        failures.push_back({"RecvMessageFromSource", before + 1, 5, steps.reply});
+    }
+    return failures;
+}
+
+/** The calls of one send that works. */
+std::vector<std::string> callsOfSend(const ChannelSteps &steps)
+{
+    std::vector<std::string> calls = {"GetMonitorStatus(0)", "SpearEngineMessageQueueCreate(0)",
+                                      "SendStatusMessagetoSource(100)"};
+    if (!steps.reply.empty())
+        calls.insert(calls.end(), {"SpearEngineMessageQueueCreate(3)", "RecvMessageFromSource(103)"});
+    return calls;
+}
+
+/** The calls up to and with the one that failed. */
+std::vector<std::string> callsUpTo(const StepFailure &failure, const ChannelSteps &steps, int before)
+{
+    std::vector<std::string> calls = callsOfSend(steps);
+    const bool receiving =
+        failure.function == "SpearEngineMessageQueueCreate" && failure.nth == 2 * before + 2;
+    const std::string last = receiving ? "SpearEngineMessageQueueCreate(3)" : failure.function + "(";
+    for (size_t i = 0; i < calls.size(); ++i)
+        if (calls[i].starts_with(last)) {
+            calls.resize(i + 1);
+            break;
+        }
+    return calls;
+}
+
+std::string describe(const StepFailure &failure)
+{
+    return failure.function + " call " + std::to_string(failure.nth) + " gives " +
+           std::to_string(failure.result);
+}
+
+} // namespace
+
+void checkSender(const std::function<int(char *errorText)> &sender, const std::string &golden,
+                 const ChannelSteps &steps)
+{
+    seam.reset();
+    {
+        const SetterAnswer answer = call(sender);
+        EXPECT_EQ(answer.result, 0);
+        EXPECT_EQ(answer.errorText, " ") << "nothing is written on success";
+        EXPECT_SENT(answer, {golden});
+        EXPECT_CALLS(answer, {callsOfSend(steps)});
+        EXPECT_EQ(seam.queueIdBefore, std::vector<int>(steps.reply.empty() ? 1 : 2, -1));
+        for (const SentMessage &reply : seam.received)
+            EXPECT_EQ(hex(reply.bytes), hex({})) << "the reply's record is empty before the receive";
+    }
+    for (const int status : {0, 2, -1, 80000001}) {
+        SCOPED_TRACE("the engine's status is " + std::to_string(status));
+        seam.reset();
+        seam.status = status;
+        EXPECT_EQ(call(sender).result, 0) << "only busy is busy";
+    }
+    for (const StepFailure &failure : everyFailure(steps, 0)) {
+        SCOPED_TRACE(describe(failure));
+        seam.reset();
+        seam.returnsAt(failure.function, failure.nth, failure.result);
+        const SetterAnswer answer = call(sender);
+        EXPECT_EQ(answer.result, -1);
+        EXPECT_EQ(answer.errorText, failure.text);
+        EXPECT_CALLS(answer, {callsUpTo(failure, steps, 0)});
+    }
+    seam.reset();
+}
+
+namespace
+{
+
+void prepare(const SettingMethod &setting)
+{
+    seam.reset();
+    if (setting.prepare)
+        setting.prepare();
+}
+
+Answer invokeSetting(const SettingMethod &setting, const Value &argument)
+{
+    Entries arguments = setting.otherArguments;
+    arguments.push_back({setting.argument, argument});
+    return invoke(*setting.tested, setting.target, setting.method, arguments,
+                  setting.administrator ? User("admin") : noUser());
+}
+
+void expectRefused(const SettingMethod &setting, const Value &argument, CMPIrc code, const std::string &text)
+{
+    prepare(setting);
+    const Answer answer = invokeSetting(setting, argument);
+    EXPECT_METHOD(answer, methodValue(setting.returnType, 2), code, text);
+    // A class that reads its group afresh first has asked for it by then, or not, but nothing else was sent.
+    std::vector<std::string> messages = setting.sentBefore;
+    messages.resize(std::min(messages.size(), answer.sent.size()));
+    EXPECT_TRUE(hasSent(answer.sent, messages));
+}
+
+void expectSent(const SettingMethod &setting, const Value &argument, const std::string &golden)
+{
+    prepare(setting);
+    const Answer answer = invokeSetting(setting, argument);
+    EXPECT_METHOD(answer, methodValue(setting.returnType, 0), CMPI_RC_OK, "");
+    std::vector<std::string> messages = setting.sentBefore;
+    messages.push_back(golden);
+    EXPECT_TRUE(hasSent(answer.sent, messages));
+    const std::vector<std::string> send = callsOfSend(setting.steps);
+    const size_t skipped = answer.calls.size() - std::min(answer.calls.size(), send.size());
+    const std::vector<std::string> last(answer.calls.begin() + static_cast<std::ptrdiff_t>(skipped),
+                                        answer.calls.end());
+    EXPECT_EQ(last, send);
+}
+
+/** Texts that stand for `value`; the first is the plain one. */
+std::vector<std::string> textsFor(ArgumentIs kind, int value)
+{
+    const std::string plain = std::to_string(value);
+    switch (kind) {
+    case ArgumentIs::toggle:
+        if (value == 1)
+            return {"1", "true", "TRUE", "True", "tRuE"};
+        return {"0", "false", "FALSE", "False", "fAlSe"};
+    case ArgumentIs::wholeDecimal:
+        // strtol passes over leading blanks and takes a sign.
+        return {plain,
+                " " + plain,
+                "\t" + plain,
+                "\n" + plain,
+                value < 0 ? plain : "+" + plain,
+                value < 0 ? plain : "000" + plain};
+    case ArgumentIs::leadingDecimal:
+        return {plain,
+                " " + plain,
+                value < 0 ? plain : "+" + plain,
+                value < 0 ? plain : "000" + plain,
+                plain + " ",
+                plain + "x",
+                plain + ".9",
+                plain + " 7"};
+    }
+    return {};
+}
+
+/** Texts that are no value of the kind at all. */
+std::vector<std::string> malformedTexts(ArgumentIs kind)
+{
+    switch (kind) {
+    case ArgumentIs::toggle:
+        return {"yes",   "no",        "on",  "2",          "-1",
+                "01",    "00",        " 1",  "1 ",         "true ",
+                " true", "truefalse", "tru", "1x",         "+1",
+                "0x1",   "1.0",       " ",   "4294967297", std::string(5000, '1')};
+    case ArgumentIs::wholeDecimal:
+        return {"abc",
+                "1x",
+                "100x",
+                "1 ",
+                "1.5",
+                "1.0",
+                "0x10",
+                "1e1",
+                "--1",
+                "+-1",
+                "+",
+                "-",
+                " ",
+                "true",
+                "1,000",
+                "1\n",
+                std::string(5000, 'x')};
+    case ArgumentIs::leadingDecimal:
+        return {};
+    }
+    return {};
+}
+
+/** Numbers beyond int, and beyond long, that keep no valid number in their low bits. */
+std::vector<std::string> hugeNumbers(int min, int max)
+{
+    return {"2147483647",
+            "2147483648",
+            "-2147483648",
+            "-2147483649",
+            std::to_string(4294967296 + min),
+            std::to_string(4294967296 + max),
+            std::to_string(-4294967296 + min),
+            std::to_string(65536 + min),
+            std::to_string(65536 + max),
+            "9223372036854775807",
+            "9223372036854775808",
+            "-9223372036854775808",
+            "-9223372036854775809",
+            "18446744073709551616",
+            "18446744073709551617",
+            "100000000000000000000000000000000000000000",
+            std::string(5000, '9')};
+}
+
+void checkIntake(const SettingMethod &setting)
+{
+    for (const NamedValue &form : everyMissingString()) {
+        SCOPED_TRACE("argument: " + form.name);
+        expectRefused(setting, form.value, CMPI_RC_ERR_INVALID_PARAMETER, setting.missing);
+    }
+    for (const Value &other : {uint16(1), uint32(1), sint32(1), boolean(1), real32(1), dateTime(1),
+                               stringArray({"1"}), reference(setting.target)}) {
+        SCOPED_TRACE("argument: " + describe(other));
+        expectRefused(setting, other, CMPI_RC_ERR_INVALID_PARAMETER, setting.invalidType);
+    }
+    SCOPED_TRACE("an empty argument");
+    expectRefused(setting, "", CMPI_RC_ERR_INVALID_PARAMETER, setting.empty);
+}
+
+void checkRange(const SettingMethod &setting)
+{
+    if (setting.range.empty())
+        return;
+    if (setting.kind == ArgumentIs::toggle) {
+        // 0 and 1 are in range; the check is there all the same.
+        SettingMethod refusing = setting;
+        refusing.prepare = [&setting] {
+            if (setting.prepare)
+                setting.prepare();
+            seam.returns("ValidateInputArgs", -1);
+        };
+        SCOPED_TRACE("the range check refuses");
+        expectRefused(refusing, "true", CMPI_RC_ERR_INVALID_PARAMETER, setting.range);
+        expectRefused(refusing, "0", CMPI_RC_ERR_INVALID_PARAMETER, setting.range);
+        return;
+    }
+    std::vector<std::string> outside = hugeNumbers(setting.min, setting.max);
+    for (const int beyond : {setting.min - 1, setting.max + 1})
+        outside.push_back(std::to_string(beyond));
+    if (setting.kind == ArgumentIs::leadingDecimal && setting.min > 0)
+        outside.insert(outside.end(), {"abc", " ", "x5", "-", "."});
+    for (const std::string &text : outside) {
+        SCOPED_TRACE("argument '" + text.substr(0, 80) + "'");
+        expectRefused(setting, text, CMPI_RC_ERR_INVALID_PARAMETER, setting.range);
+    }
+}
+
+} // namespace
+
+void checkSettingMethod(const SettingMethod &setting)
+{
+    SCOPED_TRACE(setting.method);
+    ASSERT_NE(setting.tested, nullptr);
+    checkIntake(setting);
+    for (const std::string &text : malformedTexts(setting.kind)) {
+        SCOPED_TRACE("argument '" + text.substr(0, 80) + "'");
+        expectRefused(setting, text, CMPI_RC_ERR_INVALID_PARAMETER, setting.malformed);
+    }
+    checkRange(setting);
+    for (const std::string &text : textsFor(setting.kind, setting.min)) {
+        SCOPED_TRACE("argument '" + text + "'");
+        expectSent(setting, text, setting.sentAtMin);
+    }
+    for (const std::string &text : textsFor(setting.kind, setting.max)) {
+        SCOPED_TRACE("argument '" + text + "'");
+        expectSent(setting, text, setting.sentAtMax);
+    }
+    const std::string good = textsFor(setting.kind, setting.max)[0];
+    const int before = static_cast<int>(setting.sentBefore.size());
+    for (const StepFailure &failure : everyFailure(setting.steps, before)) {
+        SCOPED_TRACE(describe(failure));
+        prepare(setting);
+        seam.returnsAt(failure.function, failure.nth, failure.result);
+        const Answer answer = invokeSetting(setting, good);
+        EXPECT_METHOD(answer, methodValue(setting.returnType, 2), CMPI_RC_ERR_FAILED, failure.text);
+    }
+    prepare(setting);
+}
+
+void checkStringArgument(const TestedClass &tested, const Path &target, const std::string &method,
+                         const std::string &argument, const std::string &missing,
+                         const Entries &otherArguments, const User &user, CMPIType returnType,
+                         const std::string &invalidType, const std::string &empty)
+{
+    SCOPED_TRACE(method + ", argument " + argument);
+    const auto refuses = [&](const Value &value, const std::string &text) {
+        Entries arguments = otherArguments;
+        arguments.push_back({argument, value});
+        const Answer answer = invoke(tested, target, method, arguments, user);
+        EXPECT_METHOD(answer, methodValue(returnType, 2), CMPI_RC_ERR_INVALID_PARAMETER, text);
+        EXPECT_SENT(answer, {});
+    };
+    for (const NamedValue &form : everyMissingString()) {
+        SCOPED_TRACE(form.name);
+        refuses(form.value, missing);
+    }
+    for (const Value &other : {uint16(1), boolean(1), stringArray({"x"}), reference(target)}) {
+        SCOPED_TRACE(test_support::describe(other));
+        refuses(other, invalidType);
+    }
+    SCOPED_TRACE("empty");
+    refuses("", empty);
+}
+
+// ---- building ----
+
+void checkBuildFailures(const TestedClass &tested, const Path &reference,
+                        const std::vector<std::string> &records, bool array)
+{
+    const auto fails = [&](const std::string &function, Fault fault, bool names) {
+        SCOPED_TRACE(function + " " + describe(fault));
+        broker.freeObjects();
+        faults.arm(function, 1, fault);
+        const Answer answer = names ? enumerateNames(tested, reference) : enumerate(tested, reference);
+        EXPECT_EQ(faults.struck(), function);
+        faults.disarm();
+        EXPECT_STATUS(answer, CMPI_RC_ERR_FAILED,
+                      names ? "Couldn't build objectpath" : "Couldn't build instance");
+        EXPECT_EQ(answer.returned.size(), 0u) << answer.text();
+    };
+    for (const Fault fault : {Fault::fails, Fault::silent, Fault::noHandle, Fault::noTable}) {
+        fails("newObjectPath", fault, true);
+        fails("newObjectPath", fault, false);
+        fails("newInstance", fault, false);
+        if (array)
+            fails("newArray", fault, false);
+    }
+    for (const std::string &record : records)
+        for (const int result : {-1, 1, 80000001}) {
+            SCOPED_TRACE(record + " gives " + std::to_string(result));
+            seam.returns(record, result);
+            const Answer answer = enumerate(tested, reference);
+            EXPECT_STATUS(answer, CMPI_RC_ERR_FAILED, "Couldn't build instance");
+            EXPECT_EQ(answer.returned.size(), 0u) << answer.text();
+            seam.returns(record, 0);
+        }
+}
+
+// ---- torture ----
+
+namespace
+{
+
+/** Whose failures the library passes over on purpose: an object manager refuses a key, a property or an
+ * element only where its class definition lacks it, and gets the rest of the object all the same; a date that
+ * cannot be made stays null; and an object manager that cannot take an answer has given up the request
+ * itself. */
+const std::vector<std::string> passedOver = {
+    "addKey",     "setProperty",    "setElementAt",     "newDateTimeFromBinary",
+    "returnData", "returnInstance", "returnObjectPath", "returnDone"};
+
+bool contains(const std::vector<std::string> &names, const std::string &name)
+{
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+} // namespace
+
+void checkTorture(const std::function<Answer()> &operation, const Torture &torture)
+{
+    const auto prepare = [&](int nth, Fault fault) {
+        faults.disarm();
+        broker.freeObjects();
+        if (torture.prepare)
+            torture.prepare();
+        faults.arm(nth, fault);
+    };
+    prepare(0, Fault::none);
+    const Answer whole = operation();
+    const int calls = faults.calls();
+    ASSERT_GT(calls, 0) << "nothing in this operation can fail";
+
+    for (const Fault fault : {Fault::fails, Fault::silent, Fault::noHandle}) {
+        for (int nth = 1; nth <= calls; ++nth) {
+            prepare(nth, fault);
+            const Answer answer = operation();
+            const std::string struck = faults.struck();
+            faults.disarm();
+            SCOPED_TRACE("call " + std::to_string(nth) + " of " + std::to_string(calls) + ", " + struck +
+                         ", " + describe(fault));
+            EXPECT_NE(struck, "") << "the operation does not repeat its calls";
+            const bool handingOver = struck == "returnData" || struck == "returnDone";
+            const bool method = whole.returned.size() == 1 && (whole.returned[0].type == CMPI_uint32 ||
+                                                               whole.returned[0].type == CMPI_uint8);
+            // A method called on a path of no readable class may answer with OK and a value that tells of
+            // failure.
+            const bool mayRefuse = method && (whole.rc != CMPI_RC_OK || whole.returned[0].integer == 0);
+            const bool failed = answer.rc != CMPI_RC_OK ||
+                                (mayRefuse && answer.returned.size() == 1 && answer.returned[0].integer != 0);
+            if (!failed && !contains(torture.harmless, struck) && !contains(passedOver, struck)) {
+                EXPECT_TRUE(answer.text() == whole.text()) << "neither a failure nor the whole answer:\n"
+                                                           << answer.text() << "the whole answer:\n"
+                                                           << whole.text();
+            }
+            // A method says both ways whether it failed.
+            if (!method || handingOver)
+                continue;
+            EXPECT_EQ(answer.done, 1);
+            EXPECT_EQ(answer.returned.size(), 1u) << answer.text();
+            if (answer.returned.size() == 1 && answer.rc != CMPI_RC_OK) {
+                EXPECT_NE(answer.returned[0].integer, 0u) << answer.text();
+            }
+        }
+    }
+    faults.disarm();
+}
+
+} // namespace test_support
