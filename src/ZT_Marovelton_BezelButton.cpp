@@ -127,7 +127,7 @@ constexpr ProviderClass provider = {
     .key = {.name = "InstanceID", .value = _InstanceID},
     .makePath = _makePath_ZT_Marovelton_BezelButton,
     .makeInst = _makeInst_ZT_Marovelton_BezelButton,
-    .methods = methods,
+    .methods = packed<methods>,
     .missingKeyValue = 1,
 };
 

@@ -176,11 +176,11 @@ static_assert(methodsAreSound(methods));
 
 constexpr ProviderClass provider = {
     .name = _ClassName,
-    .key = {.name = "InstanceID", .validate = ValidateColorSpaceInstanceID},
     .instances = presets,
+    .key = {.name = "InstanceID", .validate = ValidateColorSpaceInstanceID},
     .makePathAt = _makePath_ZT_Marovelton_ColorSpace,
     .makeInstAt = _makeInst_ZT_Marovelton_ColorSpace,
-    .methods = methods,
+    .methods = packed<methods>,
     .wrongKeyCode = CMPI_RC_ERR_INVALID_PARAMETER,
     .missingKeyValue = 1,
 };

@@ -154,7 +154,7 @@ constexpr ProviderClass provider = {
     .key = {.name = "InstanceID", .value = _InstanceID},
     .makePath = _makePath_ZT_Marovelton_DisplayManagement,
     .makeInst = _makeInst_ZT_Marovelton_DisplayManagement,
-    .methods = methods,
+    .methods = packed<methods>,
 };
 
 } // namespace

@@ -84,11 +84,11 @@ static_assert(methodsAreSound(methods));
 
 constexpr ProviderClass provider = {
     .name = _ClassName,
-    .key = {.name = "InstanceID", .validate = ValidateFunctionButtonInstanceID},
     .instances = buttonCount,
+    .key = {.name = "InstanceID", .validate = ValidateFunctionButtonInstanceID},
     .makePathAt = _makePath_ZT_Marovelton_FunctionButton,
     .makeInstAt = _makeInst_ZT_Marovelton_FunctionButton,
-    .methods = methods,
+    .methods = packed<methods>,
     .methodsCheckValue = false,
     .unknownMethodValue = 0,
     .missingKeyValue = 1,

@@ -156,7 +156,7 @@ constexpr ProviderClass provider = {
     .systemKeys = true,
     .makePath = _makePath_ZT_Marovelton_IPConfigurationService,
     .makeInst = _makeInst_ZT_Marovelton_IPConfigurationService,
-    .methods = methods,
+    .methods = packed<methods>,
     .failureValue = 1,
 };
 

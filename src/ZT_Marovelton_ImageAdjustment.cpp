@@ -346,7 +346,7 @@ constexpr ProviderClass provider = {
     .key = {.name = "InstanceID", .value = _InstanceID},
     .makePath = _makePath_ZT_Marovelton_ImageAdjustment,
     .makeInst = _makeInst_ZT_Marovelton_ImageAdjustment,
-    .methods = methods,
+    .methods = packed<methods>,
 };
 
 } // namespace

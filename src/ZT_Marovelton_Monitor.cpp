@@ -304,7 +304,7 @@ constexpr ProviderClass provider = {
     .traces = &traces,
     .makePath = _makePath_ZT_Marovelton_Monitor,
     .makeInst = _makeInst_ZT_Marovelton_Monitor,
-    .methods = methods,
+    .methods = packed<methods>,
     .wrongClass = nullptr,
 };
 

@@ -237,7 +237,7 @@ constexpr ProviderClass provider = {
     .key = {.name = "InstanceID", .value = _InstanceID},
     .makePath = _makePath_ZT_Marovelton_OSDMenuAndMessages,
     .makeInst = _makeInst_ZT_Marovelton_OSDMenuAndMessages,
-    .methods = methods,
+    .methods = packed<methods>,
     .wrongClass = nullptr,
     .returnType = CMPI_uint8,
 };

@@ -274,7 +274,7 @@ constexpr ProviderClass provider = {
     .key = {.name = "InstanceID", .value = _InstanceID},
     .makePath = _makePath_ZT_Marovelton_PictureInPicture,
     .makeInst = _makeInst_ZT_Marovelton_PictureInPicture,
-    .methods = methods,
+    .methods = packed<methods>,
     .wrongClass = nullptr,
 };
 

@@ -418,10 +418,27 @@ bool isOfClass(const CMPIObjectPath *path, const char *className)
     return name && strcasecmp(name, className) == 0;
 }
 
-const Method *findMethod(const ProviderClass &provider, const char *name)
+/** The row as its class wrote it. */
+Method unpacked(const MethodTable &table, const PackedMethod &row)
 {
-    for (const Method &method : provider.methods)
-        if (provider.compareMethodNames(method.name, name) == 0)
+    const auto textAt = [&](uint16_t place) { return place ? table.texts + place : nullptr; };
+    const bool hasArgument = row.kind != ArgumentKind::none;
+    return {
+        .name = textAt(row.name),
+        .administrator = row.administrator,
+        .argument = {row.kind, textAt(row.argument), textAt(row.missing), textAt(row.invalid)},
+        .precondition = row.precondition,
+        .range = {row.min, row.max, textAt(row.rangeText)},
+        .set = !row.runs && hasArgument ? row.set : nullptr,
+        .act = !row.runs && !hasArgument ? row.act : nullptr,
+        .run = row.runs ? row.run : nullptr,
+    };
+}
+
+const PackedMethod *findMethod(const ProviderClass &provider, const char *name)
+{
+    for (const PackedMethod &method : provider.methods.rows)
+        if (provider.compareMethodNames(provider.methods.texts + method.name, name) == 0)
             return &method;
     return nullptr;
 }
@@ -432,8 +449,8 @@ bool dispatch(Call &call, const ProviderClass &provider)
         return provider.wrongClass && fail(call, CMPI_RC_ERR_NOT_FOUND, provider.wrongClass);
     if (!checkTarget(call, provider))
         return false;
-    if (const Method *method = findMethod(provider, call.methodName))
-        return runMethod(call, *method);
+    if (const PackedMethod *method = findMethod(provider, call.methodName))
+        return runMethod(call, unpacked(provider.methods, *method));
     call.returnValue = provider.unknownMethodValue;
     return fail(call, provider.unknownMethodCode, call.methodName);
 }

@@ -7,9 +7,11 @@
 #define ZT_MAROVELTON_PROVIDER_H
 
 #include "ZT_Marovelton_Common.h"
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <span>
+#include <string_view>
 #include <strings.h>
 
 // ---- building paths and instances ----
@@ -188,12 +190,109 @@ constexpr bool methodsAreSound(std::span<const Method> methods)
             return false;
         if (method.range.min > method.range.max || (method.range.text && empty(method.range.text)))
             return false;
+        if (method.range.min < INT16_MIN || method.range.max > INT16_MAX) // a register takes 16 bits
+            return false;
         for (size_t other = 0; other < i; ++other)
             if (same(method.name, methods[other].name))
                 return false;
     }
     return true;
 }
+
+// A pointer in a table costs every process memory of its own, and work when the library is loaded. So the
+// rows are packed where they are compiled: their texts stand in one constant, and a row names them by their
+// places there.
+
+/** A method as it stands in memory. A place is an offset into the texts; that of no text is 0. */
+struct PackedMethod {
+    uint16_t name, argument, missing, invalid, rangeText;
+    int16_t min, max;
+    ArgumentKind kind;
+    bool administrator : 1;
+    bool runs : 1; // has `run`; else `set` where there is an argument and `act` where there is none
+    bool (*precondition)(Call &);
+    union {
+        int (*set)(int value, char *errorText);
+        int (*act)(char *errorText);
+        bool (*run)(Call &);
+    };
+};
+
+/** The methods of a class. */
+struct MethodTable {
+    const char *texts = nullptr;
+    std::span<const PackedMethod> rows = {};
+};
+
+/** Texts one after the other, each once. */
+template <size_t Size>
+struct TextPool {
+    char characters[Size] = {};
+    size_t used = 1;
+
+    constexpr uint16_t placeOf(const char *text)
+    {
+        if (!text)
+            return 0;
+        const std::string_view wanted = text;
+        for (size_t place = 1; place < used; place += std::string_view(characters + place).size() + 1)
+            if (wanted == characters + place)
+                return static_cast<uint16_t>(place);
+        const size_t place = used;
+        for (const char character : wanted)
+            characters[used++] = character;
+        ++used; // its terminating zero
+        return static_cast<uint16_t>(place);
+    }
+};
+
+template <size_t Count, size_t Size>
+struct PackedMethods {
+    TextPool<Size> texts;
+    PackedMethod rows[Count];
+};
+
+template <size_t Size, size_t Count>
+constexpr PackedMethods<Count, Size> pack(const Method (&methods)[Count])
+{
+    PackedMethods<Count, Size> packed = {};
+    for (size_t i = 0; i < Count; ++i) {
+        const Method &method = methods[i];
+        PackedMethod &row = packed.rows[i];
+        row.name = packed.texts.placeOf(method.name);
+        row.argument = packed.texts.placeOf(method.argument.name);
+        row.missing = packed.texts.placeOf(method.argument.missing);
+        row.invalid = packed.texts.placeOf(method.argument.invalid);
+        row.rangeText = packed.texts.placeOf(method.range.text);
+        row.min = static_cast<int16_t>(method.range.min);
+        row.max = static_cast<int16_t>(method.range.max);
+        row.kind = method.argument.kind;
+        row.administrator = method.administrator;
+        row.runs = method.run != nullptr;
+        row.precondition = method.precondition;
+        if (method.run)
+            row.run = method.run;
+        else if (method.set)
+            row.set = method.set;
+        else
+            row.act = method.act;
+    }
+    return packed;
+}
+
+template <const auto &methods>
+struct Packing {
+    static_assert(methodsAreSound(methods));
+    static constexpr size_t enough = 0x4000; // characters, while the size is not known
+    static constexpr size_t size = pack<enough>(methods).texts.used;
+    static constexpr auto packed = pack<size>(methods);
+    static constexpr auto texts = packed.texts;
+    static constexpr auto rows = std::to_array(packed.rows);
+};
+
+/** The table of the given rows. */
+template <const auto &methods>
+constexpr MethodTable packed = {Packing<methods>::texts.characters, Packing<methods>::rows};
 
 /** Ends a call with a code and a text; returns false. */
 bool fail(Call &call, CMPIrc code, const char *text);
@@ -267,24 +366,24 @@ inline constexpr ReadTraces usualReadTraces = {};
 struct ProviderClass {
     const char *name;
     bool systemKeys = false; // keyed to the monitor's system name
+    uint8_t instances = 1;
     IdentifyingKey key = {};
     std::span<const uint8_t> refresh = {}; // information groups to refresh before a read, in order
     const ReadTraces *traces = &usualReadTraces;
 
-    // One instance has the first pair of builders, numbered instances the second.
+    // One instance has the first pair of builders, the numbered ones of a class with several the second.
     CMPIObjectPath *(*makePath)(const CMPIObjectPath *, CMPIStatus *) = nullptr;
     CMPIInstance *(*makeInst)(const CMPIObjectPath *, CMPIStatus *) = nullptr;
-    int instances = 1;
     CMPIObjectPath *(*makePathAt)(const CMPIObjectPath *, int, CMPIStatus *) = nullptr;
     CMPIInstance *(*makeInstAt)(const CMPIObjectPath *, int, CMPIStatus *) = nullptr;
 
-    std::span<const Method> methods = {};
+    MethodTable methods = {};
     int (*compareMethodNames)(const char *, const char *) = strcmp;
     const char *wrongClass =
         "Invalid class name";      // null: another class is answered with OK and `failureValue`
     bool methodsCheckValue = true; // whether the key's value is checked before the method
-    CMPIrc wrongKeyCode = CMPI_RC_ERR_NOT_FOUND;
-    CMPIrc unknownMethodCode = CMPI_RC_ERR_NOT_FOUND;
+    CMPIrc wrongKeyCode : 8 = CMPI_RC_ERR_NOT_FOUND;
+    CMPIrc unknownMethodCode : 8 = CMPI_RC_ERR_NOT_FOUND;
     uint8_t unknownMethodValue = 1;
     uint8_t missingKeyValue = 2;
     uint8_t failureValue = 2;

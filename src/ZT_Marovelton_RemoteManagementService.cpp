@@ -64,7 +64,7 @@ constexpr ProviderClass provider = {
     .systemKeys = true,
     .makePath = _makePath_ZT_Marovelton_RemoteManagementService,
     .makeInst = _makeInst_ZT_Marovelton_RemoteManagementService,
-    .methods = methods,
+    .methods = packed<methods>,
     .compareMethodNames = strcasecmp,
     .wrongClass = nullptr,
 };

@@ -112,7 +112,7 @@ constexpr ProviderClass provider = {
     .key = {.name = "InstanceID", .value = _InstanceID},
     .makePath = _makePath_ZT_Marovelton_TestPatternGenerator,
     .makeInst = _makeInst_ZT_Marovelton_TestPatternGenerator,
-    .methods = methods,
+    .methods = packed<methods>,
     .compareMethodNames = strcasecmp,
     .wrongClass = nullptr,
     .unknownMethodCode = CMPI_RC_ERR_NOT_SUPPORTED,

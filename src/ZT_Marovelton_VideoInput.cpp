@@ -77,9 +77,9 @@ constexpr uint8_t refreshedGroups[] = {VIDEO_INPUT_ID};
 
 constexpr ProviderClass provider = {
     .name = _ClassName,
+    .instances = inputCount,
     .key = {.name = "InstanceID", .validate = ValidateVideoInputInstanceID},
     .refresh = refreshedGroups,
-    .instances = inputCount,
     .makePathAt = _makePath_ZT_Marovelton_VideoInput,
     .makeInstAt = _makeInst_ZT_Marovelton_VideoInput,
 };

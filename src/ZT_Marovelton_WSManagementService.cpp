@@ -80,7 +80,7 @@ constexpr ProviderClass provider = {
     .systemKeys = true,
     .makePath = _makePath_ZT_Marovelton_WSManagementService,
     .makeInst = _makeInst_ZT_Marovelton_WSManagementService,
-    .methods = methods,
+    .methods = packed<methods>,
     .compareMethodNames = strcasecmp,
     .wrongClass = nullptr,
 };

@@ -287,6 +287,14 @@ TEST(Channel, NumbersSaturate)
     EXPECT_EQ(decimalValue("-99999999999999999999999"), INT_MIN);
 }
 
+TEST(Channel, WhollyDecimalTexts)
+{
+    for (const char *text : {"0", "9", "-1", "+1", " 12", "007", "4294967296", "99999999999999999999999"})
+        EXPECT_TRUE(isDecimal(text)) << text;
+    for (const char *text : {" ", "1 ", "1x", "x", "0x1F", "1f", "1.0", "-", "--1", "1\n"})
+        EXPECT_FALSE(isDecimal(text)) << text;
+}
+
 TEST(Channel, CopiedTextsFitTheirBuffer)
 {
     std::vector<char> buffer(5, 'x');

@@ -388,6 +388,12 @@ TEST(Monitor, TracesOfReads)
     EXPECT_TRUE(trace.ends_with("--- ZT_Marovelton_Monitor CMPI GetInstance() exited\n")) << trace;
 }
 
+TEST(Monitor, TraceOfAGetInstanceThatIsRefused)
+{
+    EXPECT_EQ(get(Monitor, monitorPath().with("SystemName", "other")).trace,
+              "--- ZT_Marovelton_Monitor CMPI GetInstance() called\n");
+}
+
 // ---- methods: the target ----
 
 TEST(Monitor, AnotherClassIsAnsweredWithoutAnError)

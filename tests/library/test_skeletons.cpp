@@ -3,6 +3,10 @@
 
 #include "checks.h"
 
+// One of them has the name of a record.
+namespace tested
+{
+
 METHOD_CLASS(Monitor);
 METHOD_CLASS(DisplayManagement);
 METHOD_CLASS(VideoInput);
@@ -37,41 +41,47 @@ ASSOCIATION_CLASS(ProvidesEndpoint);
 ASSOCIATION_CLASS(SAPSAPDependency);
 ASSOCIATION_CLASS(OrderedComponent);
 
+} // namespace tested
+
 TEST(Skeletons, InstanceAndMethodProviders)
 {
     const TestedClass *const classes[] = {
-        &Monitor,
-        &DisplayManagement,
-        &VideoInput,
-        &ImageAdjustment,
-        &PictureInPicture,
-        &OSDMenuAndMessages,
-        &ColorSpace,
-        &BezelButton,
-        &FunctionButton,
-        &TestPatternGenerator,
-        &RemoteManagementService,
-        &WSManagementService,
-        &IPProtocolEndpoint,
-        &IPNetworkConnection,
-        &IPConfigurationService,
-        &DHCPSettingData,
-        &IPVersionSettingData,
-        &IPAssignmentSettingData,
+        &tested::Monitor,
+        &tested::DisplayManagement,
+        &tested::VideoInput,
+        &tested::ImageAdjustment,
+        &tested::PictureInPicture,
+        &tested::OSDMenuAndMessages,
+        &tested::ColorSpace,
+        &tested::BezelButton,
+        &tested::FunctionButton,
+        &tested::TestPatternGenerator,
+        &tested::RemoteManagementService,
+        &tested::WSManagementService,
+        &tested::IPProtocolEndpoint,
+        &tested::IPNetworkConnection,
+        &tested::IPConfigurationService,
+        &tested::DHCPSettingData,
+        &tested::IPVersionSettingData,
+        &tested::IPAssignmentSettingData,
     };
     EXPECT_EQ(std::size(classes), 18u);
     for (const TestedClass *each : classes)
         checkSkeleton(*each);
     // The one class whose instance can be modified.
-    checkSkeleton(ExtendedStaticIPAssignmentSettingData, true);
+    checkSkeleton(tested::ExtendedStaticIPAssignmentSettingData, true);
 }
 
 TEST(Skeletons, InstanceAndAssociationProviders)
 {
     const TestedClass *const classes[] = {
-        &TestPattern,          &PIPFunctionality, &OnScreenDisplay,  &Management,       &InputSource,
-        &ImageAdjustmentModel, &ColorModel,       &Button,           &SystemDevice,     &ElementSettingData,
-        &HostedAccessPoint,    &ProvidesEndpoint, &SAPSAPDependency, &OrderedComponent,
+        &tested::TestPattern,       &tested::PIPFunctionality,
+        &tested::OnScreenDisplay,   &tested::Management,
+        &tested::InputSource,       &tested::ImageAdjustmentModel,
+        &tested::ColorModel,        &tested::Button,
+        &tested::SystemDevice,      &tested::ElementSettingData,
+        &tested::HostedAccessPoint, &tested::ProvidesEndpoint,
+        &tested::SAPSAPDependency,  &tested::OrderedComponent,
     };
     EXPECT_EQ(std::size(classes), 14u);
     for (const TestedClass *each : classes)
@@ -81,7 +91,8 @@ TEST(Skeletons, InstanceAndAssociationProviders)
 TEST(Skeletons, EveryClassHasTablesOfItsOwn)
 {
     std::vector<const void *> tables;
-    for (const TestedClass *each : {&Monitor, &ColorSpace, &Button, &ColorModel, &VideoInput})
+    for (const TestedClass *each :
+         {&tested::Monitor, &tested::ColorSpace, &tested::Button, &tested::ColorModel, &tested::VideoInput})
         tables.push_back(each->createInstanceMI(&broker, nullptr, nullptr)->ft);
     for (size_t i = 0; i < tables.size(); ++i)
         for (size_t other = 0; other < i; ++other)

@@ -221,6 +221,14 @@ Value readFails(CMPIrc rc)
     return value;
 }
 
+Value leftBehind(const std::string &text, CMPIrc rc, CMPIValueState state)
+{
+    Value value(text);
+    value.rc = rc;
+    value.state = state;
+    return value;
+}
+
 Value stringOf(TextForm form)
 {
     Value value = ofType(CMPI_string);
@@ -246,6 +254,9 @@ std::vector<NamedValue> everyMissingString()
         {"null string pointer", stringOf(TextForm::noString)},
         {"string without characters", stringOf(TextForm::noCharacters)},
         {"string without a handle", stringOf(TextForm::noHandle)},
+        {"status FAILED beside a string", leftBehind("1", CMPI_RC_ERR_FAILED, CMPI_goodValue)},
+        {"state nullValue beside a string", leftBehind("1", CMPI_RC_OK, CMPI_nullValue)},
+        {"state notFound beside a string", leftBehind("1", CMPI_RC_OK, CMPI_notFound)},
     };
 }
 

@@ -102,8 +102,9 @@ Value absent();                     // not in the list at all
 Value nullOf(CMPIType type);        // there, with the state CMPI_nullValue
 Value notFoundState(CMPIType type); // status OK, but the state CMPI_notFound
 Value readFails(CMPIrc rc);         // the read itself fails
-Value stringOf(TextForm form);      // a CMPI_string, good by its state, of that form
-Value nullReference();              // a CMPI_ref, good by its state, with a null pointer
+Value leftBehind(const std::string &text, CMPIrc rc, CMPIValueState state); // a string, but the rest says no
+Value stringOf(TextForm form); // a CMPI_string, good by its state, of that form
+Value nullReference();         // a CMPI_ref, good by its state, with a null pointer
 
 /** A way of not being there, with a word for failure messages. */
 struct NamedValue {

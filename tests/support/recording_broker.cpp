@@ -1134,12 +1134,13 @@ CMPIData RecordingBroker::dataOf(const Value &value, Fault fault)
     CMPIData data = {};
     data.type = value.type;
     data.state = value.state;
-    if (value.rc != CMPI_RC_OK) {
-        data.state = static_cast<CMPIValueState>(data.state | CMPI_notFound | CMPI_nullValue);
+    // A text that is there all the same is handed out, so that whoever does not look at the status shows.
+    const bool there = value.rc == CMPI_RC_OK && !(value.state & (CMPI_nullValue | CMPI_notFound));
+    if (!there && value.text.empty()) {
+        if (value.rc != CMPI_RC_OK)
+            data.state = static_cast<CMPIValueState>(data.state | CMPI_notFound | CMPI_nullValue);
         return data;
     }
-    if (value.state & (CMPI_nullValue | CMPI_notFound))
-        return data;
     if (value.type & CMPI_ARRAY) {
         auto *array = make<ArrayObject>();
         array->type = static_cast<CMPIType>(value.type & ~CMPI_ARRAY);

@@ -1,0 +1,24 @@
+# What both ARM toolchains have in common: Debian's cross compiler for the given triplet, and an emulator that
+# runs what it builds. Set before this file is read: ARM_TRIPLET, DISPLAY_DEBIAN_ARCHITECTURE.
+
+set(CMAKE_SYSTEM_NAME Linux)
+set(CMAKE_SYSTEM_PROCESSOR arm)
+set(CMAKE_C_COMPILER ${ARM_TRIPLET}-gcc)
+set(CMAKE_CXX_COMPILER ${ARM_TRIPLET}-g++)
+
+# Libraries and headers of the target alone: Debian's cross packages stand in /usr/<triplet>, those of a
+# multi-arch installation in /usr/lib/<triplet>.
+set(CMAKE_LIBRARY_ARCHITECTURE ${ARM_TRIPLET})
+set(CMAKE_FIND_ROOT_PATH /usr/${ARM_TRIPLET})
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+
+find_program(ARM_EMULATOR NAMES qemu-arm qemu-arm-static)
+if(ARM_EMULATOR)
+    set(CMAKE_CROSSCOMPILING_EMULATOR ${ARM_EMULATOR} -L /usr/${ARM_TRIPLET})
+endif()
+
+# find_package(GTest) builds the sources of Debian's googletest: there is no built one for the target.
+list(PREPEND CMAKE_MODULE_PATH ${CMAKE_CURRENT_LIST_DIR}/../cross)

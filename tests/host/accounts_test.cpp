@@ -1,0 +1,172 @@
+// The accounts file.
+#include "test_host.h"
+
+#include <gmock/gmock.h>
+
+#include <sys/stat.h>
+#include <thread>
+
+namespace
+{
+
+using testing::HasSubstr;
+
+class Accounts : public testing::Test
+{
+  protected:
+    std::string file() const
+    {
+        return directory_.file("accounts");
+    }
+
+    /** What loading a file with that text complains about. */
+    std::string problemOf(std::string_view text)
+    {
+        test::writeFile(file(), text);
+        host::Accounts accounts(file());
+        std::string problem;
+        const bool loaded = accounts.load(problem);
+        EXPECT_EQ(loaded, problem.empty());
+        return problem;
+    }
+
+    test::TemporaryDirectory directory_;
+};
+
+TEST_F(Accounts, PasswordsAreVerified)
+{
+    test::writeFile(file(), "# people\n\n" + test::quickAccount("one", "first") +
+                                test::quickAccount("two", "second: with colon"));
+    host::Accounts accounts(file());
+    std::string problem;
+    ASSERT_TRUE(accounts.load(problem)) << problem;
+    EXPECT_TRUE(accounts.verify("one", "first"));
+    EXPECT_TRUE(accounts.verify("two", "second: with colon"));
+    EXPECT_FALSE(accounts.verify("one", "second: with colon"));
+    EXPECT_FALSE(accounts.verify("one", "First"));
+    EXPECT_FALSE(accounts.verify("one", ""));
+    EXPECT_FALSE(accounts.verify("One", "first"));
+    EXPECT_FALSE(accounts.verify("", ""));
+    EXPECT_FALSE(accounts.verify("three", "first"));
+    EXPECT_FALSE(accounts.verify("# people", ""));
+    EXPECT_FALSE(accounts.verify("one", std::string(10000, 'x')));
+    EXPECT_FALSE(accounts.verify("one", std::string_view("first\0", 6)));
+}
+
+TEST_F(Accounts, GoodPairsAreHashedOnce)
+{
+    test::writeFile(file(), test::quickAccount("one", "first"));
+    host::Accounts accounts(file());
+    std::string problem;
+    ASSERT_TRUE(accounts.load(problem)) << problem;
+    EXPECT_EQ(accounts.hashCount(), 0u);
+    for (int i = 0; i < 100; ++i) {
+        EXPECT_TRUE(accounts.verify("one", "first"));
+    }
+    EXPECT_EQ(accounts.hashCount(), 1u);
+    EXPECT_FALSE(accounts.verify("one", "wrong"));
+    EXPECT_FALSE(accounts.verify("one", "wrong"));
+    EXPECT_EQ(accounts.hashCount(), 3u) << "bad ones are not remembered";
+    EXPECT_FALSE(accounts.verify("nobody", "first"));
+    EXPECT_EQ(accounts.hashCount(), 4u) << "a user who does not exist costs the same";
+    EXPECT_TRUE(accounts.verify("one", "first"));
+    EXPECT_EQ(accounts.hashCount(), 4u);
+}
+
+TEST_F(Accounts, LockedAccountsStayOut)
+{
+    test::writeFile(file(), "locked:!\nstarred:*\nempty:\nstrange:abc\n");
+    host::Accounts accounts(file());
+    std::string problem;
+    ASSERT_TRUE(accounts.load(problem)) << problem;
+    for (const char *user : {"locked", "starred", "empty", "strange"}) {
+        for (const char *password : {"", "!", "*", "abc", "*0", "*1"}) {
+            EXPECT_FALSE(accounts.verify(user, password)) << user << " " << password;
+        }
+    }
+}
+
+TEST_F(Accounts, ChangesAreNoticed)
+{
+    test::writeFile(file(), test::quickAccount("one", "first"));
+    host::Accounts accounts(file());
+    std::string problem;
+    ASSERT_TRUE(accounts.load(problem)) << problem;
+    EXPECT_TRUE(accounts.verify("one", "first"));
+    ASSERT_TRUE(host::Accounts::add(file(), "one", "changed", problem)) << problem;
+    // The file is looked at once a second.
+    for (int i = 0; i < 600 && accounts.verify("one", "first"); ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    EXPECT_FALSE(accounts.verify("one", "first"));
+    EXPECT_TRUE(accounts.verify("one", "changed"));
+    unlink(file().c_str());
+    testing::internal::CaptureStderr();
+    for (int i = 0; i < 600 && accounts.verify("one", "changed"); ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    EXPECT_FALSE(accounts.verify("one", "changed")) << "without a file there is no account";
+    EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("accounts: No such file or directory"));
+}
+
+TEST_F(Accounts, AreAdded)
+{
+    std::string problem;
+    ASSERT_TRUE(host::Accounts::add(file(), "one", "first", problem)) << problem;
+    ASSERT_TRUE(host::Accounts::add(file(), "two", "second", problem)) << problem;
+    ASSERT_TRUE(host::Accounts::add(file(), "one", "third", problem)) << problem;
+    struct stat status = {};
+    stat(file().c_str(), &status);
+    EXPECT_EQ(status.st_mode & 0777, 0600u);
+    const std::string text = test::readFile(file());
+    EXPECT_EQ(test::count(text, "\n"), 2u);
+    EXPECT_EQ(text.find("third"), std::string::npos);
+    host::Accounts accounts(file());
+    ASSERT_TRUE(accounts.load(problem)) << problem;
+    EXPECT_TRUE(accounts.verify("one", "third"));
+    EXPECT_FALSE(accounts.verify("one", "first"));
+    EXPECT_TRUE(accounts.verify("two", "second"));
+}
+
+TEST_F(Accounts, BadAccountsAreNotAdded)
+{
+    std::string problem;
+    EXPECT_FALSE(host::Accounts::add(file(), "a:b", "x", problem));
+    EXPECT_FALSE(host::Accounts::add(file(), "", "x", problem));
+    EXPECT_FALSE(host::Accounts::add(file(), "a b", "x", problem));
+    EXPECT_FALSE(host::Accounts::add(file(), "a\n", "x", problem));
+    EXPECT_EQ(problem, "a user name has no blanks, control characters or colons");
+    EXPECT_FALSE(host::Accounts::add(file(), "a", "", problem));
+    EXPECT_EQ(problem, "the password is empty or too long");
+    EXPECT_FALSE(host::Accounts::add(file(), "a", std::string(10000, 'x'), problem));
+    EXPECT_FALSE(host::Accounts::add("/nonexistent/accounts", "a", "x", problem));
+    EXPECT_THAT(problem, HasSubstr("/nonexistent/accounts"));
+    test::writeFile(file(), "broken");
+    EXPECT_FALSE(host::Accounts::add(file(), "a", "x", problem)) << "a file that is not understood is kept";
+    EXPECT_EQ(test::readFile(file()), "broken");
+}
+
+TEST_F(Accounts, BrokenFilesAreTold)
+{
+    EXPECT_EQ(problemOf("a:b\nnonsense\n"), file() + ":2: expected \"user:hash\"");
+    EXPECT_EQ(problemOf(":b\n"), file() + ":1: expected \"user:hash\"");
+    EXPECT_EQ(problemOf("a:b\na:c\n"), file() + ":2: the account a is there twice");
+    EXPECT_EQ(problemOf("a:b:1000:more\n"), "");
+    host::Accounts absent("/nonexistent/accounts");
+    std::string problem;
+    EXPECT_FALSE(absent.load(problem));
+    EXPECT_EQ(problem, "/nonexistent/accounts: No such file or directory");
+}
+
+TEST(SipHash, GivesThePublishedDigests)
+{
+    // The vectors of the reference implementation: key 00 01 .. 0f, texts of 0, 1 and 8 ascending bytes.
+    const host::Digest key = {0x0706050403020100u, 0x0f0e0d0c0b0a0908u};
+    const std::string text("\x00\x01\x02\x03\x04\x05\x06\x07", 8);
+    EXPECT_EQ(host::sipHash128(key, ""), (host::Digest{0xe6a825ba047f81a3u, 0x930255c71472f66du}));
+    EXPECT_EQ(host::sipHash128(key, text.substr(0, 1)),
+              (host::Digest{0x44af996bd8c187dau, 0x45fc229b11597634u}));
+    EXPECT_NE(host::sipHash128(key, text), host::sipHash128(key, text.substr(0, 7)));
+}
+
+} // namespace

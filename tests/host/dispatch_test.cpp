@@ -1,0 +1,547 @@
+// Requests on their way to providers and back, without any protocol.
+#include "test_host.h"
+
+#include <chrono>
+#include <thread>
+#include <unistd.h>
+
+namespace
+{
+
+using host::Answer;
+using host::Operation;
+using host::Request;
+
+class Dispatch : public testing::Test
+{
+  protected:
+    Dispatch() : manager_(test::makeManager()) {}
+
+    Request request(Operation operation)
+    {
+        Request made;
+        made.operation = operation;
+        made.nameSpace = "root/cimv2";
+        made.principal = "operator";
+        return made;
+    }
+
+    host::Path *path(const char *className)
+    {
+        return host::makePath(call_.arena, manager_->classes(), "root/cimv2", className);
+    }
+
+    void key(host::Path &path, const char *name, const char *value)
+    {
+        host::setKey(path, name, host::stringData(host::makeString(call_.arena, value)));
+    }
+
+    host::Path *thing(int number, const char *className = "Test_Thing")
+    {
+        host::Path *made = path(className);
+        key(*made, "SystemCreationClassName", "Linux_ComputerSystem");
+        key(*made, "SystemName", "desk");
+        key(*made, "CreationClassName", className);
+        key(*made, "DeviceID", ("thing" + std::to_string(number)).c_str());
+        return made;
+    }
+
+    Answer run(const Request &request)
+    {
+        Answer answer(call_.arena);
+        manager_->dispatcher().execute(call_.call(), request, answer);
+        return answer;
+    }
+
+    /** The code and the text of an error. */
+    static std::string error(const Answer &answer)
+    {
+        return std::to_string(static_cast<int>(answer.code)) + " " +
+               (answer.message != nullptr ? answer.message : "(none)");
+    }
+
+    Answer enumerate(const char *className, bool names = false)
+    {
+        Request made = request(names ? Operation::EnumerateInstanceNames : Operation::EnumerateInstances);
+        made.className = className;
+        return run(made);
+    }
+
+    Answer relay(const char *what)
+    {
+        Request made = request(Operation::InvokeMethod);
+        made.path = thing(3);
+        made.methodName = "Relay";
+        made.arguments = host::makeArgs(call_.arena);
+        host::setValue(*made.arguments->values, "what",
+                       host::stringData(host::makeString(call_.arena, what)));
+        return run(made);
+    }
+
+    static std::string outText(const Answer &answer, const char *name)
+    {
+        if (!answer.ok()) {
+            return error(answer);
+        }
+        const host::NamedValue *value = host::findValue(*answer.outArguments->values, name);
+        return value != nullptr ? std::string(host::behind<host::String>(value->data.value.string)->view())
+                                : "(absent)";
+    }
+
+    static std::string visibleProperties(const host::Instance &instance)
+    {
+        std::string names;
+        for (std::size_t i = 0; i < instance.info->propertyCount(); ++i) {
+            if (instance.visible == nullptr || instance.visible->contains(i)) {
+                names += (names.empty() ? "" : " ") + instance.info->definition().properties[i].name;
+            }
+        }
+        return names;
+    }
+
+    std::unique_ptr<host::ObjectManager> manager_;
+    test::TestCall call_;
+};
+
+// --------------------------------------------------------------------------------------------- before any
+// class
+
+TEST_F(Dispatch, NothingWithoutAPrincipal)
+{
+    Request made = request(Operation::EnumerateInstances);
+    made.className = "Test_Thing";
+    made.principal = "";
+    EXPECT_EQ(error(run(made)), "2 The request has no principal.");
+}
+
+TEST_F(Dispatch, OtherNamespacesDoNotExist)
+{
+    for (const char *nameSpace : {"root/other", "interop", "root/interop", ""}) {
+        Request made = request(Operation::EnumerateInstanceNames);
+        made.className = "CIM_Namespace";
+        made.nameSpace = nameSpace;
+        EXPECT_EQ(error(run(made)), std::string("3 The namespace ") + nameSpace + " does not exist.");
+    }
+    Request made = request(Operation::EnumerateInstanceNames);
+    made.className = "Test_Thing";
+    made.nameSpace = "/ROOT/cimv2";
+    EXPECT_TRUE(run(made).ok());
+}
+
+TEST_F(Dispatch, UnknownClassesAreInvalid)
+{
+    EXPECT_EQ(error(enumerate("Test_Nope")), "5 The class Test_Nope does not exist.");
+    for (const Operation operation :
+         {Operation::GetInstance, Operation::DeleteInstance, Operation::Associators, Operation::InvokeMethod,
+          Operation::ModifyInstance, Operation::CreateInstance, Operation::GetProperty}) {
+        Request made = request(operation);
+        made.path = path("Test_Nope");
+        EXPECT_EQ(error(run(made)), "5 The class Test_Nope does not exist.") << operationName(operation);
+    }
+}
+
+TEST_F(Dispatch, ClassesWithoutProviderAreNotSupported)
+{
+    EXPECT_EQ(error(enumerate("Test_Unserved")),
+              "7 No instance provider is registered for the class Test_Unserved or a subclass of it.");
+    Request made = request(Operation::GetInstance);
+    made.path = path("Test_Unserved");
+    EXPECT_EQ(error(run(made)), "7 No instance provider is registered for the class Test_Unserved.");
+    made.operation = Operation::InvokeMethod;
+    EXPECT_EQ(error(run(made)), "7 No method provider is registered for the class Test_Unserved.");
+}
+
+// --------------------------------------------------------------------------------------------------
+// instances
+
+TEST_F(Dispatch, EnumerationsReachSubclasses)
+{
+    EXPECT_EQ(enumerate("Test_Thing").instances.size(), 8u);
+    EXPECT_EQ(enumerate("Test_Thing", true).paths.size(), 8u);
+    EXPECT_EQ(enumerate("Test_SpecialThing").instances.size(), 1u);
+    EXPECT_EQ(enumerate("Test_Device").instances.size(), 8u);
+    EXPECT_EQ(enumerate("Test_Element", true).paths.size(), 9u) << "the computer system is an element too";
+}
+
+TEST_F(Dispatch, ShallowInstancesHaveThePropertiesOfTheirSuperclass)
+{
+    Request made = request(Operation::EnumerateInstances);
+    made.className = "Test_Device";
+    made.deepInheritance = false;
+    const Answer answer = run(made);
+    ASSERT_EQ(answer.instances.size(), 8u);
+    EXPECT_EQ(
+        visibleProperties(*answer.instances[0]),
+        "Caption ElementName SystemCreationClassName SystemName CreationClassName DeviceID EnabledState");
+    EXPECT_EQ(answer.instances[7]->info->definition().name, "Test_SpecialThing");
+    made.deepInheritance = true;
+    EXPECT_EQ(
+        visibleProperties(*run(made).instances[7]),
+        "Caption ElementName SystemCreationClassName SystemName CreationClassName DeviceID EnabledState "
+        "Label Level Offset32 Serial Hot Gain Seen Tags Codes Extra");
+}
+
+TEST_F(Dispatch, PropertyListsAndLocalOnlyLimitWhatIsSeen)
+{
+    Request made = request(Operation::GetInstance);
+    made.path = thing(0, "Test_SpecialThing");
+    const char *list[] = {"LEVEL", "extra", "Nope", nullptr};
+    made.propertyList = list;
+    EXPECT_EQ(visibleProperties(*run(made).instances[0]), "Level Extra");
+    made.propertyList = nullptr;
+    made.localOnly = true;
+    EXPECT_EQ(visibleProperties(*run(made).instances[0]), "Label Extra")
+        << "an overridden property is local, an inherited one is not";
+    const char *none[] = {nullptr};
+    made.localOnly = false;
+    made.propertyList = none;
+    EXPECT_EQ(visibleProperties(*run(made).instances[0]), "");
+}
+
+TEST_F(Dispatch, GetInstanceFindsOneInstance)
+{
+    Request made = request(Operation::GetInstance);
+    made.path = thing(3);
+    const Answer answer = run(made);
+    ASSERT_TRUE(answer.ok()) << error(answer);
+    ASSERT_EQ(answer.instances.size(), 1u);
+    const host::Instance &instance = *answer.instances[0];
+    EXPECT_EQ(instance.values[instance.info->findProperty("Level")].value.uint16, 30);
+    EXPECT_EQ(host::pathText(call_.arena, *instance.path)->view(),
+              "root/cimv2:Test_Thing.SystemCreationClassName=\"Linux_ComputerSystem\",SystemName=\"desk\","
+              "CreationClassName=\"Test_Thing\",DeviceID=\"thing3\"");
+    made.path = thing(9);
+    EXPECT_EQ(error(run(made)), "6 no such thing");
+}
+
+TEST_F(Dispatch, ASuperclassHasNoInstancesOfItsOwn)
+{
+    Request made = request(Operation::GetInstance);
+    made.path = thing(3, "Test_Device");
+    EXPECT_EQ(error(run(made)),
+              "6 There is no instance of Test_Device itself; its subclasses have instances.");
+    made.operation = Operation::DeleteInstance;
+    EXPECT_EQ(error(run(made)),
+              "6 There is no instance of Test_Device itself; its subclasses have instances.");
+    made.operation = Operation::InvokeMethod;
+    EXPECT_EQ(error(run(made)),
+              "6 There is no instance of Test_Device itself; its subclasses have instances.");
+}
+
+TEST_F(Dispatch, AnErrorWinsOverWhatWasReturnedBefore)
+{
+    const Answer names = enumerate("Test_Faulty", true);
+    EXPECT_EQ(error(names), "1 failed  after <one> & \"more\"");
+    EXPECT_TRUE(names.paths.empty());
+    EXPECT_EQ(error(enumerate("Test_Faulty")), "2 an extended error");
+}
+
+TEST_F(Dispatch, StrangeProvidersAreTold)
+{
+    Request made = request(Operation::GetInstance);
+    made.path = path("Test_Faulty");
+    key(*made.path, "Name", "other");
+    EXPECT_EQ(error(run(made)), "1 (none)") << "a path is not accepted in the place of an instance";
+    key(*made.path, "Name", "nothing");
+    EXPECT_EQ(error(run(made)), "6 The provider of Test_Faulty returned no instance.");
+    for (const Operation operation :
+         {Operation::CreateInstance, Operation::ModifyInstance, Operation::DeleteInstance}) {
+        made.operation = operation;
+        made.instance = host::makeInstance(call_.arena, *made.path);
+        EXPECT_EQ(error(run(made)), "7 The provider does not implement the operation.");
+    }
+    EXPECT_EQ(error(enumerate("Test_Simple")), "7 The provider does not implement the operation.");
+    made.operation = Operation::InvokeMethod;
+    made.methodName = "Any";
+    made.arguments = host::makeArgs(call_.arena);
+    EXPECT_EQ(error(run(made)), "7 The provider does not implement the operation.");
+}
+
+TEST_F(Dispatch, AHungryProviderIsStopped)
+{
+    Request made = request(Operation::GetInstance);
+    made.path = path("Test_Faulty");
+    key(*made.path, "Name", "hungry");
+    EXPECT_EQ(run(made).code, CMPI_RC_ERR_SERVER_LIMITS_EXCEEDED);
+}
+
+TEST_F(Dispatch, InstancesAreModified)
+{
+    Request made = request(Operation::ModifyInstance);
+    made.path = thing(2);
+    made.instance = host::makeInstance(call_.arena, *made.path);
+    host::setProperty(*made.instance, made.instance->info->findProperty("Label"),
+                      host::stringData(host::makeString(call_.arena, "renamed")));
+    EXPECT_TRUE(run(made).ok());
+    Request get = request(Operation::GetProperty);
+    get.path = thing(2);
+    get.propertyName = "label";
+    EXPECT_EQ(host::behind<host::String>(run(get).returnValue.value.string)->view(), "renamed");
+    const char *list[] = {"Level", nullptr};
+    made.propertyList = list;
+    EXPECT_EQ(error(run(made)), "7 only the label can be changed");
+}
+
+TEST_F(Dispatch, SinglePropertiesAreReadAndSet)
+{
+    Request set = request(Operation::SetProperty);
+    set.path = thing(4);
+    set.propertyName = "Label";
+    set.propertyValue = host::stringData(host::makeString(call_.arena, "single"));
+    EXPECT_TRUE(run(set).ok());
+    Request get = request(Operation::GetProperty);
+    get.path = thing(4);
+    get.propertyName = "Label";
+    const Answer answer = run(get);
+    ASSERT_TRUE(answer.hasReturnValue);
+    EXPECT_EQ(host::behind<host::String>(answer.returnValue.value.string)->view(), "single");
+    get.propertyName = "Nope";
+    EXPECT_EQ(error(run(get)), "12 The class Test_Thing has no property Nope.");
+    set.propertyName = "Nope";
+    EXPECT_EQ(error(run(set)), "12 The class Test_Thing has no property Nope.");
+    set.propertyName = "Level";
+    EXPECT_EQ(error(run(set)), "13 The property Level of Test_Thing is of another type.");
+    get.propertyName = "EnabledState";
+    const Answer null = run(get);
+    EXPECT_TRUE(null.ok());
+    EXPECT_FALSE(null.hasReturnValue);
+}
+
+TEST_F(Dispatch, InstancesAreCreated)
+{
+    Request made = request(Operation::CreateInstance);
+    made.path = thing(12);
+    made.instance = host::makeInstance(call_.arena, *made.path);
+    const Answer answer = run(made);
+    ASSERT_EQ(answer.paths.size(), 1u) << error(answer);
+    made.path = thing(3);
+    made.instance = host::makeInstance(call_.arena, *made.path);
+    EXPECT_EQ(error(run(made)), "11 the thing is there already");
+}
+
+TEST_F(Dispatch, QueriesReachTheProviderOfTheirClass)
+{
+    Request made = request(Operation::ExecQuery);
+    made.query = "SELECT * FROM Test_Thing WHERE ElementName = 'thing2'";
+    made.queryLanguage = "DMTF:CQL";
+    EXPECT_EQ(run(made).instances.size(), 1u);
+    made.queryLanguage = "WQL";
+    EXPECT_EQ(error(run(made)), "14 only DMTF:CQL");
+    made.query = "SELECT * FROM Test_Nope";
+    EXPECT_EQ(error(run(made)), "5 The class Test_Nope does not exist.");
+    made.query = "SELECT * FROM";
+    EXPECT_EQ(error(run(made)), "15 The query names no class after FROM.");
+    made.query = "";
+    EXPECT_EQ(error(run(made)), "15 The query names no class after FROM.");
+}
+
+TEST_F(Dispatch, TheComputerSystemIsThere)
+{
+    const Answer all = enumerate("Linux_ComputerSystem");
+    ASSERT_EQ(all.instances.size(), 1u);
+    const host::Path &found = *all.instances[0]->path;
+    const host::NamedValue *name = host::findValue(*found.keys, "Name");
+    char hostName[256] = {};
+    gethostname(hostName, sizeof hostName - 1);
+    EXPECT_EQ(host::behind<host::String>(name->data.value.string)->view(), hostName);
+    Request made = request(Operation::GetInstance);
+    made.path = host::copyObject(call_.arena, found);
+    EXPECT_TRUE(run(made).ok());
+    key(*made.path, "Name", "another");
+    EXPECT_EQ(error(run(made)), "6 This host is another computer system.");
+    made.operation = Operation::DeleteInstance;
+    EXPECT_EQ(error(run(made)), "7 The computer system cannot be changed.");
+}
+
+// ------------------------------------------------------------------------------------------------
+// associations
+
+TEST_F(Dispatch, AllAssociationsOfAnObjectAreTraversed)
+{
+    Request made = request(Operation::AssociatorNames);
+    made.path = thing(3);
+    const Answer answer = run(made);
+    ASSERT_TRUE(answer.ok()) << error(answer);
+    EXPECT_EQ(answer.paths.size(), 3u) << "two neighbours, once each, and the computer system";
+    EXPECT_EQ(answer.paths[2]->className->view(), "Linux_ComputerSystem");
+    made.operation = Operation::Associators;
+    EXPECT_EQ(run(made).instances.size(), 3u);
+    made.operation = Operation::ReferenceNames;
+    EXPECT_EQ(run(made).paths.size(), 2u);
+}
+
+TEST_F(Dispatch, TheFirstErrorEndsATraversal)
+{
+    Request made = request(Operation::References);
+    made.path = thing(3);
+    const Answer answer = run(made);
+    EXPECT_EQ(error(answer), "1 references are broken");
+    EXPECT_TRUE(answer.instances.empty());
+    made.associationClass = "Test_ThingPair";
+    EXPECT_EQ(run(made).instances.size(), 2u) << "the filter keeps the broken provider out";
+}
+
+TEST_F(Dispatch, FiltersLimitTheAssociations)
+{
+    Request made = request(Operation::AssociatorNames);
+    made.path = thing(3);
+    made.associationClass = "test_thingpair";
+    EXPECT_EQ(run(made).paths.size(), 2u);
+    made.role = "Antecedent";
+    EXPECT_EQ(run(made).paths.size(), 1u) << "the role arrives at the provider";
+    made.role = "Nope";
+    EXPECT_TRUE(run(made).ok());
+    EXPECT_EQ(run(made).paths.size(), 0u);
+    made.role = nullptr;
+    made.associationClass = "Test_Dependency";
+    EXPECT_EQ(run(made).paths.size(), 3u) << "subclasses of the filter are in its reach";
+    made.associationClass = "Test_Simple";
+    EXPECT_TRUE(run(made).ok());
+    EXPECT_EQ(run(made).paths.size(), 0u) << "no association is a Test_Simple";
+    made.associationClass = "Test_Nope";
+    EXPECT_EQ(error(run(made)), "4 The class Test_Nope of the filter does not exist.");
+    made.associationClass = nullptr;
+    made.resultClass = "Test_Nope";
+    EXPECT_EQ(error(run(made)), "4 The class Test_Nope of the filter does not exist.");
+}
+
+TEST_F(Dispatch, OnlyAssociationsThatCanHoldTheObjectAreAsked)
+{
+    const Answer systems = enumerate("Linux_ComputerSystem", true);
+    Request made = request(Operation::References);
+    made.path = systems.paths[0];
+    EXPECT_EQ(error(run(made)), "1 references are broken") << "of the two only this one refers to systems";
+    made.path = path("Test_Simple");
+    key(*made.path, "Id", "1");
+    const Answer answer = run(made);
+    EXPECT_TRUE(answer.ok()) << error(answer);
+    EXPECT_EQ(answer.instances.size(), 0u);
+    made.path = path("Test_Thing");
+    EXPECT_EQ(error(run(made)), "7 References of a class is not supported: the path has no keys.");
+}
+
+// ----------------------------------------------------------------------------------------------------
+// up-calls
+
+TEST_F(Dispatch, UpCallsGoTheSameWay)
+{
+    EXPECT_EQ(outText(relay("names"), "info"), "8");
+    EXPECT_EQ(outText(relay("instances"), "info"), "8");
+    EXPECT_EQ(outText(relay("system"), "info"), "Linux_ComputerSystem");
+    EXPECT_EQ(outText(relay("associators"), "info"), "2");
+    EXPECT_EQ(outText(relay("property"), "info"), "0x90/30");
+    EXPECT_EQ(outText(relay("missing"), "info"), "6 no such special thing");
+    EXPECT_EQ(outText(relay("modify"), "info"), "");
+    Request get = request(Operation::GetProperty);
+    get.path = thing(3);
+    get.propertyName = "Label";
+    EXPECT_EQ(host::behind<host::String>(run(get).returnValue.value.string)->view(), "relayed");
+}
+
+TEST_F(Dispatch, TheContextTellsWhoAsksAndHow)
+{
+    EXPECT_EQ(outText(relay("context"), "info"), "operator root/cimv2 0xa0 2");
+}
+
+TEST_F(Dispatch, ALoopOfUpCallsEnds)
+{
+    EXPECT_EQ(outText(relay("loop"), "info"),
+              "1 Up-calls of providers are nested more than 16 deep; this is probably a loop.");
+    EXPECT_EQ(outText(relay("names"), "info"), "8") << "and leaves nothing behind";
+}
+
+TEST_F(Dispatch, AttachedThreadsMakeUpCalls)
+{
+    EXPECT_EQ(outText(relay("thread"), "info"), "thing4");
+}
+
+// ----------------------------------------------------------------------------------------------------
+// classes
+
+TEST_F(Dispatch, ClassesAreRead)
+{
+    Request made = request(Operation::GetClass);
+    made.className = "test_thing";
+    ASSERT_EQ(run(made).classes.size(), 1u);
+    EXPECT_EQ(run(made).classes[0]->definition().name, "Test_Thing");
+    made.className = "Test_Nope";
+    EXPECT_EQ(error(run(made)), "6 The class Test_Nope does not exist.");
+    made.operation = Operation::EnumerateClassNames;
+    made.className = "";
+    made.deepInheritance = false;
+    EXPECT_EQ(run(made).classes.size(), 5u);
+    made.deepInheritance = true;
+    EXPECT_EQ(run(made).classes.size(), 12u);
+    made.className = "Test_Device";
+    EXPECT_EQ(run(made).classes.size(), 2u);
+    made.deepInheritance = false;
+    EXPECT_EQ(run(made).classes.size(), 1u);
+    made.className = "Test_Nope";
+    EXPECT_EQ(error(run(made)), "5 The class Test_Nope does not exist.");
+}
+
+TEST_F(Dispatch, QualifiersAreRead)
+{
+    Request made = request(Operation::GetQualifier);
+    made.qualifierName = "KEY";
+    ASSERT_EQ(run(made).qualifiers.size(), 1u);
+    EXPECT_EQ(run(made).qualifiers[0]->name, "Key");
+    made.qualifierName = "Nope";
+    EXPECT_EQ(error(run(made)), "6 The qualifier Nope does not exist.");
+    made.operation = Operation::EnumerateQualifiers;
+    EXPECT_EQ(run(made).qualifiers.size(), 10u);
+}
+
+// ---------------------------------------------------------------------------------------------------- the
+// gate
+
+TEST(ProviderGate, LetsOneRequestInAtATime)
+{
+    using namespace std::chrono_literals;
+    host::ProviderGate gate;
+    EXPECT_TRUE(gate.enter(1, 0ms));
+    EXPECT_TRUE(gate.enter(1, 0ms)) << "up-calls of the same request pass";
+    EXPECT_FALSE(gate.enter(2, 1ms));
+    gate.leave();
+    EXPECT_FALSE(gate.enter(2, 1ms));
+    std::thread other([&gate] {
+        EXPECT_TRUE(gate.enter(2, 60s));
+        gate.leave();
+    });
+    gate.leave();
+    other.join();
+    EXPECT_TRUE(gate.enter(3, 0ms));
+    gate.leave();
+}
+
+TEST_F(Dispatch, ARequestDoesNotWaitWithoutEnd)
+{
+    using namespace std::chrono_literals;
+    manager_->dispatcher().setPatience(20ms);
+    const host::Path *sleeper = thing(1);
+    std::thread other([this, sleeper] {
+        test::TestCall call;
+        Request made = request(Operation::InvokeMethod);
+        made.path = host::copyObject(call.arena, *sleeper);
+        made.methodName = "Nap";
+        made.arguments = host::makeArgs(call.arena);
+        CMPIData ms = {};
+        ms.type = CMPI_uint32;
+        ms.value.uint32 = 1500;
+        host::setValue(*made.arguments->values, "ms", ms);
+        Answer answer(call.arena);
+        manager_->dispatcher().execute(call.call(), made, answer);
+        EXPECT_TRUE(answer.ok());
+    });
+    // Until the other one is inside, this one succeeds.
+    std::string outcome;
+    for (int i = 0; i < 10000 && outcome.empty(); ++i) {
+        const Answer answer = enumerate("Test_SpecialThing");
+        outcome = answer.ok() ? "" : error(answer);
+    }
+    other.join();
+    EXPECT_EQ(outcome, "1 Another request has been keeping the providers busy for too long.");
+    EXPECT_TRUE(enumerate("Test_SpecialThing").ok());
+}
+
+} // namespace

@@ -1,0 +1,387 @@
+// The HTTP server: authentication, limits, connections.
+#include "test_host.h"
+
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <thread>
+
+namespace
+{
+
+using test::Client;
+using test::HttpAnswer;
+using testing::HasSubstr;
+
+const std::string NAMES =
+    test::intrinsic("EnumerateInstanceNames",
+                    "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"Test_SpecialThing\"/></IPARAMVALUE>");
+
+/** A request with that value of Authorization, or none of it. */
+std::string postAs(const std::string &authorization, std::string_view body = NAMES)
+{
+    std::string request =
+        "POST /cimom HTTP/1.1\r\nHost: localhost\r\nContent-Length: " + std::to_string(body.size()) + "\r\n";
+    if (!authorization.empty()) {
+        request += "Authorization: " + authorization + "\r\n";
+    }
+    request += "\r\n";
+    request += body;
+    return request;
+}
+
+std::string basic(const std::string &user, const std::string &password)
+{
+    std::string value = "Basic ";
+    value += test::base64(user + ":" + password);
+    return value;
+}
+
+// ---------------------------------------------------------------------------------------------
+// authentication
+
+TEST(Http, AnswersWithTheRightHeaders)
+{
+    test::TestServer server;
+    const HttpAnswer answer = server.exchange(test::post(NAMES));
+    EXPECT_EQ(answer.status, 200);
+    EXPECT_EQ(answer.header("Content-Type"), "application/xml; charset=\"utf-8\"");
+    EXPECT_EQ(answer.header("CIMOperation"), "MethodResponse");
+    EXPECT_THAT(answer.body, testing::StartsWith("<?xml version=\"1.0\" encoding=\"utf-8\" ?>\n<CIM "));
+}
+
+TEST(Http, AsksForCredentials)
+{
+    test::TestServer server;
+    for (const std::string &authorization :
+         {std::string(), basic("operator", "wrong"), basic("nobody", "secret: word"), basic("operator", ""),
+          basic("", ""), std::string("Basic"), std::string("Basic !!!!"), std::string("Basic b3BlcmF0b3I="),
+          std::string("Bearer b3BlcmF0b3I6c2VjcmV0OiB3b3Jk"), "Basic " + std::string(5000, 'A')}) {
+        const HttpAnswer answer = server.exchange(postAs(authorization));
+        EXPECT_EQ(answer.status, 401) << authorization;
+        EXPECT_EQ(answer.header("WWW-Authenticate"), "Basic realm=\"cimom\"");
+        EXPECT_EQ(answer.body, "");
+    }
+    EXPECT_EQ(server.exchange(postAs(basic("operator", "secret: word"))).status, 200);
+}
+
+TEST(Http, GoesOnAfterAskingForCredentials)
+{
+    test::TestServer server;
+    Client client(server.port());
+    EXPECT_EQ(client.exchange(postAs("")).status, 401);
+    EXPECT_EQ(client.exchange(postAs(basic("operator", "wrong"))).status, 401);
+    EXPECT_EQ(client.exchange(test::post(NAMES)).status, 200);
+    EXPECT_EQ(client.exchange(postAs("")).status, 401) << "credentials count for their request alone";
+}
+
+TEST(Http, HashesCredentialsOnce)
+{
+    test::TestServer server;
+    Client client(server.port());
+    for (int i = 0; i < 20; ++i) {
+        EXPECT_EQ(client.exchange(test::post(NAMES)).status, 200);
+    }
+    EXPECT_EQ(server.accounts().hashCount(), 1u);
+}
+
+// ---------------------------------------------------------------------------------------- methods and
+// addresses
+
+TEST(Http, KnowsItsAddresses)
+{
+    test::TestServer server;
+    std::string request = test::post(NAMES);
+    EXPECT_EQ(server.exchange("POST / " + request.substr(std::string("POST /cimom ").size())).status, 200);
+    EXPECT_EQ(server.exchange("POST /cimom?x=y " + request.substr(std::string("POST /cimom ").size())).status,
+              200);
+    EXPECT_EQ(server.exchange("POST /other " + request.substr(std::string("POST /cimom ").size())).status,
+              404);
+    EXPECT_EQ(server.exchange("POST /cimom/x " + request.substr(std::string("POST /cimom ").size())).status,
+              404);
+}
+
+TEST(Http, TakesPostAlone)
+{
+    test::TestServer server;
+    for (const char *method : {"GET", "HEAD", "PUT", "DELETE", "OPTIONS", "M-POST", "TRACE"}) {
+        std::string request = test::post(NAMES);
+        request.replace(0, 4, method);
+        Client client(server.port());
+        client.send(request);
+        client.shutdownSending();
+        const HttpAnswer answer = client.receive();
+        EXPECT_EQ(answer.status, 405) << method;
+        EXPECT_EQ(answer.header("Allow"), "POST") << method;
+    }
+}
+
+// --------------------------------------------------------------------------------------------------
+// connections
+
+TEST(Http, KeepsConnections)
+{
+    test::TestServer server;
+    Client client(server.port());
+    for (int i = 0; i < 50; ++i) {
+        ASSERT_EQ(client.exchange(test::post(NAMES)).status, 200);
+    }
+    EXPECT_EQ(server.server().connectionCount(), 1u);
+}
+
+TEST(Http, TakesRequestsThatFollowAtOnce)
+{
+    test::TestServer server;
+    Client client(server.port());
+    client.send(test::post(NAMES) + test::post(NAMES) + postAs(""));
+    EXPECT_EQ(client.receive().status, 200);
+    EXPECT_EQ(client.receive().status, 200);
+    EXPECT_EQ(client.receive().status, 401);
+}
+
+TEST(Http, ClosesConnectionsWhenAsked)
+{
+    test::TestServer server;
+    Client client(server.port());
+    EXPECT_EQ(client.exchange(test::post(NAMES, "Connection: close\r\n")).status, 200);
+    EXPECT_TRUE(client.closed());
+    Client old(server.port());
+    std::string request = test::post(NAMES);
+    request.replace(request.find("HTTP/1.1"), 8, "HTTP/1.0");
+    EXPECT_EQ(old.exchange(request).status, 200);
+    EXPECT_TRUE(old.closed());
+}
+
+TEST(Http, ContinuesOnExpectation)
+{
+    test::TestServer server;
+    Client client(server.port());
+    std::string request = test::post(NAMES, "Expect: 100-continue\r\n");
+    const std::size_t bodyStart = request.find("\r\n\r\n") + 4;
+    client.send(request.substr(0, bodyStart));
+    client.send(request.substr(bodyStart));
+    EXPECT_EQ(client.receive().status, 200);
+}
+
+TEST(Http, TakesChunkedBodies)
+{
+    test::TestServer server;
+    Client client(server.port());
+    std::string request =
+        "POST /cimom HTTP/1.1\r\nHost: localhost\r\nTransfer-Encoding: chunked\r\nTE: trailers\r\n"
+        "Authorization: " +
+        basic("operator", "secret: word") + "\r\n\r\n";
+    for (std::size_t i = 0; i < NAMES.size(); i += 100) {
+        const std::string chunk = NAMES.substr(i, 100);
+        char size[16];
+        std::snprintf(size, sizeof size, "%zx\r\n", chunk.size());
+        request += size + chunk + "\r\n";
+    }
+    request += "0\r\n\r\n";
+    EXPECT_EQ(client.exchange(request).status, 200);
+    EXPECT_EQ(client.exchange(test::post(NAMES)).status, 200);
+}
+
+TEST(Http, TakesBodiesByteByByte)
+{
+    test::TestServer server;
+    Client client(server.port());
+    for (const char byte : test::post(NAMES)) {
+        ASSERT_TRUE(client.send({&byte, 1}));
+    }
+    EXPECT_EQ(client.receive().status, 200);
+}
+
+// -------------------------------------------------------------------------------------------------------
+// limits
+
+TEST(Http, RefusesLargeBodies)
+{
+    host::HttpLimits limits;
+    limits.bodyBytes = 2000;
+    test::TestServer server(limits);
+    Client atOnce(server.port());
+    // The length alone is reason enough.
+    atOnce.send("POST /cimom HTTP/1.1\r\nHost: localhost\r\nAuthorization: " +
+                basic("operator", "secret: word") + "\r\nContent-Length: 2001\r\n\r\n");
+    EXPECT_EQ(atOnce.receive().status, 413);
+    EXPECT_TRUE(atOnce.closed());
+    EXPECT_EQ(server.exchange(test::post(NAMES + std::string(2000 - NAMES.size(), ' '))).status, 200);
+    EXPECT_EQ(server.exchange("POST /cimom HTTP/1.1\r\nHost: localhost\r\nContent-Length: "
+                              "99999999999999999999999\r\n\r\n")
+                      .status /
+                  100,
+              4);
+}
+
+TEST(Http, RefusesLargeChunkedBodies)
+{
+    host::HttpLimits limits;
+    limits.bodyBytes = 2000;
+    test::TestServer server(limits);
+    const std::string head = "POST /cimom HTTP/1.1\r\nHost: localhost\r\nTransfer-Encoding: chunked\r\n"
+                             "Authorization: " +
+                             basic("operator", "secret: word") + "\r\n\r\n";
+    std::string chunk = "3e8\r\n" + std::string(1000, 'x') + "\r\n";
+    Client client(server.port());
+    client.send(head + chunk + chunk + chunk + "0\r\n\r\n");
+    EXPECT_EQ(client.receive().status, 413);
+    Client endless(server.port());
+    endless.send(head);
+    for (int i = 0; i < 100000 && endless.send(chunk); ++i) {
+    }
+    EXPECT_TRUE(endless.closed()) << "a body without end is cut off";
+}
+
+TEST(Http, RefusesLargeHeaders)
+{
+    host::HttpLimits limits;
+    limits.headerBytes = 8 * 1024;
+    test::TestServer server(limits);
+    Client client(server.port());
+    client.send("POST /cimom HTTP/1.1\r\nHost: localhost\r\nX: " + std::string(100000, 'x') + "\r\n\r\n");
+    const HttpAnswer answer = client.receive();
+    EXPECT_TRUE(answer.status == 431 || answer.status == 0) << answer.status;
+    EXPECT_TRUE(client.closed());
+    EXPECT_EQ(server.exchange(test::post(NAMES)).status, 200);
+}
+
+TEST(Http, TurnsAwayTooManyConnections)
+{
+    host::HttpLimits limits;
+    limits.connections = 3;
+    test::TestServer server(limits);
+    std::vector<std::unique_ptr<Client>> clients;
+    for (int i = 0; i < 3; ++i) {
+        clients.push_back(std::make_unique<Client>(server.port()));
+        EXPECT_EQ(clients.back()->exchange(test::post(NAMES)).status, 200);
+    }
+    EXPECT_EQ(server.exchange(test::post(NAMES)).status, 503);
+    clients.pop_back();
+    int status = 503;
+    for (int i = 0; i < 500 && status == 503; ++i) {
+        status = server.exchange(test::post(NAMES)).status;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    EXPECT_EQ(status, 200) << "there is room again";
+}
+
+TEST(Http, EndsSilentConnections)
+{
+    host::HttpLimits limits;
+    limits.idle = std::chrono::seconds(1);
+    test::TestServer server(limits);
+    Client silent(server.port());
+    EXPECT_TRUE(silent.closed());
+    Client half(server.port());
+    half.send("POST /cimom HTTP/1.1\r\nHost: loc");
+    EXPECT_TRUE(half.closed());
+}
+
+TEST(Http, EndsSlowConnections)
+{
+    host::HttpLimits limits;
+    limits.transfer = std::chrono::milliseconds(300);
+    test::TestServer server(limits);
+    Client slow(server.port());
+    // A byte now and then keeps the connection from being silent, and does not help.
+    bool open = true;
+    int sent = 0;
+    for (const char byte : test::post(NAMES)) {
+        if (!slow.send({&byte, 1}) || slow.closed(0)) {
+            open = false;
+            break;
+        }
+        ++sent;
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    EXPECT_FALSE(open);
+    EXPECT_GT(sent, 10);
+    EXPECT_EQ(server.exchange(test::post(NAMES)).status, 200);
+}
+
+TEST(Http, WaitsForAProviderAsLongAsItTakes)
+{
+    host::HttpLimits limits;
+    limits.transfer = std::chrono::milliseconds(200);
+    test::TestServer server(limits);
+    const HttpAnswer answer = server.exchange(
+        test::post(test::methodCall(1, "Nap", "<PARAMVALUE NAME=\"ms\"><VALUE>900</VALUE></PARAMVALUE>")));
+    EXPECT_EQ(answer.status, 200);
+    EXPECT_THAT(answer.body, HasSubstr("<RETURNVALUE PARAMTYPE=\"uint32\">"));
+}
+
+// --------------------------------------------------------------------------------------------------
+// concurrency
+
+TEST(Http, ServesManyConnectionsAtOnceAndOneProviderCallAtATime)
+{
+    test::TestServer server;
+    std::atomic<int> good = 0;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 20; ++i) {
+        threads.emplace_back([&server, &good, i] {
+            Client client(server.port());
+            for (int j = 0; j < 10; ++j) {
+                const std::string body =
+                    j % 5 == 0
+                        ? test::methodCall(i % 7, "Nap",
+                                           "<PARAMVALUE NAME=\"ms\"><VALUE>3</VALUE></PARAMVALUE>")
+                        : test::intrinsic("GetInstance", "<IPARAMVALUE NAME=\"InstanceName\">" +
+                                                             test::thingName(i % 7) + "</IPARAMVALUE>");
+                const HttpAnswer answer = client.exchange(test::post(body));
+                const std::string expected =
+                    j % 5 == 0 ? "<VALUE>0</VALUE>" : "<VALUE>label-" + std::to_string(i % 7) + "</VALUE>";
+                good += answer.status == 200 && answer.body.find(expected) != std::string::npos ? 1 : 0;
+            }
+        });
+    }
+    for (std::thread &thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(good, 200);
+    const HttpAnswer most = server.exchange(test::post(
+        test::methodCall(1, "Relay", "<PARAMVALUE NAME=\"what\"><VALUE>most</VALUE></PARAMVALUE>")));
+    EXPECT_THAT(most.body, HasSubstr("<PARAMVALUE NAME=\"info\" PARAMTYPE=\"string\">\n<VALUE>1</VALUE>"));
+}
+
+TEST(Http, ForgetsConnectionsThatHaveGone)
+{
+    test::TestServer server;
+    for (int i = 0; i < 30; ++i) {
+        Client client(server.port());
+        client.send(test::post(NAMES).substr(0, static_cast<std::size_t>(i) * 20));
+    }
+    for (int i = 0; i < 500 && server.server().connectionCount() != 0; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    EXPECT_EQ(server.server().connectionCount(), 0u);
+}
+
+TEST(Http, SaysWhyItCannotListen)
+{
+    test::TestServer server;
+    host::HttpServer second(server.accounts(), {});
+    std::string problem;
+    EXPECT_FALSE(second.start("127.0.0.1", server.port(), problem));
+    EXPECT_EQ(problem, "cannot listen on 127.0.0.1 port " + std::to_string(server.port()) +
+                           ": another program is listening there");
+    EXPECT_FALSE(second.start("localhost", 0, problem));
+    EXPECT_THAT(problem, HasSubstr("the address localhost is not a numeric IP address"));
+    EXPECT_FALSE(second.start("192.0.2.1", 0, problem));
+    EXPECT_THAT(problem, HasSubstr("cannot listen on 192.0.2.1 port 0: "));
+}
+
+TEST(Http, ListensOnIpv6)
+{
+    test::TestServer server;
+    host::HttpServer second(server.accounts(), {});
+    std::string problem;
+    if (second.start("::1", 0, problem)) {
+        EXPECT_NE(second.port(), 0);
+    } else {
+        EXPECT_THAT(problem, HasSubstr("::1 port 0: ")) << "this machine has no IPv6";
+    }
+}
+
+} // namespace

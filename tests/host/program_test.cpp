@@ -1,0 +1,414 @@
+// desk-host as a program: its options, its messages, and the command-line client wbemcli against it.
+#include "test_host.h"
+
+#include <gmock/gmock.h>
+
+#include <csignal>
+#include <cstdio>
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+extern char **environ;
+
+namespace
+{
+
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+struct Outcome {
+    int code = -1;
+    std::string output; // standard output
+    std::string errors; // standard error
+};
+
+/** A program that runs, with its output in files. */
+class Process
+{
+  public:
+    Process(const std::vector<std::string> &command, const test::TemporaryDirectory &directory,
+            const std::string &input = "")
+        : output_(directory.file("output")), errors_(directory.file("errors"))
+    {
+        test::writeFile(directory.file("input"), input);
+        posix_spawn_file_actions_t actions;
+        posix_spawn_file_actions_init(&actions);
+        posix_spawn_file_actions_addopen(&actions, 0, directory.file("input").c_str(), O_RDONLY, 0);
+        posix_spawn_file_actions_addopen(&actions, 1, output_.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+        posix_spawn_file_actions_addopen(&actions, 2, errors_.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+        std::vector<char *> arguments;
+        for (const std::string &argument : command) {
+            arguments.push_back(const_cast<char *>(argument.c_str()));
+        }
+        arguments.push_back(nullptr);
+        if (posix_spawnp(&process_, arguments[0], &actions, nullptr, arguments.data(), environ) != 0) {
+            process_ = -1;
+            ADD_FAILURE() << "cannot run " << command[0];
+        }
+        posix_spawn_file_actions_destroy(&actions);
+    }
+
+    ~Process()
+    {
+        if (process_ > 0) {
+            kill(process_, SIGKILL);
+            waitpid(process_, nullptr, 0);
+        }
+    }
+
+    void signal(int number) const
+    {
+        kill(process_, number);
+    }
+
+    Outcome wait()
+    {
+        Outcome outcome;
+        int status = 0;
+        if (process_ > 0 && waitpid(process_, &status, 0) == process_ && WIFEXITED(status)) {
+            outcome.code = WEXITSTATUS(status);
+        }
+        process_ = -1;
+        outcome.output = test::readFile(output_);
+        outcome.errors = test::readFile(errors_);
+        return outcome;
+    }
+
+    bool running()
+    {
+        if (process_ > 0 && waitpid(process_, nullptr, WNOHANG) == process_) {
+            process_ = -1;
+        }
+        return process_ > 0;
+    }
+
+  private:
+    pid_t process_ = -1;
+    std::string output_;
+    std::string errors_;
+};
+
+class Program : public testing::Test
+{
+  protected:
+    Program()
+    {
+        test::writeFile(directory_.file("accounts"), test::quickAccount("operator", "secret"));
+    }
+
+    Outcome run(const std::vector<std::string> &arguments, const std::string &input = "")
+    {
+        std::vector<std::string> command = {DESK_HOST_PROGRAM};
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        return Process(command, directory_, input).wait();
+    }
+
+    std::vector<std::string> goodArguments() const
+    {
+        return {"--mof",          TEST_DATA_DIR "/test.mof",
+                "--registration", TEST_DATA_DIR "/test.reg",
+                "--library-dir",  TEST_PROVIDER_DIR,
+                "--accounts",     directory_.file("accounts"),
+                "--port",         "0",
+                "--ready-file",   directory_.file("ready")};
+    }
+
+    /** Starts desk-host and waits until it listens. */
+    std::unique_ptr<Process> start(std::vector<std::string> more = {})
+    {
+        std::vector<std::string> command = {DESK_HOST_PROGRAM};
+        for (const std::string &argument : goodArguments()) {
+            command.push_back(argument);
+        }
+        command.insert(command.end(), more.begin(), more.end());
+        auto process = std::make_unique<Process>(command, directory_);
+        while (process->running() && access(directory_.file("ready").c_str(), F_OK) != 0) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+        if (!process->running()) {
+            ADD_FAILURE() << "desk-host has ended: " << test::readFile(directory_.file("errors"));
+            return process;
+        }
+        const std::string ready = test::readFile(directory_.file("ready"));
+        const std::string before = "listening on http://127.0.0.1:";
+        EXPECT_THAT(ready, StartsWith(before));
+        EXPECT_THAT(ready, EndsWith("/cimom\n"));
+        port_ = static_cast<std::uint16_t>(std::atoi(ready.c_str() + before.size()));
+        return process;
+    }
+
+    test::TemporaryDirectory directory_;
+    test::TemporaryDirectory clientDirectory_;
+    std::uint16_t port_ = 0;
+};
+
+// ------------------------------------------------------------------------------------------ start and stop
+
+TEST_F(Program, StartsAnnouncesAndStops)
+{
+    for (const int number : {SIGTERM, SIGINT}) {
+        unlink(directory_.file("ready").c_str());
+        auto process = start();
+        process->signal(number);
+        const Outcome outcome = process->wait();
+        EXPECT_EQ(outcome.code, 0);
+        EXPECT_EQ(outcome.errors, "");
+        EXPECT_EQ(outcome.output, "listening on http://127.0.0.1:" + std::to_string(port_) + "/cimom\n");
+    }
+}
+
+TEST_F(Program, NeedsItsFiles)
+{
+    EXPECT_EQ(run({}).code, 1);
+    EXPECT_EQ(run({}).errors, "desk-host: --mof, --registration and --accounts are needed; see --help\n");
+    EXPECT_NE(run({"--mof", "/nonexistent.mof"}).code, 0);
+    EXPECT_EQ(run({"--help"}).code, 0);
+    EXPECT_THAT(run({"--help"}).output, HasSubstr("--provider-output"));
+    EXPECT_NE(run({"--nonsense"}).code, 0);
+    EXPECT_NE(run({"--port", "70000"}).code, 0);
+}
+
+TEST_F(Program, SaysWhatIsWrong)
+{
+    const auto with = [this](const std::string &option, const std::string &value) {
+        std::vector<std::string> arguments = goodArguments();
+        for (std::size_t i = 0; i < arguments.size(); i += 2) {
+            if (arguments[i] == option) {
+                arguments[i + 1] = value;
+                return run(arguments);
+            }
+        }
+        arguments.push_back(option);
+        arguments.push_back(value);
+        return run(arguments);
+    };
+    test::writeFile(directory_.file("bad.mof"), "class X { uint16 a };\n");
+    Outcome outcome = with("--mof", directory_.file("bad.mof"));
+    EXPECT_EQ(outcome.code, 1);
+    EXPECT_THAT(outcome.errors, HasSubstr(directory_.file("bad.mof") + ":1:"));
+
+    outcome = with("--library-dir", "/nonexistent");
+    EXPECT_EQ(outcome.code, 1);
+    EXPECT_THAT(outcome.errors,
+                HasSubstr("[Test_Thing] there is no libhostTestProvider.so in /nonexistent\n"));
+
+    outcome = with("--accounts", directory_.file("absent"));
+    EXPECT_EQ(outcome.code, 1);
+    EXPECT_THAT(outcome.errors,
+                HasSubstr("absent: No such file or directory (desk-host account add --accounts "));
+
+    test::writeFile(directory_.file("bad.reg"), "nonsense\n");
+    outcome = with("--registration", directory_.file("bad.reg"));
+    EXPECT_EQ(outcome.code, 1);
+    EXPECT_THAT(outcome.errors, HasSubstr("bad.reg:1: expected \"key: value\""));
+
+    test::TestServer other;
+    outcome = with("--port", std::to_string(other.port()));
+    EXPECT_EQ(outcome.code, 1);
+    EXPECT_EQ(outcome.errors, "desk-host: cannot listen on 127.0.0.1 port " + std::to_string(other.port()) +
+                                  ": another program is listening there\n");
+
+    outcome = with("--provider-output", "/nonexistent/output");
+    EXPECT_EQ(outcome.code, 1);
+    EXPECT_THAT(outcome.errors,
+                HasSubstr("/nonexistent/output, cannot be opened: No such file or directory"));
+
+    outcome = with("--ready-file", "/nonexistent/ready");
+    EXPECT_EQ(outcome.code, 1);
+    EXPECT_THAT(outcome.errors, HasSubstr("the ready file /nonexistent/ready cannot be written"));
+}
+
+TEST_F(Program, AddsAccounts)
+{
+    Outcome outcome =
+        run({"account", "add", "--accounts", directory_.file("new"), "operator"}, "a password\nmore\n");
+    EXPECT_EQ(outcome.code, 0) << outcome.errors;
+    host::Accounts accounts(directory_.file("new"));
+    std::string problem;
+    ASSERT_TRUE(accounts.load(problem)) << problem;
+    EXPECT_TRUE(accounts.verify("operator", "a password"));
+    outcome = run({"account", "add", "--accounts", directory_.file("new"), "operator"}, "");
+    EXPECT_EQ(outcome.code, 1);
+    EXPECT_EQ(outcome.errors, "desk-host: the password is read from standard input, and there is none\n");
+    outcome = run({"account", "add", "--accounts", directory_.file("new"), "a:b"}, "x\n");
+    EXPECT_EQ(outcome.code, 1);
+    EXPECT_EQ(outcome.errors, "desk-host: a user name has no blanks, control characters or colons\n");
+    EXPECT_NE(run({"account"}).code, 0);
+    EXPECT_NE(run({"account", "add", "operator"}).code, 0);
+}
+
+TEST_F(Program, KeepsTheOutputOfProvidersApart)
+{
+    setenv("TEST_PROVIDER_TRACE", "1", 1);
+    auto process = start({"--provider-output", directory_.file("trace")});
+    unsetenv("TEST_PROVIDER_TRACE");
+    process->signal(SIGTERM);
+    const Outcome outcome = process->wait();
+    EXPECT_EQ(outcome.code, 0);
+    EXPECT_THAT(outcome.output, StartsWith("listening on "));
+    EXPECT_EQ(test::readFile(directory_.file("trace")), "the things are set up\n")
+        << "what the provider prints at its start";
+}
+
+// ------------------------------------------------------------------------------------------------- wbemcli
+
+class CommandLineClient : public Program
+{
+  protected:
+    CommandLineClient() : process_(start({"--provider-output", "/dev/null"})) {}
+
+    /** What wbemcli prints: operation, object path, and what follows it. */
+    Outcome wbemcli(const std::string &operation, const std::string &path,
+                    const std::vector<std::string> &more = {}, const std::vector<std::string> &options = {},
+                    const std::string &credentials = "operator:secret@")
+    {
+        std::vector<std::string> command = {"wbemcli"};
+        command.insert(command.end(), options.begin(), options.end());
+        command.push_back(operation);
+        command.push_back("http://" + credentials + "127.0.0.1:" + std::to_string(port_) + "/root/cimv2" +
+                          path);
+        command.insert(command.end(), more.begin(), more.end());
+        return Process(command, clientDirectory_).wait();
+    }
+
+    std::string place() const
+    {
+        return "127.0.0.1:" + std::to_string(port_) + "/root/cimv2";
+    }
+
+    /** The keys of a thing as a path has them. */
+    static std::string keys(int number)
+    {
+        return "SystemCreationClassName=\"Linux_ComputerSystem\",SystemName=\"desk\","
+               "CreationClassName=\"Test_Thing\",DeviceID=\"thing" +
+               std::to_string(number) + "\"";
+    }
+
+    static std::string thing(int number)
+    {
+        std::string path = ":Test_Thing.";
+        path += keys(number);
+        return path;
+    }
+
+    std::unique_ptr<Process> process_;
+};
+
+TEST_F(CommandLineClient, EnumeratesInstances)
+{
+    const Outcome names = wbemcli("ein", ":Test_Thing");
+    EXPECT_EQ(names.code, 0) << names.errors;
+    EXPECT_EQ(test::count(names.output, "\n"), 8u) << names.output;
+    EXPECT_THAT(names.output, StartsWith(place() + thing(0) + "\n"));
+    const Outcome instances = wbemcli("ei", ":Test_Thing", {}, {"-nl"});
+    EXPECT_EQ(instances.code, 0) << instances.errors;
+    EXPECT_EQ(test::count(instances.output, "-Label=\"label-"), 8u);
+    EXPECT_THAT(instances.output, HasSubstr("-Tags=\"red & <blue>\",\"gr\xc3\xbcn\"\n-Codes=60,61,62\n"));
+    EXPECT_EQ(test::count(wbemcli("ein", ":Test_Thing", {}, {"-e100"}).output, "\n"), 8u);
+    EXPECT_EQ(test::count(wbemcli("ein", ":Test_Thing", {}, {"-cte"}).output, "\n"), 8u);
+}
+
+TEST_F(CommandLineClient, GetsInstances)
+{
+    const Outcome instance = wbemcli("gi", thing(3), {}, {"-nl"});
+    EXPECT_EQ(instance.code, 0) << instance.errors;
+    EXPECT_EQ(instance.output,
+              place() + thing(3) +
+                  "\n-Caption=\n-ElementName=\"thing3\"\n"
+                  "-SystemCreationClassName=\"Linux_ComputerSystem\"\n-SystemName=\"desk\"\n"
+                  "-CreationClassName=\"Test_Thing\"\n-DeviceID=\"thing3\"\n-EnabledState=\n"
+                  "-Label=\"label-3\"\n-Level=30\n-Offset32=-300\n-Serial=16777216\n-Hot=TRUE\n"
+                  "-Gain=3.50000000e+00\n-Seen=20231114221320.000000+000\n"
+                  "-Tags=\"red & <blue>\",\"gr\xc3\xbcn\"\n-Codes=30,31,32\n\n");
+    EXPECT_EQ(wbemcli("gi", thing(3), {"Label,Level"}).output,
+              place() + thing(3) + " Label=\"label-3\",Level=30\n");
+    EXPECT_EQ(wbemcli("gi", ":Test_Thing.DeviceID=\"thing2\"", {"Level"}).output,
+              place() + ":Test_Thing.DeviceID=\"thing2\" Level=20\n")
+        << "some of the keys are enough for this provider";
+}
+
+TEST_F(CommandLineClient, ReadsClasses)
+{
+    const Outcome definition = wbemcli("gc", ":Test_Thing", {}, {"-nl", "-t"});
+    EXPECT_EQ(definition.code, 0) << definition.errors;
+    EXPECT_THAT(definition.output, HasSubstr("-DeviceID#=\n"));
+    EXPECT_THAT(definition.output, HasSubstr("-Tags[]=\n"));
+    EXPECT_THAT(wbemcli("gcd", ":Test_Thing").output,
+                HasSubstr("<CLASS NAME=\"Test_Thing\" SUPERCLASS=\"Test_Device\">"));
+    const Outcome classes = wbemcli("ec", "", {}, {"-nl"});
+    EXPECT_EQ(classes.code, 0) << classes.errors;
+    EXPECT_THAT(classes.output, HasSubstr(place() + ":Test_SpecialThing : Test_Thing\n"));
+    EXPECT_EQ(test::count(wbemcli("ecn", "").output, "\n"), 12u);
+}
+
+TEST_F(CommandLineClient, CallsMethods)
+{
+    EXPECT_EQ(wbemcli("cm", thing(3), {"Echo.text=\"hello world\""}).output,
+              place() + thing(3) + " Echo: 0, reply (string): hello world\n");
+    EXPECT_EQ(wbemcli("cm", thing(3), {"Touch.target=localhost/root/cimv2:Test_Thing." + keys(5)}).output,
+              place() + thing(3) + " Touch: 0, same (reference): root/cimv2" + thing(5) +
+                  ", info (string): target:0x1100/\\\"localhost\\\" //localhost/root/cimv2:Test_Thing."
+                  "SystemCreationClassName=\\\"Linux_ComputerSystem\\\",SystemName=\\\"desk\\\","
+                  "CreationClassName=\\\"Test_Thing\\\",DeviceID=\\\"thing5\\\"; \n");
+    EXPECT_EQ(wbemcli("cm", thing(3), {"Types.a=1,d=4,e=-5,f=true,list=x,list=y,nums=7"}).output,
+              place() + thing(3) +
+                  " Types: 0, described (string): a:0x80/1; d:0xb0/4; e:0xe0/-5; f:0x2/true; "
+                  "list:0x3600/array[2] elt 0x1600 0x1600/\\\"x\\\" 0x1600/\\\"y\\\"; "
+                  "nums:0x2090/array[1] elt 0x90 0x90/7; \n");
+    EXPECT_THAT(wbemcli("cm", thing(3), {"Echo.text=\"one&#44; two\""}).output,
+                EndsWith(" Echo: 0, reply (string): one, two\n"));
+    EXPECT_EQ(wbemcli("cm", ":Test_Thing", {"Hello.who=\"me\""}).output,
+              place() + ":Test_Thing Hello: hello who:0x1600/\\\"me\\\"; 0 keys\n");
+    const Outcome failed = wbemcli("cm", thing(3), {"Fail.code=2,message=\"not you\""});
+    EXPECT_NE(failed.code, 0);
+    EXPECT_THAT(failed.errors, HasSubstr("Cim: (2) CIM_ERR_ACCESS_DENIED: not you"));
+    EXPECT_THAT(wbemcli("cm", thing(3), {"Nope"}).errors,
+                HasSubstr("Cim: (17) CIM_ERR_METHOD_NOT_FOUND: Nope"));
+}
+
+TEST_F(CommandLineClient, ChangesInstances)
+{
+    EXPECT_EQ(wbemcli("mi", thing(3), {"Label=\"changed\""}).code, 0);
+    EXPECT_EQ(wbemcli("gi", thing(3), {"Label"}).output, place() + thing(3) + " Label=\"changed\"\n");
+    EXPECT_EQ(wbemcli("gp", thing(3), {"Label"}).output, "changed\n");
+    EXPECT_THAT(wbemcli("di", thing(3)).errors, HasSubstr("Cim: (7) CIM_ERR_NOT_SUPPORTED: no delete"));
+}
+
+TEST_F(CommandLineClient, FollowsAssociations)
+{
+    const Outcome names = wbemcli("ain", thing(3), {}, {"-ac", "Test_ThingPair"});
+    EXPECT_EQ(names.code, 0) << names.errors;
+    EXPECT_EQ(test::count(names.output, "\n"), 2u);
+    EXPECT_THAT(names.output, HasSubstr("/root/cimv2" + thing(2) + "\n"));
+    EXPECT_THAT(names.output, HasSubstr("/root/cimv2" + thing(4) + "\n"));
+    EXPECT_EQ(test::count(wbemcli("ain", thing(3)).output, "\n"), 3u) << "with the computer system";
+    const Outcome instances = wbemcli(
+        "ai", thing(3), {}, {"-nl", "-ac", "Test_ThingPair", "-ar", "Antecedent", "-arr", "Dependent"});
+    EXPECT_EQ(test::count(instances.output, "-Label="), 1u);
+    EXPECT_THAT(instances.output, HasSubstr("-Label=\"label-4\"\n"));
+    const Outcome references = wbemcli("rin", thing(3), {}, {"-arc", "Test_ThingPair"});
+    EXPECT_EQ(references.code, 0) << references.errors;
+    EXPECT_EQ(test::count(references.output, ":Test_ThingPair.Antecedent=root/cimv2"), 2u);
+    EXPECT_EQ(
+        test::count(wbemcli("ri", thing(3), {}, {"-nl", "-arc", "Test_ThingPair"}).output, "-Weight=5\n"),
+        2u);
+    EXPECT_THAT(wbemcli("ri", thing(3)).errors, HasSubstr("Cim: (1) CIM_ERR_FAILED: references are broken"));
+}
+
+TEST_F(CommandLineClient, IsToldWhatIsWrong)
+{
+    EXPECT_THAT(wbemcli("ei", ":Test_Nope").errors,
+                HasSubstr("Cim: (5) CIM_ERR_INVALID_CLASS: The class Test_Nope does not exist."));
+    EXPECT_THAT(wbemcli("gi", thing(9)).errors, HasSubstr("Cim: (6) CIM_ERR_NOT_FOUND: no such thing"));
+    EXPECT_THAT(wbemcli("ei", ":Test_Thing", {}, {}, "operator:wrong@").errors,
+                HasSubstr("Invalid username/password."));
+    EXPECT_THAT(wbemcli("ei", ":Test_Thing", {}, {}, "").errors, HasSubstr("Username/password required."));
+    EXPECT_THAT(wbemcli("ein", ":Test_Faulty").errors,
+                HasSubstr("Cim: (1) CIM_ERR_FAILED: failed  after <one> & \"more\""));
+}
+
+} // namespace

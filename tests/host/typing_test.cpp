@@ -1,0 +1,194 @@
+// Values that arrive as text take the types of their class.
+#include "test_host.h"
+
+#include "typing.h"
+
+namespace
+{
+
+using cim::Type;
+
+class Typing : public testing::Test
+{
+  protected:
+    Typing() : repository_(test::readTestClasses()), classes_(repository_, "root/cimv2") {}
+
+    /** The scalar of that type; on failure its state is CMPI_badValue and error_ says why. */
+    CMPIData scalar(Type type, std::string_view text)
+    {
+        host::Typing typing(call_.arena, classes_);
+        host::ValueText value;
+        value.name = "x";
+        value.item.text = text;
+        CMPIData data = {};
+        if (!typing.value(value, type, false, "root/cimv2", data)) {
+            error_ = typing.error();
+            EXPECT_EQ(typing.code(), CMPI_RC_ERR_INVALID_PARAMETER);
+            data.state = CMPI_badValue;
+        }
+        return data;
+    }
+
+    bool fails(Type type, std::string_view text)
+    {
+        return scalar(type, text).state == CMPI_badValue;
+    }
+
+    test::TestCall call_;
+    cim::ClassRepository repository_;
+    host::ClassTable classes_;
+    std::string error_;
+};
+
+TEST_F(Typing, Integers)
+{
+    EXPECT_EQ(scalar(Type::Uint8, "255").value.uint8, 255);
+    EXPECT_TRUE(fails(Type::Uint8, "256"));
+    EXPECT_EQ(error_, "The value \"256\" of x is not a uint8.");
+    EXPECT_TRUE(fails(Type::Uint8, "-1"));
+    EXPECT_EQ(scalar(Type::Uint16, " 65535\n").value.uint16, 65535) << "blanks around a number do not count";
+    EXPECT_EQ(scalar(Type::Uint32, "4294967295").value.uint32, 4294967295u);
+    EXPECT_TRUE(fails(Type::Uint32, "4294967296"));
+    EXPECT_EQ(scalar(Type::Uint64, "18446744073709551615").value.uint64, 18446744073709551615u);
+    EXPECT_TRUE(fails(Type::Uint64, "18446744073709551616"));
+    EXPECT_EQ(scalar(Type::Uint64, "0xFF").value.uint64, 255u);
+    EXPECT_EQ(scalar(Type::Uint16, "+5").value.uint16, 5);
+    EXPECT_EQ(scalar(Type::Uint16, "-0").value.uint16, 0);
+    EXPECT_EQ(scalar(Type::Sint8, "-128").value.sint8, -128);
+    EXPECT_EQ(scalar(Type::Sint8, "127").value.sint8, 127);
+    EXPECT_TRUE(fails(Type::Sint8, "128"));
+    EXPECT_TRUE(fails(Type::Sint8, "-129"));
+    EXPECT_EQ(scalar(Type::Sint16, "-32768").value.sint16, -32768);
+    EXPECT_EQ(scalar(Type::Sint32, "-2147483648").value.sint32, -2147483647 - 1);
+    EXPECT_EQ(scalar(Type::Sint64, "-9223372036854775808").value.sint64, -9223372036854775807LL - 1);
+    EXPECT_TRUE(fails(Type::Sint64, "9223372036854775808"));
+    for (const char *bad : {"", " ", "x", "1x", "1.0", "--1", "+", "0x", "1 2"}) {
+        EXPECT_TRUE(fails(Type::Uint32, bad)) << bad;
+    }
+}
+
+TEST_F(Typing, OtherScalars)
+{
+    EXPECT_EQ(scalar(Type::Boolean, "TRUE").value.boolean, 1);
+    EXPECT_EQ(scalar(Type::Boolean, "false").value.boolean, 0);
+    EXPECT_TRUE(fails(Type::Boolean, "1"));
+    EXPECT_EQ(scalar(Type::Real32, "1.5e1").value.real32, 15.0f);
+    EXPECT_EQ(scalar(Type::Real64, "-0.25").value.real64, -0.25);
+    EXPECT_TRUE(fails(Type::Real64, "1.5.2"));
+    EXPECT_TRUE(fails(Type::Real64, ""));
+    EXPECT_EQ(scalar(Type::Char16, "a").value.char16, 'a');
+    EXPECT_EQ(scalar(Type::Char16, "\xc3\xbc").value.char16, 0xfc);
+    EXPECT_EQ(scalar(Type::Char16, "\xe2\x82\xac").value.char16, 0x20ac);
+    EXPECT_TRUE(fails(Type::Char16, "ab"));
+    EXPECT_TRUE(fails(Type::Char16, ""));
+    EXPECT_TRUE(fails(Type::Char16, "\xf0\x9f\x98\x80")) << "beyond 16 bits";
+    EXPECT_EQ(scalar(Type::DateTime, "19700101000000.000001+000").type, CMPI_dateTime);
+    EXPECT_TRUE(fails(Type::DateTime, "today"));
+    const CMPIData string = scalar(Type::String, " kept as it is ");
+    EXPECT_EQ(host::behind<host::String>(string.value.string)->view(), " kept as it is ");
+    EXPECT_EQ(scalar(Type::None, "5").type, CMPI_string) << "without a type it is a text";
+    EXPECT_EQ(scalar(Type::Reference, "text").type, CMPI_string) << "a text is no reference";
+}
+
+TEST_F(Typing, PathsTakeTheTypesOfTheirClass)
+{
+    host::ArenaList<host::ValueText> keys(call_.arena);
+    host::ValueText id;
+    id.name = "id";
+    id.type = Type::String;
+    id.item.text = "5";
+    keys.append(id);
+    host::PathText text;
+    text.className = "test_simple";
+    text.keys = &keys;
+    host::Typing typing(call_.arena, classes_);
+    const host::Path *path = typing.path(text, "root/cimv2");
+    ASSERT_NE(path, nullptr);
+    EXPECT_EQ((*path->keys)[0].data.type, CMPI_uint16);
+    EXPECT_EQ((*path->keys)[0].data.value.uint16, 5);
+    EXPECT_EQ(path->nameSpace->view(), "root/cimv2");
+
+    keys[0].item.text = "five";
+    EXPECT_EQ(typing.path(text, "root/cimv2"), nullptr);
+    EXPECT_STREQ(typing.error(), "The value \"five\" of id is not a uint16.");
+
+    keys[0].item.text = "5";
+    keys[0].name = "";
+    path = typing.path(text, "root/cimv2");
+    ASSERT_NE(path, nullptr) << "the only key of a class needs no name";
+    EXPECT_EQ((*path->keys)[0].name->view(), "Id");
+
+    text.className = "Test_Thing";
+    EXPECT_EQ(typing.path(text, "root/cimv2"), nullptr);
+    EXPECT_STREQ(typing.error(), "A key of Test_Thing has no name.");
+
+    text.className = "Test_Nope";
+    keys[0].name = "Id";
+    keys[0].type = Type::Uint64;
+    path = typing.path(text, "root/cimv2");
+    ASSERT_NE(path, nullptr);
+    EXPECT_EQ((*path->keys)[0].data.type, CMPI_uint64) << "of an unknown class the client's type counts";
+    keys.append(keys[0]);
+    EXPECT_EQ(typing.path(text, "root/cimv2"), nullptr);
+    EXPECT_STREQ(typing.error(), "The key Id is given twice.");
+}
+
+TEST_F(Typing, ArgumentsKeepTheFormOfTheClient)
+{
+    host::ArenaList<host::ValueText> values(call_.arena);
+    host::PathText reference;
+    reference.className = "Test_Thing";
+    host::ValueText text; // a reference where a text is declared
+    text.name = "text";
+    text.item.reference = &reference;
+    values.append(text);
+    host::ValueText more; // not declared
+    more.name = "more";
+    more.type = Type::Uint16;
+    more.item.text = "5";
+    values.append(more);
+    host::ValueText null;
+    null.name = "reply";
+    null.isNull = true;
+    values.append(null);
+    host::Typing typing(call_.arena, classes_);
+    const host::Args *args = typing.arguments(classes_.find("Test_Thing"), "echo", values, "root/cimv2");
+    ASSERT_NE(args, nullptr);
+    EXPECT_EQ((*args->values)[0].data.type, CMPI_ref);
+    EXPECT_EQ((*args->values)[1].data.type, CMPI_uint16);
+    EXPECT_EQ((*args->values)[1].data.value.uint16, 5);
+    EXPECT_EQ((*args->values)[2].data.type, CMPI_string);
+    EXPECT_EQ((*args->values)[2].data.state, CMPI_nullValue);
+}
+
+TEST_F(Typing, InstancesHaveOnlyWhatTheClassHas)
+{
+    host::ArenaList<host::ValueText> properties(call_.arena);
+    host::ValueText value;
+    value.name = "Nope";
+    value.item.text = "1";
+    properties.append(value);
+    host::Typing typing(call_.arena, classes_);
+    const host::Path *path = host::makePath(call_.arena, classes_, "root/cimv2", "Test_Simple");
+    EXPECT_EQ(typing.instance(*path, properties), nullptr);
+    EXPECT_EQ(typing.code(), CMPI_RC_ERR_NO_SUCH_PROPERTY);
+    EXPECT_STREQ(typing.error(), "The class Test_Simple has no property Nope.");
+    host::ArenaList<host::ItemText> items(call_.arena);
+    host::ItemText item;
+    item.text = "1";
+    items.append(item);
+    properties[0].name = "Number";
+    properties[0].isArray = true;
+    properties[0].items = &items;
+    EXPECT_EQ(typing.instance(*path, properties), nullptr);
+    EXPECT_EQ(typing.code(), CMPI_RC_ERR_TYPE_MISMATCH);
+    EXPECT_STREQ(typing.error(), "The property Number of Test_Simple is of another type.");
+    properties[0].name = "Bytes";
+    const host::Instance *instance = typing.instance(*path, properties);
+    ASSERT_NE(instance, nullptr);
+    const int bytes = instance->info->findProperty("Bytes");
+    EXPECT_EQ(instance->values[bytes].type, CMPI_uint8A);
+    EXPECT_EQ(host::behind<host::Array>(instance->values[bytes].value.array)->elements[0].value.uint8, 1);
+}
+
+} // namespace
