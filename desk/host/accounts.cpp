@@ -164,7 +164,8 @@ bool Accounts::verify(std::string_view user, std::string_view password)
     std::string hash;
     {
         const std::lock_guard lock(mutex_);
-        if (const auto known = remembered_.find(user); known != remembered_.end() && known->second == digest) {
+        if (const auto known = remembered_.find(user);
+            known != remembered_.end() && known->second == digest) {
             return true;
         }
         if (const auto found = hashes_.find(user); found != hashes_.end()) {

@@ -162,9 +162,7 @@ template <typename T>
 class ArenaList
 {
   public:
-    explicit ArenaList(Arena &arena) : arena_(&arena)
-    {
-    }
+    explicit ArenaList(Arena &arena) : arena_(&arena) {}
 
     void append(const T &item)
     {

@@ -65,7 +65,8 @@ CMPIObjectPath *newObjectPath(const CMPIBroker *broker, const char *nameSpace, c
         setStatus(status, CMPI_RC_ERR_INVALID_PARAMETER);
         return nullptr;
     }
-    return &makePath(*arena, Broker::behind(broker)->classes(), nameSpace != nullptr ? nameSpace : "", className)
+    return &makePath(*arena, Broker::behind(broker)->classes(), nameSpace != nullptr ? nameSpace : "",
+                     className)
                 ->cmpi;
 }
 

@@ -64,9 +64,9 @@ int threadSleep(CMPIUint32 milliseconds)
 int threadOnce(int *once, CMPIThreadOnceFunc function)
 {
     static_assert(sizeof(pthread_once_t) == sizeof(int) && PTHREAD_ONCE_INIT == 0);
-    return once == nullptr || function == nullptr ? EINVAL
-                                                  : pthread_once(reinterpret_cast<pthread_once_t *>(once),
-                                                                 function);
+    return once == nullptr || function == nullptr
+               ? EINVAL
+               : pthread_once(reinterpret_cast<pthread_once_t *>(once), function);
 }
 
 int createThreadKey(unsigned int *key, CMPIThreadKeyCleanupFunc cleanup)
@@ -159,7 +159,8 @@ int signalCondition(void *condition)
 
 // ------------------------------------------------------------------------------------------------- memory
 
-/** Marks cannot be offered: what a provider has returned lies in the same memory as what it would give back. */
+/** Marks cannot be offered: what a provider has returned lies in the same memory as what it would give back.
+ */
 CMPIGcStat *mark(const CMPIBroker *, CMPIStatus *status)
 {
     setStatus(status, CMPI_RC_ERR_NOT_SUPPORTED);
@@ -228,27 +229,10 @@ void freeObject(const CMPIBroker *, typename T::Cmpi *object)
 } // namespace
 
 const CMPIBrokerExtFT BROKER_SYSTEM_TABLE = {
-    TABLE_VERSION,
-    resolveFileName,
-    newThread,
-    joinThread,
-    exitThread,
-    cancelThread,
-    threadSleep,
-    threadOnce,
-    createThreadKey,
-    destroyThreadKey,
-    getThreadSpecific,
-    setThreadSpecific,
-    newMutex,
-    destroyMutex,
-    lockMutex,
-    unlockMutex,
-    newCondition,
-    destroyCondition,
-    condWait,
-    timedCondWait,
-    signalCondition,
+    TABLE_VERSION, resolveFileName, newThread,       joinThread,       exitThread,        cancelThread,
+    threadSleep,   threadOnce,      createThreadKey, destroyThreadKey, getThreadSpecific, setThreadSpecific,
+    newMutex,      destroyMutex,    lockMutex,       unlockMutex,      newCondition,      destroyCondition,
+    condWait,      timedCondWait,   signalCondition,
 };
 
 const CMPIBrokerMemFT BROKER_MEMORY_TABLE = {

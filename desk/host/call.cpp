@@ -17,9 +17,7 @@ Call *currentCall()
     return current;
 }
 
-CallScope::CallScope(Call &call) : previous_(std::exchange(current, &call))
-{
-}
+CallScope::CallScope(Call &call) : previous_(std::exchange(current, &call)) {}
 
 CallScope::~CallScope()
 {

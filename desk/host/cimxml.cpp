@@ -55,9 +55,9 @@ bool CimXmlFrontEnd::serves(std::string_view path) const
 HttpReply CimXmlFrontEnd::handle(Session &session, std::string_view principal)
 {
     session.arena.reset();
-    constexpr unsigned OPTIONS =
-        pugi::parse_cdata | pugi::parse_escapes | pugi::parse_wconv_attribute | pugi::parse_eol |
-        pugi::parse_ws_pcdata_single; // a value may consist of blanks
+    constexpr unsigned OPTIONS = pugi::parse_cdata | pugi::parse_escapes | pugi::parse_wconv_attribute |
+                                 pugi::parse_eol |
+                                 pugi::parse_ws_pcdata_single; // a value may consist of blanks
     if (!checkXml(session.body, limits_) ||
         !session.document.load_buffer_inplace(session.body.data(), session.body.size(), OPTIONS,
                                               pugi::encoding_utf8)) {

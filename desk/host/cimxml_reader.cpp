@@ -189,8 +189,8 @@ class Reader
         return item;
     }
 
-    /** The value that stands in an element: a scalar, an array, or nothing, which is null. Qualifiers may come
-     * before it. */
+    /** The value that stands in an element: a scalar, an array, or nothing, which is null. Qualifiers may
+     * come before it. */
     void readValue(const xml_node &holder, ValueText &value)
     {
         xml_node node;
@@ -496,8 +496,8 @@ class Reader
                    "PropertyList"});
             request.className = nameParameter("ClassName", true);
             request.deepInheritance = booleanParameter("DeepInheritance", true);
-            // DSP0200 gave LocalOnly the default true and then deprecated it: clients that leave it out expect
-            // whole instances.
+            // DSP0200 gave LocalOnly the default true and then deprecated it: clients that leave it out
+            // expect whole instances.
             return readFlags(request, false, false);
         case Operation::EnumerateInstanceNames:
             allow({"ClassName"});
@@ -566,10 +566,10 @@ class Reader
 
     void readTraversal(Request &request)
     {
-        const bool names = request.operation == Operation::AssociatorNames ||
-                           request.operation == Operation::ReferenceNames;
-        const bool associators = request.operation == Operation::Associators ||
-                                 request.operation == Operation::AssociatorNames;
+        const bool names =
+            request.operation == Operation::AssociatorNames || request.operation == Operation::ReferenceNames;
+        const bool associators =
+            request.operation == Operation::Associators || request.operation == Operation::AssociatorNames;
         if (associators && names) {
             allow({"ObjectName", "AssocClass", "ResultClass", "Role", "ResultRole"});
         } else if (associators) {
@@ -681,8 +681,8 @@ class Reader
         text.name = request.propertyName;
         readValue(parameter("NewValue"), text);
         Typing typing(arena_, classes_);
-        if (!failed() && !typing.value(text, property.type, property.isArray, request.nameSpace,
-                                       request.propertyValue)) {
+        if (!failed() &&
+            !typing.value(text, property.type, property.isArray, request.nameSpace, request.propertyValue)) {
             fail(typing.code(), typing.error());
         }
     }

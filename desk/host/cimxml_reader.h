@@ -16,12 +16,12 @@ namespace host
 /** What the operations over HTTP (DSP0200) make of a message before they look at its operation. */
 enum class MessageVerdict {
     Good,
-    NotValid,               // XML, but not a CIM-XML request
+    NotValid, // XML, but not a CIM-XML request
     UnsupportedCimVersion,
     UnsupportedDtdVersion,
     UnsupportedProtocolVersion,
     MultipleRequests,
-    UnsupportedMessage,     // an export request
+    UnsupportedMessage, // an export request
 };
 
 /** A message with one request. */

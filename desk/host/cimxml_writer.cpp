@@ -57,7 +57,8 @@ bool isOperationWithoutResult(Operation operation)
 
 } // namespace
 
-// -------------------------------------------------------------------------------------------------- fragments
+// --------------------------------------------------------------------------------------------------
+// fragments
 
 ClassFragments::ClassFragments(const cim::Class &definition)
     : open("<INSTANCE CLASSNAME=\"" + escaped(definition.name) + "\">\n")
@@ -71,14 +72,13 @@ ClassFragments::ClassFragments(const cim::Class &definition)
             rest = std::string(" TYPE=\"") + cim::typeName(property.type) + "\"";
         }
         rest += embeddedObject(property.qualifiers) + ">\n";
-        properties.push_back(
-            {name + rest, name + " CLASSORIGIN=\"" + escaped(property.classOrigin) + "\"" + rest, tags.close});
+        properties.push_back({name + rest,
+                              name + " CLASSORIGIN=\"" + escaped(property.classOrigin) + "\"" + rest,
+                              tags.close});
     }
 }
 
-FragmentCache::FragmentCache(std::size_t classes) : fragments_(classes), owned_(classes)
-{
-}
+FragmentCache::FragmentCache(std::size_t classes) : fragments_(classes), owned_(classes) {}
 
 const ClassFragments &FragmentCache::of(const ClassInfo &info)
 {
@@ -328,7 +328,8 @@ void CimXmlWriter::reference(const Path &path)
     out_.append("</VALUE.REFERENCE>\n");
 }
 
-// -------------------------------------------------------------------------------------------------- instances
+// --------------------------------------------------------------------------------------------------
+// instances
 
 void CimXmlWriter::instance(const Instance &instance, bool includeClassOrigin)
 {
@@ -449,7 +450,8 @@ void CimXmlWriter::typeAttribute(std::string_view name, CMPIType type)
     }
 }
 
-// ---------------------------------------------------------------------------------------------------- classes
+// ----------------------------------------------------------------------------------------------------
+// classes
 
 void CimXmlWriter::textValue(const cim::Value &value)
 {

@@ -65,7 +65,8 @@ CMPIStatus setElementAt(const CMPIArray *array, CMPICount index, const CMPIValue
 CMPIStatus addArg(const CMPIArgs *args, const char *name, const CMPIValue *value, CMPIType type)
 {
     const Args *self = behind<Args>(args);
-    return self != nullptr ? addNamed(self->values, name, value, type) : makeStatus(CMPI_RC_ERR_INVALID_HANDLE);
+    return self != nullptr ? addNamed(self->values, name, value, type)
+                           : makeStatus(CMPI_RC_ERR_INVALID_HANDLE);
 }
 
 CMPIData getArg(const CMPIArgs *args, const char *name, CMPIStatus *status)
@@ -130,7 +131,8 @@ CMPIArray *toArray(const CMPIEnumeration *enumeration, CMPIStatus *status)
 } // namespace
 
 const CMPIArrayFT ARRAY_TABLE = {
-    TABLE_VERSION, releaseObject<Array>, cloneObject<Array>, getSize, getSimpleType, getElementAt, setElementAt,
+    TABLE_VERSION, releaseObject<Array>, cloneObject<Array>, getSize,
+    getSimpleType, getElementAt,         setElementAt,
 };
 
 const CMPIArgsFT ARGS_TABLE = {

@@ -161,17 +161,9 @@ CMPIStatus setObjectPath(const CMPIInstance *instance, const CMPIObjectPath *pat
 } // namespace
 
 const CMPIInstanceFT INSTANCE_TABLE = {
-    TABLE_VERSION,
-    releaseObject<Instance>,
-    cloneObject<Instance>,
-    getProperty,
-    getPropertyAt,
-    getPropertyCount,
-    setPropertyOfInstance,
-    getObjectPath,
-    setPropertyFilter,
-    setObjectPath,
-    setPropertyWithOrigin,
+    TABLE_VERSION,     releaseObject<Instance>, cloneObject<Instance>, getProperty,
+    getPropertyAt,     getPropertyCount,        setPropertyOfInstance, getObjectPath,
+    setPropertyFilter, setObjectPath,           setPropertyWithOrigin,
 };
 
 } // namespace host

@@ -14,7 +14,6 @@ const char *getCharPtr(const CMPIString *string, CMPIStatus *status)
     return self != nullptr ? self->text : nullptr;
 }
 
-
 // -------------------------------------------------------------------------------------------------- dates
 
 CMPIUint64 getBinaryFormat(const CMPIDateTime *dateTime, CMPIStatus *status)
@@ -180,12 +179,13 @@ const CMPIDateTimeFT DATE_TIME_TABLE = {
 };
 
 const CMPIContextFT CONTEXT_TABLE = {
-    TABLE_VERSION, releaseObject<Context>, cloneObject<Context>, getEntry, getEntryAt, getEntryCount, addEntry,
+    TABLE_VERSION, releaseObject<Context>, cloneObject<Context>, getEntry, getEntryAt, getEntryCount,
+    addEntry,
 };
 
 const CMPIResultFT RESULT_TABLE = {
-    TABLE_VERSION,    releaseResult, cloneResult, returnData, returnInstance,
-    returnObjectPath, returnDone,    returnError,
+    TABLE_VERSION,  releaseResult,    cloneResult, returnData,
+    returnInstance, returnObjectPath, returnDone,  returnError,
 };
 
 const CMPISelectExpFT SELECT_EXPRESSION_TABLE = {

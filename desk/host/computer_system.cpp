@@ -19,19 +19,18 @@ const CMPIBroker *brokerOf(const CMPIInstanceMI *mi)
     return static_cast<const CMPIBroker *>(mi->hdl);
 }
 
-CMPIObjectPath *makePathOfSystem(const CMPIBroker *broker, const CMPIObjectPath *reference, CMPIStatus *status)
+CMPIObjectPath *makePathOfSystem(const CMPIBroker *broker, const CMPIObjectPath *reference,
+                                 CMPIStatus *status)
 {
     const CMPIString *nameSpace = CMGetNameSpace(reference, status);
-    CMPIObjectPath *path =
-        CMNewObjectPath(broker, CMGetCharPtr(nameSpace), COMPUTER_SYSTEM_CLASS, status);
+    CMPIObjectPath *path = CMNewObjectPath(broker, CMGetCharPtr(nameSpace), COMPUTER_SYSTEM_CLASS, status);
     if (path == nullptr) {
         return nullptr;
     }
     *status = CMAddKey(path, "CreationClassName", reinterpret_cast<const CMPIValue *>(COMPUTER_SYSTEM_CLASS),
                        CMPI_chars);
     if (status->rc == CMPI_RC_OK) {
-        *status =
-            CMAddKey(path, "Name", reinterpret_cast<const CMPIValue *>(localHostName()), CMPI_chars);
+        *status = CMAddKey(path, "Name", reinterpret_cast<const CMPIValue *>(localHostName()), CMPI_chars);
     }
     return status->rc == CMPI_RC_OK ? path : nullptr;
 }
@@ -46,8 +45,7 @@ CMPIInstance *makeSystem(const CMPIBroker *broker, const CMPIObjectPath *referen
     }
     *status = CMSetPropertyFilter(instance, properties, nullptr);
     const auto set = [&](const char *name, const void *value, CMPIType type) {
-        const CMPIStatus result =
-            CMSetProperty(instance, name, static_cast<const CMPIValue *>(value), type);
+        const CMPIStatus result = CMSetProperty(instance, name, static_cast<const CMPIValue *>(value), type);
         // The superclasses, and with them the optional properties, are those of the MOF files in use.
         if (result.rc != CMPI_RC_OK && result.rc != CMPI_RC_ERR_NO_SUCH_PROPERTY) {
             *status = result;
@@ -145,8 +143,16 @@ CMPIStatus execQuery(CMPIInstanceMI *mi, const CMPIContext *, const CMPIResult *
 }
 
 const CMPIInstanceMIFT TABLE = {
-    TABLE_VERSION,      TABLE_VERSION,  "instanceLinux_ComputerSystem", cleanup,        enumerateInstanceNames,
-    enumerateInstances, getInstance,    createInstance,                 modifyInstance, deleteInstance,
+    TABLE_VERSION,
+    TABLE_VERSION,
+    "instanceLinux_ComputerSystem",
+    cleanup,
+    enumerateInstanceNames,
+    enumerateInstances,
+    getInstance,
+    createInstance,
+    modifyInstance,
+    deleteInstance,
     execQuery,
 };
 
@@ -161,7 +167,8 @@ const char *localHostName()
     return name.c_str();
 }
 
-CMPIInstanceMI *createComputerSystemProvider(const CMPIBroker *broker, const CMPIContext *, CMPIStatus *status)
+CMPIInstanceMI *createComputerSystemProvider(const CMPIBroker *broker, const CMPIContext *,
+                                             CMPIStatus *status)
 {
     setStatus(status, CMPI_RC_OK);
     return new CMPIInstanceMI{broker, &TABLE}; // cleanup() gives it back

@@ -169,8 +169,8 @@ bool parseDateTime(std::string_view text, std::uint64_t &microseconds, bool &isI
         !readField(text.substr(22, 3), 0, 999, offset) || month == 0 || day == 0) {
         return false;
     }
-    const std::int64_t days =
-        daysFromDate(static_cast<std::int64_t>(year), static_cast<unsigned>(month), static_cast<unsigned>(day));
+    const std::int64_t days = daysFromDate(static_cast<std::int64_t>(year), static_cast<unsigned>(month),
+                                           static_cast<unsigned>(day));
     if (dateFromDays(days).day != day) { // the 31st of a shorter month
         return false;
     }

@@ -149,7 +149,8 @@ class Projection
             request_.propertyList != nullptr ? makePropertySet(arena_, info, request_.propertyList) : nullptr;
         PropertySet *set = makePropertySet(arena_, info);
         for (std::size_t i = 0; i < properties.size(); ++i) {
-            if ((listed == nullptr || listed->contains(i)) && (!request_.localOnly || !properties[i].propagated) &&
+            if ((listed == nullptr || listed->contains(i)) &&
+                (!request_.localOnly || !properties[i].propagated) &&
                 (!limited || limit_->findProperty(properties[i].name) != ClassInfo::NO_PROPERTY)) {
                 set->insert(i);
             }
@@ -690,10 +691,10 @@ CMPIStatus callAssociation(CMPIAssociationMI *mi, const CMPIContext *context, co
                    : table.associatorNames(mi, context, result, &source.cmpi, request.associationClass,
                                            request.resultClass, request.role, request.resultRole);
     case Operation::References:
-        return table.references == nullptr ? notImplemented(arena)
-                                           : table.references(mi, context, result, &source.cmpi,
-                                                              request.associationClass, request.role,
-                                                              request.propertyList);
+        return table.references == nullptr
+                   ? notImplemented(arena)
+                   : table.references(mi, context, result, &source.cmpi, request.associationClass,
+                                      request.role, request.propertyList);
     default:
         return table.referenceNames == nullptr ? notImplemented(arena)
                                                : table.referenceNames(mi, context, result, &source.cmpi,
@@ -710,24 +711,24 @@ void Dispatcher::traverse(Call &call, const Request &request, Answer &answer)
         return;
     }
     if (request.path->keys->empty()) {
-        fail(call, answer, CMPI_RC_ERR_NOT_SUPPORTED,
-             "%s of a class is not supported: the path has no keys.", operationName(request.operation));
+        fail(call, answer, CMPI_RC_ERR_NOT_SUPPORTED, "%s of a class is not supported: the path has no keys.",
+             operationName(request.operation));
         return;
     }
     const ClassInfo *reach = nullptr;
     for (const char *filter : {request.associationClass, request.resultClass}) {
         const ClassInfo *info = filter != nullptr ? classes_.find(filter) : nullptr;
         if (filter != nullptr && info == nullptr) {
-            fail(call, answer, CMPI_RC_ERR_INVALID_PARAMETER, "The class %.200s of the filter does not exist.",
-                 filter);
+            fail(call, answer, CMPI_RC_ERR_INVALID_PARAMETER,
+                 "The class %.200s of the filter does not exist.", filter);
             return;
         }
         if (filter == request.associationClass) {
             reach = info;
         }
     }
-    const bool names = request.operation == Operation::AssociatorNames ||
-                       request.operation == Operation::ReferenceNames;
+    const bool names =
+        request.operation == Operation::AssociatorNames || request.operation == Operation::ReferenceNames;
     Deduplication deduplication;
     for (const ClassInfo *association : providers_.associationClasses()) {
         if ((reach != nullptr && !classes_.isA(*association, *reach)) ||
@@ -770,8 +771,8 @@ void Dispatcher::invokeMethod(Call &call, const Request &request, Answer &answer
                  "There is no instance of %s itself; its subclasses have instances.",
                  info->definition().name.c_str());
         } else {
-            fail(call, answer, CMPI_RC_ERR_NOT_SUPPORTED, "No method provider is registered for the class %s.",
-                 info->definition().name.c_str());
+            fail(call, answer, CMPI_RC_ERR_NOT_SUPPORTED,
+                 "No method provider is registered for the class %s.", info->definition().name.c_str());
         }
         return;
     }

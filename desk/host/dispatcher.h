@@ -15,7 +15,8 @@
 namespace host
 {
 
-/** Lets one request at a time into the providers. The up-calls of that request, which come from within, pass. */
+/** Lets one request at a time into the providers. The up-calls of that request, which come from within, pass.
+ */
 class ProviderGate
 {
   public:
@@ -33,7 +34,8 @@ class ProviderGate
 class Dispatcher
 {
   public:
-    /** Provider calls that may enclose one another: a provider that makes an up-call to itself is found out. */
+    /** Provider calls that may enclose one another: a provider that makes an up-call to itself is found out.
+     */
     static constexpr unsigned MAX_DEPTH = 16;
 
     Dispatcher(const ClassTable &classes, const ProviderManager &providers, std::string hostName);

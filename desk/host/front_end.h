@@ -15,9 +15,7 @@ namespace host
 
 /** The memory of one connection, used again for every request on it. */
 struct Session {
-    Session() : arena(std::size_t{64} * 1024)
-    {
-    }
+    Session() : arena(std::size_t{64} * 1024) {}
 
     Arena arena;
     std::string body; // of the request; a front end may write to it

@@ -55,7 +55,8 @@ struct HttpCallbacks {
     static MHD_Result handle(void *self, MHD_Connection *connection, const char *url, const char *method,
                              const char *, const char *data, std::size_t *dataSize, void **exchange)
     {
-        return static_cast<HttpServer *>(self)->handle(connection, url, method, data, *dataSize, exchange) != 0
+        return static_cast<HttpServer *>(self)->handle(connection, url, method, data, *dataSize, exchange) !=
+                       0
                    ? MHD_YES
                    : MHD_NO;
     }
@@ -77,7 +78,8 @@ struct HttpCallbacks {
         if (what == MHD_CONNECTION_NOTIFY_STARTED) {
             static_cast<HttpServer *>(self)->addConnection(connection, context);
         } else if (*context != nullptr) {
-            static_cast<HttpServer *>(self)->removeConnection(static_cast<HttpServer::Connection *>(*context));
+            static_cast<HttpServer *>(self)->removeConnection(
+                static_cast<HttpServer::Connection *>(*context));
             *context = nullptr;
         }
     }
@@ -111,7 +113,8 @@ bool HttpServer::listen(const std::string &address, std::uint16_t port, std::str
     hints.ai_flags = AI_NUMERICHOST | AI_NUMERICSERV | AI_PASSIVE;
     hints.ai_socktype = SOCK_STREAM;
     addrinfo *found = nullptr;
-    if (const int code = getaddrinfo(address.c_str(), std::to_string(port).c_str(), &hints, &found); code != 0) {
+    if (const int code = getaddrinfo(address.c_str(), std::to_string(port).c_str(), &hints, &found);
+        code != 0) {
         problem = "the address " + address + " is not a numeric IP address: " + gai_strerror(code);
         return false;
     }
@@ -153,12 +156,12 @@ bool HttpServer::start(const std::string &address, std::uint16_t port, std::stri
     // A few connections more than served ones, so that whoever comes too many is told so.
     daemon_ = MHD_start_daemon(
         MHD_USE_THREAD_PER_CONNECTION | MHD_USE_INTERNAL_POLLING_THREAD | MHD_USE_POLL | MHD_USE_ERROR_LOG, 0,
-        nullptr, nullptr, &HttpCallbacks::handle, this, MHD_OPTION_EXTERNAL_LOGGER, &HttpCallbacks::log, nullptr,
-        MHD_OPTION_LISTEN_SOCKET, socket_, MHD_OPTION_CONNECTION_LIMIT, limits_.connections + 8,
+        nullptr, nullptr, &HttpCallbacks::handle, this, MHD_OPTION_EXTERNAL_LOGGER, &HttpCallbacks::log,
+        nullptr, MHD_OPTION_LISTEN_SOCKET, socket_, MHD_OPTION_CONNECTION_LIMIT, limits_.connections + 8,
         MHD_OPTION_CONNECTION_TIMEOUT, static_cast<unsigned>(limits_.idle.count()),
         MHD_OPTION_CONNECTION_MEMORY_LIMIT, limits_.headerBytes, MHD_OPTION_NOTIFY_COMPLETED,
-        &HttpCallbacks::completed, this, MHD_OPTION_NOTIFY_CONNECTION, &HttpCallbacks::connectionChanged, this,
-        MHD_OPTION_END);
+        &HttpCallbacks::completed, this, MHD_OPTION_NOTIFY_CONNECTION, &HttpCallbacks::connectionChanged,
+        this, MHD_OPTION_END);
     if (daemon_ == nullptr) {
         problem = "the HTTP server cannot be started";
         close(socket_);

@@ -89,7 +89,8 @@ bool announce(const Options &options, std::uint16_t port, int output)
     stream << line;
     stream.close();
     if (!stream || rename(temporary.c_str(), options.readyFile.c_str()) != 0) {
-        host::logLine("the ready file %s cannot be written: %s", options.readyFile.c_str(), std::strerror(errno));
+        host::logLine("the ready file %s cannot be written: %s", options.readyFile.c_str(),
+                      std::strerror(errno));
         return false;
     }
     return true;
@@ -187,7 +188,8 @@ int main(int argc, char **argv)
     Options options;
     CLI::App app("The desk object manager: loads CMPI providers and serves them by CIM-XML over HTTP.");
     app.name("desk-host");
-    app.add_option("--mof", options.mofFiles, "Files with the class definitions (MOF)")->check(CLI::ExistingFile);
+    app.add_option("--mof", options.mofFiles, "Files with the class definitions (MOF)")
+        ->check(CLI::ExistingFile);
     app.add_option("--registration", options.registrations, "Files that register the providers")
         ->check(CLI::ExistingFile);
     app.add_option("--library-dir", options.libraryDirectories,
@@ -195,8 +197,10 @@ int main(int argc, char **argv)
     app.add_option("--library", options.library, "The provider library, whatever its place")
         ->check(CLI::ExistingFile);
     app.add_option("--accounts", options.accounts, "The file with the accounts, user:hash");
-    app.add_option("--address", options.address, "The numeric IP address to listen on")->capture_default_str();
-    app.add_option("--port", options.port, "The port to listen on; 0: any free one, see the \"listening\" line")
+    app.add_option("--address", options.address, "The numeric IP address to listen on")
+        ->capture_default_str();
+    app.add_option("--port", options.port,
+                   "The port to listen on; 0: any free one, see the \"listening\" line")
         ->capture_default_str();
     app.add_option("--namespace", options.nameSpace, "The CIM namespace")->capture_default_str();
     app.add_option("--provider-output", options.providerOutput,
@@ -222,8 +226,9 @@ int main(int argc, char **argv)
 
     CLI::App *account = app.add_subcommand("account", "Manages the accounts");
     account->require_subcommand(1);
-    CLI::App *add = account->add_subcommand("add", "Adds an account, or gives it a new password, which is the "
-                                                   "first line of standard input");
+    CLI::App *add =
+        account->add_subcommand("add", "Adds an account, or gives it a new password, which is the "
+                                       "first line of standard input");
     std::string user;
     std::string accountsOfAdd;
     add->add_option("--accounts", accountsOfAdd, "The file with the accounts")->required();

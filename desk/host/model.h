@@ -78,9 +78,7 @@ struct Request {
 };
 
 struct Answer {
-    explicit Answer(Arena &arena) : instances(arena), paths(arena), classes(arena), qualifiers(arena)
-    {
-    }
+    explicit Answer(Arena &arena) : instances(arena), paths(arena), classes(arena), qualifiers(arena) {}
 
     /** CMPI_RC_OK, or the error; then the rest does not count. */
     CMPIrc code = CMPI_RC_OK;

@@ -108,7 +108,8 @@ Array *makeArray(Arena &arena, CMPIType elementType, CMPICount size)
     return array;
 }
 
-Path *makePath(Arena &arena, const ClassTable &classes, std::string_view nameSpace, std::string_view className)
+Path *makePath(Arena &arena, const ClassTable &classes, std::string_view nameSpace,
+               std::string_view className)
 {
     Path *path = makeObject<Path>(arena, PATH_TABLE);
     path->classes = &classes;
@@ -253,8 +254,8 @@ Instance *copyObject(Arena &arena, const Instance &original)
     for (std::size_t i = 0; i < count; ++i) {
         new (copy->values + i) CMPIData(copyData(arena, original.values[i]));
     }
-    for (const auto &[from, to] : {std::pair{original.visible, &copy->visible},
-                                   std::pair{original.settable, &copy->settable}}) {
+    for (const auto &[from, to] :
+         {std::pair{original.visible, &copy->visible}, std::pair{original.settable, &copy->settable}}) {
         if (from != nullptr) {
             PropertySet *set = makePropertySet(arena, *original.info);
             std::memcpy(set->bits, from->bits, from->words * sizeof *set->bits);
@@ -581,9 +582,7 @@ namespace
 class TextBuilder
 {
   public:
-    explicit TextBuilder(Arena &arena) : text_(arena)
-    {
-    }
+    explicit TextBuilder(Arena &arena) : text_(arena) {}
 
     void add(std::string_view text)
     {

@@ -25,8 +25,8 @@ struct Encapsulated {
     using Cmpi = Type;
 
     Cmpi cmpi;
-    Arena *arena;  // where the object lives and grows
-    bool isClone;  // then the arena belongs to the object alone
+    Arena *arena; // where the object lives and grows
+    bool isClone; // then the arena belongs to the object alone
 };
 
 struct String : Encapsulated<CMPIString> {
@@ -78,9 +78,9 @@ struct PropertySet {
 
 struct Instance : Encapsulated<CMPIInstance> {
     Path *path;
-    const ClassInfo *info; // never null
-    CMPIData *values;      // one for each property of the class
-    const PropertySet *visible; // null: all are
+    const ClassInfo *info;       // never null
+    CMPIData *values;            // one for each property of the class
+    const PropertySet *visible;  // null: all are
     const PropertySet *settable; // null: all are; others are ignored when they are set
 };
 

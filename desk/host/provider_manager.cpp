@@ -17,9 +17,7 @@ namespace
 class SetupCall
 {
   public:
-    SetupCall() : call_{&arena_, nextRequestNumber()}, scope_(call_)
-    {
-    }
+    SetupCall() : call_{&arena_, nextRequestNumber()}, scope_(call_) {}
 
     Context *context()
     {
@@ -173,7 +171,8 @@ bool ProviderManager::load(const Registration &registration, std::string &proble
         provider->name = registration.provider;
     }
     const auto make = [&](const char *kind, auto *&interface) {
-        return create(library->handle, library->path, broker_, registration.provider, kind, interface, reason);
+        return create(library->handle, library->path, broker_, registration.provider, kind, interface,
+                      reason);
     };
     if ((registration.isInstance && !make("Instance", provider->instance)) ||
         (registration.isMethod && !make("Method", provider->method)) ||

@@ -38,9 +38,7 @@ std::vector<std::string> words(std::string_view text)
 class Reader
 {
   public:
-    Reader(const std::string &file, std::vector<std::string> &problems) : file_(file), problems_(problems)
-    {
-    }
+    Reader(const std::string &file, std::vector<std::string> &problems) : file_(file), problems_(problems) {}
 
     std::vector<Registration> read(std::string_view text)
     {

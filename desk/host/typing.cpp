@@ -79,7 +79,9 @@ bool readBoolean(std::string_view text, CMPIBoolean &value)
 /** One character of UTF-8 that fits 16 bits; a number is not one. */
 bool readChar16(std::string_view text, CMPIChar16 &value)
 {
-    const auto byte = [&](std::size_t i) { return static_cast<unsigned>(static_cast<unsigned char>(text[i])); };
+    const auto byte = [&](std::size_t i) {
+        return static_cast<unsigned>(static_cast<unsigned char>(text[i]));
+    };
     if (text.size() == 1 && byte(0) < 0x80) {
         value = static_cast<CMPIChar16>(byte(0));
         return true;
@@ -280,7 +282,8 @@ Instance *Typing::instance(const Path &path, const ArenaList<ValueText> &propert
 {
     Instance *instance = makeInstance(arena_, path);
     const ClassInfo &info = *instance->info;
-    const std::string_view nameSpace = path.nameSpace != nullptr ? path.nameSpace->view() : std::string_view();
+    const std::string_view nameSpace =
+        path.nameSpace != nullptr ? path.nameSpace->view() : std::string_view();
     for (const ValueText &text : properties) {
         const int index = info.findProperty(text.name);
         if (index == ClassInfo::NO_PROPERTY) {
@@ -294,8 +297,8 @@ Instance *Typing::instance(const Path &path, const ArenaList<ValueText> &propert
             return nullptr;
         }
         if (data.type != property.cmpiCode()) {
-            fail(CMPI_RC_ERR_TYPE_MISMATCH, "The property %s of %s is of another type.", property.name.c_str(),
-                 info.definition().name.c_str());
+            fail(CMPI_RC_ERR_TYPE_MISMATCH, "The property %s of %s is of another type.",
+                 property.name.c_str(), info.definition().name.c_str());
             return nullptr;
         }
         setProperty(*instance, index, data);

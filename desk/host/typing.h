@@ -26,7 +26,7 @@ struct ValueText {
     cim::Type type = cim::Type::None; // as the client says; None: it does not
     bool isArray = false;
     bool isNull = false;
-    ItemText item;                             // of a scalar
+    ItemText item;                              // of a scalar
     const ArenaList<ItemText> *items = nullptr; // of an array
 };
 
@@ -42,9 +42,7 @@ struct PathText {
 class Typing
 {
   public:
-    Typing(Arena &arena, const ClassTable &classes) : arena_(arena), classes_(classes)
-    {
-    }
+    Typing(Arena &arena, const ClassTable &classes) : arena_(arena), classes_(classes) {}
 
     /** The path with its keys of the types that its class declares. Where the class or the key is not known,
      * the client's type counts. A path without namespace is in defaultNameSpace. Null on failure. */

@@ -28,8 +28,9 @@ std::size_t sequenceLength(std::string_view text)
         }
     }
     const unsigned second = byte(1);
-    if ((lead == 0xe0 && second < 0xa0) || (lead == 0xed && second > 0x9f) || (lead == 0xf0 && second < 0x90) ||
-        (lead == 0xf4 && second > 0x8f) || (lead == 0xef && second == 0xbf && byte(2) >= 0xbe)) {
+    if ((lead == 0xe0 && second < 0xa0) || (lead == 0xed && second > 0x9f) ||
+        (lead == 0xf0 && second < 0x90) || (lead == 0xf4 && second > 0x8f) ||
+        (lead == 0xef && second == 0xbf && byte(2) >= 0xbe)) {
         return 0; // overlong, a surrogate, beyond Unicode, or U+FFFE and U+FFFF
     }
     return length;
@@ -44,9 +45,7 @@ bool isCharacter(std::uint32_t code)
 class Checker
 {
   public:
-    Checker(std::string_view document, const XmlLimits &limits) : text_(document), limits_(limits)
-    {
-    }
+    Checker(std::string_view document, const XmlLimits &limits) : text_(document), limits_(limits) {}
 
     bool check()
     {
@@ -237,8 +236,8 @@ class Checker
         while (place_ < text_.size()) {
             const char c = text_[place_];
             const bool isNameCharacter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
-                                         (c >= '0' && c <= '9') || c == '.' || c == '_' || c == '-' || c == ':' ||
-                                         (static_cast<unsigned char>(c) & 0x80u) != 0;
+                                         (c >= '0' && c <= '9') || c == '.' || c == '_' || c == '-' ||
+                                         c == ':' || (static_cast<unsigned char>(c) & 0x80u) != 0;
             if (!isNameCharacter) {
                 break;
             }

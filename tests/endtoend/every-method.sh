@@ -167,6 +167,28 @@ expect_property Monitor Name '"192.168.10.20"'
 settings=$(monitor show settings)
 expect 'no setting differs from its factory value' '' "$(grep '^[^*]* \*' <<<"$settings")"
 
+echo 'Methods that are none'
+expect_call() { # expect_call OBJECT METHOD ANSWER
+    call admin "$1" "$2" ''
+    expect "$1 $2() answers $3" "$3" "$answer"
+}
+for object in Monitor DisplayManagement ImageAdjustment PictureInPicture OSDMenuAndMessages ColorSpace/1 BezelButton FunctionButton/1 \
+    RemoteManagementService WSManagementService IPConfigurationService VideoInput/1; do
+    expect_call $object Reboot 'error 6: Reboot'
+done
+for object in TestPatternGenerator IPProtocolEndpoint/lo IPNetworkConnection ExtendedStaticIPAssignmentSettingData DHCPSettingData \
+    IPVersionSettingData IPAssignmentSettingData; do
+    expect_call $object Reboot 'error 7: Reboot'
+done
+# The letter case of a name matters, but not to the test-pattern generator and to the two services.
+expect_call Monitor factoryreset 'error 6: factoryreset'
+call viewer TestPatternGenerator setrgbvalue 'RValue="4",GValue="5",BValue="6"'
+expect 'TestPatternGenerator setrgbvalue() answers 0' 0 "$answer"
+expect_property TestPatternGenerator RValue '"4"'
+expect_call WSManagementService requeststatechange 'error 4: Required argument RequestStateChange missing.'
+# Of the classes without methods this one takes the name that stands for none.
+expect_call VideoInput/2 insert_method_name 1
+
 echo 'No method is forgotten'
 declared=$(cd "$source_dir/mof" && sed -n '/^ *uint[0-9]* [A-Za-z0-9]* *(/s/^ *uint[0-9]* \([A-Za-z0-9]*\) *(.*/\1/;T;F;p' ZT_Marovelton_*.mof |
     sed 'N;s/^ZT_Marovelton_\(.*\)\.mof\n/\1./' | sort)

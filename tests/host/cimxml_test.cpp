@@ -208,10 +208,11 @@ TEST_F(CimXmlServer, ValuesOfAllTypesAreWritten)
 
 TEST_F(CimXmlServer, NumericKeysAreWrittenAsNumbers)
 {
-    const std::string body = send(test::methodCall(
-        3, "Touch",
-        "<PARAMVALUE NAME=\"target\"><VALUE.REFERENCE><INSTANCENAME CLASSNAME=\"Test_Simple\"><KEYVALUE>5</KEYVALUE>"
-        "</INSTANCENAME></VALUE.REFERENCE></PARAMVALUE>"));
+    const std::string body =
+        send(test::methodCall(3, "Touch",
+                              "<PARAMVALUE NAME=\"target\"><VALUE.REFERENCE>"
+                              "<INSTANCENAME CLASSNAME=\"Test_Simple\"><KEYVALUE>5</KEYVALUE>"
+                              "</INSTANCENAME></VALUE.REFERENCE></PARAMVALUE>"));
     EXPECT_THAT(
         body,
         HasSubstr("<KEYBINDING NAME=\"Id\">\n<KEYVALUE VALUETYPE=\"numeric\">5</KEYVALUE>\n</KEYBINDING>"));
@@ -221,7 +222,8 @@ TEST_F(CimXmlServer, TextsComeInPieces)
 {
     const std::string echoed = send(test::methodCall(
         3, "Echo",
-        "<PARAMVALUE NAME=\"text\"><VALUE>one <!-- no -->&lt;two&gt;<![CDATA[ <three> & ]]>&#52;</VALUE></PARAMVALUE>"));
+        "<PARAMVALUE NAME=\"text\">"
+        "<VALUE>one <!-- no -->&lt;two&gt;<![CDATA[ <three> & ]]>&#52;</VALUE></PARAMVALUE>"));
     EXPECT_THAT(echoed, HasSubstr("<VALUE>one &lt;two&gt; &lt;three&gt; &amp; 4</VALUE>"));
     EXPECT_THAT(send(test::methodCall(3, "Echo", "<PARAMVALUE NAME=\"text\"><VALUE>  </VALUE></PARAMVALUE>")),
                 HasSubstr("<VALUE>  </VALUE>"))
@@ -260,10 +262,11 @@ TEST_F(CimXmlServer, ArgumentsNotGivenAreAbsentAndNullOnesAreNull)
 TEST_F(CimXmlServer, InstancesAreCreated)
 {
     const std::string body = send(test::intrinsic(
-        "CreateInstance",
-        "<IPARAMVALUE NAME=\"NewInstance\"><INSTANCE CLASSNAME=\"Test_Thing\"><PROPERTY NAME=\"DeviceID\" TYPE=\"string\">"
-        "<QUALIFIER NAME=\"Key\" TYPE=\"boolean\"><VALUE>TRUE</VALUE></QUALIFIER><VALUE>thing12</VALUE></PROPERTY>"
-        "</INSTANCE></IPARAMVALUE>"));
+        "CreateInstance", "<IPARAMVALUE NAME=\"NewInstance\"><INSTANCE CLASSNAME=\"Test_Thing\">"
+                          "<PROPERTY NAME=\"DeviceID\" TYPE=\"string\">"
+                          "<QUALIFIER NAME=\"Key\" TYPE=\"boolean\"><VALUE>TRUE</VALUE></QUALIFIER>"
+                          "<VALUE>thing12</VALUE></PROPERTY>"
+                          "</INSTANCE></IPARAMVALUE>"));
     EXPECT_THAT(
         body,
         HasSubstr("<IRETURNVALUE>\n<INSTANCENAME CLASSNAME=\"Test_Thing\">\n<KEYBINDING NAME=\"DeviceID\">\n"

@@ -228,10 +228,10 @@ TEST_F(Malformed, KeysAndValuesAreChecked)
         return test::intrinsic("GetInstance",
                                "<IPARAMVALUE NAME=\"InstanceName\">" + name + "</IPARAMVALUE>");
     };
-    expectError(
-        get("<INSTANCENAME CLASSNAME=\"Test_Simple\"><KEYBINDING NAME=\"Id\"><KEYVALUE>x</KEYVALUE></KEYBINDING>"
-            "</INSTANCENAME>"),
-        4, "The value &quot;x&quot; of Id is not a uint16.");
+    expectError(get("<INSTANCENAME CLASSNAME=\"Test_Simple\"><KEYBINDING NAME=\"Id\">"
+                    "<KEYVALUE>x</KEYVALUE></KEYBINDING>"
+                    "</INSTANCENAME>"),
+                4, "The value &quot;x&quot; of Id is not a uint16.");
     expectError(get("<INSTANCENAME CLASSNAME=\"Test_Simple\"><KEYBINDING><KEYVALUE>1</KEYVALUE></KEYBINDING>"
                     "</INSTANCENAME>"),
                 4, "A KEYBINDING has no name.");
@@ -239,10 +239,10 @@ TEST_F(Malformed, KeysAndValuesAreChecked)
         get("<INSTANCENAME CLASSNAME=\"Test_Simple\"><KEYBINDING NAME=\"Id\"><VALUE>1</VALUE></KEYBINDING>"
             "</INSTANCENAME>"),
         4, "The element VALUE cannot be a key.");
-    expectError(
-        get("<INSTANCENAME CLASSNAME=\"Test_Simple\"><KEYBINDING NAME=\"Id\"><KEYVALUE TYPE=\"uint7\">1</KEYVALUE>"
-            "</KEYBINDING></INSTANCENAME>"),
-        4, "There is no type uint7.");
+    expectError(get("<INSTANCENAME CLASSNAME=\"Test_Simple\"><KEYBINDING NAME=\"Id\">"
+                    "<KEYVALUE TYPE=\"uint7\">1</KEYVALUE>"
+                    "</KEYBINDING></INSTANCENAME>"),
+                4, "There is no type uint7.");
     const auto modify = [](const std::string &property, const std::string &className = "Test_Thing") {
         return test::intrinsic("ModifyInstance",
                                "<IPARAMVALUE NAME=\"ModifiedInstance\"><VALUE.NAMEDINSTANCE>" +
