@@ -13,6 +13,11 @@
 
 function(write_registration_forms stanzas directory)
     set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${stanzas})
+    # Reading as text forgives what an object manager does not, so this looks at the bytes.
+    file(READ ${stanzas} bytes HEX)
+    if(bytes MATCHES "(20|09|0d)0a" OR bytes MATCHES "0a0a$" OR NOT bytes MATCHES "0a$")
+        message(FATAL_ERROR "${stanzas}: a blank or a carriage return at the end of a line, or not one final newline")
+    endif()
     file(STRINGS ${stanzas} lines REGEX ".")
     set(line_form "")
     set(instance_form "")
@@ -65,7 +70,7 @@ instance of PG_ProviderCapabilities
             foreach(value provider location type namespace unload)
                 set(${value} "")
             endforeach()
-        elseif(line MATCHES "^   (provider|location|type|namespace|unload): ([^ ]+( [^ ]+)*)$")
+        elseif(line MATCHES "^   (provider|location|type|namespace|unload): ([A-Za-z0-9_/]+( [A-Za-z0-9_/]+)*)$")
             set(${CMAKE_MATCH_1} ${CMAKE_MATCH_2})
         else()
             message(FATAL_ERROR "${stanzas}: not understood: ${line}")
