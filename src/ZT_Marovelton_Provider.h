@@ -80,7 +80,6 @@ struct InstanceBuilder {
     void uint16(const char *name, int value);  // the low 16 bits
     void real32(const char *name, float value);
     void text(const char *name, const char *value);
-    void reference(const char *name, const CMPIObjectPath *value);
     /** One %s in `format`, at most 99 characters in all. */
     void formatted(const char *name, const char *format, const char *value);
     /** A point in time, in seconds since 1970-01-01 UTC. */
