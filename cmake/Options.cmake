@@ -2,6 +2,7 @@
 
 option(DISPLAY_DESK "Build the desk monitor and the desk object manager" ON)
 option(DISPLAY_TESTS "Build the tests" ON)
+option(DISPLAY_BENCH "Build the benchmarks" OFF)
 option(DISPLAY_SANITIZE "Address and undefined-behaviour sanitizers" OFF)
 option(DISPLAY_COVERAGE "Line and branch coverage" OFF)
 option(DISPLAY_OWN_CMPI_HEADERS "Use include/cmpi even where the system has CMPI headers" OFF)
@@ -16,7 +17,9 @@ endif()
 
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wformat-security -Werror)
 if(DISPLAY_SANITIZE)
-    add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer -O1)
+    # Without optimisation, and with no more debug information than a report needs: what the checks add is slow
+    # to optimise, and compiling is most of what ./test does.
+    add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer -O0 -g1)
     add_link_options(-fsanitize=address,undefined)
 endif()
 if(DISPLAY_COVERAGE)
