@@ -5,6 +5,8 @@
 
 #include <gmock/gmock.h>
 
+#include <map>
+
 using namespace contract;
 using testing::UnorderedElementsAreArray;
 
@@ -527,6 +529,37 @@ TEST_P(Methods, ReturnTheDeclaredType)
         ++methods;
     }
     EXPECT_EQ(methods, row.count);
+}
+
+TEST_P(Methods, NameTheReturnValuesThatTheyGive)
+{
+    // The name of 1 tells what it stands for in this class; methods of the standard keep the standard's
+    // names.
+    const auto declaredNames = [&](const MethodRow &method) {
+        const cim::Method &found = declaredMethod(method.name);
+        const cim::Qualifier *map = cim::findQualifier(found.qualifiers, "ValueMap");
+        const cim::Qualifier *names = cim::findQualifier(found.qualifiers, "Values");
+        std::map<std::string, std::string> declaredAs;
+        if (map && names && map->value.items.size() == names->value.items.size())
+            for (size_t i = 0; i < map->value.items.size(); ++i)
+                declaredAs[map->value.items[i]] = names->value.items[i];
+        return declaredAs;
+    };
+    for (const MethodRow &method : row.methods) {
+        SCOPED_TRACE(method.name);
+        if (cim::findQualifier(declaredMethod(method.name).qualifiers, "Override"))
+            continue;
+        const bool unknownMethod = call("Reboot").returned.at(0) == value(1);
+        const Answer keyless = invoke(tested, path(className), method.name, complete(method), "admin");
+        const bool missingKey = keyless.returned.at(0) == value(1);
+        EXPECT_NE(keyless.rc, CMPI_RC_OK);
+        std::map<std::string, std::string> expected = {{"0", "Success"}, {"2", "Failed"}};
+        if (unknownMethod || missingKey)
+            expected["1"] = !missingKey      ? "Unknown Method"
+                            : !unknownMethod ? "Missing Key"
+                                             : "Unknown Method or Missing Key";
+        EXPECT_EQ(declaredNames(method), expected);
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryClass, Methods, testing::ValuesIn(rows),
