@@ -30,6 +30,8 @@ install() {
 
 install provider
 expect 'the files of the component provider' "$(provider_files)" "$(files_below "$prefix")"
+expect 'its documentation' "$(documentation_files "$source")" "$(documentation_below "$prefix")"
+expect 'no directory without a file' '' "$(cd "$prefix" && find . -type d -empty)"
 install development
 expect 'the files of the component development' "$( (provider_files; development_files) | LC_ALL=C sort)" \
     "$(files_below "$prefix")"

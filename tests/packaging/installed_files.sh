@@ -41,10 +41,18 @@ share/libcmpiDisplayManagement/mof/ZT_Marovelton_TestPatternGenerator.mof
 share/libcmpiDisplayManagement/mof/ZT_Marovelton_VideoInput.mof
 share/libcmpiDisplayManagement/mof/ZT_Marovelton_WSManagementService.mof
 share/libcmpiDisplayManagement/register-providers
+share/man/man8/register-providers.8
 FILES
 }
 
 development_files() { echo include/monitor_support.h; }
+
+# The documentation in the same component, from what is in the source directory.
+documentation_files() {
+    (cd "$1" && find README.md CHANGELOG.md docs -maxdepth 1 ! -type d \( -name '*.md' -o -name '*.svg' -o -name '*.html' \)) |
+        sed 's|^|share/doc/libcmpidisplaymanagement/|' | LC_ALL=C sort
+}
+documentation_below() { (cd "$1" && find share/doc/libcmpidisplaymanagement ! -type d | LC_ALL=C sort); }
 
 # The files and links below a directory, the documentation apart.
 files_below() {

@@ -1,0 +1,94 @@
+#!/bin/bash
+# The commands of docs/administrator.md print what it says: each block "sh" is run, in the order of the page and in one
+# shell, on a desk of the test's own, and what it prints is compared with the block "text" that follows it. There, a line
+# "..." stands for any lines, and "..." within a line for any text.
+#
+# The programs are named by the environment, as for the scripts of tests/endtoend.
+set -euo pipefail
+# shellcheck source=../endtoend/desk.sh
+. "$(dirname "$0")/../endtoend/desk.sh"
+command -v curl >/dev/null || {
+    echo 'Skipped: curl is not installed.'
+    exit 77
+}
+# Once the page lets the engine be silent: then the time passes. Everywhere else it is there for slow machines.
+export DESK_MONITOR_RECEIVE_TIMEOUT=15
+desk_start
+cd "$source_dir"
+
+# The page speaks of the desk of ./run.
+of_this_desk() {
+    sed "s|127\.0\.0\.1:5988|127.0.0.1:$port|g
+         s|ADMIN_PASSWORD|$(cat "$directory/password.admin")|g
+         s|VIEWER_PASSWORD|$(cat "$directory/password.viewer")|g
+         s|build/release/desk/support/desk-monitor|$DESK_COMMAND|g
+         s|build/release/desk/host/desk-host|$DESK_HOST|g
+         s|\.desk/|$directory/|g
+         s|read\.xml|$directory/read.xml|g"
+}
+
+# Blocks into the files NUMBER.sh and NUMBER.text; NUMBER is the line of the page where the commands begin.
+pages=$scratch/pages
+mkdir "$pages"
+awk -v to="$pages" '
+    /^```sh$/   { file = sprintf("%s/%05d.sh", to, NR + 1); last = NR + 1; next }
+    /^```text$/ { file = sprintf("%s/%05d.text", to, last); next }
+    /^```/      { file = ""; next }
+    file        { print > file }
+' docs/administrator.md
+
+# One shell runs them all; what each of them prints goes to a file of its own. Where the page waits for the engine, which
+# takes requests in their order, another request that is answered tells that it is done, however slow the machine is.
+{
+    # shellcheck disable=SC2016 # for the other shell
+    echo 'sleep() { wbemcli ei "$viewer:ZT_Marovelton_VideoInput" >/dev/null; command sleep "$1"; }'
+    for commands in "$pages"/*.sh; do
+        of_this_desk <"$commands" >"$commands.here"
+        printf '. %q >%q 2>&1\n' "$commands.here" "${commands%.sh}.printed"
+    done
+} >"$pages/all"
+bash "$pages/all" </dev/null || true
+
+for commands in "$pages"/*.sh; do
+    block=${commands%.sh}
+    number=$((10#${block##*/}))
+    checks=$((checks + 1))
+    if [ -e "$block.text" ]; then
+        of_this_desk <"$block.text" >"$block.expected"
+    else
+        : >"$block.expected" # without a block of output nothing is printed
+    fi
+    if awk '
+        function quoted(text) { gsub(/[][\\.*^$+?(){}|]/, "\\\\&", text); return text }
+        function pattern(line,    parts, count, i, whole) {
+            count = split(line, parts, /\.\.\./)
+            whole = "^"
+            for (i = 1; i <= count; ++i) whole = whole (i > 1 ? ".*" : "") quoted(parts[i])
+            return whole "$"
+        }
+        # Whether the expected lines from i on are what is printed from j on.
+        function same(i, j) {
+            while (i <= wanted) {
+                if (expected[i] == "...") {
+                    for (; j <= lines + 1; ++j)
+                        if (same(i + 1, j)) return 1
+                    return 0
+                }
+                if (j > lines || printed[j] !~ pattern(expected[i])) return 0
+                ++i
+                ++j
+            }
+            return j == lines + 1
+        }
+        NR == FNR && FILENAME == ARGV[1] { expected[++wanted] = $0; next }
+        { printed[++lines] = $0 }
+        END { exit !same(1, 1) }
+    ' "$block.expected" "$block.printed"; then
+        echo "  right: the commands at line $number"
+    else
+        failed "the commands at line $number of docs/administrator.md"
+        diff -u --label 'the page' --label 'printed' "$block.expected" "$block.printed" || true
+    fi
+done
+rm -r "$pages"
+report

@@ -1,0 +1,33 @@
+#!/bin/sh
+# What docs/integrator.md says of the library's needs is what the code has: the functions of the object manager that it
+# calls, the functions of the support library, and the sizes of the records.
+#
+#   names_test.sh SOURCE_DIR
+set -eu
+here=$(dirname "$0")
+. "$here/../packaging/check.sh"
+cd "$1"
+guide=docs/integrator.md
+
+part() { sed -n "/^##* $1\$/,/^##* /p" "$guide"; }
+
+expect 'the functions of the object manager' \
+    "$(grep -ohE '\bC[MB][A-Z][A-Za-z]+\(' src/*.cpp src/*.h | tr -d '(' | grep -v 'MIStub$' | LC_ALL=C sort -u)" \
+    "$(part 'What the library calls' | grep '^|' | grep -oE '\bC[MB][A-Z][A-Za-z]+' | grep -v '^CMPI' | LC_ALL=C sort -u)"
+expect 'functions that are called past the macros' getCharPtr \
+    "$(grep -ohE 'ft->[a-zA-Z]+\(' src/*.cpp src/*.h | sed 's/ft->//; s/(//' | LC_ALL=C sort -u)"
+part 'What the library calls' | grep -q '`getCharPtr`' || failed 'getCharPtr is not told'
+
+expect 'the functions of the support library' \
+    "$(sed -n 's/^int \([A-Za-z0-9]*\)(.*/\1/p' include/monitor_support.h | LC_ALL=C sort)" \
+    "$(part 'The support library' | sed -n 's/^| \(`[A-Z].*`\) |.*/\1/p' | grep -oE '[A-Za-z0-9]+' | LC_ALL=C sort)"
+expect 'their number' "$(grep -c '^int ' include/monitor_support.h)" \
+    "$(sed -n 's/.*declares everything: \([0-9]*\) functions.*/\1/p' "$guide")"
+
+# A record and its size stand twice in a line of the table.
+expect 'the sizes of the records' \
+    "$(sed -n 's/^static_assert(sizeof(\([A-Za-z]*\)) == \([0-9]*\));/\1 \2/p' include/monitor_support.h |
+        grep -vE '^(RegisterDetails|WebCmd|ProcessData) ' | LC_ALL=C sort)" \
+    "$(part 'Packing and sizes' | grep -oE '`[A-Za-z]+`( \(packed\))? \| [0-9]+' | sed 's/ (packed)//; s/`//g; s/ |//' | LC_ALL=C sort)"
+
+report
