@@ -1,0 +1,269 @@
+#include "sources.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <sstream>
+#include <utility>
+
+namespace reference
+{
+
+namespace
+{
+
+bool isNameCharacter(char character)
+{
+    return isalnum(static_cast<unsigned char>(character)) || character == '_' || character == ':';
+}
+
+/** The last name in a text that ends before `end`. */
+std::string nameBefore(const std::string &text, size_t end)
+{
+    while (end > 0 && !isNameCharacter(text[end - 1]))
+        --end;
+    size_t begin = end;
+    while (begin > 0 && isNameCharacter(text[begin - 1]))
+        --begin;
+    return text.substr(begin, end - begin);
+}
+
+/** The name that a definition at the level of a namespace defines. */
+std::string definedName(const std::string &statement)
+{
+    const size_t end = statement.find_first_of("(={[");
+    return nameBefore(statement, end == std::string::npos ? statement.size() : end);
+}
+
+/** Reads C++ far enough to know of each literal the definition and the call that it stands in. */
+class Reader
+{
+  public:
+    Reader(const std::string &theContent, const std::string &theFile) : content(theContent), file(theFile) {}
+
+    std::vector<SourceText> read()
+    {
+        while (at < content.size())
+            step();
+        endLiteral();
+        return found;
+    }
+
+  private:
+    void step()
+    {
+        const char character = content[at];
+        if (content.compare(at, 2, "//") == 0 || (character == '#' && atLineStart())) {
+            skipLine();
+        } else if (content.compare(at, 2, "/*") == 0) {
+            at = std::min(content.find("*/", at), content.size() - 2) + 2;
+        } else if (character == '"') {
+            readLiteral();
+        } else if (character == '\'') {
+            const size_t begin = at;
+            for (++at; content[at] != '\''; ++at)
+                at += content[at] == '\\';
+            ++at;
+            add(content.substr(begin, at - begin));
+        } else {
+            ++at;
+            if (!isspace(static_cast<unsigned char>(character)))
+                endLiteral();
+            nest(character);
+        }
+    }
+
+    bool atLineStart() const
+    {
+        const size_t before = content.find_last_not_of(" \t", at == 0 ? 0 : at - 1);
+        return at == 0 || before == std::string::npos || content[before] == '\n';
+    }
+
+    /** A comment or directive, with the lines that continue it. */
+    void skipLine()
+    {
+        while (at < content.size() && (content[at] != '\n' || content[at - 1] == '\\'))
+            ++at;
+    }
+
+    void add(const std::string &text)
+    {
+        if (definition.empty())
+            statement += text;
+        code += text;
+    }
+
+    void nest(char character)
+    {
+        if (character == '(')
+            calls.push_back(nameBefore(code, code.size()));
+        else if (character == ')' && !calls.empty())
+            calls.pop_back();
+        add(std::string(1, character));
+        if (character == '{')
+            open();
+        else if (character == '}')
+            close();
+        if (character == ';' && levels.empty())
+            statement.clear();
+        if (code.size() > 4096)
+            code.erase(0, 2048);
+    }
+
+    void open()
+    {
+        if (levels.empty() && statement.find("namespace") != std::string::npos && calls.empty()) {
+            statement.clear();
+            ++namespaces;
+            return;
+        }
+        if (levels.empty())
+            definition = definedName(statement);
+        levels.push_back('{');
+    }
+
+    void close()
+    {
+        if (levels.empty()) {
+            --namespaces;
+            return;
+        }
+        levels.pop_back();
+        if (levels.empty()) {
+            definition.clear();
+            statement.clear();
+        }
+    }
+
+    void readLiteral()
+    {
+        if (!inLiteral)
+            measured = code.ends_with("sizeof ");
+        for (++at; content[at] != '"'; ++at) {
+            if (content[at] != '\\') {
+                literal += content[at];
+                continue;
+            }
+            ++at;
+            literal += content[at] == 'n' ? '\n' : content[at];
+        }
+        ++at;
+        inLiteral = true;
+    }
+
+    /** Adjacent literals are one text. */
+    void endLiteral()
+    {
+        if (!inLiteral)
+            return;
+        const std::string text = std::exchange(literal, "");
+        inLiteral = false;
+        const std::string call = calls.empty() ? "" : calls.back();
+        if (!measured && isAnswer(text, call))
+            found.push_back({text, file, definition.empty() ? definedName(statement) : definition});
+        add("\"\"");
+    }
+
+    static bool isAnswer(const std::string &text, const std::string &call)
+    {
+        static const std::set<std::string> ending = {"fail", "fails", "setStatus"};
+        static const std::set<std::string> printing = {"printf", "puts", "trace", "judge"};
+        static const std::set<std::string> other = {"static_assert", "output",    "formatCommand",
+                                                    "sizeof",        "sscanf",    "strspn",
+                                                    "_Pragma",       "copyUntil", "strstr"};
+        if (ending.contains(call))
+            return true;
+        const bool words =
+            text.find_first_not_of(' ') != std::string::npos && text.find(' ') != std::string::npos;
+        const bool traceLine = text.starts_with("---") || text.ends_with("\n");
+        return words && !traceLine && !printing.contains(call) && !other.contains(call) &&
+               !call.starts_with("sizeof");
+    }
+
+    const std::string &content;
+    const std::string &file;
+    size_t at = 0;
+    std::string statement; // of the namespace level, up to here
+    std::string code;      // the last of what was read, without literals
+    std::string definition;
+    std::vector<std::string> calls;
+    std::vector<char> levels;
+    int namespaces = 0;
+    std::string literal;
+    bool inLiteral = false;
+    bool measured = false; // only its size counts
+    std::vector<SourceText> found;
+};
+
+} // namespace
+
+std::string contentOf(const std::string &file)
+{
+    std::ifstream stream(file, std::ios::binary);
+    std::ostringstream content;
+    if (!stream || !(content << stream.rdbuf())) {
+        fprintf(stderr, "cannot read %s\n", file.c_str());
+        exit(2);
+    }
+    return content.str();
+}
+
+std::vector<SourceText> textsOf(const std::string &content, const std::string &file)
+{
+    return Reader(content, file).read();
+}
+
+std::vector<SourceText> sourceTexts(const std::string &directory)
+{
+    std::set<std::filesystem::path> files;
+    for (const auto &entry : std::filesystem::directory_iterator(directory))
+        if (entry.path().extension() == ".cpp" || entry.path().extension() == ".h")
+            files.insert(entry.path());
+    std::vector<SourceText> all;
+    for (const auto &file : files) {
+        const std::vector<SourceText> texts = textsOf(contentOf(file), file.filename());
+        all.insert(all.end(), texts.begin(), texts.end());
+    }
+    return all;
+}
+
+bool isMadeBy(const std::string &text, const std::string &format)
+{
+    const size_t fixed = std::min(format.find('%'), format.size());
+    if (text.compare(0, fixed, format, 0, fixed) != 0)
+        return false;
+    if (fixed == format.size())
+        return text.size() == fixed;
+    const bool number = format.compare(fixed, 2, "%d") == 0;
+    const std::string rest = format.substr(fixed + 2);
+    for (size_t end = fixed + number; end <= text.size(); ++end) {
+        if (isMadeBy(text.substr(end), rest))
+            return true;
+        if (number && end < text.size() && !isdigit(static_cast<unsigned char>(text[end])))
+            return false;
+    }
+    return false;
+}
+
+std::map<int, std::string> enumerators(const std::string &file, const std::string &enumeration)
+{
+    std::istringstream header(contentOf(file));
+    std::string line;
+    while (std::getline(header, line) && line.find("enum " + enumeration) == std::string::npos)
+        continue;
+    std::map<int, std::string> names;
+    while (std::getline(header, line) && line.find('}') == std::string::npos)
+        if (const size_t equals = line.find(" = "); equals != std::string::npos)
+            names[atoi(line.c_str() + equals + 3)] = nameBefore(line, equals);
+    if (names.empty()) {
+        fprintf(stderr, "%s has no enumeration %s\n", file.c_str(), enumeration.c_str());
+        exit(2);
+    }
+    return names;
+}
+
+} // namespace reference
