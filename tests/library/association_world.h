@@ -174,6 +174,26 @@ inline void expectResult(const EngineAnswer &answer, int result, CMPIrc rc, cons
     EXPECT_EQ(answer.done, 0) << "the engine closes the result";
 }
 
+inline void expectEmptySuccess(const Answer &answer)
+{
+    EXPECT_STATUS(answer, CMPI_RC_OK, "");
+    EXPECT_EQ(answer.returned.size(), 0u) << answer.text();
+    EXPECT_EQ(answer.done, 1);
+}
+
+inline void expectSuccess(const Answer &answer, size_t count)
+{
+    EXPECT_STATUS(answer, CMPI_RC_OK, "");
+    EXPECT_EQ(answer.returned.size(), count) << answer.text();
+    EXPECT_EQ(answer.done, 1);
+}
+
+inline void expectFailure(const Answer &answer, CMPIrc rc, const std::string &message)
+{
+    EXPECT_STATUS(answer, rc, message);
+    EXPECT_EQ(answer.done, 0);
+}
+
 /** The path of an association, with its references as keys. */
 inline Path associationPath(const std::string &className, const std::string &refLeft, const Path &left,
                             const std::string &refRight, const Path &right)

@@ -24,8 +24,6 @@ struct AssociationEngine : testing::Test {
     const Association association = {};
 };
 
-const Fault everyFlaw[] = {Fault::fails, Fault::silent, Fault::noHandle, Fault::noTable};
-
 } // namespace
 
 TEST(AssociationTypes, DirectionsAndSettingsStatesHaveTheirNumbers)

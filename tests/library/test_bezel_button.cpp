@@ -40,47 +40,26 @@ TEST(BezelButton, HasTheSkeletonOfAClass)
 
 TEST(BezelButton, EnumInstanceNamesGivesTheOnePath)
 {
-    const Answer answer =
-        enumerateNames(BezelButton, path("ZT_Marovelton_BezelButton").inNameSpace("root/other"));
-    EXPECT_STATUS(answer, CMPI_RC_OK, "");
-    EXPECT_EQ(answer.done, 1);
-    const Path found = answer.path();
-    EXPECT_EQ(found.nameSpace, "root/other");
-    EXPECT_EQ(found.className, "ZT_Marovelton_BezelButton");
-    EXPECT_KEYS(found, {{"InstanceID", chars("ZT:Marovelton_BezelButton")}});
-    EXPECT_CALLS(answer, {});
-    EXPECT_EQ(answer.trace, "--- ZT_Marovelton_BezelButton CMPI EnumInstanceNames() called\n"
-                            "--- ZT_Marovelton_BezelButton makePath called\n"
-                            "--- ZT_Marovelton_BezelButton CMPI EnumInstanceNames() exited\n");
+    checkPaths(BezelButton, {target()});
 }
 
-TEST(BezelButton, EnumInstancesGivesEveryPropertyInOrder)
+TEST(BezelButton, ReadsGiveEveryPropertyInOrder)
 {
     seam.bezel = {2, 18, 1};
     buttonMode("3");
-    const Answer answer = enumerate(BezelButton, path("ZT_Marovelton_BezelButton"));
-    EXPECT_STATUS(answer, CMPI_RC_OK, "");
-    EXPECT_EQ(answer.done, 1);
-    const Instance found = answer.instance();
-    EXPECT_EQ(found.path.className, "ZT_Marovelton_BezelButton");
-    EXPECT_KEYS(found.path, {{"InstanceID", chars("ZT:Marovelton_BezelButton")}});
-    EXPECT_PROPERTIES(
-        found, {{"ButtonBrightness", uint16(18)},
-                {"ButtonColor", uint16Array({2})},
-                {"ButtonAutoFadeMode", uint16Array({1})},
-                {"ButtonMode", uint16Array({3})},
-                {"Caption", chars("ZT_Marovelton_BezelButton")},
-                {"ElementName", chars("ZT_Marovelton_BezelButton")},
-                {"InstanceID", chars("ZT:Marovelton_BezelButton")},
-                {"Description",
-                 chars("A class derived from Logical Element that represents the single node container "
-                       "of the Display Managemet System.")},
-                {"Name", chars("Studio 7-BezelButton")}});
-    EXPECT_CALLS(answer, {"GetBezelButtonInfo()", "GetMoinitorInfo()", "GetRegisterValue(119, 7)"});
-    EXPECT_EQ(answer.trace, "--- ZT_Marovelton_BezelButton CMPI EnumInstances() called\n"
-                            "--- ZT_Marovelton_BezelButton makeInst) called\n"
-                            "--- ZT_Marovelton_BezelButton makeInst) exited\n"
-                            "--- ZT_Marovelton_BezelButton CMPI EnumInstances() leave \n");
+    checkInstance(BezelButton, target(),
+                  {{"ButtonBrightness", uint16(18)},
+                   {"ButtonColor", uint16Array({2})},
+                   {"ButtonAutoFadeMode", uint16Array({1})},
+                   {"ButtonMode", uint16Array({3})},
+                   {"Caption", chars("ZT_Marovelton_BezelButton")},
+                   {"ElementName", chars("ZT_Marovelton_BezelButton")},
+                   {"InstanceID", chars("ZT:Marovelton_BezelButton")},
+                   {"Description",
+                    chars("A class derived from Logical Element that represents the single node container "
+                          "of the Display Managemet System.")},
+                   {"Name", chars("Studio 7-BezelButton")}},
+                  {"GetBezelButtonInfo()", "GetMoinitorInfo()", "GetRegisterValue(119, 7)"});
 }
 
 TEST(BezelButton, NumbersKeepTheirLowBits)
@@ -111,85 +90,33 @@ TEST(BezelButton, ButtonModeIsTheDecimalValueOfTheRegister)
 TEST(BezelButton, NameFollowsTheSystemName)
 {
     buttonMode("1");
-    const auto name = [] { return get(BezelButton, target()).instance().find("Name")->text; };
-    EXPECT_EQ(name(), "Studio 7-BezelButton");
-    setField(seam.monitor.DisplayName, "");
-    EXPECT_EQ(name(), "192.0.2.17-BezelButton");
-    fillField(seam.monitor.DisplayName, 'd');
-    EXPECT_EQ(name(), "ddddddddddddddddddddddddd-BezelButton");
-}
-
-TEST(BezelButton, GetInstanceGivesWhatTheEnumerationGives)
-{
-    buttonMode("1");
-    const Answer answer = get(BezelButton, target());
-    EXPECT_STATUS(answer, CMPI_RC_OK, "");
-    EXPECT_EQ(answer.instance(), enumerate(BezelButton, target()).instance());
-    EXPECT_EQ(answer.trace, "--- ZT_Marovelton_BezelButton CMPI GetInstance() called\n"
-                            "--- ZT_Marovelton_BezelButton makeInst) called\n"
-                            "--- ZT_Marovelton_BezelButton makeInst) exited\n"
-                            "--- ZT_Marovelton_BezelButton CMPI GetInstance() exited\n");
+    checkNameOfSystem(BezelButton, target(), "-BezelButton");
 }
 
 TEST(BezelButton, GetInstanceChecksTheKey)
 {
     buttonMode("1");
-    checkKeysOfGetInstance(BezelButton, target(),
-                           {{.name = "InstanceID",
-                             .missing = "Could not get InstanceID of instance.",
-                             .wrong = "This class name does not exist (wrong InstanceID)."}});
-}
-
-TEST(BezelButton, NothingIsReturnedThatCannotBeBuilt)
-{
-    buttonMode("1");
-    checkBuildFailures(BezelButton, target(), {"GetBezelButtonInfo", "GetMoinitorInfo", "GetRegisterValue"},
-                       true);
-    seam.returns("GetBezelButtonInfo", -1);
-    const Answer answer = get(BezelButton, target());
-    EXPECT_STATUS(answer, CMPI_RC_ERR_FAILED, "Couldn't build instance");
-    EXPECT_EQ(answer.returned.size(), 0u);
+    checkKeysOfGetInstance(BezelButton, target(), instanceIDOfReads());
 }
 
 TEST(BezelButton, BuildersTellWhatFailed)
 {
     buttonMode("1");
-    const auto instanceFails = [](const char *text) {
-        const Built built = build(BezelButton, target(), _makeInst_ZT_Marovelton_BezelButton);
-        EXPECT_FALSE(built.instance);
-        EXPECT_EQ(built.rc, CMPI_RC_ERR_FAILED);
-        EXPECT_EQ(built.message, text);
-    };
-    faults.arm("newObjectPath", 1);
-    const Built built = build(BezelButton, target(), _makePath_ZT_Marovelton_BezelButton);
-    EXPECT_FALSE(built.path);
-    EXPECT_EQ(built.rc, CMPI_RC_ERR_FAILED);
-    EXPECT_EQ(built.message, "Create CMPIObjectPath failed.");
-    faults.arm("newObjectPath", 1);
-    instanceFails("Create CMPIObjectPath failed.");
-    faults.arm("newInstance", 1);
-    instanceFails("Create CMPIInstance failed.");
-    for (const int array : {1, 2, 3}) {
-        faults.arm("newArray", array);
-        instanceFails("Failed to initialize array.");
-    }
-    faults.disarm();
-    for (const int result : {-1, 1}) {
-        seam.returns("GetRegisterValue", result);
-        instanceFails("Failed to get Function Button information from database.");
-    }
-    seam.returns("GetMoinitorInfo", 1);
-    instanceFails("Could not get monitor information from database.");
-    seam.returns("GetBezelButtonInfo", 1);
-    instanceFails("Faied to get BezelButton information from database.");
+    checkBuilders(
+        {.tested = &BezelButton,
+         .reference = target(),
+         .makePath = _makePath_ZT_Marovelton_BezelButton,
+         .makeInst = _makeInst_ZT_Marovelton_BezelButton,
+         .records = {{"GetBezelButtonInfo()", "Faied to get BezelButton information from database."},
+                     {"GetMoinitorInfo()", "Could not get monitor information from database."},
+                     {"GetRegisterValue(119, 7)",
+                      "Failed to get Function Button information from database."}},
+         .arrays = 3});
 }
 
 TEST(BezelButton, ReadsSurviveEveryFailure)
 {
-    const Torture torture = {.prepare = [] { buttonMode("1"); }};
-    checkTorture([] { return enumerateNames(BezelButton, target()); }, torture);
-    checkTorture([] { return enumerate(BezelButton, target()); }, torture);
-    checkTorture([] { return get(BezelButton, target()); }, torture);
+    checkTortureOfReads(BezelButton, target(), {.prepare = [] { buttonMode("1"); }});
 }
 
 // ---- settings by themselves ----
@@ -323,10 +250,7 @@ TEST(BezelButton, AnotherClassIsNotFound)
 TEST(BezelButton, MethodsCheckTheKey)
 {
     checkKeysOfMethod(BezelButton, target(), "SetButtonMode", {{"ButtonMode", "1"}}, noUser(),
-                      {{.name = "InstanceID",
-                        .missing = "Invalid selector(Could not get InstanceID of instance.)",
-                        .wrong = "This class name does not exist (wrong InstanceID).",
-                        .missingValue = 1}});
+                      instanceIDOfMethods(1));
 }
 
 namespace

@@ -86,19 +86,11 @@ TEST(ColorSpace, NamesItsFunctionTables)
 
 TEST(ColorSpace, EnumeratesSevenPathsInOrder)
 {
-    const Answer answer =
-        enumerateNames(ColorSpace, path("ZT_Marovelton_ColorSpace").inNameSpace("root/other"));
-    EXPECT_STATUS(answer, CMPI_RC_OK, "");
-    EXPECT_EQ(answer.done, 1);
-    const std::vector<Path> paths = answer.paths();
-    ASSERT_EQ(paths.size(), 7u);
-    for (size_t i = 0; i < 7; ++i) {
-        EXPECT_EQ(paths[i].className, "ZT_Marovelton_ColorSpace");
-        EXPECT_EQ(paths[i].nameSpace, "root/other");
-        EXPECT_KEYS(paths[i], {{"InstanceID", chars(identifiers()[i])}});
-    }
+    std::vector<Path> expected;
+    for (const std::string &identifier : identifiers())
+        expected.push_back(presetPath(identifier));
     // Names need nothing of the monitor.
-    EXPECT_CALLS(answer, {});
+    checkPaths(ColorSpace, expected);
 }
 
 TEST(ColorSpace, PublishesEveryPropertyOfAPresetInOrder)
@@ -301,58 +293,23 @@ TEST(ColorSpace, FindsPresetsByTheirExactIdentifier)
 
 TEST(ColorSpace, ChecksTheKeyOfGetInstance)
 {
-    checkKeysOfGetInstance(ColorSpace, inactivePreset(),
-                           {{.name = "InstanceID",
-                             .missing = "Could not get InstanceID of instance.",
-                             .wrong = "This class name does not exist (wrong InstanceID)."}});
-}
-
-TEST(ColorSpace, ReportsRecordsAndObjectsThatCannotBeHad)
-{
-    checkBuildFailures(ColorSpace, path("ZT_Marovelton_ColorSpace"),
-                       {"GetColorSpaceInfoById", "GetRegisterValue"});
+    checkKeysOfGetInstance(ColorSpace, inactivePreset(), instanceIDOfReads());
 }
 
 TEST(ColorSpace, SaysWhichStepOfABuildFailed)
 {
-    const auto makeInst = [](const CMPIObjectPath *reference, CMPIStatus *status) {
-        return _makeInst_ZT_Marovelton_ColorSpace(reference, 2, status);
-    };
-    for (const int result : {-1, 1, 80000001}) {
-        seam.reset();
-        seam.returns("GetColorSpaceInfoById", result);
-        const Built noRecord = build(ColorSpace, path("ZT_Marovelton_ColorSpace"), makeInst);
-        EXPECT_FALSE(noRecord.instance);
-        EXPECT_EQ(noRecord.rc, CMPI_RC_ERR_FAILED);
-        EXPECT_EQ(noRecord.message, databaseText);
-        EXPECT_CALLS(noRecord, {"GetColorSpaceInfoById(2)"}); // nothing more after a failure
-
-        seam.reset();
-        seam.returns("GetRegisterValue(1, 0)", result);
-        const Built noRegister = build(ColorSpace, path("ZT_Marovelton_ColorSpace"), makeInst);
-        EXPECT_FALSE(noRegister.instance);
-        EXPECT_EQ(noRegister.rc, CMPI_RC_ERR_FAILED);
-        EXPECT_EQ(noRegister.message, databaseText);
-    }
-
-    seam.reset();
-    faults.arm("newObjectPath", 0, Fault::fails);
-    const Built noPath = build(ColorSpace, path("ZT_Marovelton_ColorSpace"), makeInst);
-    EXPECT_EQ(faults.struck(), "newObjectPath");
-    faults.disarm();
-    EXPECT_FALSE(noPath.instance);
-    EXPECT_EQ(noPath.rc, CMPI_RC_ERR_FAILED);
-    EXPECT_EQ(noPath.message, "Create CMPIObjectPath failed.");
-    EXPECT_CALLS(noPath, {});
-
-    faults.arm("newInstance", 0, Fault::fails);
-    const Built noInstance = build(ColorSpace, path("ZT_Marovelton_ColorSpace"), makeInst);
-    EXPECT_EQ(faults.struck(), "newInstance");
-    faults.disarm();
-    EXPECT_FALSE(noInstance.instance);
-    EXPECT_EQ(noInstance.rc, CMPI_RC_ERR_FAILED);
-    EXPECT_EQ(noInstance.message, "Create CMPIInstance failed.");
-    EXPECT_CALLS(noInstance, {});
+    checkBuilders(
+        {.tested = &ColorSpace,
+         .reference = inactivePreset(),
+         .makePath =
+             [](const CMPIObjectPath *reference, CMPIStatus *status) {
+                 return _makePath_ZT_Marovelton_ColorSpace(reference, 2, status);
+             },
+         .makeInst =
+             [](const CMPIObjectPath *reference, CMPIStatus *status) {
+                 return _makeInst_ZT_Marovelton_ColorSpace(reference, 2, status);
+             },
+         .records = {{"GetColorSpaceInfoById(2)", databaseText}, {"GetRegisterValue(1, 0)", databaseText}}});
 }
 
 TEST(ColorSpace, BuildsPathsByIndex)
@@ -399,11 +356,7 @@ TEST(ColorSpace, ReportsAPresetThatCannotBeReadByGetInstance)
 
 TEST(ColorSpace, ChecksTheTargetOfAMethod)
 {
-    const std::vector<KeyRule> keys = {{.name = "InstanceID",
-                                        .missing = "Invalid selector(Could not get InstanceID of instance.)",
-                                        .wrong = "This class name does not exist (wrong InstanceID).",
-                                        .wrongCode = CMPI_RC_ERR_INVALID_PARAMETER,
-                                        .missingValue = 1}};
+    const std::vector<KeyRule> keys = instanceIDOfMethods(1, CMPI_RC_ERR_INVALID_PARAMETER);
     checkKeysOfMethod(ColorSpace, activePreset(), "SetDisplayLuminance", {{"Luminance", "120"}}, noUser(),
                       keys);
     offerResets();
@@ -663,59 +616,18 @@ TEST(ColorSpace, ReportsRegistersThatCannotBeReadBeforeAReset)
 TEST(ColorSpace, ReportsARefreshThatFailsBeforeAReset)
 {
     for (const Reset &reset : resets) {
-        seam.reset();
-        offerResets();
-        seam.status = BUSY;
-        const Answer busy = invoke(ColorSpace, activePreset(), reset.method);
-        EXPECT_METHOD(busy, uint32(2), CMPI_RC_ERR_FAILED, "Device is Busy. Please try after some time..");
-        EXPECT_CALLS(busy, {"GetMonitorStatus(0)"});
-
-        const struct {
-            const char *step;
-            const char *message;
-        } steps[] = {
-            {"SpearEngineMessageQueueCreate(0)", "Unable to create a message queue for sending message."},
-            {"SendStatusMessagetoSource", "Unable to send value to SPEAr."},
-            {"SpearEngineMessageQueueCreate(3)", "Unable to create a message queue for receiving message."},
-            {"RecvMessageFromSource", "Failed to read the value from spear."},
-        };
-        for (const auto &step : steps) {
-            seam.reset();
-            offerResets();
-            seam.returns(step.step, -1);
-            const Answer answer = invoke(ColorSpace, activePreset(), reset.method);
-            EXPECT_METHOD(answer, uint32(2), CMPI_RC_ERR_FAILED, step.message) << reset.method;
-            EXPECT_EQ(seam.count("GetRegisterValue"), 0) << step.step;
-        }
+        SCOPED_TRACE(reset.method);
+        checkFailuresOfSend([&] { return invoke(ColorSpace, activePreset(), reset.method); }, refreshSteps, 0,
+                            offerResets);
     }
 }
 
 TEST(ColorSpace, ReportsAResetThatFails)
 {
     for (const Reset &reset : resets) {
-        seam.reset();
-        offerResets();
-        seam.returnsAt("GetMonitorStatus", 2, BUSY);
-        EXPECT_METHOD(invoke(ColorSpace, activePreset(), reset.method), uint32(2), CMPI_RC_ERR_FAILED,
-                      "Device is Busy. Please try after some time.");
-
-        const struct {
-            const char *step;
-            const char *message;
-        } steps[] = {
-            {"SpearEngineMessageQueueCreate(0)", "Unable to create a message queue for sending message."},
-            {"SendStatusMessagetoSource(100)", "Unable to send value to SPEAr."},
-            {"SpearEngineMessageQueueCreate(3)", "Unable to create a message queue for receiving message."},
-            {"RecvMessageFromSource(103)", "Failed to set the value to DisplayLuminance."},
-        };
-        for (const auto &step : steps) {
-            seam.reset();
-            offerResets();
-            seam.returnsAt(step.step, 2, -1);
-            EXPECT_METHOD(invoke(ColorSpace, activePreset(), reset.method), uint32(2), CMPI_RC_ERR_FAILED,
-                          step.message)
-                << reset.method;
-        }
+        SCOPED_TRACE(reset.method);
+        checkFailuresOfSend([&] { return invoke(ColorSpace, activePreset(), reset.method); },
+                            {.reply = "Failed to set the value to DisplayLuminance."}, 1, offerResets);
     }
 }
 
@@ -728,30 +640,14 @@ TEST(ColorSpace, IgnoresArgumentsOfTheResets)
 
 // ---- torture ----
 
-namespace
-{
-
-/** What fails unseen: a request whose namespace cannot be read is answered in the empty one, and an answer
- * that the object manager does not take has nowhere else to go. */
-const Torture reads = {
-    .harmless = {"getNameSpace", "getCharPtr", "returnObjectPath", "returnInstance", "returnDone"}};
-const std::vector<std::string> handingOver = {"returnData", "returnDone"};
-
-} // namespace
-
 TEST(ColorSpace, SurvivesEveryFailure)
 {
-    const Path reference = path("ZT_Marovelton_ColorSpace");
-    checkTorture([&] { return enumerateNames(ColorSpace, reference); }, reads);
-    checkTorture([&] { return enumerate(ColorSpace, reference); }, reads);
-    checkTorture([&] { return get(ColorSpace, activePreset()); }, reads);
-    checkTorture(
-        [&] {
-            return invoke(ColorSpace, activePreset(), "SetDisplayLuminance", {{"Luminance", "120"}});
-        },
-        {.harmless = handingOver});
+    checkTortureOfReads(ColorSpace, activePreset());
+    checkTorture([&] {
+        return invoke(ColorSpace, activePreset(), "SetDisplayLuminance", {{"Luminance", "120"}});
+    });
     checkTorture([&] { return invoke(ColorSpace, activePreset(), "ResetToLastCalibration"); },
-                 {.prepare = offerResets, .harmless = handingOver});
+                 {.prepare = offerResets});
     checkTorture([&] { return invoke(ColorSpace, activePreset(), "ResetToFactoryCalibration"); },
-                 {.prepare = offerResets, .harmless = handingOver});
+                 {.prepare = offerResets});
 }

@@ -111,14 +111,7 @@ TEST(DisplayManagement, HasTheSkeletonOfAProvider)
 
 TEST(DisplayManagement, EnumeratesItsOnePath)
 {
-    const Answer answer =
-        enumerateNames(DisplayManagement, path("ZT_Marovelton_DisplayManagement").inNameSpace("root/other"));
-    EXPECT_STATUS(answer, CMPI_RC_OK, "");
-    EXPECT_EQ(answer.done, 1);
-    EXPECT_EQ(answer.path().className, "ZT_Marovelton_DisplayManagement");
-    EXPECT_EQ(answer.path().nameSpace, "root/other");
-    EXPECT_KEYS(answer.path(), {{"InstanceID", chars("ZT:Marovelton_DisplayManagement")}});
-    EXPECT_CALLS(answer, {});
+    checkPaths(DisplayManagement, {target()});
 }
 
 TEST(DisplayManagement, PublishesEverySwitchInOrder)
@@ -134,30 +127,23 @@ TEST(DisplayManagement, PublishesEverySwitchInOrder)
                        .CalibrationSupportEnabled = 9,
                        .DisplayPortHotPlugDetection = 10,
                        .DisplayPortComapatibility = 11};
-    const Entries expected = {
-        {"AutoEDIDUpdateEnabled", boolean(5)},
-        {"CalibrationEnabled", boolean(9)},
-        {"DDCCICommunicationsEnabled", boolean(4)},
-        {"HotPlugInitiateEnabled", boolean(6)},
-        {"PowerOnRecallEnabled", boolean(3)},
-        {"PowerSaverEnabled", boolean(2)},
-        {"DisplayPortHotPlugDetection", uint16(10)},
-        {"Caption", chars("ZT_Marovelton_DisplayManagement")},
-        {"ElementName", chars("ZT_Marovelton_DisplayManagement")},
-        {"InstanceID", chars("ZT:Marovelton_DisplayManagement")},
-        {"Description",
-         chars("A class derived from Logical Element that represents the single node container of the "
-               "Display Management System.")},
-        {"Name", chars("Studio 7-DisplayManagement")},
-    };
-    for (const Answer &answer : {enumerate(DisplayManagement, path("ZT_Marovelton_DisplayManagement")),
-                                 get(DisplayManagement, target())}) {
-        EXPECT_STATUS(answer, CMPI_RC_OK, "");
-        EXPECT_EQ(answer.done, 1);
-        EXPECT_TRUE(hasEntries(answer.instance().properties, expected));
-        EXPECT_KEYS(answer.instance().path, {{"InstanceID", chars("ZT:Marovelton_DisplayManagement")}});
-        EXPECT_CALLS(answer, {"GetDisplayManagementInfo()", "GetMoinitorInfo()"});
-    }
+    checkInstance(
+        DisplayManagement, target(),
+        {{"AutoEDIDUpdateEnabled", boolean(5)},
+         {"CalibrationEnabled", boolean(9)},
+         {"DDCCICommunicationsEnabled", boolean(4)},
+         {"HotPlugInitiateEnabled", boolean(6)},
+         {"PowerOnRecallEnabled", boolean(3)},
+         {"PowerSaverEnabled", boolean(2)},
+         {"DisplayPortHotPlugDetection", uint16(10)},
+         {"Caption", chars("ZT_Marovelton_DisplayManagement")},
+         {"ElementName", chars("ZT_Marovelton_DisplayManagement")},
+         {"InstanceID", chars("ZT:Marovelton_DisplayManagement")},
+         {"Description",
+          chars("A class derived from Logical Element that represents the single node container of the "
+                "Display Management System.")},
+         {"Name", chars("Studio 7-DisplayManagement")}},
+        {"GetDisplayManagementInfo()", "GetMoinitorInfo()"}, true);
 }
 
 TEST(DisplayManagement, ShowsSwitchesOnAndOff)
@@ -193,11 +179,7 @@ TEST(DisplayManagement, PublishesTheLowBitsOfTheHotPlugDetection)
 
 TEST(DisplayManagement, IsNamedAfterTheMonitorOrItsAddress)
 {
-    EXPECT_EQ(*readSwitches().find("Name"), chars("Studio 7-DisplayManagement"));
-    setField(seam.monitor.DisplayName, "");
-    EXPECT_EQ(*readSwitches().find("Name"), chars("192.0.2.17-DisplayManagement"));
-    fillField(seam.monitor.DisplayName, 'D');
-    EXPECT_EQ(*readSwitches().find("Name"), chars("DDDDDDDDDDDDDDDDDDDDDDDDD-DisplayManagement"));
+    checkNameOfSystem(DisplayManagement, target(), "-DisplayManagement");
 }
 
 TEST(DisplayManagement, ReadsWhileTheEngineIsBusy)
@@ -210,56 +192,18 @@ TEST(DisplayManagement, ReadsWhileTheEngineIsBusy)
 
 TEST(DisplayManagement, ChecksTheKeyOfGetInstance)
 {
-    checkKeysOfGetInstance(DisplayManagement, target(),
-                           {{.name = "InstanceID",
-                             .missing = "Could not get InstanceID of instance.",
-                             .wrong = "This class name does not exist (wrong InstanceID)."}});
-}
-
-TEST(DisplayManagement, ReportsRecordsAndObjectsThatCannotBeHad)
-{
-    checkBuildFailures(DisplayManagement, path("ZT_Marovelton_DisplayManagement"),
-                       {"GetDisplayManagementInfo", "GetMoinitorInfo"});
+    checkKeysOfGetInstance(DisplayManagement, target(), instanceIDOfReads());
 }
 
 TEST(DisplayManagement, SaysWhichStepOfABuildFailed)
 {
-    const auto makeInst = _makeInst_ZT_Marovelton_DisplayManagement;
-    const Path reference = path("ZT_Marovelton_DisplayManagement");
-    for (const int result : {-1, 1}) {
-        seam.reset();
-        seam.returns("GetDisplayManagementInfo", result);
-        const Built noSwitches = build(DisplayManagement, reference, makeInst);
-        EXPECT_FALSE(noSwitches.instance);
-        EXPECT_EQ(noSwitches.rc, CMPI_RC_ERR_FAILED);
-        EXPECT_EQ(noSwitches.message, "Failed to get display management information from database.");
-        EXPECT_CALLS(noSwitches, {"GetDisplayManagementInfo()"}); // nothing more after a failure
-
-        seam.reset();
-        seam.returns("GetMoinitorInfo", result);
-        const Built noMonitor = build(DisplayManagement, reference, makeInst);
-        EXPECT_FALSE(noMonitor.instance);
-        EXPECT_EQ(noMonitor.rc, CMPI_RC_ERR_FAILED);
-        EXPECT_EQ(noMonitor.message, "Could not get monitor information from database.");
-    }
-    seam.reset();
-    faults.arm("newObjectPath", 0, Fault::fails);
-    const Built noPath = build(DisplayManagement, reference, makeInst);
-    EXPECT_EQ(faults.struck(), "newObjectPath");
-    faults.disarm();
-    EXPECT_FALSE(noPath.instance);
-    EXPECT_EQ(noPath.rc, CMPI_RC_ERR_FAILED);
-    EXPECT_EQ(noPath.message, "Create CMPIObjectPath failed.");
-    EXPECT_CALLS(noPath, {});
-
-    faults.arm("newInstance", 0, Fault::fails);
-    const Built noInstance = build(DisplayManagement, reference, makeInst);
-    EXPECT_EQ(faults.struck(), "newInstance");
-    faults.disarm();
-    EXPECT_FALSE(noInstance.instance);
-    EXPECT_EQ(noInstance.rc, CMPI_RC_ERR_FAILED);
-    EXPECT_EQ(noInstance.message, "Create CMPIInstance failed.");
-    EXPECT_CALLS(noInstance, {});
+    checkBuilders({.tested = &DisplayManagement,
+                   .reference = target(),
+                   .makePath = _makePath_ZT_Marovelton_DisplayManagement,
+                   .makeInst = _makeInst_ZT_Marovelton_DisplayManagement,
+                   .records = {{"GetDisplayManagementInfo()",
+                                "Failed to get display management information from database."},
+                               {"GetMoinitorInfo()", "Could not get monitor information from database."}}});
 }
 
 // ---- methods ----
@@ -268,9 +212,7 @@ TEST(DisplayManagement, ChecksTheTargetOfAMethod)
 {
     for (const Switch &row : switches) {
         checkKeysOfMethod(DisplayManagement, target(), row.method, {{row.argument, "1"}}, userOf(row),
-                          {{.name = "InstanceID",
-                            .missing = "Invalid selector(Could not get InstanceID of instance.)",
-                            .wrong = "This class name does not exist (wrong InstanceID)."}});
+                          instanceIDOfMethods());
         checkOtherClass(DisplayManagement, target(), row.method, {{row.argument, "1"}}, userOf(row),
                         CMPI_RC_ERR_NOT_FOUND, "Invalid class name", uint32(2));
     }
@@ -415,27 +357,11 @@ TEST(DisplayManagement, ReportsABusyEngine)
 
 // ---- torture ----
 
-namespace
-{
-
-/** What fails unseen: a request whose namespace cannot be read is answered in the empty one, and an answer
- * that the object manager does not take has nowhere else to go. */
-const Torture reads = {
-    .harmless = {"getNameSpace", "getCharPtr", "returnObjectPath", "returnInstance", "returnDone"}};
-const std::vector<std::string> handingOver = {"returnData", "returnDone"};
-
-} // namespace
-
 TEST(DisplayManagement, SurvivesEveryFailure)
 {
-    const Path reference = path("ZT_Marovelton_DisplayManagement");
-    checkTorture([&] { return enumerateNames(DisplayManagement, reference); }, reads);
-    checkTorture([&] { return enumerate(DisplayManagement, reference); }, reads);
-    checkTorture([&] { return get(DisplayManagement, target()); }, reads);
+    checkTortureOfReads(DisplayManagement, target());
     for (const Switch &row : switches)
-        checkTorture(
-            [&] {
-                return invoke(DisplayManagement, target(), row.method, {{row.argument, "1"}}, userOf(row));
-            },
-            {.harmless = handingOver});
+        checkTorture([&] {
+            return invoke(DisplayManagement, target(), row.method, {{row.argument, "1"}}, userOf(row));
+        });
 }

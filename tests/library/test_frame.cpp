@@ -44,21 +44,6 @@ constexpr NamedClass namedClasses[] = {
 constexpr const char *missingName = "Invalid selectors(Could not get Name of instance.)";
 constexpr const char *wrongName = "This instance does not exist (wrong Name.)";
 
-const std::vector<KeyRule> systemKeys = {
-    {.name = "SystemName",
-     .missing = "Invalid selectors(Could not get systemName of instance.)",
-     .wrong = "This instance does not exist (wrong SystemName).",
-     .ignoreCase = true},
-    {.name = "SystemCreationClassName",
-     .missing = "Invalid selectors(Could not get SystemCreationClassName of instance.)",
-     .wrong = "This class name does not exist (wrong SystemCreationClassName).",
-     .ignoreCase = true},
-    {.name = "CreationClassName",
-     .missing = "Invalid selectors(Could not get CreationClassName of instance.)",
-     .wrong = "This class name does not exist (wrong CreationClassName).",
-     .ignoreCase = true},
-};
-
 /** Every key of `rules`, in order, missing and wrong, while all the later ones are wrong too. */
 void checkEachKey(const std::string &className, const Path &good, const std::vector<KeyRule> &rules)
 {
@@ -94,13 +79,10 @@ void checkEachKey(const std::string &className, const Path &good, const std::vec
 TEST(SystemKeys, EveryClassAndEveryKey)
 {
     for (const NamedClass &named : namedClasses) {
-        std::vector<KeyRule> rules = systemKeys;
-        rules.insert(rules.begin(),
-                     {.name = "Name", .missing = missingName, .wrong = wrongName, .ignoreCase = true});
-        checkEachKey(named.className, systemPath(named.className, named.name), rules);
+        checkEachKey(named.className, systemPath(named.className, named.name), namedSystemKeys());
     }
     checkEachKey("ZT_Marovelton_Monitor", systemPath("ZT_Marovelton_Monitor", "").without("Name"),
-                 systemKeys);
+                 systemKeys());
 }
 
 TEST(SystemKeys, TheLastClassesNameIsCompared)

@@ -63,24 +63,8 @@ TEST(FunctionButton, IdentifiersAreComparedExactly)
 
 TEST(FunctionButton, EnumInstanceNamesGivesFourPathsInOrder)
 {
-    const Answer answer =
-        enumerateNames(FunctionButton, path("ZT_Marovelton_FunctionButton").inNameSpace("root/other"));
-    EXPECT_STATUS(answer, CMPI_RC_OK, "");
-    EXPECT_EQ(answer.done, 1);
-    const std::vector<Path> found = answer.paths();
-    ASSERT_EQ(found.size(), 4u);
-    for (size_t i = 0; i < 4; ++i) {
-        EXPECT_EQ(found[i].nameSpace, "root/other");
-        EXPECT_EQ(found[i].className, "ZT_Marovelton_FunctionButton");
-        EXPECT_KEYS(found[i], {{"InstanceID", chars(identifiers[i])}});
-    }
-    EXPECT_CALLS(answer, {});
-    EXPECT_EQ(answer.trace, "--- ZT_Marovelton_FunctionButton CMPI EnumInstanceNames() called\n"
-                            "--- ZT_Marovelton_FunctionButton makePath called\n"
-                            "--- ZT_Marovelton_FunctionButton makePath called\n"
-                            "--- ZT_Marovelton_FunctionButton makePath called\n"
-                            "--- ZT_Marovelton_FunctionButton makePath called\n"
-                            "--- ZT_Marovelton_FunctionButton CMPI EnumInstanceNames() exited\n");
+    checkPaths(FunctionButton, {button(identifiers[0]), button(identifiers[1]), button(identifiers[2]),
+                                button(identifiers[3])});
 }
 
 namespace
@@ -154,18 +138,10 @@ TEST(FunctionButton, GetInstanceGivesTheButtonThatIsAskedFor)
 TEST(FunctionButton, GetInstanceChecksTheKey)
 {
     for (const char *identifier : identifiers)
-        checkKeysOfGetInstance(FunctionButton, button(identifier),
-                               {{.name = "InstanceID",
-                                 .missing = "Could not get InstanceID of instance.",
-                                 .wrong = "This class name does not exist (wrong InstanceID)."}});
+        checkKeysOfGetInstance(FunctionButton, button(identifier), instanceIDOfReads());
     for (const char *number : {"0", "5", "11"})
         EXPECT_STATUS(get(FunctionButton, button(std::string("ZT:Marovelton_FunctionButton:") + number)),
                       CMPI_RC_ERR_NOT_FOUND, "This class name does not exist (wrong InstanceID).");
-}
-
-TEST(FunctionButton, NothingIsReturnedThatCannotBeBuilt)
-{
-    checkBuildFailures(FunctionButton, button(identifiers[0]), {"GetFunctionButtonInfoById"}, true);
 }
 
 TEST(FunctionButton, EnumerationsStopAtTheFirstFailure)
@@ -186,39 +162,24 @@ TEST(FunctionButton, EnumerationsStopAtTheFirstFailure)
 
 TEST(FunctionButton, BuildersTellWhatFailed)
 {
-    const auto instanceFails = [](const char *text) {
-        const Built built = build(FunctionButton, button(identifiers[0]),
-                                  [](const CMPIObjectPath *reference, CMPIStatus *status) -> CMPIInstance * {
-                                      return _makeInst_ZT_Marovelton_FunctionButton(reference, 1, status);
-                                  });
-        EXPECT_FALSE(built.instance);
-        EXPECT_EQ(built.rc, CMPI_RC_ERR_FAILED);
-        EXPECT_EQ(built.message, text);
-    };
-    faults.arm("newObjectPath", 1);
-    const Built built = build(FunctionButton, button(identifiers[0]),
-                              [](const CMPIObjectPath *reference, CMPIStatus *status) -> CMPIObjectPath * {
-                                  return _makePath_ZT_Marovelton_FunctionButton(reference, 1, status);
-                              });
-    EXPECT_FALSE(built.path);
-    EXPECT_EQ(built.rc, CMPI_RC_ERR_FAILED);
-    EXPECT_EQ(built.message, "Create CMPIObjectPath failed.");
-    faults.arm("newObjectPath", 1);
-    instanceFails("Create CMPIObjectPath failed.");
-    faults.arm("newInstance", 1);
-    instanceFails("Create CMPIInstance failed.");
-    faults.arm("newArray", 1);
-    instanceFails("Failed to initialize array.");
-    faults.disarm();
-    seam.returns("GetFunctionButtonInfoById(1)", 1);
-    instanceFails("Failed to get Function Button information from database.");
+    checkBuilders({.tested = &FunctionButton,
+                   .reference = button(identifiers[0]),
+                   .makePath =
+                       [](const CMPIObjectPath *reference, CMPIStatus *status) {
+                           return _makePath_ZT_Marovelton_FunctionButton(reference, 1, status);
+                       },
+                   .makeInst =
+                       [](const CMPIObjectPath *reference, CMPIStatus *status) {
+                           return _makeInst_ZT_Marovelton_FunctionButton(reference, 1, status);
+                       },
+                   .records = {{"GetFunctionButtonInfoById(1)",
+                                "Failed to get Function Button information from database."}},
+                   .arrays = 1});
 }
 
 TEST(FunctionButton, ReadsSurviveEveryFailure)
 {
-    checkTorture([] { return enumerateNames(FunctionButton, button(identifiers[0])); });
-    checkTorture([] { return enumerate(FunctionButton, button(identifiers[0])); });
-    checkTorture([] { return get(FunctionButton, button(identifiers[3])); });
+    checkTortureOfReads(FunctionButton, button(identifiers[3]));
 }
 
 // ---- SetSetting ----
@@ -283,11 +244,7 @@ TEST(FunctionButton, SetSettingChecksTheKey)
 {
     for (const char *identifier : identifiers)
         checkKeysOfMethod(FunctionButton, button(identifier), "SetSetting", {{"Setting", "1"}}, noUser(),
-                          {{.name = "InstanceID",
-                            .missing = "Invalid selector(Could not get InstanceID of instance.)",
-                            .wrong = "This class name does not exist (wrong InstanceID).",
-                            .wrongCode = CMPI_RC_ERR_FAILED,
-                            .missingValue = 1}});
+                          instanceIDOfMethods(1, CMPI_RC_ERR_FAILED));
 }
 
 // ---- the dispatcher ----

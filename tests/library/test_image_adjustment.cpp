@@ -6,6 +6,7 @@
 TESTED_FACTORY(ImageAdjustment, Instance);
 TESTED_FACTORY(ImageAdjustment, Method);
 
+CMPIObjectPath *_makePath_ZT_Marovelton_ImageAdjustment(const CMPIObjectPath *reference, CMPIStatus *status);
 CMPIInstance *_makeInst_ZT_Marovelton_ImageAdjustment(const CMPIObjectPath *reference, CMPIStatus *status);
 int setCroppedRegionOpacity(int value, char *errorText);
 int setDCIImageRegion(int value, char *errorText);
@@ -214,19 +215,6 @@ Entries argumentsOf(const Setting &setting)
     return {{setting.argument, std::to_string(setting.max)}};
 }
 
-struct Step {
-    const char *call;
-    const char *message;
-};
-
-/** The steps of the refresh of the settings, with their texts. */
-const Step stepsOfRefresh[] = {
-    {"SpearEngineMessageQueueCreate(0)", "Unable to create a message queue for sending message."},
-    {"SendStatusMessagetoSource(100)", "Unable to send value to SPEAr."},
-    {"SpearEngineMessageQueueCreate(3)", "Unable to create a message queue for receiving message."},
-    {"RecvMessageFromSource(103)", "Failed to read the value from spear."},
-};
-
 /** The three methods that need a 4K source, with arguments that they accept. */
 struct MethodOf4K {
     const char *method;
@@ -262,14 +250,7 @@ TEST(ImageAdjustment, HasTheSkeletonOfAProvider)
 
 TEST(ImageAdjustment, EnumeratesItsOnePath)
 {
-    const Answer answer =
-        enumerateNames(picture, path("ZT_Marovelton_ImageAdjustment").inNameSpace("root/other"));
-    EXPECT_STATUS(answer, CMPI_RC_OK, "");
-    EXPECT_EQ(answer.done, 1);
-    EXPECT_EQ(answer.path().className, "ZT_Marovelton_ImageAdjustment");
-    EXPECT_EQ(answer.path().nameSpace, "root/other");
-    EXPECT_KEYS(answer.path(), {{"InstanceID", chars("ZT:Marovelton_ImageAdjustment")}});
-    EXPECT_CALLS(answer, {});
+    checkPaths(picture, {target()});
 }
 
 TEST(ImageAdjustment, PublishesEverySettingInOrder)
@@ -294,36 +275,29 @@ TEST(ImageAdjustment, PublishesEverySettingInOrder)
                             .SourceScaling4K = 27,
                             .HorizontalResolution = 28,
                             .VerticalResolution = 29};
-    const Entries expected = {
-        {"Region4KPositionX", uint16(24)},
-        {"Region4KPositionY", uint16(25)},
-        {"CroppedRegionOpacity", uint16(15)},
-        {"OverscanFrame", boolean(17)},
-        {"ShowBlueChannel", boolean(18)},
-        {"ShowCroppedRegion", boolean(14)},
-        {"UseVideoLevels", boolean(16)},
-        {"OverdriveEnabled", boolean(19)},
-        {"DeinterlacerEnabled", boolean(20)},
-        {"CadenceDetectionEnabled", boolean(21)},
-        {"DisplayAspectRatio", uint16Array({11})},
-        {"DCIImageRegion", uint16Array({12})},
-        {"SourceScaling4K", uint16Array({13})},
-        {"Caption", chars("ZT_Marovelton_ImageAdjustment")},
-        {"ElementName", chars("ZT_Marovelton_ImageAdjustment")},
-        {"InstanceID", chars("ZT:Marovelton_ImageAdjustment")},
-        {"Description",
-         chars("A class derived from Logical Element that represents the single node container of the "
-               "Display Management System.")},
-        {"Name", chars("Studio 7-ImageAdjustment")},
-    };
-    for (const Answer &answer :
-         {enumerate(picture, path("ZT_Marovelton_ImageAdjustment")), get(picture, target())}) {
-        EXPECT_STATUS(answer, CMPI_RC_OK, "");
-        EXPECT_EQ(answer.done, 1);
-        EXPECT_TRUE(hasEntries(answer.instance().properties, expected));
-        EXPECT_KEYS(answer.instance().path, {{"InstanceID", chars("ZT:Marovelton_ImageAdjustment")}});
-        EXPECT_CALLS(answer, {"GetImageAdjustmentInfo()", "GetMoinitorInfo()"});
-    }
+    checkInstance(
+        picture, target(),
+        {{"Region4KPositionX", uint16(24)},
+         {"Region4KPositionY", uint16(25)},
+         {"CroppedRegionOpacity", uint16(15)},
+         {"OverscanFrame", boolean(17)},
+         {"ShowBlueChannel", boolean(18)},
+         {"ShowCroppedRegion", boolean(14)},
+         {"UseVideoLevels", boolean(16)},
+         {"OverdriveEnabled", boolean(19)},
+         {"DeinterlacerEnabled", boolean(20)},
+         {"CadenceDetectionEnabled", boolean(21)},
+         {"DisplayAspectRatio", uint16Array({11})},
+         {"DCIImageRegion", uint16Array({12})},
+         {"SourceScaling4K", uint16Array({13})},
+         {"Caption", chars("ZT_Marovelton_ImageAdjustment")},
+         {"ElementName", chars("ZT_Marovelton_ImageAdjustment")},
+         {"InstanceID", chars("ZT:Marovelton_ImageAdjustment")},
+         {"Description",
+          chars("A class derived from Logical Element that represents the single node container of the "
+                "Display Management System.")},
+         {"Name", chars("Studio 7-ImageAdjustment")}},
+        {"GetImageAdjustmentInfo()", "GetMoinitorInfo()"}, true);
 }
 
 TEST(ImageAdjustment, PublishesTheLowBitsOfNumbersThatDoNotFit)
@@ -339,11 +313,7 @@ TEST(ImageAdjustment, PublishesTheLowBitsOfNumbersThatDoNotFit)
 
 TEST(ImageAdjustment, IsNamedAfterTheMonitorOrItsAddress)
 {
-    EXPECT_EQ(*readPicture().find("Name"), chars("Studio 7-ImageAdjustment"));
-    setField(seam.monitor.DisplayName, "");
-    EXPECT_EQ(*readPicture().find("Name"), chars("192.0.2.17-ImageAdjustment"));
-    fillField(seam.monitor.DisplayName, 'D');
-    EXPECT_EQ(*readPicture().find("Name"), chars("DDDDDDDDDDDDDDDDDDDDDDDDD-ImageAdjustment"));
+    checkNameOfSystem(picture, target(), "-ImageAdjustment");
 }
 
 TEST(ImageAdjustment, ReadsWhileTheEngineIsBusy)
@@ -356,70 +326,26 @@ TEST(ImageAdjustment, ReadsWhileTheEngineIsBusy)
 
 TEST(ImageAdjustment, ChecksTheKeyOfGetInstance)
 {
-    checkKeysOfGetInstance(picture, target(),
-                           {{.name = "InstanceID",
-                             .missing = "Could not get InstanceID of instance.",
-                             .wrong = "This class name does not exist (wrong InstanceID)."}});
-}
-
-TEST(ImageAdjustment, ReportsRecordsAndObjectsThatCannotBeHad)
-{
-    checkBuildFailures(picture, path("ZT_Marovelton_ImageAdjustment"),
-                       {"GetImageAdjustmentInfo", "GetMoinitorInfo"}, true);
+    checkKeysOfGetInstance(picture, target(), instanceIDOfReads());
 }
 
 TEST(ImageAdjustment, SaysWhichStepOfABuildFailed)
 {
-    const auto makeInst = _makeInst_ZT_Marovelton_ImageAdjustment;
-    const Path reference = path("ZT_Marovelton_ImageAdjustment");
-    for (const int result : {-1, 1}) {
-        seam.reset();
-        seam.returns("GetImageAdjustmentInfo", result);
-        const Built noRecord = build(picture, reference, makeInst);
-        EXPECT_FALSE(noRecord.instance);
-        EXPECT_EQ(noRecord.rc, CMPI_RC_ERR_FAILED);
-        EXPECT_EQ(noRecord.message, "Failed to get Image Adjustment information from database.");
-        EXPECT_CALLS(noRecord, {"GetImageAdjustmentInfo()"}); // nothing more after a failure
-
-        seam.reset();
-        seam.returns("GetMoinitorInfo", result);
-        const Built noMonitor = build(picture, reference, makeInst);
-        EXPECT_FALSE(noMonitor.instance);
-        EXPECT_EQ(noMonitor.rc, CMPI_RC_ERR_FAILED);
-        EXPECT_EQ(noMonitor.message, "Could not get monitor information from database.");
-    }
-    const struct {
-        const char *function;
-        int nth;
-        const char *message;
-    } steps[] = {
-        {"newObjectPath", 1, "Create CMPIObjectPath failed."},
-        {"newInstance", 1, "Create CMPIInstance failed."},
-        {"newArray", 1, "Failed to initialize array."},
-        {"newArray", 2, "Failed to initialize array."},
-        {"newArray", 3, "Failed to initialize array."},
-    };
-    for (const auto &step : steps) {
-        for (const Fault fault : {Fault::fails, Fault::silent}) {
-            seam.reset();
-            faults.arm(step.function, step.nth, fault);
-            const Built built = build(picture, reference, makeInst);
-            EXPECT_EQ(faults.struck(), step.function);
-            faults.disarm();
-            EXPECT_FALSE(built.instance) << step.function << " " << step.nth;
-            EXPECT_EQ(built.rc, CMPI_RC_ERR_FAILED);
-            EXPECT_EQ(built.message, step.message);
-        }
-    }
+    checkBuilders({.tested = &picture,
+                   .reference = target(),
+                   .makePath = _makePath_ZT_Marovelton_ImageAdjustment,
+                   .makeInst = _makeInst_ZT_Marovelton_ImageAdjustment,
+                   .records = {{"GetImageAdjustmentInfo()",
+                                "Failed to get Image Adjustment information from database."},
+                               {"GetMoinitorInfo()", "Could not get monitor information from database."}},
+                   .arrays = 3});
 }
 
 // ---- what all methods have in common ----
 
 TEST(ImageAdjustment, ChecksTheTargetOfAMethod)
 {
-    const std::vector<KeyRule> keys = {{.name = "InstanceID",
-                                        .missing = "Invalid selector(Could not get InstanceID of instance.)",
-                                        .wrong = "This class name does not exist (wrong InstanceID)."}};
+    const std::vector<KeyRule> keys = instanceIDOfMethods();
     for (const Setting &setting : settings) {
         checkKeysOfMethod(picture, target(), setting.method, argumentsOf(setting), userOf(setting), keys);
         checkOtherClass(picture, target(), setting.method, argumentsOf(setting), userOf(setting),
@@ -649,18 +575,8 @@ TEST(ImageAdjustment, ReportsARefreshThatFails)
 {
     for (const MethodOf4K &row : methodsOf4K) {
         SCOPED_TRACE(row.method);
-        seam.reset();
-        seam.status = BUSY;
-        const Answer busy = invoke(picture, target(), row.method, row.arguments);
-        EXPECT_METHOD(busy, uint32(2), CMPI_RC_ERR_FAILED, "Device is Busy. Please try after some time..");
-        EXPECT_CALLS(busy, {"GetMonitorStatus(0)"});
-        for (const Step &step : stepsOfRefresh) {
-            seam.reset();
-            seam.returns(step.call, -1);
-            const Answer answer = invoke(picture, target(), row.method, row.arguments);
-            EXPECT_METHOD(answer, uint32(2), CMPI_RC_ERR_FAILED, step.message);
-            EXPECT_EQ(seam.count("GetImageAdjustmentInfo"), 0) << step.call;
-        }
+        checkFailuresOfSend([&] { return invoke(picture, target(), row.method, row.arguments); },
+                            refreshSteps);
         for (const int result : {-1, 1}) {
             seam.reset();
             seam.returns("GetImageAdjustmentInfo", result);
@@ -676,23 +592,8 @@ TEST(ImageAdjustment, ReportsASettingThatFailsAfterTheRefresh)
 {
     for (const MethodOf4K &row : methodsOf4K) {
         SCOPED_TRACE(row.method);
-        seam.reset();
-        seam.returnsAt("GetMonitorStatus", 2, BUSY);
-        EXPECT_METHOD(invoke(picture, target(), row.method, row.arguments), uint32(2), CMPI_RC_ERR_FAILED,
-                      "Device is Busy. Please try after some time.");
-        const Step steps[] = {
-            {"SpearEngineMessageQueueCreate(0)", "Unable to create a message queue for sending message."},
-            {"SendStatusMessagetoSource(100)", "Unable to send value to SPEAr."},
-            {"SpearEngineMessageQueueCreate(3)", "Unable to create a message queue for receiving message."},
-            {"RecvMessageFromSource(103)", row.replyMissing},
-        };
-        for (const Step &step : steps) {
-            seam.reset();
-            seam.returnsAt(step.call, 2, -1);
-            EXPECT_METHOD(invoke(picture, target(), row.method, row.arguments), uint32(2), CMPI_RC_ERR_FAILED,
-                          step.message)
-                << step.call;
-        }
+        checkFailuresOfSend([&] { return invoke(picture, target(), row.method, row.arguments); },
+                            {.reply = row.replyMissing}, 1);
     }
 }
 
@@ -935,36 +836,14 @@ TEST(ImageAdjustment, ChecksOneCoordinateAfterTheOther)
 
 // ---- torture ----
 
-namespace
-{
-
-/** What fails unseen: a request whose namespace cannot be read is answered in the empty one, and an answer
- * that the object manager does not take has nowhere else to go. The element of an array that cannot be set
- * stays null. */
-const Torture reads = {.harmless = {"getNameSpace", "getCharPtr", "returnObjectPath", "returnInstance",
-                                    "returnDone", "setElementAt"}};
-const std::vector<std::string> handingOver = {"returnData", "returnDone"};
-
-} // namespace
-
 TEST(ImageAdjustment, SurvivesEveryFailure)
 {
-    const Path reference = path("ZT_Marovelton_ImageAdjustment");
-    checkTorture([&] { return enumerateNames(picture, reference); }, reads);
-    checkTorture([&] { return enumerate(picture, reference); }, reads);
-    checkTorture([&] { return get(picture, target()); }, reads);
+    checkTortureOfReads(picture, target());
     for (const Setting &setting : settings)
         checkTorture(
-            [&] { return invoke(picture, target(), setting.method, argumentsOf(setting), userOf(setting)); },
-            {.harmless = handingOver});
+            [&] { return invoke(picture, target(), setting.method, argumentsOf(setting), userOf(setting)); });
     for (const MethodOf4K &row : methodsOf4K)
-        checkTorture([&] { return invoke(picture, target(), row.method, row.arguments); },
-                     {.harmless = handingOver});
-    checkTorture(
-        [&] {
-            return invoke(picture, target(), "Set4KDisplayMode", {{"DisplayMode4K", "1"}});
-        },
-        {.harmless = handingOver});
-    checkTorture([&] { return invoke(picture, target(), "SetShow4KPositionOverlay"); },
-                 {.harmless = handingOver});
+        checkTorture([&] { return invoke(picture, target(), row.method, row.arguments); });
+    checkTorture([&] { return invoke(picture, target(), "Set4KDisplayMode", {{"DisplayMode4K", "1"}}); });
+    checkTorture([&] { return invoke(picture, target(), "SetShow4KPositionOverlay"); });
 }

@@ -5,8 +5,12 @@
 METHOD_CLASS(IPConfigurationService);
 METHOD_CLASS(IPNetworkConnection);
 
+CMPIObjectPath *_makePath_ZT_Marovelton_IPConfigurationService(const CMPIObjectPath *reference,
+                                                               CMPIStatus *status);
 CMPIInstance *_makeInst_ZT_Marovelton_IPConfigurationService(const CMPIObjectPath *reference,
                                                              CMPIStatus *status);
+CMPIObjectPath *_makePath_ZT_Marovelton_IPNetworkConnection(const CMPIObjectPath *reference,
+                                                            CMPIStatus *status);
 CMPIInstance *_makeInst_ZT_Marovelton_IPNetworkConnection(const CMPIObjectPath *reference,
                                                           CMPIStatus *status);
 int mode_to_iscurrent_isnext(int mode, int *isCurrent, int *isNext);
@@ -73,36 +77,6 @@ void refused(const Arguments &arguments, CMPIrc rc, const char *message)
     EXPECT_SENT(answer, {});
 }
 
-std::vector<KeyRule> keyRules(int value)
-{
-    return {
-        {.name = "Name",
-         .missing = "Invalid selectors(Could not get Name of instance.)",
-         .wrong = "This instance does not exist (wrong Name.)",
-         .ignoreCase = true,
-         .missingValue = value,
-         .wrongValue = value},
-        {.name = "SystemName",
-         .missing = "Invalid selectors(Could not get systemName of instance.)",
-         .wrong = "This instance does not exist (wrong SystemName).",
-         .ignoreCase = true,
-         .missingValue = value,
-         .wrongValue = value},
-        {.name = "SystemCreationClassName",
-         .missing = "Invalid selectors(Could not get SystemCreationClassName of instance.)",
-         .wrong = "This class name does not exist (wrong SystemCreationClassName).",
-         .ignoreCase = true,
-         .missingValue = value,
-         .wrongValue = value},
-        {.name = "CreationClassName",
-         .missing = "Invalid selectors(Could not get CreationClassName of instance.)",
-         .wrong = "This class name does not exist (wrong CreationClassName).",
-         .ignoreCase = true,
-         .missingValue = value,
-         .wrongValue = value},
-    };
-}
-
 /** Remote management has to be enabled for a setting to be applied. */
 class IPConfiguration : public testing::Test
 {
@@ -125,19 +99,8 @@ TEST_F(IPConfiguration, HasTheSkeletonOfAProvider)
 
 TEST_F(IPConfiguration, EnumeratesItsOnePath)
 {
-    const Answer answer =
-        enumerateNames(IPConfigurationService, path("ZT_Marovelton_IPConfigurationService"));
-    EXPECT_STATUS(answer, CMPI_RC_OK, "");
-    EXPECT_EQ(answer.done, 1);
-    EXPECT_KEYS(answer.path(), {{"CreationClassName", chars("ZT_Marovelton_IPConfigurationService")},
-                                {"Name", chars("Studio 7-IPConfigurationService")},
-                                {"SystemName", chars("Studio 7")},
-                                {"SystemCreationClassName", chars("Linux_ComputerSystem")}});
-    EXPECT_KEYS(enumerateNames(IPNetworkConnection, path("ZT_Marovelton_IPNetworkConnection")).path(),
-                {{"CreationClassName", chars("ZT_Marovelton_IPNetworkConnection")},
-                 {"Name", chars("Studio 7-IPNetworkConnection")},
-                 {"SystemName", chars("Studio 7")},
-                 {"SystemCreationClassName", chars("Linux_ComputerSystem")}});
+    checkPaths(IPConfigurationService, {service()}, {"GetMoinitorInfo()"});
+    checkPaths(IPNetworkConnection, {connection()}, {"GetMoinitorInfo()"});
 }
 
 TEST_F(IPConfiguration, TheServiceHasAllItsProperties)
@@ -177,9 +140,10 @@ TEST_F(IPConfiguration, TheConnectionHasAllItsProperties)
 
 TEST_F(IPConfiguration, TheObjectsAreKeyedToTheSystem)
 {
-    checkKeysOfGetInstance(IPConfigurationService, service(), keyRules(1));
-    checkKeysOfGetInstance(IPNetworkConnection, connection(), keyRules(1));
-    checkKeysOfMethod(IPConfigurationService, service(), applyMethod, entries({}), "admin", keyRules(1));
+    checkKeysOfGetInstance(IPConfigurationService, service(), namedSystemKeys(1));
+    checkKeysOfGetInstance(IPNetworkConnection, connection(), namedSystemKeys(1));
+    checkKeysOfMethod(IPConfigurationService, service(), applyMethod, entries({}), "admin",
+                      namedSystemKeys(1));
 }
 
 TEST_F(IPConfiguration, APathWithoutTheRecordGoesOutWithoutKeys)
@@ -194,30 +158,19 @@ TEST_F(IPConfiguration, APathWithoutTheRecordGoesOutWithoutKeys)
 
 TEST_F(IPConfiguration, ABuilderNamesWhatFailed)
 {
-    seam.returns("GetMoinitorInfo", 1);
-    Built built = build(IPConfigurationService, path("ZT_Marovelton_IPConfigurationService"),
-                        _makeInst_ZT_Marovelton_IPConfigurationService);
-    EXPECT_FALSE(built.instance);
-    EXPECT_EQ(built.message, "Could not get monitor information from database.");
-    built = build(IPNetworkConnection, path("ZT_Marovelton_IPNetworkConnection"),
-                  _makeInst_ZT_Marovelton_IPNetworkConnection);
-    EXPECT_FALSE(built.instance);
-    EXPECT_EQ(built.message, "Could not get monitor information from database.");
-
-    seam.reset();
-    faults.arm("newArray", 1);
-    built = build(IPConfigurationService, path("ZT_Marovelton_IPConfigurationService"),
-                  _makeInst_ZT_Marovelton_IPConfigurationService);
-    EXPECT_FALSE(built.instance);
-    EXPECT_EQ(built.rc, CMPI_RC_ERR_FAILED);
-    EXPECT_EQ(built.message, "Failed to initialize array.");
-}
-
-TEST_F(IPConfiguration, FailsToBuild)
-{
-    checkBuildFailures(IPConfigurationService, path("ZT_Marovelton_IPConfigurationService"),
-                       {"GetMoinitorInfo"}, true);
-    checkBuildFailures(IPNetworkConnection, path("ZT_Marovelton_IPNetworkConnection"), {"GetMoinitorInfo"});
+    const std::vector<RecordRead> records = {
+        {"GetMoinitorInfo()", "Could not get monitor information from database."}};
+    checkBuilders({.tested = &IPConfigurationService,
+                   .reference = path("ZT_Marovelton_IPConfigurationService"),
+                   .makePath = _makePath_ZT_Marovelton_IPConfigurationService,
+                   .makeInst = _makeInst_ZT_Marovelton_IPConfigurationService,
+                   .records = records,
+                   .arrays = 1});
+    checkBuilders({.tested = &IPNetworkConnection,
+                   .reference = path("ZT_Marovelton_IPNetworkConnection"),
+                   .makePath = _makePath_ZT_Marovelton_IPNetworkConnection,
+                   .makeInst = _makeInst_ZT_Marovelton_IPNetworkConnection,
+                   .records = records});
 }
 
 TEST_F(IPConfiguration, TheConnectionHasThePlaceholderMethod)
@@ -406,11 +359,7 @@ TEST_F(IPConfiguration, ModesMapToCurrentAndNext)
 
 TEST_F(IPConfiguration, EveryCallMayFail)
 {
-    for (const TestedClass *tested : {&IPConfigurationService, &IPNetworkConnection}) {
-        checkTorture([&] { return enumerateNames(*tested, path(tested->name)); });
-        checkTorture([&] { return enumerate(*tested, path(tested->name)); });
-    }
-    checkTorture([] { return get(IPConfigurationService, service()); });
-    checkTorture([] { return get(IPNetworkConnection, connection()); });
+    checkTortureOfReads(IPConfigurationService, service());
+    checkTortureOfReads(IPNetworkConnection, connection());
     checkTorture([] { return apply(); }, {.prepare = [] { seam.remote.RemoteManagementEnabled = 1; }});
 }

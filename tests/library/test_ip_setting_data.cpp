@@ -7,9 +7,14 @@ METHOD_CLASS(DHCPSettingData);
 METHOD_CLASS(IPAssignmentSettingData);
 METHOD_CLASS(IPVersionSettingData);
 
+CMPIObjectPath *_makePath_ZT_Marovelton_ExtendedStaticIPAssignmentSettingData(const CMPIObjectPath *reference,
+                                                                              CMPIStatus *status);
 CMPIInstance *_makeInst_ZT_Marovelton_ExtendedStaticIPAssignmentSettingData(const CMPIObjectPath *reference,
                                                                             CMPIStatus *status);
+CMPIObjectPath *_makePath_ZT_Marovelton_DHCPSettingData(const CMPIObjectPath *reference, CMPIStatus *status);
 CMPIInstance *_makeInst_ZT_Marovelton_DHCPSettingData(const CMPIObjectPath *reference, CMPIStatus *status);
+CMPIObjectPath *_makePath_ZT_Marovelton_IPAssignmentSettingData(const CMPIObjectPath *reference,
+                                                                CMPIStatus *status);
 CMPIInstance *_makeInst_ZT_Marovelton_IPAssignmentSettingData(const CMPIObjectPath *reference,
                                                               CMPIStatus *status);
 
@@ -118,25 +123,15 @@ TEST(IPSettingData, HasThePlaceholderMethod)
 
 TEST(IPSettingData, EnumeratesItsOnePath)
 {
-    for (const Setting &setting : settings) {
-        const Answer answer =
-            enumerateNames(setting.tested, path(setting.tested.name).inNameSpace("root/other"));
-        EXPECT_STATUS(answer, CMPI_RC_OK, "");
-        EXPECT_EQ(answer.done, 1);
-        EXPECT_EQ(answer.path().className, setting.tested.name);
-        EXPECT_EQ(answer.path().nameSpace, "root/other");
-        EXPECT_KEYS(answer.path(), {{"InstanceID", chars(setting.pathID)}});
-        EXPECT_CALLS(answer, {});
-    }
+    for (const Setting &setting : settings)
+        checkPaths(setting.tested, {byInstanceID(setting.tested.name, setting.pathID)});
 }
 
 TEST(IPSettingData, GetInstanceAsksForItsKey)
 {
     for (const Setting &setting : settings)
         checkKeysOfGetInstance(setting.tested, byInstanceID(setting.tested.name, setting.instanceID),
-                               {{.name = "InstanceID",
-                                 .missing = "Could not get InstanceID of instance.",
-                                 .wrong = "This class name does not exist (wrong InstanceID)."}});
+                               instanceIDOfReads());
 }
 
 TEST(IPSettingData, TheIPVersionRefusesTheKeyOfItsOwnPath)
@@ -226,48 +221,30 @@ TEST(IPSettingData, TheIPVersionHasNoProperties)
 
 TEST(IPSettingData, BuildersNameTheRecordThatFailed)
 {
-    seam.returns("GetRemoteManagementServerInfo", 1);
-    Built built = build(ExtendedStaticIPAssignmentSettingData,
-                        path("ZT_Marovelton_ExtendedStaticIPAssignmentSettingData"),
-                        _makeInst_ZT_Marovelton_ExtendedStaticIPAssignmentSettingData);
-    EXPECT_FALSE(built.instance);
-    EXPECT_EQ(built.rc, CMPI_RC_ERR_FAILED);
-    EXPECT_EQ(built.message, "Failed to get remote management info.");
-
-    seam.reset();
-    seam.returns("GetMoinitorInfo", 1);
-    const std::pair<const TestedClass &, CMPIInstance *(*)(const CMPIObjectPath *, CMPIStatus *)> builders[] =
-        {
-            {ExtendedStaticIPAssignmentSettingData,
-             _makeInst_ZT_Marovelton_ExtendedStaticIPAssignmentSettingData},
-            {DHCPSettingData, _makeInst_ZT_Marovelton_DHCPSettingData},
-            {IPAssignmentSettingData, _makeInst_ZT_Marovelton_IPAssignmentSettingData},
-        };
-    for (const auto &[tested, builder] : builders) {
-        built = build(tested, path(tested.name), builder);
-        EXPECT_FALSE(built.instance);
-        EXPECT_EQ(built.message, "Could not get monitor information from database.");
-    }
-
-    seam.reset();
-    for (const int nth : {1, 2, 3}) {
-        faults.arm("newArray", nth);
-        built = build(ExtendedStaticIPAssignmentSettingData,
-                      path("ZT_Marovelton_ExtendedStaticIPAssignmentSettingData"),
-                      _makeInst_ZT_Marovelton_ExtendedStaticIPAssignmentSettingData);
-        EXPECT_FALSE(built.instance);
-        EXPECT_EQ(built.message, "Failed to initialize array.");
-    }
+    const RecordRead monitor = {"GetMoinitorInfo()", "Could not get monitor information from database."};
+    checkBuilders(
+        {.tested = &ExtendedStaticIPAssignmentSettingData,
+         .reference = staticPath(),
+         .makePath = _makePath_ZT_Marovelton_ExtendedStaticIPAssignmentSettingData,
+         .makeInst = _makeInst_ZT_Marovelton_ExtendedStaticIPAssignmentSettingData,
+         .records = {{"GetRemoteManagementServerInfo()", "Failed to get remote management info."}, monitor},
+         .arrays = 3});
+    checkBuilders(
+        {.tested = &DHCPSettingData,
+         .reference = byInstanceID("ZT_Marovelton_DHCPSettingData", "ZT:Marovelton_DHCPSettingData"),
+         .makePath = _makePath_ZT_Marovelton_DHCPSettingData,
+         .makeInst = _makeInst_ZT_Marovelton_DHCPSettingData,
+         .records = {monitor}});
+    checkBuilders({.tested = &IPAssignmentSettingData,
+                   .reference = byInstanceID("ZT_Marovelton_IPAssignmentSettingData",
+                                             "ZT:Marovelton_IPAssignmentSettingData"),
+                   .makePath = _makePath_ZT_Marovelton_IPAssignmentSettingData,
+                   .makeInst = _makeInst_ZT_Marovelton_IPAssignmentSettingData,
+                   .records = {monitor}});
 }
 
-TEST(IPSettingData, FailsToBuild)
+TEST(IPSettingData, TheIPVersionFailsToBuild)
 {
-    checkBuildFailures(ExtendedStaticIPAssignmentSettingData,
-                       path("ZT_Marovelton_ExtendedStaticIPAssignmentSettingData"),
-                       {"GetRemoteManagementServerInfo", "GetMoinitorInfo"}, true);
-    checkBuildFailures(DHCPSettingData, path("ZT_Marovelton_DHCPSettingData"), {"GetMoinitorInfo"});
-    checkBuildFailures(IPAssignmentSettingData, path("ZT_Marovelton_IPAssignmentSettingData"),
-                       {"GetMoinitorInfo"});
     checkBuildFailures(IPVersionSettingData, path("ZT_Marovelton_IPVersionSettingData"), {});
 }
 
@@ -391,11 +368,7 @@ TEST(StaticIPModification, EachStepOfTheSendMayFail)
 
 TEST(IPSettingData, EveryCallMayFail)
 {
-    for (const Setting &setting : settings) {
-        checkTorture([&] { return enumerateNames(setting.tested, path(setting.tested.name)); });
-        checkTorture([&] { return enumerate(setting.tested, path(setting.tested.name)); });
-        checkTorture(
-            [&] { return get(setting.tested, byInstanceID(setting.tested.name, setting.instanceID)); });
-    }
+    for (const Setting &setting : settings)
+        checkTortureOfReads(setting.tested, byInstanceID(setting.tested.name, setting.instanceID));
     checkTorture([] { return modifyStatic(); }, {.harmless = {"ParseIPV4Address"}});
 }

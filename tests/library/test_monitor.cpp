@@ -49,21 +49,6 @@ const Read reads[] = {
     {"GetInstance", [] { return get(Monitor, monitorPath()); }, "Couldn't build instance"},
 };
 
-const std::vector<KeyRule> systemKeyRules = {
-    {.name = "SystemName",
-     .missing = "Invalid selectors(Could not get systemName of instance.)",
-     .wrong = "This instance does not exist (wrong SystemName).",
-     .ignoreCase = true},
-    {.name = "SystemCreationClassName",
-     .missing = "Invalid selectors(Could not get SystemCreationClassName of instance.)",
-     .wrong = "This class name does not exist (wrong SystemCreationClassName).",
-     .ignoreCase = true},
-    {.name = "CreationClassName",
-     .missing = "Invalid selectors(Could not get CreationClassName of instance.)",
-     .wrong = "This class name does not exist (wrong CreationClassName).",
-     .ignoreCase = true},
-};
-
 } // namespace
 
 TEST(Monitor, Skeleton)
@@ -233,33 +218,10 @@ TEST(Monitor, ReadsRefreshTwoGroupsFirst)
 
 TEST(Monitor, RefreshThatFailsEndsTheRead)
 {
-    struct {
-        const char *function;
-        int firstCall;
-        int secondCall; // of the same step in the second group
-        int result;
-        const char *text;
-    } const steps[] = {
-        {"GetMonitorStatus", 1, 2, BUSY, "Device is Busy. Please try after some time.."},
-        {"SpearEngineMessageQueueCreate", 1, 3, -1, "Unable to create a message queue for sending message."},
-        {"SendStatusMessagetoSource", 1, 2, -1, "Unable to send value to SPEAr."},
-        {"SpearEngineMessageQueueCreate", 2, 4, -1,
-         "Unable to create a message queue for receiving message."},
-        {"RecvMessageFromSource", 1, 2, -1, "Failed to read the value from spear."},
-    };
-    for (const Read &read : reads)
-        for (const auto &step : steps)
-            for (const int nth : {step.firstCall, step.secondCall}) {
-                SCOPED_TRACE(std::string(read.name) + ", " + step.function + " call " + std::to_string(nth));
-                seam.reset();
-                seam.returnsAt(step.function, nth, step.result);
-                const Answer answer = read.run();
-                EXPECT_STATUS(answer, CMPI_RC_ERR_FAILED, step.text);
-                EXPECT_EQ(answer.returned.size(), 0u);
-                EXPECT_FALSE(answer.calls.back().starts_with("Get") && nth > 1 &&
-                             !answer.calls.back().starts_with("GetMonitorStatus"))
-                    << "nothing is read after a failed refresh: " << answer.calls.back();
-            }
+    for (const int groupsBefore : {0, 1}) {
+        SCOPED_TRACE(std::to_string(groupsBefore) + " groups before");
+        checkFailuresOfRefresh(Monitor, monitorPath(), groupsBefore);
+    }
 }
 
 TEST(Monitor, BusyEngineIsNotRead)
@@ -286,11 +248,6 @@ TEST(Monitor, PathWithoutKeysWhenTheRecordCannotBeRead)
     }
 }
 
-TEST(Monitor, BuildFailures)
-{
-    checkBuildFailures(Monitor, monitorClass, {"GetMoinitorInfo", "GetImageAdjustmentInfo"});
-}
-
 TEST(Monitor, GetInstanceBuildFailures)
 {
     // The first read of the record is the key check's.
@@ -305,7 +262,7 @@ TEST(Monitor, GetInstanceBuildFailures)
     EXPECT_STATUS(get(Monitor, monitorPath()), CMPI_RC_ERR_FAILED, "Couldn't build instance");
     seam.reset();
     for (const char *function : {"newObjectPath", "newInstance"})
-        for (const Fault fault : {Fault::fails, Fault::silent, Fault::noHandle, Fault::noTable}) {
+        for (const Fault fault : everyFlaw) {
             faults.arm(function, 1, fault);
             const Answer answer = get(Monitor, monitorPath());
             faults.disarm();
@@ -316,42 +273,14 @@ TEST(Monitor, GetInstanceBuildFailures)
 
 TEST(Monitor, BuildersThemselves)
 {
-    EXPECT_EQ(build(Monitor, monitorClass, _makePath_ZT_Marovelton_Monitor).rc, CMPI_RC_OK);
-    EXPECT_EQ(build(Monitor, monitorClass, _makeInst_ZT_Marovelton_Monitor).rc, CMPI_RC_OK);
-    EXPECT_TRUE(build(Monitor, monitorClass, _makeInst_ZT_Marovelton_Monitor).instance.has_value());
-
-    for (const Fault fault : {Fault::fails, Fault::silent, Fault::noHandle, Fault::noTable}) {
-        SCOPED_TRACE(describe(fault));
-        faults.arm("newObjectPath", 1, fault);
-        const Built noPath = build(Monitor, monitorClass, _makePath_ZT_Marovelton_Monitor);
-        EXPECT_FALSE(noPath.path.has_value());
-        EXPECT_EQ(noPath.rc, CMPI_RC_ERR_FAILED);
-        EXPECT_EQ(noPath.message, "Create CMPIObjectPath failed.");
-        EXPECT_EQ(noPath.calls.size(), 0u);
-
-        faults.arm("newObjectPath", 1, fault);
-        const Built noPathForInstance = build(Monitor, monitorClass, _makeInst_ZT_Marovelton_Monitor);
-        EXPECT_FALSE(noPathForInstance.instance.has_value());
-        EXPECT_EQ(noPathForInstance.rc, CMPI_RC_ERR_FAILED);
-        EXPECT_EQ(noPathForInstance.message, "Create CMPIObjectPath failed.");
-
-        faults.arm("newInstance", 1, fault);
-        const Built noInstance = build(Monitor, monitorClass, _makeInst_ZT_Marovelton_Monitor);
-        EXPECT_FALSE(noInstance.instance.has_value());
-        EXPECT_EQ(noInstance.rc, CMPI_RC_ERR_FAILED);
-        EXPECT_EQ(noInstance.message, "Create CMPIInstance failed.");
-    }
-    faults.disarm();
-
-    for (const char *record : {"GetMoinitorInfo", "GetImageAdjustmentInfo"}) {
-        SCOPED_TRACE(record);
-        seam.reset();
-        seam.returns(record, -1);
-        const Built built = build(Monitor, monitorClass, _makeInst_ZT_Marovelton_Monitor);
-        EXPECT_FALSE(built.instance.has_value());
-        EXPECT_EQ(built.rc, CMPI_RC_ERR_FAILED);
-        EXPECT_EQ(built.message, "Failed to get monitor information from database.");
-    }
+    checkBuilders(
+        {.tested = &Monitor,
+         .reference = monitorClass,
+         .makePath = _makePath_ZT_Marovelton_Monitor,
+         .makeInst = _makeInst_ZT_Marovelton_Monitor,
+         .records = {{"GetMoinitorInfo()", "Failed to get monitor information from database."},
+                     {"GetImageAdjustmentInfo()", "Failed to get monitor information from database."}},
+         .recordsFirst = true});
     seam.reset();
     seam.returns("GetMoinitorInfo", -1);
     const Built bare = build(Monitor, monitorClass, _makePath_ZT_Marovelton_Monitor);
@@ -363,7 +292,7 @@ TEST(Monitor, BuildersThemselves)
 
 TEST(Monitor, KeysOfGetInstance)
 {
-    std::vector<KeyRule> rules = systemKeyRules;
+    std::vector<KeyRule> rules = systemKeys();
     rules.push_back({.name = "DeviceID",
                      .missing = "Could not get DeviceID of instance.",
                      .wrong = "This class name does not exist (wrong DeviceID)."});
@@ -409,7 +338,7 @@ TEST(Monitor, AnotherClassIsAnsweredWithoutAnError)
 TEST(Monitor, KeysOfMethods)
 {
     checkKeysOfMethod(Monitor, monitorPath(), "SetAutoSwitchSource", {{"AutoSwitchSource", "1"}}, noUser(),
-                      systemKeyRules);
+                      systemKeys());
     // The keys come before the method name.
     EXPECT_METHOD(invoke(Monitor, monitorPath().with("SystemName", "other"), "Reboot"), failed,
                   CMPI_RC_ERR_NOT_FOUND, "This instance does not exist (wrong SystemName).");
@@ -680,20 +609,8 @@ TEST(Monitor, SettingsThatTheEngineDoesNotTake)
     };
     for (const auto &each : calls) {
         SCOPED_TRACE(each.method);
-        const auto fails = [&](const char *function, int nth, int result, const char *text) {
-            SCOPED_TRACE(function);
-            seam.reset();
-            seam.returnsAt(function, nth, result);
-            EXPECT_METHOD(invoke(Monitor, monitorPath(), each.method, each.arguments), failed,
-                          CMPI_RC_ERR_FAILED, text);
-        };
-        fails("GetMonitorStatus", 1, BUSY, "Device is Busy. Please try after some time.");
-        fails("SpearEngineMessageQueueCreate", 1, -1,
-              "Unable to create a message queue for sending message.");
-        fails("SendStatusMessagetoSource", 1, -1, "Unable to send value to SPEAr.");
-        fails("SpearEngineMessageQueueCreate", 2, -1,
-              "Unable to create a message queue for receiving message.");
-        fails("RecvMessageFromSource", 1, -1, each.reply);
+        checkFailuresOfSend([&] { return invoke(Monitor, monitorPath(), each.method, each.arguments); },
+                            {.reply = each.reply});
     }
 }
 

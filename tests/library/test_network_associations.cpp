@@ -15,28 +15,6 @@ ASSOCIATION_CLASS(OrderedComponent);
 namespace
 {
 
-const Fault everyFlaw[] = {Fault::fails, Fault::silent, Fault::noHandle, Fault::noTable};
-
-void expectEmptySuccess(const Answer &answer)
-{
-    EXPECT_STATUS(answer, CMPI_RC_OK, "");
-    EXPECT_EQ(answer.returned.size(), 0u) << answer.text();
-    EXPECT_EQ(answer.done, 1);
-}
-
-void expectSuccess(const Answer &answer, size_t count)
-{
-    EXPECT_STATUS(answer, CMPI_RC_OK, "");
-    EXPECT_EQ(answer.returned.size(), count) << answer.text();
-    EXPECT_EQ(answer.done, 1);
-}
-
-void expectFailure(const Answer &answer, CMPIrc rc, const std::string &message)
-{
-    EXPECT_STATUS(answer, rc, message);
-    EXPECT_EQ(answer.done, 0);
-}
-
 const Association provides = {"ZT_Marovelton_ProvidesEndpoint", "ZT_Marovelton_IPProtocolEndpoint",
                               "ZT_Marovelton_RemoteManagementService", "Dependent", "Antecedent"};
 const Association settings = {"ZT_Marovelton_ElementSettingData", "ZT_Marovelton_IPNetworkConnection",

@@ -52,52 +52,31 @@ TEST(OSDMenuAndMessages, HasTheSkeletonOfAClass)
 
 TEST(OSDMenuAndMessages, EnumInstanceNamesGivesTheOnePath)
 {
-    const Answer answer = enumerateNames(OSDMenuAndMessages,
-                                         path("ZT_Marovelton_OSDMenuAndMessages").inNameSpace("root/other"));
-    EXPECT_STATUS(answer, CMPI_RC_OK, "");
-    EXPECT_EQ(answer.done, 1);
-    const Path found = answer.path();
-    EXPECT_EQ(found.nameSpace, "root/other");
-    EXPECT_EQ(found.className, "ZT_Marovelton_OSDMenuAndMessages");
-    EXPECT_KEYS(found, {{"InstanceID", chars("ZT:Marovelton_OSDMenuAndMessages")}});
-    EXPECT_CALLS(answer, {});
-    EXPECT_EQ(answer.trace, "--- ZT_Marovelton_OSDMenuAndMessages CMPI EnumInstanceNames() called\n"
-                            "--- ZT_Marovelton_OSDMenuAndMessages makePath called\n"
-                            "--- ZT_Marovelton_OSDMenuAndMessages CMPI EnumInstanceNames() exited\n");
+    checkPaths(OSDMenuAndMessages, {target()});
 }
 
-TEST(OSDMenuAndMessages, EnumInstancesGivesEveryPropertyInOrder)
+TEST(OSDMenuAndMessages, ReadsGiveEveryPropertyInOrder)
 {
     seam.osd = {1, 0, 1, 0, 0, 2560, 1440, 30, 2500, 1, 4};
-    const Answer answer = enumerate(OSDMenuAndMessages, path("ZT_Marovelton_OSDMenuAndMessages"));
-    EXPECT_STATUS(answer, CMPI_RC_OK, "");
-    EXPECT_EQ(answer.done, 1);
-    const Instance found = answer.instance();
-    EXPECT_EQ(found.path.className, "ZT_Marovelton_OSDMenuAndMessages");
-    EXPECT_KEYS(found.path, {{"InstanceID", chars("ZT:Marovelton_OSDMenuAndMessages")}});
-    EXPECT_PROPERTIES(
-        found, {{"MenuAndMessageTimeOut", uint16(30)},
-                {"NotifyWhenReCalibrationIsDue", boolean(0)},
-                {"OSDPositionX", uint16(2560)},
-                {"OSDPositionY", uint16(1440)},
-                {"Opacity", real32(25.0F)},
-                {"ShowInfoWhenColorSpaceChanges", boolean(1)},
-                {"ShowInfoWhenInputSourceChanges", boolean(0)},
-                {"ShowInfoWhenPoweredOn", boolean(1)},
-                {"Language", uint16Array({4})},
-                {"DisplayRotation", uint16Array({1})},
-                {"Caption", chars("ZT_Marovelton_OSDMenuAndMessages")},
-                {"ElementName", chars("ZT_Marovelton_OSDMenuAndMessages")},
-                {"InstanceID", chars("ZT:Marovelton_OSDMenuAndMessages")},
-                {"Description",
-                 chars("A class derived from Logical Element that represents the single node container "
-                       "of the Display Management System.")},
-                {"Name", chars("Studio 7-OSDMenuAndMessages")}});
-    EXPECT_CALLS(answer, {"GetOSDMenuAndMessagesInfo()", "GetMoinitorInfo()"});
-    EXPECT_EQ(answer.trace, "--- ZT_Marovelton_OSDMenuAndMessages CMPI EnumInstances() called\n"
-                            "--- ZT_Marovelton_OSDMenuAndMessages makeInst) called\n"
-                            "--- ZT_Marovelton_OSDMenuAndMessages makeInst) exited\n"
-                            "--- ZT_Marovelton_OSDMenuAndMessages CMPI EnumInstances() leave \n");
+    checkInstance(OSDMenuAndMessages, target(),
+                  {{"MenuAndMessageTimeOut", uint16(30)},
+                   {"NotifyWhenReCalibrationIsDue", boolean(0)},
+                   {"OSDPositionX", uint16(2560)},
+                   {"OSDPositionY", uint16(1440)},
+                   {"Opacity", real32(25.0F)},
+                   {"ShowInfoWhenColorSpaceChanges", boolean(1)},
+                   {"ShowInfoWhenInputSourceChanges", boolean(0)},
+                   {"ShowInfoWhenPoweredOn", boolean(1)},
+                   {"Language", uint16Array({4})},
+                   {"DisplayRotation", uint16Array({1})},
+                   {"Caption", chars("ZT_Marovelton_OSDMenuAndMessages")},
+                   {"ElementName", chars("ZT_Marovelton_OSDMenuAndMessages")},
+                   {"InstanceID", chars("ZT:Marovelton_OSDMenuAndMessages")},
+                   {"Description",
+                    chars("A class derived from Logical Element that represents the single node container "
+                          "of the Display Management System.")},
+                   {"Name", chars("Studio 7-OSDMenuAndMessages")}},
+                  {"GetOSDMenuAndMessagesInfo()", "GetMoinitorInfo()"});
 }
 
 TEST(OSDMenuAndMessages, EachPropertyHasItsOwnField)
@@ -161,75 +140,29 @@ TEST(OSDMenuAndMessages, NumbersKeepTheirLowBits)
 
 TEST(OSDMenuAndMessages, NameFollowsTheSystemName)
 {
-    const auto name = [] { return get(OSDMenuAndMessages, target()).instance().find("Name")->text; };
-    EXPECT_EQ(name(), "Studio 7-OSDMenuAndMessages");
-    setField(seam.monitor.DisplayName, "");
-    EXPECT_EQ(name(), "192.0.2.17-OSDMenuAndMessages");
-    fillField(seam.monitor.DisplayName, 'd');
-    EXPECT_EQ(name(), "ddddddddddddddddddddddddd-OSDMenuAndMessages");
-}
-
-TEST(OSDMenuAndMessages, GetInstanceGivesWhatTheEnumerationGives)
-{
-    const Answer answer = get(OSDMenuAndMessages, target());
-    EXPECT_STATUS(answer, CMPI_RC_OK, "");
-    EXPECT_EQ(answer.instance(), enumerate(OSDMenuAndMessages, target()).instance());
-    EXPECT_EQ(answer.trace, "--- ZT_Marovelton_OSDMenuAndMessages CMPI GetInstance() called\n"
-                            "--- ZT_Marovelton_OSDMenuAndMessages makeInst) called\n"
-                            "--- ZT_Marovelton_OSDMenuAndMessages makeInst) exited\n"
-                            "--- ZT_Marovelton_OSDMenuAndMessages CMPI GetInstance() exited\n");
+    checkNameOfSystem(OSDMenuAndMessages, target(), "-OSDMenuAndMessages");
 }
 
 TEST(OSDMenuAndMessages, GetInstanceChecksTheKey)
 {
-    checkKeysOfGetInstance(OSDMenuAndMessages, target(),
-                           {{.name = "InstanceID",
-                             .missing = "Could not get InstanceID of instance.",
-                             .wrong = "This class name does not exist (wrong InstanceID)."}});
-}
-
-TEST(OSDMenuAndMessages, NothingIsReturnedThatCannotBeBuilt)
-{
-    checkBuildFailures(OSDMenuAndMessages, target(), {"GetOSDMenuAndMessagesInfo", "GetMoinitorInfo"}, true);
-    seam.returns("GetOSDMenuAndMessagesInfo", -1);
-    const Answer answer = get(OSDMenuAndMessages, target());
-    EXPECT_STATUS(answer, CMPI_RC_ERR_FAILED, "Couldn't build instance");
-    EXPECT_EQ(answer.returned.size(), 0u);
+    checkKeysOfGetInstance(OSDMenuAndMessages, target(), instanceIDOfReads());
 }
 
 TEST(OSDMenuAndMessages, BuildersTellWhatFailed)
 {
-    const auto instanceFails = [](const char *text) {
-        const Built built = build(OSDMenuAndMessages, target(), _makeInst_ZT_Marovelton_OSDMenuAndMessages);
-        EXPECT_FALSE(built.instance);
-        EXPECT_EQ(built.rc, CMPI_RC_ERR_FAILED);
-        EXPECT_EQ(built.message, text);
-    };
-    faults.arm("newObjectPath", 1);
-    const Built built = build(OSDMenuAndMessages, target(), _makePath_ZT_Marovelton_OSDMenuAndMessages);
-    EXPECT_FALSE(built.path);
-    EXPECT_EQ(built.rc, CMPI_RC_ERR_FAILED);
-    EXPECT_EQ(built.message, "Create CMPIObjectPath failed.");
-    faults.arm("newObjectPath", 1);
-    instanceFails("Create CMPIObjectPath failed.");
-    faults.arm("newInstance", 1);
-    instanceFails("Create CMPIInstance failed.");
-    for (const int array : {1, 2}) {
-        faults.arm("newArray", array);
-        instanceFails("Failed to initialize array.");
-    }
-    faults.disarm();
-    seam.returns("GetMoinitorInfo", 1);
-    instanceFails("Could not get monitor information from database.");
-    seam.returns("GetOSDMenuAndMessagesInfo", 1);
-    instanceFails("Failed to get OSDmenu and messages information from database.");
+    checkBuilders({.tested = &OSDMenuAndMessages,
+                   .reference = target(),
+                   .makePath = _makePath_ZT_Marovelton_OSDMenuAndMessages,
+                   .makeInst = _makeInst_ZT_Marovelton_OSDMenuAndMessages,
+                   .records = {{"GetOSDMenuAndMessagesInfo()",
+                                "Failed to get OSDmenu and messages information from database."},
+                               {"GetMoinitorInfo()", "Could not get monitor information from database."}},
+                   .arrays = 2});
 }
 
 TEST(OSDMenuAndMessages, ReadsSurviveEveryFailure)
 {
-    checkTorture([] { return enumerateNames(OSDMenuAndMessages, target()); });
-    checkTorture([] { return enumerate(OSDMenuAndMessages, target()); });
-    checkTorture([] { return get(OSDMenuAndMessages, target()); });
+    checkTortureOfReads(OSDMenuAndMessages, target());
 }
 
 // ---- settings by themselves ----
@@ -624,10 +557,7 @@ TEST(OSDMenuAndMessages, AnotherClassIsAnsweredWithoutAnError)
 TEST(OSDMenuAndMessages, MethodsCheckTheKey)
 {
     checkKeysOfMethod(OSDMenuAndMessages, target(), "SetLanguage", {{"Language", "1"}}, noUser(),
-                      {{.name = "InstanceID",
-                        .missing = "Invalid selector(Could not get InstanceID of instance.)",
-                        .wrong = "This class name does not exist (wrong InstanceID)."}},
-                      CMPI_uint8);
+                      instanceIDOfMethods(), CMPI_uint8);
 }
 
 namespace

@@ -68,51 +68,30 @@ TEST(PictureInPicture, HasTheSkeletonOfAClass)
 
 TEST(PictureInPicture, EnumInstanceNamesGivesTheOnePath)
 {
-    const Answer answer =
-        enumerateNames(PictureInPicture, path("ZT_Marovelton_PictureInPicture").inNameSpace("root/other"));
-    EXPECT_STATUS(answer, CMPI_RC_OK, "");
-    EXPECT_EQ(answer.done, 1);
-    const Path found = answer.path();
-    EXPECT_EQ(found.nameSpace, "root/other");
-    EXPECT_EQ(found.className, "ZT_Marovelton_PictureInPicture");
-    EXPECT_KEYS(found, {{"InstanceID", chars("ZT:Marovelton_PictureInPicture")}});
-    EXPECT_CALLS(answer, {});
-    EXPECT_EQ(answer.trace, "--- ZT_Marovelton_PictureInPicture CMPI EnumInstanceNames() called\n"
-                            "--- ZT_Marovelton_PictureInPicture makePath called\n"
-                            "--- ZT_Marovelton_PictureInPicture CMPI EnumInstanceNames() exited\n");
+    checkPaths(PictureInPicture, {target()});
 }
 
-TEST(PictureInPicture, EnumInstancesGivesEveryPropertyInOrder)
+TEST(PictureInPicture, ReadsGiveEveryPropertyInOrder)
 {
     seam.pip = {2, 3, 1688, 880, 1, 2, 1, 0, 1, 0, 1, 1, 1};
-    const Answer answer = enumerate(PictureInPicture, path("ZT_Marovelton_PictureInPicture"));
-    EXPECT_STATUS(answer, CMPI_RC_OK, "");
-    EXPECT_EQ(answer.done, 1);
-    const Instance found = answer.instance();
-    EXPECT_EQ(found.path.className, "ZT_Marovelton_PictureInPicture");
-    EXPECT_KEYS(found.path, {{"InstanceID", chars("ZT:Marovelton_PictureInPicture")}});
-    EXPECT_PROPERTIES(
-        found, {{"PIPOverscanEnabled", boolean(0)},
-                {"PIPSize", uint16(1)},
-                {"PIPPositionX", uint16(1688)},
-                {"PIPPositionY", uint16(880)},
-                {"PIPMode", uint16Array({2})},
-                {"UseVideoLevels", boolean(1)},
-                {"ShowDCICroppedRegion", boolean(0)},
-                {"DigitalCinemaOption", uint16Array({1})},
-                {"PIPInputSource", uint16Array({2})},
-                {"Caption", chars("ZT_Marovelton_PictureInPicture")},
-                {"ElementName", chars("ZT_Marovelton_PictureInPicture")},
-                {"InstanceID", chars("ZT:Marovelton_PictureInPicture")},
-                {"Description",
-                 chars("A class derived from Logical Element that represents the single node container "
-                       "of the Display Management System.")},
-                {"Name", chars("Studio 7-PictureInPicture")}});
-    EXPECT_CALLS(answer, {"GetPIPSettingsInfo()", "GetMoinitorInfo()"});
-    EXPECT_EQ(answer.trace, "--- ZT_Marovelton_PictureInPicture CMPI EnumInstances() called\n"
-                            "--- ZT_Marovelton_PictureInPicture makeInst) called\n"
-                            "--- ZT_Marovelton_PictureInPicture makeInst) exited\n"
-                            "--- ZT_Marovelton_PictureInPicture CMPI EnumInstances() leave \n");
+    checkInstance(PictureInPicture, target(),
+                  {{"PIPOverscanEnabled", boolean(0)},
+                   {"PIPSize", uint16(1)},
+                   {"PIPPositionX", uint16(1688)},
+                   {"PIPPositionY", uint16(880)},
+                   {"PIPMode", uint16Array({2})},
+                   {"UseVideoLevels", boolean(1)},
+                   {"ShowDCICroppedRegion", boolean(0)},
+                   {"DigitalCinemaOption", uint16Array({1})},
+                   {"PIPInputSource", uint16Array({2})},
+                   {"Caption", chars("ZT_Marovelton_PictureInPicture")},
+                   {"ElementName", chars("ZT_Marovelton_PictureInPicture")},
+                   {"InstanceID", chars("ZT:Marovelton_PictureInPicture")},
+                   {"Description",
+                    chars("A class derived from Logical Element that represents the single node container "
+                          "of the Display Management System.")},
+                   {"Name", chars("Studio 7-PictureInPicture")}},
+                  {"GetPIPSettingsInfo()", "GetMoinitorInfo()"});
 }
 
 TEST(PictureInPicture, EachPropertyHasItsOwnField)
@@ -152,75 +131,29 @@ TEST(PictureInPicture, NumbersKeepTheirLowBits)
 
 TEST(PictureInPicture, NameFollowsTheSystemName)
 {
-    const auto name = [] { return get(PictureInPicture, target()).instance().find("Name")->text; };
-    EXPECT_EQ(name(), "Studio 7-PictureInPicture");
-    setField(seam.monitor.DisplayName, "");
-    EXPECT_EQ(name(), "192.0.2.17-PictureInPicture");
-    fillField(seam.monitor.DisplayName, 'd');
-    EXPECT_EQ(name(), "ddddddddddddddddddddddddd-PictureInPicture");
-}
-
-TEST(PictureInPicture, GetInstanceGivesWhatTheEnumerationGives)
-{
-    const Answer answer = get(PictureInPicture, target());
-    EXPECT_STATUS(answer, CMPI_RC_OK, "");
-    EXPECT_EQ(answer.instance(), enumerate(PictureInPicture, target()).instance());
-    EXPECT_EQ(answer.trace, "--- ZT_Marovelton_PictureInPicture CMPI GetInstance() called\n"
-                            "--- ZT_Marovelton_PictureInPicture makeInst) called\n"
-                            "--- ZT_Marovelton_PictureInPicture makeInst) exited\n"
-                            "--- ZT_Marovelton_PictureInPicture CMPI GetInstance() exited\n");
+    checkNameOfSystem(PictureInPicture, target(), "-PictureInPicture");
 }
 
 TEST(PictureInPicture, GetInstanceChecksTheKey)
 {
-    checkKeysOfGetInstance(PictureInPicture, target(),
-                           {{.name = "InstanceID",
-                             .missing = "Could not get InstanceID of instance.",
-                             .wrong = "This class name does not exist (wrong InstanceID)."}});
-}
-
-TEST(PictureInPicture, NothingIsReturnedThatCannotBeBuilt)
-{
-    checkBuildFailures(PictureInPicture, target(), {"GetPIPSettingsInfo", "GetMoinitorInfo"}, true);
-    seam.returns("GetPIPSettingsInfo", -1);
-    const Answer answer = get(PictureInPicture, target());
-    EXPECT_STATUS(answer, CMPI_RC_ERR_FAILED, "Couldn't build instance");
-    EXPECT_EQ(answer.returned.size(), 0u);
+    checkKeysOfGetInstance(PictureInPicture, target(), instanceIDOfReads());
 }
 
 TEST(PictureInPicture, BuildersTellWhatFailed)
 {
-    const auto instanceFails = [](const char *text) {
-        const Built built = build(PictureInPicture, target(), _makeInst_ZT_Marovelton_PictureInPicture);
-        EXPECT_FALSE(built.instance);
-        EXPECT_EQ(built.rc, CMPI_RC_ERR_FAILED);
-        EXPECT_EQ(built.message, text);
-    };
-    faults.arm("newObjectPath", 1);
-    const Built built = build(PictureInPicture, target(), _makePath_ZT_Marovelton_PictureInPicture);
-    EXPECT_FALSE(built.path);
-    EXPECT_EQ(built.rc, CMPI_RC_ERR_FAILED);
-    EXPECT_EQ(built.message, "Create CMPIObjectPath failed.");
-    faults.arm("newObjectPath", 1);
-    instanceFails("Create CMPIObjectPath failed.");
-    faults.arm("newInstance", 1);
-    instanceFails("Create CMPIInstance failed.");
-    for (const int array : {1, 2, 3}) {
-        faults.arm("newArray", array);
-        instanceFails("Failed to initialize array.");
-    }
-    faults.disarm();
-    seam.returns("GetMoinitorInfo", 1);
-    instanceFails("Could not get monitor information from database.");
-    seam.returns("GetPIPSettingsInfo", 1);
-    instanceFails("Failed to get PIPSettings information from database.");
+    checkBuilders(
+        {.tested = &PictureInPicture,
+         .reference = target(),
+         .makePath = _makePath_ZT_Marovelton_PictureInPicture,
+         .makeInst = _makeInst_ZT_Marovelton_PictureInPicture,
+         .records = {{"GetPIPSettingsInfo()", "Failed to get PIPSettings information from database."},
+                     {"GetMoinitorInfo()", "Could not get monitor information from database."}},
+         .arrays = 3});
 }
 
 TEST(PictureInPicture, ReadsSurviveEveryFailure)
 {
-    checkTorture([] { return enumerateNames(PictureInPicture, target()); });
-    checkTorture([] { return enumerate(PictureInPicture, target()); });
-    checkTorture([] { return get(PictureInPicture, target()); });
+    checkTortureOfReads(PictureInPicture, target());
 }
 
 // ---- live values ----
@@ -588,19 +521,8 @@ TEST(PictureInPicture, SwapTakesNoArguments)
 
 TEST(PictureInPicture, SwapFailsWithTheStepsOfItsSend)
 {
-    const auto fails = [](const char *function, int nth, int result, const char *text) {
-        SCOPED_TRACE(function);
-        seam.reset();
-        liveMode("1");
-        seam.returnsAt(function, nth, result);
-        EXPECT_METHOD(invoke(PictureInPicture, target(), "SwapPrimaryPIPInputs"), uint32(2),
-                      CMPI_RC_ERR_FAILED, text);
-    };
-    fails("GetMonitorStatus", 2, BUSY, "Device is Busy. Please try after some time.");
-    fails("SpearEngineMessageQueueCreate", 3, -1, "Unable to create a message queue for sending message.");
-    fails("SendStatusMessagetoSource", 2, -1, "Unable to send value to SPEAr.");
-    fails("SpearEngineMessageQueueCreate", 4, -1, "Unable to create a message queue for receiving message.");
-    fails("RecvMessageFromSource", 2, -1, "Failed to set the value to SwapInputSource.");
+    checkFailuresOfSend([] { return invoke(PictureInPicture, target(), "SwapPrimaryPIPInputs"); },
+                        {.reply = "Failed to set the value to SwapInputSource."}, 1, [] { liveMode("1"); });
 }
 
 // ---- SetPIPPosition ----
@@ -720,18 +642,8 @@ TEST(PictureInPicture, PositionIsRefusedWhenNoLimitsAreKnown)
 
 TEST(PictureInPicture, PositionFailsWithTheStepsOfItsSend)
 {
-    const auto fails = [](const char *function, int nth, int result, const char *text) {
-        SCOPED_TRACE(function);
-        seam.reset();
-        everythingIsPossible();
-        seam.returnsAt(function, nth, result);
-        EXPECT_METHOD(setPosition("200", "200"), uint32(2), CMPI_RC_ERR_FAILED, text);
-    };
-    fails("GetMonitorStatus", 2, BUSY, "Device is Busy. Please try after some time.");
-    fails("SpearEngineMessageQueueCreate", 3, 1, "Unable to create a message queue for sending message.");
-    fails("SendStatusMessagetoSource", 2, -1, "Unable to send value to SPEAr.");
-    fails("SpearEngineMessageQueueCreate", 4, 1, "Unable to create a message queue for receiving message.");
-    fails("RecvMessageFromSource", 2, -1, "Failed to set the value to PIPPositions.");
+    checkFailuresOfSend([] { return setPosition("200", "200"); },
+                        {.reply = "Failed to set the value to PIPPositions."}, 1, everythingIsPossible);
 }
 
 // ---- SetDigitalCinemaOption ----
@@ -813,9 +725,7 @@ TEST(PictureInPicture, AnotherClassIsAnsweredWithoutAnError)
 TEST(PictureInPicture, MethodsCheckTheKey)
 {
     checkKeysOfMethod(PictureInPicture, target(), "SetPIPMode", {{"PIPMode", "1"}}, noUser(),
-                      {{.name = "InstanceID",
-                        .missing = "Invalid selector(Could not get InstanceID of instance.)",
-                        .wrong = "This class name does not exist (wrong InstanceID)."}});
+                      instanceIDOfMethods());
 }
 
 TEST(PictureInPicture, EverybodyMayCallTheMethods)

@@ -51,25 +51,6 @@ Path target(const Service &service)
 const Service &webServer = services[0];
 const Service &listener = services[1];
 
-const std::vector<KeyRule> systemKeyRules = {
-    {.name = "Name",
-     .missing = "Invalid selectors(Could not get Name of instance.)",
-     .wrong = "This instance does not exist (wrong Name.)",
-     .ignoreCase = true},
-    {.name = "SystemName",
-     .missing = "Invalid selectors(Could not get systemName of instance.)",
-     .wrong = "This instance does not exist (wrong SystemName).",
-     .ignoreCase = true},
-    {.name = "SystemCreationClassName",
-     .missing = "Invalid selectors(Could not get SystemCreationClassName of instance.)",
-     .wrong = "This class name does not exist (wrong SystemCreationClassName).",
-     .ignoreCase = true},
-    {.name = "CreationClassName",
-     .missing = "Invalid selectors(Could not get CreationClassName of instance.)",
-     .wrong = "This class name does not exist (wrong CreationClassName).",
-     .ignoreCase = true},
-};
-
 Answer requestState(const Service &service, const Value &state, const User &user = "admin")
 {
     return invoke(service.tested, target(service), "RequestStateChange", {{"RequestedState", state}}, user);
@@ -89,28 +70,16 @@ TEST(RemoteServices, AreKeyedToTheSystem)
 {
     for (const Service &service : services) {
         *service.enabled = 1;
-        checkKeysOfGetInstance(service.tested, target(service), systemKeyRules);
+        checkKeysOfGetInstance(service.tested, target(service), namedSystemKeys());
         checkKeysOfMethod(service.tested, target(service), "RequestStateChange", {{"RequestedState", "2"}},
-                          "admin", systemKeyRules);
+                          "admin", namedSystemKeys());
     }
 }
 
 TEST(RemoteServices, EnumerateTheirOnePath)
 {
-    for (const Service &service : services) {
-        const Answer answer =
-            enumerateNames(service.tested, path(service.tested.name).inNameSpace("root/other"));
-        EXPECT_STATUS(answer, CMPI_RC_OK, "");
-        EXPECT_EQ(answer.done, 1);
-        EXPECT_EQ(answer.path().className, service.tested.name);
-        EXPECT_EQ(answer.path().nameSpace, "root/other");
-        EXPECT_KEYS(answer.path(), {{"SystemName", chars("Studio 7")},
-                                    {"SystemCreationClassName", chars("Linux_ComputerSystem")},
-                                    {"CreationClassName", chars(service.tested.name)},
-                                    {"Name", chars(service.name)}});
-        EXPECT_CALLS(answer, {"GetMoinitorInfo()"});
-        EXPECT_SENT(answer, {});
-    }
+    for (const Service &service : services)
+        checkPaths(service.tested, {target(service)}, {"GetMoinitorInfo()"});
 }
 
 TEST(RemoteServices, UseTheAddressWithoutADisplayName)
@@ -212,46 +181,23 @@ TEST(RemoteServices, IdentifyIsTheLowByteOfTheRecord)
               boolean(0));
 }
 
-TEST(RemoteServices, TheRemoteRecordIsReadBeforeTheMonitors)
-{
-    for (const Service &service : services) {
-        const Built built = build(service.tested, path(service.tested.name),
-                                  &service == &webServer ? _makeInst_ZT_Marovelton_RemoteManagementService
-                                                         : _makeInst_ZT_Marovelton_WSManagementService);
-        EXPECT_CALLS(built, {"GetRemoteManagementServerInfo()", "GetMoinitorInfo()"});
-    }
-}
-
 TEST(RemoteServices, ABuilderNamesTheRecordThatFailed)
 {
-    const auto failing = [](const char *function) {
-        seam.reset();
-        seam.returns(function, 1);
-        return build(RemoteManagementService, path("ZT_Marovelton_RemoteManagementService"),
-                     _makeInst_ZT_Marovelton_RemoteManagementService);
-    };
-    Built built = failing("GetRemoteManagementServerInfo");
-    EXPECT_FALSE(built.instance);
-    EXPECT_EQ(built.rc, CMPI_RC_ERR_FAILED);
-    EXPECT_EQ(built.message, "Failed to get remote management info.");
-    EXPECT_CALLS(built, {"GetRemoteManagementServerInfo()"});
-    built = failing("GetMoinitorInfo");
-    EXPECT_FALSE(built.instance);
-    EXPECT_EQ(built.message, "Failed to get monitor information from database.");
-
-    seam.reset();
-    faults.arm("newArray", 1);
-    built = build(RemoteManagementService, path("ZT_Marovelton_RemoteManagementService"),
-                  _makeInst_ZT_Marovelton_RemoteManagementService);
-    EXPECT_FALSE(built.instance);
-    EXPECT_EQ(built.message, "Failed to initialize array.");
-}
-
-TEST(RemoteServices, FailToBuild)
-{
-    for (const Service &service : services)
-        checkBuildFailures(service.tested, path(service.tested.name),
-                           {"GetRemoteManagementServerInfo", "GetMoinitorInfo"}, true);
+    const std::vector<RecordRead> records = {
+        {"GetRemoteManagementServerInfo()", "Failed to get remote management info."},
+        {"GetMoinitorInfo()", "Failed to get monitor information from database."}};
+    checkBuilders({.tested = &RemoteManagementService,
+                   .reference = path("ZT_Marovelton_RemoteManagementService"),
+                   .makePath = _makePath_ZT_Marovelton_RemoteManagementService,
+                   .makeInst = _makeInst_ZT_Marovelton_RemoteManagementService,
+                   .records = records,
+                   .arrays = 1});
+    checkBuilders({.tested = &WSManagementService,
+                   .reference = path("ZT_Marovelton_WSManagementService"),
+                   .makePath = _makePath_ZT_Marovelton_WSManagementService,
+                   .makeInst = _makeInst_ZT_Marovelton_WSManagementService,
+                   .records = records,
+                   .arrays = 1});
 }
 
 // ---- switching a service ----
@@ -518,9 +464,7 @@ TEST(RemoteServices, EveryCallMayFail)
 {
     for (const Service &service : services) {
         const auto enabled = [&] { *service.enabled = 0; };
-        checkTorture([&] { return enumerateNames(service.tested, path(service.tested.name)); });
-        checkTorture([&] { return enumerate(service.tested, path(service.tested.name)); });
-        checkTorture([&] { return get(service.tested, target(service)); });
+        checkTortureOfReads(service.tested, target(service));
         // The sender's own steps are not looked at.
         checkTorture(
             [&] { return requestState(service, "2"); },

@@ -3,7 +3,12 @@
 #include "checks.h"
 #include <gtest/gtest-spi.h>
 
+METHOD_CLASS(DisplayManagement);
 METHOD_CLASS(Monitor);
+
+CMPIObjectPath *_makePath_ZT_Marovelton_DisplayManagement(const CMPIObjectPath *reference,
+                                                          CMPIStatus *status);
+CMPIInstance *_makeInst_ZT_Marovelton_DisplayManagement(const CMPIObjectPath *reference, CMPIStatus *status);
 
 namespace
 {
@@ -347,6 +352,63 @@ TEST(Checks, KeyAndRightsChecksFindDifferences)
               }),
               0);
     EXPECT_GT(failuresOf([&] { checkBuildFailures(Monitor, setting.target, {"GetPIPSettingsInfo"}); }), 0);
+}
+
+TEST(Checks, ReadChecksFindDifferences)
+{
+    const Path target =
+        path("ZT_Marovelton_DisplayManagement", {{"InstanceID", "ZT:Marovelton_DisplayManagement"}});
+    const Entries properties = get(DisplayManagement, target).instance().properties;
+    const std::vector<std::string> calls = {"GetDisplayManagementInfo()", "GetMoinitorInfo()"};
+
+    const auto paths = [](const Path &expected, const std::vector<std::string> &made) {
+        return failuresOf([&] { checkPaths(DisplayManagement, {expected}, made); });
+    };
+    EXPECT_EQ(paths(target, {}), 0);
+    EXPECT_GT(paths(target.ofClass("CIM_System"), {}), 0);
+    EXPECT_GT(paths(target.with("Name", "x"), {}), 0);
+    EXPECT_GT(paths(target, {"GetMoinitorInfo()"}), 0);
+
+    const auto instance = [&](const Path &at, size_t count, size_t made, bool pathIsTraced) {
+        const Entries some(properties.begin(), properties.begin() + static_cast<std::ptrdiff_t>(count));
+        const std::vector<std::string> first(calls.begin(),
+                                             calls.begin() + static_cast<std::ptrdiff_t>(made));
+        return failuresOf([&] { checkInstance(DisplayManagement, at, some, first, pathIsTraced); });
+    };
+    EXPECT_EQ(instance(target, 12, 2, true), 0);
+    EXPECT_GT(instance(target.with("Name", "x"), 12, 2, true), 0);
+    EXPECT_GT(instance(target, 11, 2, true), 0);
+    EXPECT_GT(instance(target, 12, 1, true), 0);
+    EXPECT_GT(instance(target, 12, 2, false), 0);
+
+    EXPECT_GT(failuresOf([&] { checkNameOfSystem(DisplayManagement, target, "-Display"); }), 0);
+    EXPECT_GT(failuresOf([&] { checkFailuresOfRefresh(DisplayManagement, target); }), 0)
+        << "its reads ask the engine for nothing";
+}
+
+TEST(Checks, BuilderCheckFindsDifferences)
+{
+    const Builders good = {
+        .tested = &DisplayManagement,
+        .reference =
+            path("ZT_Marovelton_DisplayManagement", {{"InstanceID", "ZT:Marovelton_DisplayManagement"}}),
+        .makePath = _makePath_ZT_Marovelton_DisplayManagement,
+        .makeInst = _makeInst_ZT_Marovelton_DisplayManagement,
+        .records = {
+            {"GetDisplayManagementInfo()", "Failed to get display management information from database."},
+            {"GetMoinitorInfo()", "Could not get monitor information from database."}}};
+    const auto failures = [&](const std::function<void(Builders &)> &change) {
+        Builders changed = good;
+        change(changed);
+        return failuresOf([&] { checkBuilders(changed); });
+    };
+    EXPECT_EQ(failures([](Builders &) {}), 0);
+    EXPECT_GT(failures([](Builders &b) { b.records[1].failure += "."; }), 0);
+    EXPECT_GT(failures([](Builders &b) { std::swap(b.records[0], b.records[1]); }), 0);
+    EXPECT_GT(failures([](Builders &b) { b.records.pop_back(); }), 0);
+    EXPECT_GT(failures([](Builders &b) { b.records.push_back({"GetPIPSettingsInfo()", "Failed."}); }), 0);
+    EXPECT_GT(failures([](Builders &b) { b.arrays = 1; }), 0);
+    EXPECT_GT(failures([](Builders &b) { b.recordsFirst = true; }), 0);
 }
 
 TEST(ScriptedSeam, CommandsAnswerByTheScript)

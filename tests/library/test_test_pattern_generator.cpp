@@ -37,47 +37,26 @@ TEST(TestPatternGenerator, HasTheSkeletonOfAClass)
 
 TEST(TestPatternGenerator, EnumInstanceNamesGivesTheOnePath)
 {
-    const Answer answer = enumerateNames(
-        TestPatternGenerator, path("ZT_Marovelton_TestPatternGenerator").inNameSpace("root/other"));
-    EXPECT_STATUS(answer, CMPI_RC_OK, "");
-    EXPECT_EQ(answer.done, 1);
-    const Path found = answer.path();
-    EXPECT_EQ(found.nameSpace, "root/other");
-    EXPECT_EQ(found.className, "ZT_Marovelton_TestPatternGenerator");
-    EXPECT_KEYS(found, {{"InstanceID", chars("ZT:Marovelton_TestPatternGenerator")}});
-    EXPECT_CALLS(answer, {});
-    EXPECT_EQ(answer.trace, "--- ZT_Marovelton_TestPatternGenerator CMPI EnumInstanceNames() called\n"
-                            "--- ZT_Marovelton_TestPatternGenerator makePath called\n"
-                            "--- ZT_Marovelton_TestPatternGenerator CMPI EnumInstanceNames() exited\n");
+    checkPaths(TestPatternGenerator, {target()});
 }
 
-TEST(TestPatternGenerator, EnumInstancesGivesEveryPropertyInOrder)
+TEST(TestPatternGenerator, ReadsGiveEveryPropertyInOrder)
 {
     seam.testPattern = {8, 1, "255", "128", "7", 1};
-    const Answer answer = enumerate(TestPatternGenerator, path("ZT_Marovelton_TestPatternGenerator"));
-    EXPECT_STATUS(answer, CMPI_RC_OK, "");
-    EXPECT_EQ(answer.done, 1);
-    const Instance found = answer.instance();
-    EXPECT_EQ(found.path.className, "ZT_Marovelton_TestPatternGenerator");
-    EXPECT_KEYS(found.path, {{"InstanceID", chars("ZT:Marovelton_TestPatternGenerator")}});
-    EXPECT_PROPERTIES(
-        found, {{"Caption", chars("ZT_Marovelton_TestPatternGenerator")},
-                {"ElementName", chars("ZT_Marovelton_TestPatternGenerator")},
-                {"InstanceID", chars("ZT:Marovelton_TestPatternGenerator")},
-                {"Description",
-                 chars("A class derived from Logical Element that represents the single node container "
-                       "of the Display Management System.")},
-                {"Name", chars("Studio 7-TestPatternGenerator")},
-                {"Enabled", boolean(1)},
-                {"RValue", chars("255")},
-                {"GValue", chars("128")},
-                {"BValue", chars("7")},
-                {"TestPattern", uint16Array({8})}});
-    EXPECT_CALLS(answer, {"GetMoinitorInfo()", "GetTestPatternInfo()"});
-    EXPECT_EQ(answer.trace, "--- ZT_Marovelton_TestPatternGenerator CMPI EnumInstances() called\n"
-                            "--- ZT_Marovelton_TestPatternGenerator makeInst) called\n"
-                            "--- ZT_Marovelton_TestPatternGenerator makeInst) exited\n"
-                            "--- ZT_Marovelton_TestPatternGenerator CMPI EnumInstances() leave \n");
+    checkInstance(TestPatternGenerator, target(),
+                  {{"Caption", chars("ZT_Marovelton_TestPatternGenerator")},
+                   {"ElementName", chars("ZT_Marovelton_TestPatternGenerator")},
+                   {"InstanceID", chars("ZT:Marovelton_TestPatternGenerator")},
+                   {"Description",
+                    chars("A class derived from Logical Element that represents the single node container "
+                          "of the Display Management System.")},
+                   {"Name", chars("Studio 7-TestPatternGenerator")},
+                   {"Enabled", boolean(1)},
+                   {"RValue", chars("255")},
+                   {"GValue", chars("128")},
+                   {"BValue", chars("7")},
+                   {"TestPattern", uint16Array({8})}},
+                  {"GetMoinitorInfo()", "GetTestPatternInfo()"});
 }
 
 TEST(TestPatternGenerator, FieldsMayBeFull)
@@ -99,63 +78,24 @@ TEST(TestPatternGenerator, FieldsMayBeFull)
 
 TEST(TestPatternGenerator, NameFollowsTheSystemName)
 {
-    const auto name = [] { return get(TestPatternGenerator, target()).instance().find("Name")->text; };
-    EXPECT_EQ(name(), "Studio 7-TestPatternGenerator");
-    setField(seam.monitor.DisplayName, "");
-    EXPECT_EQ(name(), "192.0.2.17-TestPatternGenerator");
-    fillField(seam.monitor.DisplayName, 'd');
-    EXPECT_EQ(name(), "ddddddddddddddddddddddddd-TestPatternGenerator");
-}
-
-TEST(TestPatternGenerator, GetInstanceGivesWhatTheEnumerationGives)
-{
-    const Answer answer = get(TestPatternGenerator, target());
-    EXPECT_STATUS(answer, CMPI_RC_OK, "");
-    EXPECT_EQ(answer.instance(), enumerate(TestPatternGenerator, target()).instance());
+    checkNameOfSystem(TestPatternGenerator, target(), "-TestPatternGenerator");
 }
 
 TEST(TestPatternGenerator, GetInstanceChecksTheKey)
 {
-    checkKeysOfGetInstance(TestPatternGenerator, target(),
-                           {{.name = "InstanceID",
-                             .missing = "Could not get InstanceID of instance.",
-                             .wrong = "This class name does not exist (wrong InstanceID)."}});
-}
-
-TEST(TestPatternGenerator, NothingIsReturnedThatCannotBeBuilt)
-{
-    checkBuildFailures(TestPatternGenerator, target(), {"GetMoinitorInfo", "GetTestPatternInfo"}, true);
-    seam.returns("GetTestPatternInfo", -1);
-    const Answer answer = get(TestPatternGenerator, target());
-    EXPECT_STATUS(answer, CMPI_RC_ERR_FAILED, "Couldn't build instance");
-    EXPECT_EQ(answer.returned.size(), 0u);
+    checkKeysOfGetInstance(TestPatternGenerator, target(), instanceIDOfReads());
 }
 
 TEST(TestPatternGenerator, BuildersTellWhatFailed)
 {
-    const auto instanceFails = [](const char *text) {
-        const Built built =
-            build(TestPatternGenerator, target(), _makeInst_ZT_Marovelton_TestPatternGenerator);
-        EXPECT_FALSE(built.instance);
-        EXPECT_EQ(built.rc, CMPI_RC_ERR_FAILED);
-        EXPECT_EQ(built.message, text);
-    };
-    faults.arm("newObjectPath", 1);
-    const Built built = build(TestPatternGenerator, target(), _makePath_ZT_Marovelton_TestPatternGenerator);
-    EXPECT_FALSE(built.path);
-    EXPECT_EQ(built.rc, CMPI_RC_ERR_FAILED);
-    EXPECT_EQ(built.message, "Create CMPIObjectPath failed.");
-    faults.arm("newObjectPath", 1);
-    instanceFails("Create CMPIObjectPath failed.");
-    faults.arm("newInstance", 1);
-    instanceFails("Create CMPIInstance failed.");
-    faults.arm("newArray", 1);
-    instanceFails("Failed to initialize array.");
-    faults.disarm();
-    seam.returns("GetTestPatternInfo", 1);
-    instanceFails("Failed to get test pattern information from database.");
-    seam.returns("GetMoinitorInfo", 1);
-    instanceFails("Failed to get monitor information from database.");
+    checkBuilders(
+        {.tested = &TestPatternGenerator,
+         .reference = target(),
+         .makePath = _makePath_ZT_Marovelton_TestPatternGenerator,
+         .makeInst = _makeInst_ZT_Marovelton_TestPatternGenerator,
+         .records = {{"GetMoinitorInfo()", "Failed to get monitor information from database."},
+                     {"GetTestPatternInfo()", "Failed to get test pattern information from database."}},
+         .arrays = 1});
 }
 
 TEST(TestPatternGenerator, TheRecordIsReadAfterTheIdentity)
@@ -172,9 +112,7 @@ TEST(TestPatternGenerator, TheRecordIsReadAfterTheIdentity)
 
 TEST(TestPatternGenerator, ReadsSurviveEveryFailure)
 {
-    checkTorture([] { return enumerateNames(TestPatternGenerator, target()); });
-    checkTorture([] { return enumerate(TestPatternGenerator, target()); });
-    checkTorture([] { return get(TestPatternGenerator, target()); });
+    checkTortureOfReads(TestPatternGenerator, target());
 }
 
 // ---- settings by themselves ----
@@ -291,17 +229,8 @@ TEST(TestPatternGenerator, SetRGBValueTestsOneLevelAfterTheOther)
 
 TEST(TestPatternGenerator, SetRGBValueFailsWithTheStepsOfItsSend)
 {
-    const auto fails = [](const char *function, int nth, int result, const char *text) {
-        SCOPED_TRACE(function);
-        seam.reset();
-        seam.returnsAt(function, nth, result);
-        EXPECT_METHOD(setLevels("1", "1", "1"), uint32(2), CMPI_RC_ERR_FAILED, text);
-    };
-    fails("GetMonitorStatus", 1, BUSY, "Device is Busy. Please try after some time.");
-    fails("SpearEngineMessageQueueCreate", 1, -1, "Unable to create a message queue for sending message.");
-    fails("SendStatusMessagetoSource", 1, -1, "Unable to send value to SPEAr.");
-    fails("SpearEngineMessageQueueCreate", 2, -1, "Unable to create a message queue for receiving message.");
-    fails("RecvMessageFromSource", 1, -1, "Failed to set the value to PowerSaverState.");
+    checkFailuresOfSend([] { return setLevels("1", "1", "1"); },
+                        {.reply = "Failed to set the value to PowerSaverState."});
 }
 
 // ---- the dispatcher ----
@@ -336,9 +265,7 @@ TEST(TestPatternGenerator, AnotherClassIsAnsweredWithoutAnError)
 TEST(TestPatternGenerator, MethodsCheckTheKey)
 {
     checkKeysOfMethod(TestPatternGenerator, target(), "SetEnabled", {{"Enabled", "1"}}, noUser(),
-                      {{.name = "InstanceID",
-                        .missing = "Invalid selector(Could not get InstanceID of instance.)",
-                        .wrong = "This class name does not exist (wrong InstanceID)."}});
+                      instanceIDOfMethods());
 }
 
 TEST(TestPatternGenerator, EverybodyMayCallTheMethods)

@@ -212,44 +212,14 @@ TEST(VideoInput, GetInstanceGivesTheInputThatIsAskedFor)
 TEST(VideoInput, GetInstanceChecksTheKey)
 {
     for (const char *identifier : identifiers)
-        checkKeysOfGetInstance(VideoInput, input(identifier),
-                               {{.name = "InstanceID",
-                                 .missing = "Could not get InstanceID of instance.",
-                                 .wrong = "This class name does not exist (wrong InstanceID)."}});
+        checkKeysOfGetInstance(VideoInput, input(identifier), instanceIDOfReads());
     EXPECT_STATUS(get(VideoInput, input("ZT:Marovelton_VideoInput:4")), CMPI_RC_ERR_NOT_FOUND,
                   "This class name does not exist (wrong InstanceID).");
 }
 
 TEST(VideoInput, ReadsFailWhenTheRefreshFails)
 {
-    const auto fails = [](const char *function, int nth, int result, const char *text) {
-        SCOPED_TRACE(function);
-        seam.reset();
-        const auto each = [&](const std::function<Answer()> &read) {
-            seam.returnsAt(function, nth, result);
-            const Answer answer = read();
-            EXPECT_STATUS(answer, CMPI_RC_ERR_FAILED, text);
-            EXPECT_EQ(answer.returned.size(), 0u);
-            EXPECT_EQ(seam.count("GetPIPSettingsInfo"), 0);
-        };
-        each([] { return enumerateNames(VideoInput, input(identifiers[0])); });
-        each([] { return enumerate(VideoInput, input(identifiers[0])); });
-        each([] { return get(VideoInput, input(identifiers[0])); });
-    };
-    fails("GetMonitorStatus", 1, BUSY, "Device is Busy. Please try after some time..");
-    fails("SpearEngineMessageQueueCreate", 1, -1, "Unable to create a message queue for sending message.");
-    fails("SendStatusMessagetoSource", 1, -1, "Unable to send value to SPEAr.");
-    fails("SpearEngineMessageQueueCreate", 2, -1, "Unable to create a message queue for receiving message.");
-    fails("RecvMessageFromSource", 1, -1, "Failed to read the value from spear.");
-}
-
-TEST(VideoInput, NothingIsReturnedThatCannotBeBuilt)
-{
-    checkBuildFailures(VideoInput, input(identifiers[0]), {"GetPIPSettingsInfo", "GetRegisterValue"});
-    seam.returns("GetPIPSettingsInfo", -1);
-    const Answer answer = get(VideoInput, input(identifiers[1]));
-    EXPECT_STATUS(answer, CMPI_RC_ERR_FAILED, "Couldn't build instance");
-    EXPECT_EQ(answer.returned.size(), 0u);
+    checkFailuresOfRefresh(VideoInput, input(identifiers[0]));
 }
 
 TEST(VideoInput, EnumerationsStopAtTheFirstFailure)
@@ -268,43 +238,24 @@ TEST(VideoInput, EnumerationsStopAtTheFirstFailure)
 
 TEST(VideoInput, BuildersTellWhatFailed)
 {
-    const auto instanceFails = [](const char *text) {
-        const Built built = build(VideoInput, input(identifiers[0]),
-                                  [](const CMPIObjectPath *reference, CMPIStatus *status) -> CMPIInstance * {
-                                      return _makeInst_ZT_Marovelton_VideoInput(reference, 1, status);
-                                  });
-        EXPECT_FALSE(built.instance);
-        EXPECT_EQ(built.rc, CMPI_RC_ERR_FAILED);
-        EXPECT_EQ(built.message, text);
-    };
-    faults.arm("newObjectPath", 1);
-    const Built built = build(VideoInput, input(identifiers[0]),
-                              [](const CMPIObjectPath *reference, CMPIStatus *status) -> CMPIObjectPath * {
-                                  return _makePath_ZT_Marovelton_VideoInput(reference, 1, status);
-                              });
-    EXPECT_FALSE(built.path);
-    EXPECT_EQ(built.rc, CMPI_RC_ERR_FAILED);
-    EXPECT_EQ(built.message, "Create CMPIObjectPath failed.");
-    faults.arm("newObjectPath", 1);
-    instanceFails("Create CMPIObjectPath failed.");
-    faults.arm("newInstance", 1);
-    instanceFails("Create CMPIInstance failed.");
-    faults.disarm();
-    for (const int result : {-1, 1}) {
-        seam.returns("GetRegisterValue", result);
-        instanceFails("Failed to get videosource information from database.");
-    }
-    seam.returns("GetRegisterValue", 0);
-    seam.returns("GetPIPSettingsInfo", 1);
-    instanceFails("Failed to get videosource information from database.");
-    EXPECT_EQ(seam.count("GetRegisterValue"), 0) << "the record is read first";
+    checkBuilders(
+        {.tested = &VideoInput,
+         .reference = input(identifiers[1]),
+         .makePath =
+             [](const CMPIObjectPath *reference, CMPIStatus *status) {
+                 return _makePath_ZT_Marovelton_VideoInput(reference, 1, status);
+             },
+         .makeInst =
+             [](const CMPIObjectPath *reference, CMPIStatus *status) {
+                 return _makeInst_ZT_Marovelton_VideoInput(reference, 1, status);
+             },
+         .records = {{"GetPIPSettingsInfo()", "Failed to get videosource information from database."},
+                     {"GetRegisterValue(25, 1)", "Failed to get videosource information from database."}}});
 }
 
 TEST(VideoInput, ReadsSurviveEveryFailure)
 {
-    checkTorture([] { return enumerateNames(VideoInput, input(identifiers[0])); });
-    checkTorture([] { return enumerate(VideoInput, input(identifiers[0])); });
-    checkTorture([] { return get(VideoInput, input(identifiers[2])); });
+    checkTortureOfReads(VideoInput, input(identifiers[2]));
 }
 
 // ---- methods ----

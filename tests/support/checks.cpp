@@ -171,7 +171,153 @@ void checkOtherClass(const TestedClass &tested, const Path &target, const std::s
     EXPECT_STATUS(accepted, CMPI_RC_OK, "");
 }
 
+// ---- reads of a class ----
+
+namespace
+{
+
+Entries asCharacters(const Entries &keys)
+{
+    Entries made;
+    for (const Entry &key : keys)
+        made.push_back({key.name, chars(key.value.text)});
+    return made;
+}
+
+std::string traceLine(const TestedClass &tested, const std::string &text)
+{
+    return std::string("--- ") + tested.name + " " + text + "\n";
+}
+
+struct Read {
+    const char *name;
+    std::function<Answer()> run;
+};
+
+std::vector<Read> readsOf(const TestedClass &tested, const Path &target)
+{
+    return {{"EnumInstanceNames", [&] { return enumerateNames(tested, path(tested.name)); }},
+            {"EnumInstances", [&] { return enumerate(tested, path(tested.name)); }},
+            {"GetInstance", [&] { return get(tested, target); }}};
+}
+
+} // namespace
+
+void checkPaths(const TestedClass &tested, const std::vector<Path> &expected,
+                const std::vector<std::string> &calls)
+{
+    SCOPED_TRACE(std::string("EnumInstanceNames of ") + tested.name);
+    const Answer answer = enumerateNames(tested, path(tested.name).inNameSpace("root/other"));
+    EXPECT_STATUS(answer, CMPI_RC_OK, "");
+    EXPECT_EQ(answer.done, 1);
+    EXPECT_CALLS(answer, {calls});
+    EXPECT_SENT(answer, {});
+    std::string trace = traceLine(tested, "CMPI EnumInstanceNames() called");
+    const std::vector<Path> found = answer.paths();
+    ASSERT_EQ(found.size(), expected.size());
+    for (size_t i = 0; i < found.size(); ++i) {
+        EXPECT_EQ(found[i].nameSpace, "root/other");
+        EXPECT_EQ(found[i].className, expected[i].className);
+        EXPECT_TRUE(hasEntries(found[i].keys, asCharacters(expected[i].keys)));
+        trace += traceLine(tested, "makePath called");
+    }
+    EXPECT_EQ(answer.trace, trace + traceLine(tested, "CMPI EnumInstanceNames() exited"));
+}
+
+void checkInstance(const TestedClass &tested, const Path &target, const Entries &properties,
+                   const std::vector<std::string> &calls, bool pathIsTraced)
+{
+    const std::string made = (pathIsTraced ? traceLine(tested, "makePath called") : "") +
+                             traceLine(tested, "makeInst) called") + traceLine(tested, "makeInst) exited");
+    const struct {
+        const char *operation;
+        Answer answer;
+        const char *exited;
+    } reads[] = {
+        {"EnumInstances()", enumerate(tested, path(tested.name)), "leave "},
+        {"GetInstance()", get(tested, target), "exited"},
+    };
+    for (const auto &[operation, answer, exited] : reads) {
+        SCOPED_TRACE(std::string(operation) + " of " + tested.name);
+        EXPECT_STATUS(answer, CMPI_RC_OK, "");
+        EXPECT_EQ(answer.done, 1);
+        const Instance found = answer.instance();
+        EXPECT_EQ(found.path.nameSpace, target.nameSpace);
+        EXPECT_EQ(found.path.className, target.className);
+        EXPECT_TRUE(hasEntries(found.path.keys, asCharacters(target.keys)));
+        EXPECT_TRUE(hasEntries(found.properties, properties));
+        EXPECT_CALLS(answer, {calls});
+        EXPECT_SENT(answer, {});
+        const std::string name = std::string("CMPI ") + operation + " ";
+        EXPECT_EQ(answer.trace, traceLine(tested, name + "called") + made + traceLine(tested, name + exited));
+    }
+}
+
+void checkNameOfSystem(const TestedClass &tested, const Path &target, const std::string &suffix)
+{
+    const auto expectName = [&](const std::string &expected) {
+        SCOPED_TRACE(expected);
+        const Answer answer = get(tested, target);
+        EXPECT_STATUS(answer, CMPI_RC_OK, "");
+        const Instance found = answer.instance();
+        const Value *name = found.find("Name");
+        ASSERT_NE(name, nullptr);
+        EXPECT_EQ(*name, chars(expected));
+    };
+    expectName("Studio 7" + suffix);
+    setField(seam.monitor.DisplayName, "");
+    expectName("192.0.2.17" + suffix);
+    fillField(seam.monitor.DisplayName, 'd');
+    expectName("ddddddddddddddddddddddddd" + suffix);
+}
+
 // ---- keys ----
+
+std::vector<KeyRule> instanceIDOfReads()
+{
+    return {{.name = "InstanceID",
+             .missing = "Could not get InstanceID of instance.",
+             .wrong = "This class name does not exist (wrong InstanceID)."}};
+}
+
+std::vector<KeyRule> instanceIDOfMethods(int missingValue, CMPIrc wrongCode)
+{
+    return {{.name = "InstanceID",
+             .missing = "Invalid selector(Could not get InstanceID of instance.)",
+             .wrong = "This class name does not exist (wrong InstanceID).",
+             .wrongCode = wrongCode,
+             .missingValue = missingValue}};
+}
+
+std::vector<KeyRule> systemKeys()
+{
+    return {
+        {.name = "SystemName",
+         .missing = "Invalid selectors(Could not get systemName of instance.)",
+         .wrong = "This instance does not exist (wrong SystemName).",
+         .ignoreCase = true},
+        {.name = "SystemCreationClassName",
+         .missing = "Invalid selectors(Could not get SystemCreationClassName of instance.)",
+         .wrong = "This class name does not exist (wrong SystemCreationClassName).",
+         .ignoreCase = true},
+        {.name = "CreationClassName",
+         .missing = "Invalid selectors(Could not get CreationClassName of instance.)",
+         .wrong = "This class name does not exist (wrong CreationClassName).",
+         .ignoreCase = true},
+    };
+}
+
+std::vector<KeyRule> namedSystemKeys(int returnValue)
+{
+    std::vector<KeyRule> rules = systemKeys();
+    rules.insert(rules.begin(), {.name = "Name",
+                                 .missing = "Invalid selectors(Could not get Name of instance.)",
+                                 .wrong = "This instance does not exist (wrong Name.)",
+                                 .ignoreCase = true});
+    for (KeyRule &rule : rules)
+        rule.missingValue = rule.wrongValue = returnValue;
+    return rules;
+}
 
 namespace
 {
@@ -674,14 +820,53 @@ void checkSettingMethod(const SettingMethod &setting)
     }
     const std::string good = textsFor(setting.kind, setting.max)[0];
     const int before = static_cast<int>(setting.sentBefore.size());
-    for (const StepFailure &failure : everyFailure(setting.steps, before)) {
-        SCOPED_TRACE(describe(failure));
-        prepare(setting);
-        seam.returnsAt(failure.function, failure.nth, failure.result);
-        const Answer answer = invokeSetting(setting, good);
-        EXPECT_METHOD(answer, methodValue(setting.returnType, 2), CMPI_RC_ERR_FAILED, failure.text);
-    }
+    checkFailuresOfSend([&] { return invokeSetting(setting, good); }, setting.steps, before, setting.prepare,
+                        setting.returnType);
     prepare(setting);
+}
+
+namespace
+{
+
+/** `expect` judges the answer to a request in which the step failed, which is the last thing that is done. */
+void checkFailures(const std::function<Answer()> &request, const ChannelSteps &steps, int before,
+                   const std::function<void()> &prepare,
+                   const std::function<void(const Answer &, const std::string &text)> &expect)
+{
+    for (const StepFailure &failure : everyFailure(steps, before)) {
+        SCOPED_TRACE(describe(failure));
+        seam.reset();
+        if (prepare)
+            prepare();
+        seam.returnsAt(failure.function, failure.nth, failure.result);
+        const Answer answer = request();
+        expect(answer, failure.text);
+        ASSERT_FALSE(answer.calls.empty());
+        EXPECT_TRUE(answer.calls.back().starts_with(failure.function + "(")) << answer.calls.back();
+        EXPECT_EQ(seam.count(failure.function), failure.nth);
+    }
+    seam.reset();
+}
+
+} // namespace
+
+void checkFailuresOfSend(const std::function<Answer()> &method, const ChannelSteps &steps, int before,
+                         const std::function<void()> &prepare, CMPIType returnType)
+{
+    checkFailures(method, steps, before, prepare, [&](const Answer &answer, const std::string &text) {
+        EXPECT_METHOD(answer, methodValue(returnType, 2), CMPI_RC_ERR_FAILED, text);
+    });
+}
+
+void checkFailuresOfRefresh(const TestedClass &tested, const Path &target, int before)
+{
+    for (const Read &read : readsOf(tested, target)) {
+        SCOPED_TRACE(std::string(read.name) + " of " + tested.name);
+        checkFailures(read.run, refreshSteps, before, {}, [](const Answer &answer, const std::string &text) {
+            EXPECT_STATUS(answer, CMPI_RC_ERR_FAILED, text);
+            EXPECT_EQ(answer.returned.size(), 0u);
+        });
+    }
 }
 
 void checkStringArgument(const TestedClass &tested, const Path &target, const std::string &method,
@@ -714,33 +899,108 @@ void checkStringArgument(const TestedClass &tested, const Path &target, const st
 void checkBuildFailures(const TestedClass &tested, const Path &reference,
                         const std::vector<std::string> &records, bool array)
 {
-    const auto fails = [&](const std::string &function, Fault fault, bool names) {
+    std::vector<Read> reads = readsOf(tested, reference);
+    const Read names = reads[0];
+    reads.erase(reads.begin());
+    if (!findEntry(reference.keys, "InstanceID"))
+        reads.pop_back();
+
+    const auto expectNothing = [&](const Read &read, const char *text) {
+        SCOPED_TRACE(std::string(read.name) + " of " + tested.name);
+        const Answer answer = read.run();
+        EXPECT_STATUS(answer, CMPI_RC_ERR_FAILED, text);
+        EXPECT_EQ(answer.returned.size(), 0u) << answer.text();
+    };
+    const auto fails = [&](const Read &read, const char *text, const std::string &function, Fault fault) {
         SCOPED_TRACE(function + " " + describe(fault));
         broker.freeObjects();
         faults.arm(function, 1, fault);
-        const Answer answer = names ? enumerateNames(tested, reference) : enumerate(tested, reference);
+        expectNothing(read, text);
         EXPECT_EQ(faults.struck(), function);
         faults.disarm();
-        EXPECT_STATUS(answer, CMPI_RC_ERR_FAILED,
-                      names ? "Couldn't build objectpath" : "Couldn't build instance");
-        EXPECT_EQ(answer.returned.size(), 0u) << answer.text();
     };
-    for (const Fault fault : {Fault::fails, Fault::silent, Fault::noHandle, Fault::noTable}) {
-        fails("newObjectPath", fault, true);
-        fails("newObjectPath", fault, false);
-        fails("newInstance", fault, false);
-        if (array)
-            fails("newArray", fault, false);
+    const char *const noInstance = "Couldn't build instance";
+    for (const Fault fault : everyFlaw) {
+        fails(names, "Couldn't build objectpath", "newObjectPath", fault);
+        for (const Read &read : reads) {
+            fails(read, noInstance, "newObjectPath", fault);
+            fails(read, noInstance, "newInstance", fault);
+            if (array)
+                fails(read, noInstance, "newArray", fault);
+        }
     }
     for (const std::string &record : records)
         for (const int result : {-1, 1, 80000001}) {
             SCOPED_TRACE(record + " gives " + std::to_string(result));
             seam.returns(record, result);
-            const Answer answer = enumerate(tested, reference);
-            EXPECT_STATUS(answer, CMPI_RC_ERR_FAILED, "Couldn't build instance");
-            EXPECT_EQ(answer.returned.size(), 0u) << answer.text();
+            for (const Read &read : reads)
+                expectNothing(read, noInstance);
             seam.returns(record, 0);
         }
+}
+
+namespace
+{
+
+/** The calls of a builder that could not make its object, and says so with the text. */
+template <typename Make>
+std::vector<std::string> callsOfFailure(const Builders &builders, const Make &make, const std::string &text)
+{
+    const Built built = build(*builders.tested, builders.reference, make);
+    EXPECT_FALSE(built.path || built.instance);
+    EXPECT_EQ(built.rc, CMPI_RC_ERR_FAILED);
+    EXPECT_EQ(built.message, text);
+    return built.calls;
+}
+
+} // namespace
+
+void checkBuilders(const Builders &builders)
+{
+    SCOPED_TRACE(std::string("the builders of ") + builders.tested->name);
+    const std::vector<std::string> none;
+    std::vector<std::string> functions;
+    std::vector<std::string> calls;
+    for (const RecordRead &record : builders.records) {
+        functions.push_back(record.call.substr(0, record.call.find('(')));
+        calls.push_back(record.call);
+    }
+    for (const Fault fault : everyFlaw) {
+        SCOPED_TRACE(describe(fault));
+        const auto arm = [&](const char *function, int nth) { faults.arm(function, nth, fault); };
+        arm("newObjectPath", 1);
+        EXPECT_EQ(callsOfFailure(builders, builders.makePath, "Create CMPIObjectPath failed."), none);
+        arm("newObjectPath", 1);
+        EXPECT_EQ(callsOfFailure(builders, builders.makeInst, "Create CMPIObjectPath failed."), none);
+        arm("newInstance", 1);
+        EXPECT_EQ(callsOfFailure(builders, builders.makeInst, "Create CMPIInstance failed."),
+                  builders.recordsFirst ? calls : none);
+        for (int array = 1; array <= builders.arrays; ++array) {
+            SCOPED_TRACE("array " + std::to_string(array));
+            arm("newArray", array);
+            callsOfFailure(builders, builders.makeInst, "Failed to initialize array.");
+        }
+        faults.disarm();
+    }
+    for (size_t i = 0; i < functions.size(); ++i) {
+        const std::vector<std::string> upToThis(calls.begin(),
+                                                calls.begin() + static_cast<std::ptrdiff_t>(i + 1));
+        for (const int result : {-1, 1, 80000001}) {
+            SCOPED_TRACE(calls[i] + " gives " + std::to_string(result));
+            seam.returns(functions[i], result);
+            EXPECT_EQ(callsOfFailure(builders, builders.makeInst, builders.records[i].failure), upToThis);
+            seam.returns(functions[i], 0);
+        }
+    }
+    const Built path = build(*builders.tested, builders.reference, builders.makePath);
+    EXPECT_EQ(path.rc, CMPI_RC_OK);
+    EXPECT_TRUE(path.path);
+    const Built instance = build(*builders.tested, builders.reference, builders.makeInst);
+    EXPECT_EQ(instance.rc, CMPI_RC_OK);
+    EXPECT_TRUE(instance.instance);
+    EXPECT_EQ(instance.calls, calls);
+
+    checkBuildFailures(*builders.tested, builders.reference, functions, builders.arrays > 0);
 }
 
 // ---- torture ----
@@ -810,6 +1070,14 @@ void checkTorture(const std::function<Answer()> &operation, const Torture &tortu
         }
     }
     faults.disarm();
+}
+
+void checkTortureOfReads(const TestedClass &tested, const Path &target, const Torture &torture)
+{
+    for (const Read &read : readsOf(tested, target)) {
+        SCOPED_TRACE(std::string(read.name) + " of " + tested.name);
+        checkTorture(read.run, torture);
+    }
 }
 
 } // namespace test_support

@@ -28,6 +28,22 @@ void checkOtherClass(const TestedClass &tested, const Path &target, const std::s
                      const Entries &arguments, const User &user, CMPIrc code, const std::string &message,
                      const Value &returnValue);
 
+// ---- reads of a class ----
+
+/** EnumInstanceNames, asked in a namespace of its own: the paths in their order, with their keys as
+ * characters; the calls that takes, and its trace. */
+void checkPaths(const TestedClass &tested, const std::vector<Path> &expected,
+                const std::vector<std::string> &calls = {});
+
+/** EnumInstances and GetInstance of a class whose one instance is keyed by its InstanceID: the same instance,
+ * with these properties in their order; the calls that takes, and their traces, in some classes with that of
+ * the path. */
+void checkInstance(const TestedClass &tested, const Path &target, const Entries &properties,
+                   const std::vector<std::string> &calls, bool pathIsTraced = false);
+
+/** The property Name of an instance: the system's name, or without one its address, and then `suffix`. */
+void checkNameOfSystem(const TestedClass &tested, const Path &target, const std::string &suffix);
+
 // ---- keys ----
 
 /** One key that a request is checked for, in the order of the checks. */
@@ -42,6 +58,15 @@ struct KeyRule {
     int wrongValue = 2;
     bool valueIsChecked = true;
 };
+
+/** The key InstanceID as all classes check it that have no other, in reads and, with some differences, in
+ * methods. */
+std::vector<KeyRule> instanceIDOfReads();
+std::vector<KeyRule> instanceIDOfMethods(int missingValue = 2, CMPIrc wrongCode = CMPI_RC_ERR_NOT_FOUND);
+
+/** The keys of objects that belong to the system, and of those that have a name of their own in it. */
+std::vector<KeyRule> systemKeys();
+std::vector<KeyRule> namedSystemKeys(int returnValue = 2);
 
 /** GetInstance with each key missing in every way, of another type, wrong, in other letter case; the first
  * key that is wrong decides. `target` must be a path with which GetInstance succeeds. Keys handed as
@@ -76,6 +101,10 @@ struct ChannelSteps {
     std::string receiveQueue = "Unable to create a message queue for receiving message.";
     bool onlyMinusOneFails = false; // queue and send results other than -1 count as success
 };
+
+/** The steps of a request for a group's values, before a read or a method that needs them. */
+inline const ChannelSteps refreshSteps = {.reply = "Failed to read the value from spear.",
+                                          .busy = "Device is Busy. Please try after some time.."};
 
 /** A setting function by itself: `golden` is sent, every step fails once (with -1 and with another number),
  * the calls have their order, and errorText holds the text of the failed step and is left alone on success.
@@ -117,6 +146,15 @@ struct SettingMethod {
  * beyond int and long; accepted at both ends of its range; each step of the send failing. */
 void checkSettingMethod(const SettingMethod &setting);
 
+/** A method whose send fails at each of its steps, after `before` exchanges with the engine that worked: that
+ * is the last thing it does, and its answer has the step's text. `prepare` scripts the seam before every
+ * call. */
+void checkFailuresOfSend(const std::function<Answer()> &method, const ChannelSteps &steps, int before = 0,
+                         const std::function<void()> &prepare = {}, CMPIType returnType = CMPI_uint32);
+
+/** The three reads of `target` while their refresh fails, likewise: nothing is returned. */
+void checkFailuresOfRefresh(const TestedClass &tested, const Path &target, int before = 0);
+
 /** The intake of a string argument alone: missing in every way, of another type, empty. */
 void checkStringArgument(const TestedClass &tested, const Path &target, const std::string &method,
                          const std::string &argument, const std::string &missing,
@@ -128,9 +166,30 @@ void checkStringArgument(const TestedClass &tested, const Path &target, const st
 
 /** Failing builders: EnumInstanceNames and EnumInstances when a path, an instance (or, with `array`, an
  * array) cannot be made, in every way that shows, and EnumInstances when one of the records cannot be read.
- */
+ * GetInstance likewise where `reference` has the key InstanceID: to check that, no record is read. */
 void checkBuildFailures(const TestedClass &tested, const Path &reference,
                         const std::vector<std::string> &records, bool array = false);
+
+/** A record that an instance is built from: the call that reads it, and the builder's text if that fails. */
+struct RecordRead {
+    std::string call = {};
+    std::string failure = {};
+};
+
+/** The builders of a class, and what they need. */
+struct Builders {
+    const TestedClass *tested = nullptr;
+    Path reference = {};
+    std::function<CMPIObjectPath *(const CMPIObjectPath *, CMPIStatus *)> makePath = {};
+    std::function<CMPIInstance *(const CMPIObjectPath *, CMPIStatus *)> makeInst = {};
+    std::vector<RecordRead> records = {}; // in the order in which they are read
+    int arrays = 0;                       // among the properties
+    bool recordsFirst = false;            // they are read before the instance is made
+};
+
+/** checkBuildFailures, and the builders by themselves: every object and every record failing, with the text
+ * that says which; no record is read after one that failed, and none for an object that cannot be made. */
+void checkBuilders(const Builders &builders);
 
 // ---- torture ----
 
@@ -145,6 +204,9 @@ struct Torture {
  * is what it is without the failure (setting a key or property and handing an answer over apart, which may
  * fail unheeded). A failing method never answers with the return value 0. */
 void checkTorture(const std::function<Answer()> &operation, const Torture &torture = {});
+
+/** checkTorture of the three reads of `target`. */
+void checkTortureOfReads(const TestedClass &tested, const Path &target, const Torture &torture = {});
 
 } // namespace test_support
 

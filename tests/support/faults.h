@@ -15,6 +15,8 @@ enum class Fault {
     noHandle, // an object whose handle is null (broker functions that deliver an object)
     noTable,  // an object whose function table is null (likewise)
 };
+/** Every way in which a function that delivers an object can fail. */
+inline constexpr Fault everyFlaw[] = {Fault::fails, Fault::silent, Fault::noHandle, Fault::noTable};
 const char *describe(Fault fault);
 
 class Faults

@@ -34,6 +34,17 @@ CMPIData nothing()
     return data;
 }
 
+/** The object made, with the flaw that was asked for. */
+template <typename Made>
+Made *flawed(Made *made, Fault fault)
+{
+    if (fault == Fault::noHandle)
+        made->hdl = nullptr;
+    if (fault == Fault::noTable)
+        made->ft = nullptr;
+    return made;
+}
+
 /** A function of the broker on its way: counted, and perhaps struck. */
 struct Visit {
     Visit(const char *theFunction, CMPIStatus *theStatus)
@@ -66,15 +77,10 @@ struct Visit {
         return fault == Fault::fails || fault == Fault::silent;
     }
 
-    /** The object made, with the flaw that was asked for. */
     template <typename Made>
     Made *deliver(Made *made) const
     {
-        if (fault == Fault::noHandle)
-            made->hdl = nullptr;
-        if (fault == Fault::noTable)
-            made->ft = nullptr;
-        return made;
+        return flawed(made, fault);
     }
 
     const char *function;
@@ -183,15 +189,6 @@ CMPIData handOut(const Entry *entry, CMPIrc otherwise, const Visit &visit)
     return broker.dataOf(entry->value, visit.fault);
 }
 
-CMPIData handOutAt(const Entries &entries, CMPICount index, CMPIString **name, const Visit &visit)
-{
-    if (index >= entries.size())
-        return handOut(nullptr, CMPI_RC_ERR_NO_SUCH_PROPERTY, visit);
-    if (name)
-        *name = broker.newString(entries[index].name);
-    return handOut(&entries[index], CMPI_RC_OK, visit);
-}
-
 void takeIn(Entries &entries, const char *name, const CMPIValue *value, CMPIType type)
 {
     // Text that came as characters is handed out as a string, as every broker does.
@@ -211,6 +208,68 @@ Entries present(const Entries &entries)
         if (!(entry.value == absent()))
             kept.push_back(entry);
     return kept;
+}
+
+Entries &listOf(PathObject *path)
+{
+    return path->path.keys;
+}
+
+Entries &listOf(InstanceObject *instance)
+{
+    return instance->instance.properties;
+}
+
+Entries &listOf(ArgsObject *arguments)
+{
+    return arguments->entries;
+}
+
+Entries &listOf(ContextObject *context)
+{
+    return context->entries;
+}
+
+template <Name name, typename Wanted>
+CMPIStatus addToList(const typename Wanted::Interface *argument, const char *entry, const CMPIValue *value,
+                     const CMPIType type)
+{
+    Action action(name.text);
+    if (auto *object = action.use<Wanted>(argument))
+        takeIn(listOf(object), entry, value, type);
+    return action.result;
+}
+
+template <Name name, typename Wanted, CMPIrc otherwise>
+CMPIData getFromList(const typename Wanted::Interface *argument, const char *entry, CMPIStatus *status)
+{
+    Visit visit(name.text, status);
+    auto *object = visit.use<Wanted>(argument);
+    return object ? handOut(findEntry(listOf(object), entry), otherwise, visit) : nothing();
+}
+
+template <Name name, typename Wanted>
+CMPIData getFromListAt(const typename Wanted::Interface *argument, CMPICount index, CMPIString **entryName,
+                       CMPIStatus *status)
+{
+    Visit visit(name.text, status);
+    auto *object = visit.use<Wanted>(argument);
+    if (!object)
+        return nothing();
+    const Entries &entries = listOf(object);
+    if (index >= entries.size())
+        return handOut(nullptr, CMPI_RC_ERR_NO_SUCH_PROPERTY, visit);
+    if (entryName)
+        *entryName = broker.newString(entries[index].name);
+    return handOut(&entries[index], CMPI_RC_OK, visit);
+}
+
+template <Name name, typename Wanted>
+CMPICount countOfList(const typename Wanted::Interface *argument, CMPIStatus *status)
+{
+    Visit visit(name.text, status);
+    auto *object = visit.use<Wanted>(argument);
+    return object ? static_cast<CMPICount>(listOf(object).size()) : 0;
 }
 
 // ---- strings ----
@@ -291,36 +350,6 @@ CMPIString *pathGetClassName(const CMPIObjectPath *argument, CMPIStatus *status)
     return broker.dataOf(stringOf(object->path.classNameForm)).value.string;
 }
 
-CMPIStatus pathAddKey(const CMPIObjectPath *argument, const char *name, const CMPIValue *value,
-                      const CMPIType type)
-{
-    Action action("addKey");
-    if (auto *object = action.use<PathObject>(argument))
-        takeIn(object->path.keys, name, value, type);
-    return action.result;
-}
-
-CMPIData pathGetKey(const CMPIObjectPath *argument, const char *name, CMPIStatus *status)
-{
-    Visit visit("getKey", status);
-    const auto *object = visit.use<PathObject>(argument);
-    return object ? handOut(findEntry(object->path.keys, name), CMPI_RC_ERR_NOT_FOUND, visit) : nothing();
-}
-
-CMPIData pathGetKeyAt(const CMPIObjectPath *argument, CMPICount index, CMPIString **name, CMPIStatus *status)
-{
-    Visit visit("getKeyAt", status);
-    const auto *object = visit.use<PathObject>(argument);
-    return object ? handOutAt(object->path.keys, index, name, visit) : nothing();
-}
-
-CMPICount pathGetKeyCount(const CMPIObjectPath *argument, CMPIStatus *status)
-{
-    Visit visit("getKeyCount", status);
-    const auto *object = visit.use<PathObject>(argument);
-    return object ? static_cast<CMPICount>(object->path.keys.size()) : 0;
-}
-
 CMPIStatus pathSetNameSpaceFrom(const CMPIObjectPath *argument, const CMPIObjectPath *source)
 {
     Action action("setNameSpaceFromObjectPath");
@@ -348,10 +377,10 @@ constexpr CMPIObjectPathFT pathTable = {
     .getHostname = pathGetHostname,
     .setClassName = pathSetClassName,
     .getClassName = pathGetClassName,
-    .addKey = pathAddKey,
-    .getKey = pathGetKey,
-    .getKeyAt = pathGetKeyAt,
-    .getKeyCount = pathGetKeyCount,
+    .addKey = addToList<"addKey", PathObject>,
+    .getKey = getFromList<"getKey", PathObject, CMPI_RC_ERR_NOT_FOUND>,
+    .getKeyAt = getFromListAt<"getKeyAt", PathObject>,
+    .getKeyCount = countOfList<"getKeyCount", PathObject>,
     .setNameSpaceFromObjectPath = pathSetNameSpaceFrom,
     .setHostAndNameSpaceFromObjectPath = pathSetNameSpaceFrom,
     .getClassQualifier = Unexpected<"getClassQualifier">(),
@@ -373,21 +402,6 @@ CMPIData instanceGetProperty(const CMPIInstance *argument, const char *name, CMP
     if (!property)
         property = findEntry(object->instance.path.keys, name);
     return handOut(property, CMPI_RC_ERR_NO_SUCH_PROPERTY, visit);
-}
-
-CMPIData instanceGetPropertyAt(const CMPIInstance *argument, CMPICount index, CMPIString **name,
-                               CMPIStatus *status)
-{
-    Visit visit("getPropertyAt", status);
-    const auto *object = visit.use<InstanceObject>(argument);
-    return object ? handOutAt(object->instance.properties, index, name, visit) : nothing();
-}
-
-CMPICount instanceGetPropertyCount(const CMPIInstance *argument, CMPIStatus *status)
-{
-    Visit visit("getPropertyCount", status);
-    const auto *object = visit.use<InstanceObject>(argument);
-    return object ? static_cast<CMPICount>(object->instance.properties.size()) : 0;
 }
 
 CMPIStatus instanceSetProperty(const CMPIInstance *argument, const char *name, const CMPIValue *value,
@@ -443,8 +457,8 @@ constexpr CMPIInstanceFT instanceTable = {
     .release = releaseObject<"release of an instance", InstanceObject>,
     .clone = cloneObject<"clone of an instance", InstanceObject>,
     .getProperty = instanceGetProperty,
-    .getPropertyAt = instanceGetPropertyAt,
-    .getPropertyCount = instanceGetPropertyCount,
+    .getPropertyAt = getFromListAt<"getPropertyAt", InstanceObject>,
+    .getPropertyCount = countOfList<"getPropertyCount", InstanceObject>,
     .setProperty = instanceSetProperty,
     .getObjectPath = instanceGetObjectPath,
     .setPropertyFilter = instanceSetPropertyFilter,
@@ -454,86 +468,24 @@ constexpr CMPIInstanceFT instanceTable = {
 
 // ---- arguments and context ----
 
-CMPIStatus argsAddArg(const CMPIArgs *argument, const char *name, const CMPIValue *value, const CMPIType type)
-{
-    Action action("addArg");
-    if (auto *object = action.use<ArgsObject>(argument))
-        takeIn(object->entries, name, value, type);
-    return action.result;
-}
-
-CMPIData argsGetArg(const CMPIArgs *argument, const char *name, CMPIStatus *status)
-{
-    Visit visit("getArg", status);
-    const auto *object = visit.use<ArgsObject>(argument);
-    return object ? handOut(findEntry(object->entries, name), CMPI_RC_ERR_NO_SUCH_PROPERTY, visit)
-                  : nothing();
-}
-
-CMPIData argsGetArgAt(const CMPIArgs *argument, CMPICount index, CMPIString **name, CMPIStatus *status)
-{
-    Visit visit("getArgAt", status);
-    const auto *object = visit.use<ArgsObject>(argument);
-    return object ? handOutAt(object->entries, index, name, visit) : nothing();
-}
-
-CMPICount argsGetArgCount(const CMPIArgs *argument, CMPIStatus *status)
-{
-    Visit visit("getArgCount", status);
-    const auto *object = visit.use<ArgsObject>(argument);
-    return object ? static_cast<CMPICount>(object->entries.size()) : 0;
-}
-
 constexpr CMPIArgsFT argsTable = {
     .ftVersion = 200,
     .release = releaseObject<"release of arguments", ArgsObject>,
     .clone = cloneObject<"clone of arguments", ArgsObject>,
-    .addArg = argsAddArg,
-    .getArg = argsGetArg,
-    .getArgAt = argsGetArgAt,
-    .getArgCount = argsGetArgCount,
+    .addArg = addToList<"addArg", ArgsObject>,
+    .getArg = getFromList<"getArg", ArgsObject, CMPI_RC_ERR_NO_SUCH_PROPERTY>,
+    .getArgAt = getFromListAt<"getArgAt", ArgsObject>,
+    .getArgCount = countOfList<"getArgCount", ArgsObject>,
 };
-
-CMPIData contextGetEntry(const CMPIContext *argument, const char *name, CMPIStatus *status)
-{
-    Visit visit("getEntry", status);
-    const auto *object = visit.use<ContextObject>(argument);
-    return object ? handOut(findEntry(object->entries, name), CMPI_RC_ERR_NO_SUCH_PROPERTY, visit)
-                  : nothing();
-}
-
-CMPIData contextGetEntryAt(const CMPIContext *argument, CMPICount index, CMPIString **name,
-                           CMPIStatus *status)
-{
-    Visit visit("getEntryAt", status);
-    const auto *object = visit.use<ContextObject>(argument);
-    return object ? handOutAt(object->entries, index, name, visit) : nothing();
-}
-
-CMPICount contextGetEntryCount(const CMPIContext *argument, CMPIStatus *status)
-{
-    Visit visit("getEntryCount", status);
-    const auto *object = visit.use<ContextObject>(argument);
-    return object ? static_cast<CMPICount>(object->entries.size()) : 0;
-}
-
-CMPIStatus contextAddEntry(const CMPIContext *argument, const char *name, const CMPIValue *value,
-                           const CMPIType type)
-{
-    Action action("addEntry");
-    if (auto *object = action.use<ContextObject>(argument))
-        takeIn(object->entries, name, value, type);
-    return action.result;
-}
 
 constexpr CMPIContextFT contextTable = {
     .ftVersion = 200,
     .release = releaseObject<"release of a context", ContextObject>,
     .clone = cloneObject<"clone of a context", ContextObject>,
-    .getEntry = contextGetEntry,
-    .getEntryAt = contextGetEntryAt,
-    .getEntryCount = contextGetEntryCount,
-    .addEntry = contextAddEntry,
+    .getEntry = getFromList<"getEntry", ContextObject, CMPI_RC_ERR_NO_SUCH_PROPERTY>,
+    .getEntryAt = getFromListAt<"getEntryAt", ContextObject>,
+    .getEntryCount = countOfList<"getEntryCount", ContextObject>,
+    .addEntry = addToList<"addEntry", ContextObject>,
 };
 
 // ---- arrays ----
@@ -1124,13 +1076,6 @@ StringObject *RecordingBroker::newString(const std::string &text)
 
 CMPIData RecordingBroker::dataOf(const Value &value, Fault fault)
 {
-    const auto flawed = [fault](auto *made) {
-        if (fault == Fault::noHandle)
-            made->hdl = nullptr;
-        if (fault == Fault::noTable)
-            made->ft = nullptr;
-        return made;
-    };
     CMPIData data = {};
     data.type = value.type;
     data.state = value.state;
@@ -1145,7 +1090,7 @@ CMPIData RecordingBroker::dataOf(const Value &value, Fault fault)
         auto *array = make<ArrayObject>();
         array->type = static_cast<CMPIType>(value.type & ~CMPI_ARRAY);
         array->elements = value.elements;
-        data.value.array = flawed(array);
+        data.value.array = flawed(array, fault);
         return data;
     }
     if (value.type == CMPI_chars && value.handedOutAsString)
@@ -1154,7 +1099,7 @@ CMPIData RecordingBroker::dataOf(const Value &value, Fault fault)
     case CMPI_string:
         if (value.form == TextForm::noString)
             return data;
-        if (StringObject *made = flawed(newString(value.text)); true) {
+        if (StringObject *made = flawed(newString(value.text), fault); true) {
             made->hasCharacters = value.form != TextForm::noCharacters;
             if (value.form == TextForm::noHandle)
                 made->hdl = nullptr;
@@ -1167,14 +1112,14 @@ CMPIData RecordingBroker::dataOf(const Value &value, Fault fault)
         return data;
     case CMPI_ref:
         if (value.path)
-            data.value.ref = flawed(newPath(*value.path));
+            data.value.ref = flawed(newPath(*value.path), fault);
         return data;
     case CMPI_instance:
         if (value.instance)
-            data.value.inst = flawed(newInstance(*value.instance));
+            data.value.inst = flawed(newInstance(*value.instance), fault);
         return data;
     case CMPI_dateTime:
-        if (DateTimeObject *made = flawed(make<DateTimeObject>()); true) {
+        if (DateTimeObject *made = flawed(make<DateTimeObject>(), fault); true) {
             made->microseconds = value.integer;
             made->interval = value.interval;
             data.value.dateTime = made;
