@@ -346,6 +346,9 @@ void Dispatcher::execute(Call &call, const Request &request, Answer &answer)
     } else {
         dispatch(call, request, answer);
     }
+    if (call.depth == 0) {
+        std::fflush(stdout); // a client that has its answer finds there what the providers have printed
+    }
     if (!answer.ok()) {
         // An error is the whole answer, even when objects were returned before it.
         answer.instances.clear();

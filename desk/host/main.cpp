@@ -56,9 +56,9 @@ bool redirectProviderOutput(const std::string &file, int &ownOutput)
         return false;
     }
     close(descriptor);
-    if (file != "/dev/null") {
-        std::setvbuf(stdout, nullptr, _IOLBF, 0); // whoever reads the file sees each line when it is printed
-    }
+    // Whole requests at a time: the dispatcher sees to it that the file has the lines of every request that
+    // is answered.
+    std::setvbuf(stdout, nullptr, _IOFBF, std::size_t{64} * 1024);
     return true;
 }
 
@@ -142,6 +142,7 @@ int serve(const Options &options)
         }
         return 1;
     }
+    std::fflush(stdout); // what the providers printed when they were loaded
     manager.dispatcher().setPatience(std::chrono::seconds(options.patienceSeconds));
 
     host::CimXmlFrontEnd cimXml(manager.dispatcher());
@@ -160,6 +161,9 @@ int serve(const Options &options)
     std::thread([] {
         std::this_thread::sleep_for(std::chrono::seconds(5));
         host::logLine("a provider has not returned; leaving without it");
+        if (ftrylockfile(stdout) == 0) { // unless it is the very printing that does not return
+            fflush_unlocked(stdout);
+        }
         _exit(0);
     }).detach();
     server.stop();
@@ -204,7 +208,8 @@ int main(int argc, char **argv)
         ->capture_default_str();
     app.add_option("--namespace", options.nameSpace, "The CIM namespace")->capture_default_str();
     app.add_option("--provider-output", options.providerOutput,
-                   "Where the standard output of the providers goes; without, where that of desk-host goes");
+                   "Where the standard output of the providers goes, request by request; without, where that "
+                   "of desk-host goes");
     app.add_option("--ready-file", options.readyFile, "Written when the server listens, with its URL");
     app.add_option("--max-body", options.limits.bodyBytes, "Bytes of a request body at most")
         ->capture_default_str()

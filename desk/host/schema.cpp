@@ -63,6 +63,9 @@ Type typeFromName(std::string_view name)
 
 bool sameName(std::string_view left, std::string_view right)
 {
+    if (left == right) { // nearly all names come in the letters of their declaration
+        return true;
+    }
     if (left.size() != right.size()) {
         return false;
     }

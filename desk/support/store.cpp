@@ -19,17 +19,28 @@ constexpr const char *Schema =
     "CREATE TABLE IF NOT EXISTS fault(name TEXT PRIMARY KEY, argument TEXT NOT NULL) WITHOUT ROWID;"
     "CREATE TABLE IF NOT EXISTS user(name TEXT PRIMARY KEY, administrator INTEGER NOT NULL) WITHOUT ROWID;";
 
-std::string columnText(sqlite3_stmt *statement, int column)
+/* The text of a column, there until the next step. */
+std::string_view columnText(sqlite3_stmt *statement, int column)
 {
     const auto *bytes = reinterpret_cast<const char *>(sqlite3_column_text(statement, column));
     const auto length = static_cast<std::size_t>(sqlite3_column_bytes(statement, column));
-    return bytes == nullptr ? std::string() : std::string(bytes, length);
+    return bytes == nullptr ? std::string_view() : std::string_view(bytes, length);
 }
 
 void bindText(sqlite3_stmt *statement, int parameter, std::string_view text)
 {
     sqlite3_bind_text64(statement, parameter, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
 }
+
+/* Ends the use of a statement, and with it what the statement holds of the store. */
+struct Reset {
+    sqlite3_stmt *statement;
+
+    ~Reset()
+    {
+        sqlite3_reset(statement);
+    }
+};
 
 /* Rolls back unless it was told that the transaction is committed. */
 struct Transaction {
@@ -66,6 +77,10 @@ Store::Store(const std::string &path) : file(path)
     sqlite3_busy_timeout(opened, BusyMilliseconds);
     create();
     version = prepare("PRAGMA data_version");
+    settingRows = prepare("SELECT name, value FROM setting");
+    faultRows = prepare("SELECT name, argument FROM fault");
+    userRows = prepare("SELECT name, administrator FROM user");
+    writeSetting = prepare("INSERT OR REPLACE INTO setting(name, value) VALUES(?1, ?2)");
 
     struct stat status {
     };
@@ -165,66 +180,87 @@ void Store::fill()
     execute(("PRAGMA user_version=" + std::to_string(SchemaVersion)).c_str());
 }
 
+template <class Take>
+void Store::forEachRow(const Statement &query, Take take)
+{
+    const Reset reset{query.get()};
+    int result;
+    while ((result = sqlite3_step(query.get())) == SQLITE_ROW)
+        take(query.get());
+    if (result != SQLITE_DONE)
+        fail("cannot be read");
+}
+
 long long Store::dataVersion()
 {
-    const int result = sqlite3_step(version.get());
-    const long long value = result == SQLITE_ROW ? sqlite3_column_int64(version.get(), 0) : 0;
-    sqlite3_reset(version.get());
-    if (result != SQLITE_ROW)
-        fail("cannot be read");
+    long long value = 0;
+    forEachRow(version, [&](sqlite3_stmt *row) { value = sqlite3_column_int64(row, 0); });
     return value;
+}
+
+/* SQLite's connections learn of a commit by the index of the write-ahead log, which they share in memory: its
+ * header stands there twice, and every commit changes both. That the header is as it was is what SQLite goes
+ * by to keep the pages it has read; here it is what saves the calls to SQLite and to the system by which a
+ * process would otherwise ask, at every read, whether something has changed. Zeros when there is no such
+ * header, or one of another form than the one the file format describes. */
+Store::IndexHeader Store::indexHeader()
+{
+    constexpr int regionSize = 32 * 1024; /* the first part of the index, as every connection maps it */
+    constexpr std::uint32_t knownForm = 3007000;
+    IndexHeader header{};
+    if (index == nullptr) {
+        sqlite3_file *handle = nullptr;
+        volatile void *region = nullptr;
+        if (sqlite3_file_control(database.get(), "main", SQLITE_FCNTL_FILE_POINTER, &handle) == SQLITE_OK &&
+            handle->pMethods != nullptr && handle->pMethods->iVersion >= 2 &&
+            handle->pMethods->xShmMap(handle, 0, regionSize, 0, &region) == SQLITE_OK)
+            index = static_cast<const volatile std::uint32_t *>(region);
+    }
+    if (index != nullptr && index[0] == knownForm)
+        for (std::size_t i = 0; i < header.size(); ++i)
+            header[i] = index[i];
+    return header;
 }
 
 const Contents &Store::read()
 {
-    /* The version counts what other connections committed. It is taken first: what is committed between it
-     * and the load is loaded now and once more at the next read. */
-    const long long current = dataVersion();
-    if (loaded && current == loadedVersion)
+    /* The header and the version, which counts what other connections committed, are taken before the load:
+     * what is committed meanwhile is loaded now and once more at the next read. */
+    const IndexHeader header = indexHeader();
+    if (loaded && header == seen && header[0] != 0)
         return contents;
-    loaded = false;
-    execute("BEGIN");
-    {
+    const long long current = dataVersion();
+    if (!loaded || current != loadedVersion) {
+        loaded = false;
+        execute("BEGIN");
         Transaction transaction{database.get()};
         contents = load();
+        loadedVersion = current;
+        loaded = true;
     }
-    loadedVersion = current;
-    loaded = true;
+    seen = header;
     return contents;
-}
-
-void Store::loadSettings(Settings &settings)
-{
-    const Statement rows = prepare("SELECT name, value FROM setting");
-    int result;
-    while ((result = sqlite3_step(rows.get())) == SQLITE_ROW) {
-        const int place = findSetting(columnText(rows.get(), 0));
-        std::string value = columnText(rows.get(), 1);
-        /* A value that its row does not allow, edited in from outside, reads as the factory value. */
-        if (place >= 0 && complaint(allSettings()[static_cast<std::size_t>(place)], value).empty())
-            settings.set(Key(static_cast<std::size_t>(place)), std::move(value));
-    }
-    if (result != SQLITE_DONE)
-        fail("cannot be read");
 }
 
 Contents Store::load()
 {
     Contents loading;
-    loadSettings(loading.settings);
-
-    int result;
-    const Statement faults = prepare("SELECT name, argument FROM fault");
-    while ((result = sqlite3_step(faults.get())) == SQLITE_ROW)
-        loading.faults[columnText(faults.get(), 0)] = columnText(faults.get(), 1);
-    if (result != SQLITE_DONE)
-        fail("cannot be read");
-
-    const Statement users = prepare("SELECT name, administrator FROM user");
-    while ((result = sqlite3_step(users.get())) == SQLITE_ROW)
-        loading.users[columnText(users.get(), 0)] = sqlite3_column_int(users.get(), 1) != 0;
-    if (result != SQLITE_DONE)
-        fail("cannot be read");
+    forEachRow(settingRows, [&](sqlite3_stmt *row) {
+        const int place = findSetting(columnText(row, 0));
+        const std::string_view value = columnText(row, 1);
+        if (place < 0)
+            return;
+        const Key key(static_cast<std::size_t>(place));
+        /* A value that its row does not allow, edited in from outside, reads as the factory value. */
+        if (value != loading.settings.text(key) && complaint(allSettings()[key.index()], value).empty())
+            loading.settings.set(key, std::string(value));
+    });
+    forEachRow(faultRows, [&](sqlite3_stmt *row) {
+        loading.faults[std::string(columnText(row, 0))] = columnText(row, 1);
+    });
+    forEachRow(userRows, [&](sqlite3_stmt *row) {
+        loading.users[std::string(columnText(row, 0))] = sqlite3_column_int(row, 1) != 0;
+    });
     return loading;
 }
 
@@ -233,27 +269,29 @@ void Store::change(const std::function<bool(Contents &)> &edit)
     execute("BEGIN IMMEDIATE");
     Transaction transaction{database.get()};
     const long long current = dataVersion();
-    const Contents before = loaded && current == loadedVersion ? contents : load();
-    Contents after = before;
-    if (!edit(after) || after == before)
+    if (!loaded || current != loadedVersion) {
+        loaded = false;
+        contents = load();
+        loadedVersion = current;
+        loaded = true;
+    }
+    Contents after = contents;
+    if (!edit(after) || after == contents)
         return;
-    write(before, after);
+    write(contents, after);
     execute("COMMIT");
     transaction.open = false;
-    contents = std::move(after);
-    loadedVersion = current; /* its own commits do not count for a connection */
-    loaded = true;
+    contents = std::move(after); /* still of that version: its own commits do not count for a connection */
 }
 
 void Store::write(const Contents &before, const Contents &after)
 {
-    const Statement setting = prepare("INSERT OR REPLACE INTO setting(name, value) VALUES(?1, ?2)");
     for (std::size_t i = 0; i < SettingCount; ++i) {
         if (before.settings.text(Key(i)) == after.settings.text(Key(i)))
             continue;
-        bindText(setting.get(), 1, allSettings()[i].name);
-        bindText(setting.get(), 2, after.settings.text(Key(i)));
-        run(setting);
+        bindText(writeSetting.get(), 1, allSettings()[i].name);
+        bindText(writeSetting.get(), 2, after.settings.text(Key(i)));
+        run(writeSetting);
     }
     if (before.faults != after.faults) {
         execute("DELETE FROM fault");

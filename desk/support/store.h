@@ -10,6 +10,8 @@
 
 #include <sys/types.h>
 
+#include <array>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -72,23 +74,30 @@ class Store
     using Database = std::unique_ptr<sqlite3, Close>;
     using Statement = std::unique_ptr<sqlite3_stmt, Close>;
 
+    /* What the index of the write-ahead log says of the newest commit. */
+    using IndexHeader = std::array<std::uint32_t, 24>;
+
     Statement prepare(const char *sql);
     void execute(const char *sql);
     void run(const Statement &statement);
+    template <class Take>
+    void forEachRow(const Statement &query, Take take);
     [[noreturn]] void fail(const std::string &what) const;
     void create();
     void fill();
     void write(const Contents &before, const Contents &after);
     long long dataVersion();
+    IndexHeader indexHeader();
     Contents load();
-    void loadSettings(Settings &settings);
 
     std::string file;
     dev_t device = 0;
     ino_t inode = 0;
     Database database;
-    Statement version;
+    Statement version, settingRows, faultRows, userRows, writeSetting;
+    const volatile std::uint32_t *index = nullptr; /* in shared memory, the connection's */
     bool loaded = false;
+    IndexHeader seen{}; /* no later than what was loaded */
     long long loadedVersion = 0;
     Contents contents;
 };

@@ -5,6 +5,7 @@
 
 #include <monitor_support.h>
 
+#include <sqlite3.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -102,6 +103,51 @@ TEST_F(Store, ShowsAtOnceWhatAnotherProcessChanged)
     ASSERT_EQ(UpdateDisplayName("Seen", error), 0);
     ASSERT_EQ(command("show display_name"), 0);
     EXPECT_EQ(commandOutput, "Seen\n");
+}
+
+/* Whoever writes the store, by whatever means, and whatever becomes of its write-ahead log meanwhile. */
+TEST_F(Store, ShowsAtOnceWhatWasWrittenByOtherMeans)
+{
+    ASSERT_EQ(registerText(25, 1), "0");
+    sqlite3 *other = nullptr;
+    ASSERT_EQ(sqlite3_open(store.c_str(), &other), SQLITE_OK);
+    const auto run = [&](const std::string &sql) {
+        EXPECT_EQ(sqlite3_exec(other, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK)
+            << sqlite3_errmsg(other);
+    };
+    const auto set = [&](int input) {
+        run("UPDATE setting SET value='" + std::to_string(input) + "' WHERE name='video_input'");
+    };
+    for (int i = 1; i < 24; ++i) {
+        set(i % 3);
+        EXPECT_EQ(registerText(25, 1), std::to_string(i % 3)) << i;
+        if (i % 4 == 0) { /* the log is emptied and begins anew */
+            run("PRAGMA wal_checkpoint(TRUNCATE)");
+            EXPECT_EQ(registerText(25, 1), std::to_string(i % 3)) << i;
+        }
+        if (i % 5 == 0) { /* a change of one's own, and one of the other's after it */
+            char error[ERROR_TEXT_SIZE];
+            ASSERT_EQ(UpdateDisplayName(std::to_string(i).c_str(), error), 0);
+            set((i + 1) % 3);
+            EXPECT_EQ(registerText(25, 1), std::to_string((i + 1) % 3)) << i;
+        }
+    }
+    for (int i = 1; i < 6; ++i) { /* the log is as long as it was, and another */
+        run("PRAGMA wal_checkpoint(TRUNCATE)");
+        set(i % 3);
+        EXPECT_EQ(registerText(25, 1), std::to_string(i % 3)) << i;
+    }
+    run("BEGIN");
+    set(0);
+    EXPECT_EQ(registerText(25, 1), "2") << "not committed";
+    run("ROLLBACK");
+    EXPECT_EQ(registerText(25, 1), "2") << "taken back";
+    run("BEGIN");
+    set(1);
+    run("COMMIT");
+    EXPECT_EQ(registerText(25, 1), "1");
+    EXPECT_EQ(sqlite3_close(other), SQLITE_OK);
+    EXPECT_EQ(registerText(25, 1), "1");
 }
 
 /* Changes of several processes at the same moment add up: none is lost, none fails. */

@@ -92,6 +92,17 @@ class Process
     std::string errors_;
 };
 
+const std::string NAMES =
+    test::intrinsic("EnumerateInstanceNames",
+                    "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"Test_Thing\"/></IPARAMVALUE>");
+
+/** A whole request with the credentials of these tests. */
+std::string post(const std::string &body)
+{
+    return "POST /cimom HTTP/1.1\r\nHost: desk\r\nAuthorization: Basic " + test::base64("operator:secret") +
+           "\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
+}
+
 class Program : public testing::Test
 {
   protected:
@@ -246,12 +257,44 @@ TEST_F(Program, KeepsTheOutputOfProvidersApart)
     setenv("TEST_PROVIDER_TRACE", "1", 1);
     auto process = start({"--provider-output", directory_.file("trace")});
     unsetenv("TEST_PROVIDER_TRACE");
+    const std::string atStart = "the things are set up\n";
+    EXPECT_EQ(test::readFile(directory_.file("trace")), atStart) << "what the provider prints at its start";
+    std::string expected = atStart;
+    test::Client client(port_);
+    for (int i = 0; i < 3; ++i) {
+        const test::HttpAnswer answer = client.exchange(post(NAMES));
+        ASSERT_THAT(answer.body, HasSubstr("<INSTANCENAME "));
+        expected += "the things are named\n";
+        EXPECT_EQ(test::readFile(directory_.file("trace")), expected)
+            << "a client that has its answer finds it";
+    }
     process->signal(SIGTERM);
     const Outcome outcome = process->wait();
     EXPECT_EQ(outcome.code, 0);
     EXPECT_THAT(outcome.output, StartsWith("listening on "));
-    EXPECT_EQ(test::readFile(directory_.file("trace")), "the things are set up\n")
-        << "what the provider prints at its start";
+    EXPECT_EQ(test::readFile(directory_.file("trace")), expected);
+}
+
+/** What a provider has printed tells where it hangs. */
+TEST_F(Program, LeavesAProviderBehindThatDoesNotReturn)
+{
+    setenv("TEST_PROVIDER_TRACE", "1", 1);
+    auto process = start({"--provider-output", directory_.file("trace"), "--provider-timeout", "1"});
+    unsetenv("TEST_PROVIDER_TRACE");
+    test::Client napping(port_);
+    napping.send(
+        post(test::methodCall(1, "Nap", "<PARAMVALUE NAME=\"ms\"><VALUE>600000</VALUE></PARAMVALUE>")));
+    test::Client waiting(port_);
+    std::string answer;
+    while (answer.find("keeping the providers busy") == std::string::npos) {
+        answer = waiting.exchange(post(NAMES)).body;
+        ASSERT_NE(answer, "");
+    }
+    process->signal(SIGTERM);
+    const Outcome outcome = process->wait();
+    EXPECT_EQ(outcome.code, 0);
+    EXPECT_THAT(outcome.errors, HasSubstr("a provider has not returned; leaving without it"));
+    EXPECT_THAT(test::readFile(directory_.file("trace")), EndsWith("a thing naps\n"));
 }
 
 // ------------------------------------------------------------------------------------------------- wbemcli

@@ -48,6 +48,14 @@ std::string nameSpaceOf(const CMPIObjectPath *path)
     return chars(CMGetNameSpace(path, nullptr));
 }
 
+/** Tells what is done, as providers do, where a test wants to read it. */
+void trace(const char *what)
+{
+    if (std::getenv("TEST_PROVIDER_TRACE") != nullptr) {
+        std::puts(what);
+    }
+}
+
 std::string format(const char *pattern, ...) __attribute__((format(printf, 1, 2)));
 
 std::string format(const char *pattern, ...)
@@ -131,6 +139,7 @@ CMPIStatus Test_ThingCleanup(CMPIInstanceMI *, const CMPIContext *, CMPIBoolean)
 CMPIStatus Test_ThingEnumInstanceNames(CMPIInstanceMI *, const CMPIContext *, const CMPIResult *result,
                                        const CMPIObjectPath *reference)
 {
+    trace("the things are named");
     for (int i = 0; i < THINGS; ++i) {
         CMReturnObjectPath(result, thingPath(nameSpaceOf(reference).c_str(), "Test_Thing", i));
     }
@@ -397,6 +406,7 @@ CMPIStatus Test_ThingInvokeMethod(CMPIMethodMI *, const CMPIContext *context, co
     } else if (std::strcmp(method, "Nap") == 0) {
         const CMPIData ms = CMGetArg(in, "ms", &found);
         const int now = ++napping;
+        trace("a thing naps");
         for (int most = mostNapping; now > most && !mostNapping.compare_exchange_weak(most, now);) {
         }
         broker->xft->threadSleep(ms.value.uint32);
@@ -765,9 +775,7 @@ void setUp(const CMPIBroker *given)
     for (int i = 0; i < THINGS; ++i) {
         labels[i] = format("label-%d", i);
     }
-    if (std::getenv("TEST_PROVIDER_TRACE") != nullptr) {
-        std::puts("the things are set up");
-    }
+    trace("the things are set up");
 }
 
 } // namespace
