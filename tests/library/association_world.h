@@ -211,13 +211,15 @@ inline Instance associationInstance(const std::string &className, const std::str
     return instance(path(className), properties);
 }
 
-/** A broker whose enumerations hold what a test says, whatever class is asked for. */
+/** A broker whose enumerations hold what a test says, whatever class is asked for, and come with a status. */
 class BrokerWithElements
 {
   public:
-    explicit BrokerWithElements(const std::vector<Value> &theElements) : usual(broker.bft), table(*broker.bft)
+    explicit BrokerWithElements(const std::vector<Value> &theElements, CMPIrc theRc = CMPI_RC_OK)
+        : usual(broker.bft), table(*broker.bft)
     {
         elements() = theElements;
+        rc() = theRc;
         table.enumerateInstanceNames = [](const CMPIBroker *, const CMPIContext *, const CMPIObjectPath *,
                                           CMPIStatus *status) { return enumeration(status); };
         table.enumerateInstances = [](const CMPIBroker *, const CMPIContext *, const CMPIObjectPath *,
@@ -237,9 +239,14 @@ class BrokerWithElements
         static std::vector<Value> list;
         return list;
     }
+    static CMPIrc &rc()
+    {
+        static CMPIrc code;
+        return code;
+    }
     static CMPIEnumeration *enumeration(CMPIStatus *status)
     {
-        *status = {CMPI_RC_OK, nullptr};
+        *status = {rc(), nullptr};
         auto *made = broker.make<EnumerationObject>();
         made->elements = elements();
         return made;

@@ -184,11 +184,13 @@ struct Admission {
     CMPIStatus status;
 };
 
-Admission admission(const Path &source, const char *resultClass, const char *role, const char *resultRole)
+Admission admission(const Path &source, const char *resultClass, const char *role, const char *resultRole,
+                    const char *leftClass = left, const char *rightClass = right)
 {
     CMPIStatus status = {CMPI_RC_OK, nullptr};
-    const int result = _assoc_check_parameter_const(&broker, broker.newPath(source), "ColorSpace", "Monitor",
-                                                    left, right, resultClass, role, resultRole, &status);
+    const int result =
+        _assoc_check_parameter_const(&broker, broker.newPath(source), "ColorSpace", "Monitor", leftClass,
+                                     rightClass, resultClass, role, resultRole, &status);
     return {result, status};
 }
 
@@ -262,6 +264,40 @@ TEST_F(AssociationEngine, EveryCombinationOfFilters)
     // 3 sources of the left end pass 6 result classes, 3 roles and 3 result roles; of the right end 4, 3
     // and 3.
     EXPECT_EQ(admitted, 3 * 6 * 3 * 3 + 3 * 4 * 3 * 3);
+}
+
+TEST_F(AssociationEngine, ASourceThatFitsBothEndsIsAdmittedInEitherRole)
+{
+    broker.superclasses["ACME_Projector"] = "CIM_Display";
+    const struct {
+        const char *source;
+        const char *leftClass;
+        const char *rightClass;
+        int projector; // admitted as the result class: a subclass of one end, and of the other it is none
+    } cases[] = {
+        {"ZT_Marovelton_Monitor", right, right, 0},
+        {"ACME_StudioMonitor", right, right, 0},
+        {"ZT_Marovelton_Monitor", "CIM_Display", right, 1},
+        {"ZT_Marovelton_Monitor", right, "CIM_Display", 1},
+        {"ACME_StudioMonitor", "CIM_Display", right, 1},
+        {"ACME_StudioMonitor", right, "CIM_Display", 1},
+    };
+    for (const auto &it : cases) {
+        SCOPED_TRACE(std::string(it.source) + " between " + it.leftClass + " and " + it.rightClass);
+        const auto admitted = [&](const char *resultClass, const char *role, const char *resultRole) {
+            return admission(path(it.source), resultClass, role, resultRole, it.leftClass, it.rightClass)
+                .result;
+        };
+        for (const char *role : {static_cast<const char *>(nullptr), "ColorSpace", "Monitor"})
+            for (const char *resultRole : {static_cast<const char *>(nullptr), "ColorSpace", "Monitor"})
+                EXPECT_EQ(admitted(nullptr, role, resultRole), 1);
+        EXPECT_EQ(admitted(nullptr, "Antecedent", nullptr), 0);
+        EXPECT_EQ(admitted(nullptr, nullptr, "Antecedent"), 0);
+        for (const char *resultClass : {"CIM_Display", "ZT_Marovelton_Monitor", "ACME_StudioMonitor"})
+            EXPECT_EQ(admitted(resultClass, nullptr, nullptr), 1) << resultClass;
+        EXPECT_EQ(admitted("ACME_Projector", nullptr, nullptr), it.projector);
+        EXPECT_EQ(admitted("ZT_Marovelton_ColorSpace", nullptr, nullptr), 0);
+    }
 }
 
 TEST_F(AssociationEngine, FiltersTakeOnlyOneForYes)
@@ -415,6 +451,27 @@ TEST_F(AssociationEngine, AnAssociationOfAClassWithItselfHasItsSourceOnTheLeft)
                                                    "Following", colorSpacePath(2))}));
 }
 
+TEST_F(AssociationEngine, ASubclassOfBothEndsIsOnTheLeft)
+{
+    const Path source = monitorPath().ofClass("ACME_StudioMonitor");
+    const Path display = monitorPath().ofClass("CIM_Display");
+    serve({source});
+    serve({display});
+    const struct {
+        const char *leftClass;
+        const char *rightClass;
+        Path farEnd;
+    } cases[] = {{"CIM_Display", right, monitorPath()}, {right, "CIM_Display", display}};
+    for (const auto &it : cases) {
+        const Association chain = {"ZT_Marovelton_ColorModel", it.leftClass, it.rightClass, "Previous",
+                                   "Following"};
+        const EngineAnswer answer = createRefs(_assoc_create_refs_1toN, chain, source, 1, 0);
+        expectResult(answer, 0, CMPI_RC_OK, "");
+        EXPECT_EQ(answer.instance(), associationInstance("ZT_Marovelton_ColorModel", "Previous", source,
+                                                         "Following", it.farEnd));
+    }
+}
+
 TEST_F(AssociationEngine, AFarEndWithoutInstancesIsAnEmptySuccess)
 {
     broker.classes["ZT_Marovelton_ColorSpace"].instances.clear();
@@ -553,6 +610,27 @@ TEST_F(AssociationEngine, EnumerationsThatFail)
         check(1, 0, "CBEnumInstanceNames( _broker, ctx, op, rc)");
     }
     faults.disarm();
+}
+
+TEST_F(AssociationEngine, AnEnumerationThatComesWithAFailureIsNone)
+{
+    for (const CMPIrc rc : {CMPI_RC_ERR_FAILED, CMPI_RC_ERR_ACCESS_DENIED}) {
+        const auto expectNone = [](const EngineAnswer &answer, const char *message) {
+            expectResult(answer, -1, CMPI_RC_ERR_FAILED, message);
+            EXPECT_EQ(answer.returned.size(), 0u);
+        };
+        {
+            const BrokerWithElements instances({embedded(objectAt(colorSpacePath(1)))}, rc);
+            expectNone(createRefs(_assoc_create_refs_1toN, association, monitorPath(), 1, 1),
+                       "CBEnumInstances( _broker, ctx, op, rc)");
+        }
+        const BrokerWithElements names({reference(colorSpacePath(1))}, rc);
+        for (const auto &[inst, associators] : {std::pair(0, 1), std::pair(1, 0), std::pair(0, 0)})
+            expectNone(createRefs(_assoc_create_refs_1toN, association, monitorPath(), inst, associators),
+                       "CBEnumInstanceNames( _broker, ctx, op, rc)");
+        expectNone(createInst(association, path("ZT_Marovelton_ColorModel"), 1, 1),
+                   "CBEnumInstanceNames( _broker, ctx, op, rc)");
+    }
 }
 
 TEST_F(AssociationEngine, AnEmptyElementEndsTheRequest)

@@ -228,6 +228,27 @@ TEST(Channel, TracesOfAWrite)
               "------------- count :1 \n");
 }
 
+TEST(Channel, AWriteThatFailsDoesNotLeave)
+{
+    const std::pair<const char *, int> steps[] = {{"SpearEngineMessageQueueCreate", 1},
+                                                  {"SendStatusMessagetoSource", 1},
+                                                  {"SpearEngineMessageQueueCreate", 2},
+                                                  {"RecvMessageFromSource", 1}};
+    for (const auto &[function, nth] : steps) {
+        SCOPED_TRACE(std::string(function) + " call " + std::to_string(nth));
+        seam.reset();
+        seam.returnsAt(function, nth, -1);
+        const SetterAnswer answer = writeBatch({{LUMINANCE, 120}}, COLOR_SPACE_ID);
+        EXPECT_EQ(answer.result, -1);
+        EXPECT_EQ(answer.trace, "------------- Enter InvokeMethod_Spear()\n"
+                                "------------- count :1 \n"
+                                "------------- registerIds[rowIndx] :0 ---- registerValues[rowIndx]:120 \n"
+                                "------------- Enter ValidateRegisterValue()\n"
+                                "------------- Leave ValidateRegisterValue()\n"
+                                "-------------regCount:1 \n");
+    }
+}
+
 // ---- asking for a group ----
 
 TEST(Channel, GroupRequest)
@@ -240,6 +261,7 @@ TEST(Channel, GroupRequest)
     std::vector<std::string> calls = {"GetMonitorStatus(0)"};
     calls.insert(calls.end(), sendCalls.begin(), sendCalls.end());
     EXPECT_EQ(answer.calls, calls);
+    EXPECT_EQ(answer.trace, "");
 }
 
 TEST(Channel, RequestOfEveryGroup)
@@ -267,6 +289,7 @@ TEST(Channel, BusyTextsOfWriteAndRequestDiffer)
     const SetterAnswer answer = request(PEXAL_INFO_ID);
     expectRefused(answer, "Device is Busy. Please try after some time..");
     EXPECT_CALLS(answer, {"GetMonitorStatus(0)"});
+    EXPECT_EQ(answer.trace, "");
 }
 
 // ---- numbers and texts ----

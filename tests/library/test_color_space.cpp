@@ -131,6 +131,11 @@ TEST(ColorSpace, PublishesEveryPropertyOfAPresetInOrder)
                         "of the Display Management System.")},
                  {"Name", chars("ZT_Marovelton_ColorSpace-BT.709")}});
     EXPECT_CALLS(answer, {"GetColorSpaceInfoById(3)", "GetRegisterValue(1, 0)"});
+    EXPECT_EQ(answer.trace, "--- ZT_Marovelton_ColorSpace CMPI GetInstance() called\n"
+                            "--- ZT_Marovelton_ColorSpace makePath called\n"
+                            "--- ZT_Marovelton_ColorSpace makeInst) called\n"
+                            "--- ZT_Marovelton_ColorSpace makeInst) exited\n"
+                            "--- ZT_Marovelton_ColorSpace CMPI GetInstance() exited\n");
 }
 
 TEST(ColorSpace, EnumeratesSevenInstancesInOrder)
@@ -145,6 +150,7 @@ TEST(ColorSpace, EnumeratesSevenInstancesInOrder)
                                  "ZT_Marovelton_ColorSpace-BT.2020",   "ZT_Marovelton_ColorSpace-DCI P3",
                                  "ZT_Marovelton_ColorSpace-User 1"};
     const char *const gammas[] = {"2.20", "sRGB", "sRGB", "2.20", "2.20", "2.20", "2.20"};
+    std::string trace = "--- ZT_Marovelton_ColorSpace CMPI EnumInstances() called\n";
     for (size_t i = 0; i < 7; ++i) {
         EXPECT_EQ(*presets[i].find("InstanceID"), chars(identifiers()[i]));
         EXPECT_EQ(*presets[i].find("Active"), boolean(i == 1)) << i;
@@ -153,8 +159,12 @@ TEST(ColorSpace, EnumeratesSevenInstancesInOrder)
         EXPECT_EQ(*presets[i].find("Name"), chars(names[i]));
         EXPECT_EQ(*presets[i].find("Gamma"), chars(gammas[i])) << i;
         EXPECT_EQ(presets[i].properties.size(), 26u);
+        trace += "--- ZT_Marovelton_ColorSpace makePath called\n"
+                 "--- ZT_Marovelton_ColorSpace makeInst) called\n"
+                 "--- ZT_Marovelton_ColorSpace makeInst) exited\n";
     }
     EXPECT_SENT(answer, {});
+    EXPECT_EQ(answer.trace, trace + "--- ZT_Marovelton_ColorSpace CMPI EnumInstances() leave \n");
 }
 
 TEST(ColorSpace, ReadsWhileTheEngineIsBusy)
@@ -331,6 +341,7 @@ TEST(ColorSpace, StopsAnEnumerationAtThePresetThatCannotBeRead)
     // Those before it stay returned.
     const std::vector<Instance> presets = answer.instances();
     ASSERT_EQ(presets.size(), 3u);
+    EXPECT_EQ(answer.done, 0);
     EXPECT_EQ(*presets[2].find("InstanceID"), chars("ZT:Marovelton_ColorSpace:3"));
     EXPECT_EQ(seam.count("GetColorSpaceInfoById"), 4);
 }
@@ -342,6 +353,7 @@ TEST(ColorSpace, StopsAnEnumerationOfNamesAtThePathThatCannotBeMade)
     EXPECT_EQ(faults.struck(), "newObjectPath");
     EXPECT_STATUS(answer, CMPI_RC_ERR_FAILED, "Couldn't build objectpath");
     EXPECT_EQ(answer.paths().size(), 2u);
+    EXPECT_EQ(answer.done, 0);
 }
 
 TEST(ColorSpace, ReportsAPresetThatCannotBeReadByGetInstance)

@@ -358,6 +358,30 @@ TEST_P(DeviceAssociations, AnUnrelatedSourceIsAnEmptySuccess)
     }
 }
 
+TEST_P(DeviceAssociations, AFilterCheckThatFailsEndsTheRequest)
+{
+    const auto expectNothing = [](const Answer &answer, const char *message) {
+        expectFailure(answer, CMPI_RC_ERR_FAILED, message);
+        EXPECT_EQ(answer.returned.size(), 0u);
+        EXPECT_EQ(answer.upCalls.size(), 0u);
+    };
+    broker.superclasses["ACME_Left"] = it.leftClass;
+    for (const auto operation : {associators, associatorNames, references, referenceNames}) {
+        Path unreadable = leftObject(1);
+        for (const TextForm form : {TextForm::noString, TextForm::noCharacters, TextForm::noHandle}) {
+            unreadable.classNameForm = form;
+            for (const char *filter : {static_cast<const char *>(nullptr), it.tested->name})
+                expectNothing(operation(*it.tested, unreadable, {.associationClass = filter}),
+                              "Could not get classname of source object path.");
+        }
+        // Without a path of its class it cannot be told what the source is.
+        faults.arm("newObjectPath", 1);
+        const Answer answer = operation(*it.tested, path("ACME_Left"), {});
+        faults.disarm();
+        expectNothing(answer, "Create CMPIObjectPath failed.");
+    }
+}
+
 TEST_P(DeviceAssociations, AssociationClassFilter)
 {
     const size_t count = 2 * it.rightClasses.size();

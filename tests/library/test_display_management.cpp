@@ -218,6 +218,17 @@ TEST(DisplayManagement, ChecksTheTargetOfAMethod)
     }
 }
 
+TEST(DisplayManagement, ChecksTheClassThenTheKeyThenTheMethodName)
+{
+    const Path withoutKey = path("ZT_Marovelton_DisplayManagement");
+    EXPECT_METHOD(invoke(DisplayManagement, path("CIM_System"), "Reboot"), uint32(2), CMPI_RC_ERR_NOT_FOUND,
+                  "Invalid class name");
+    EXPECT_METHOD(invoke(DisplayManagement, withoutKey, "Reboot"), uint32(2), CMPI_RC_ERR_NOT_FOUND,
+                  "Invalid selector(Could not get InstanceID of instance.)");
+    EXPECT_METHOD(invoke(DisplayManagement, withoutKey.with("InstanceID", "other"), "Reboot"), uint32(2),
+                  CMPI_RC_ERR_NOT_FOUND, "This class name does not exist (wrong InstanceID).");
+}
+
 TEST(DisplayManagement, AnswersUnknownMethodsWithTheirName)
 {
     checkUnknownMethods(DisplayManagement, target(),

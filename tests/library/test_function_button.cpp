@@ -106,6 +106,16 @@ TEST(FunctionButton, EnumInstancesGivesEveryPropertyInOrder)
     // No refresh, and no system name in the names.
     EXPECT_CALLS(answer, {"GetFunctionButtonInfoById(0)", "GetFunctionButtonInfoById(1)",
                           "GetFunctionButtonInfoById(2)", "GetFunctionButtonInfoById(3)"});
+    EXPECT_EQ(answer.trace, "--- ZT_Marovelton_FunctionButton CMPI EnumInstances() called\n"
+                            "--- ZT_Marovelton_FunctionButton makeInst) called\n"
+                            "--- ZT_Marovelton_FunctionButton makeInst) exited\n"
+                            "--- ZT_Marovelton_FunctionButton makeInst) called\n"
+                            "--- ZT_Marovelton_FunctionButton makeInst) exited\n"
+                            "--- ZT_Marovelton_FunctionButton makeInst) called\n"
+                            "--- ZT_Marovelton_FunctionButton makeInst) exited\n"
+                            "--- ZT_Marovelton_FunctionButton makeInst) called\n"
+                            "--- ZT_Marovelton_FunctionButton makeInst) exited\n"
+                            "--- ZT_Marovelton_FunctionButton CMPI EnumInstances() leave \n");
 }
 
 TEST(FunctionButton, FieldsMayBeFull)
@@ -132,6 +142,10 @@ TEST(FunctionButton, GetInstanceGivesTheButtonThatIsAskedFor)
         EXPECT_EQ(answer.done, 1);
         EXPECT_EQ(answer.instance(), all[i]);
         EXPECT_CALLS(answer, {"GetFunctionButtonInfoById(" + std::to_string(i) + ")"});
+        EXPECT_EQ(answer.trace, "--- ZT_Marovelton_FunctionButton CMPI GetInstance() called\n"
+                                "--- ZT_Marovelton_FunctionButton makeInst) called\n"
+                                "--- ZT_Marovelton_FunctionButton makeInst) exited\n"
+                                "--- ZT_Marovelton_FunctionButton CMPI GetInstance() exited\n");
     }
 }
 
@@ -150,6 +164,7 @@ TEST(FunctionButton, EnumerationsStopAtTheFirstFailure)
     Answer answer = enumerate(FunctionButton, button(identifiers[0]));
     EXPECT_STATUS(answer, CMPI_RC_ERR_FAILED, "Couldn't build instance");
     EXPECT_EQ(answer.instances().size(), 2u) << "what was returned stays returned";
+    EXPECT_EQ(answer.done, 0);
     EXPECT_EQ(seam.count("GetFunctionButtonInfoById"), 3);
     EXPECT_STATUS(get(FunctionButton, button(identifiers[2])), CMPI_RC_ERR_FAILED, "Couldn't build instance");
     EXPECT_STATUS(get(FunctionButton, button(identifiers[3])), CMPI_RC_OK, "");
@@ -158,6 +173,7 @@ TEST(FunctionButton, EnumerationsStopAtTheFirstFailure)
     answer = enumerateNames(FunctionButton, button(identifiers[0]));
     EXPECT_STATUS(answer, CMPI_RC_ERR_FAILED, "Couldn't build objectpath");
     EXPECT_EQ(answer.paths().size(), 3u);
+    EXPECT_EQ(answer.done, 0);
 }
 
 TEST(FunctionButton, BuildersTellWhatFailed)

@@ -408,6 +408,22 @@ TEST(ImageAdjustment, SendsEverySetting)
     checkSender(setDisplayed4KCorner, nextCorner, {.reply = "Failed to set the value to Source Scaling."});
 }
 
+TEST(ImageAdjustment, SendsTheLow16Bits)
+{
+    for (const Setting &setting : settings) {
+        SCOPED_TRACE(setting.method);
+        std::array<uint8_t, 40> message = bytes(setting.sentAtMin);
+        message[14] = 0x45;
+        message[15] = 0x23;
+        EXPECT_SENT(call([&](char *errorText) { return setting.setter(0x12345, errorText); }),
+                    {hex(message)});
+    }
+    EXPECT_SENT(call([](char *errorText) { return set4KSourceScaling(0x12345, errorText); }),
+                {"01 00 00 00 03 00 07 00 00 01 02 00 20 00 45 23 ..."});
+    EXPECT_SENT(call([](char *errorText) { return Set4KRegionPosition(-1, 0x12345, errorText); }),
+                {"01 00 00 00 03 00 07 00 00 02 02 00 2C 00 FF FF 00 00 00 2D 00 45 23 ..."});
+}
+
 TEST(ImageAdjustment, SendsBothCoordinatesInOneMessage)
 {
     checkSender([](char *errorText) { return Set4KRegionPosition(1536, 498, errorText); },

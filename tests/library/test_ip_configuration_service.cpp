@@ -156,6 +156,52 @@ TEST_F(IPConfiguration, APathWithoutTheRecordGoesOutWithoutKeys)
     }
 }
 
+TEST_F(IPConfiguration, TheObjectsTakeTheNameOfTheSystem)
+{
+    const auto expectNames = [](const TestedClass &tested, const std::string &system, const char *suffix) {
+        const Path key = enumerateNames(tested, path(tested.name)).path();
+        EXPECT_KEYS(key, {{"CreationClassName", chars(tested.name)},
+                          {"Name", chars(system + suffix)},
+                          {"SystemName", chars(system)},
+                          {"SystemCreationClassName", chars("Linux_ComputerSystem")}});
+        const Answer answer = get(tested, key);
+        EXPECT_STATUS(answer, CMPI_RC_OK, "");
+        const Instance found = answer.instance();
+        EXPECT_EQ(*found.find("Name"), chars(system + suffix));
+        EXPECT_EQ(*found.find("SystemName"), chars(system));
+    };
+    setField(seam.monitor.DisplayName, "");
+    expectNames(IPConfigurationService, "192.0.2.17", "-IPConfigurationService");
+    expectNames(IPNetworkConnection, "192.0.2.17", "-IPNetworkConnection");
+    fillField(seam.monitor.DisplayName, 'd');
+    expectNames(IPConfigurationService, "ddddddddddddddddddddddddd", "-IPConfigurationService");
+    expectNames(IPNetworkConnection, "ddddddddddddddddddddddddd", "-IPNetworkConnection");
+}
+
+TEST_F(IPConfiguration, WithoutTheRecordNoKeyCanBeChecked)
+{
+    const char *const text = "Could not get monitor information from database.";
+    seam.returns("GetMoinitorInfo", 1);
+    for (const Answer &answer :
+         {get(IPConfigurationService, service()), get(IPNetworkConnection, connection())}) {
+        EXPECT_STATUS(answer, CMPI_RC_ERR_FAILED, text);
+        EXPECT_EQ(answer.returned.size(), 0u);
+    }
+    const Answer answer = apply();
+    EXPECT_METHOD(answer, uint32(1), CMPI_RC_ERR_FAILED, text);
+    EXPECT_CALLS(answer, {"GetMoinitorInfo()"});
+}
+
+TEST_F(IPConfiguration, GetInstanceSaysThatTheInstanceCannotBeBuilt)
+{
+    seam.returnsAt("GetMoinitorInfo", 2, 1); // the keys take the record once, the instance takes it again
+    for (const Answer &answer :
+         {get(IPConfigurationService, service()), get(IPNetworkConnection, connection())}) {
+        EXPECT_STATUS(answer, CMPI_RC_ERR_FAILED, "Couldn't build instance");
+        EXPECT_EQ(answer.returned.size(), 0u);
+    }
+}
+
 TEST_F(IPConfiguration, ABuilderNamesWhatFailed)
 {
     const std::vector<RecordRead> records = {
@@ -251,6 +297,7 @@ TEST_F(IPConfiguration, TheSettingDataIsAReferenceToOneOfTwoObjects)
     refused({.setting = absent()}, CMPI_RC_ERR_INVALID_PARAMETER, "Required argument SettingData missing.");
     refused({.setting = "text"}, CMPI_RC_ERR_INVALID_PARAMETER, "Invalid type of parameter(SettingData).");
     refused({.setting = nullReference()}, CMPI_RC_ERR_INVALID_PARAMETER, "Invalid parameter(SettingData).");
+    refused({.setting = nullOf(CMPI_ref)}, CMPI_RC_ERR_INVALID_PARAMETER, "Invalid parameter(SettingData).");
     Path nameless = staticSetting();
     nameless.classNameForm = TextForm::noCharacters;
     refused({.setting = reference(nameless)}, CMPI_RC_ERR_FAILED, "Could not get classname of SettingData");
@@ -294,11 +341,26 @@ TEST_F(IPConfiguration, RemoteManagementHasToBeEnabled)
     refused({}, CMPI_RC_ERR_FAILED, "Failed to get remote management info.");
 }
 
+TEST_F(IPConfiguration, TheFirstCheckThatFailsDecides)
+{
+    const Value wrong = reference(dhcpSetting().with("InstanceID", "wrong"));
+    seam.returns("GetRemoteManagementServerInfo", 1);
+    refused({.setting = wrong}, CMPI_RC_ERR_INVALID_PARAMETER,
+            "This Input class does not exist (wrong InstanceID).");
+    seam.returns("GetRemoteManagementServerInfo", 0);
+    seam.remote.RemoteManagementEnabled = 0;
+    seam.status = BUSY;
+    refused({}, CMPI_RC_ERR_FAILED, "Remote management status is disabled.");
+}
+
 TEST_F(IPConfiguration, EachStepOfTheSendMayFail)
 {
     seam.status = BUSY;
     refused({}, CMPI_RC_ERR_FAILED, "Device is Busy. Please try after some time.");
-    seam.status = FREE;
+    for (const int status : {2, -1, static_cast<int>(FREE)}) { // only BUSY is busy
+        seam.status = status;
+        EXPECT_SENT(apply(), {staticMode});
+    }
     seam.returns("SpearEngineMessageQueueCreate", -1);
     refused({}, CMPI_RC_ERR_FAILED, "Unable to create a message queue for sending message.");
     seam.returns("SpearEngineMessageQueueCreate", 5); // only -1 is a failure

@@ -132,6 +132,19 @@ TEST_F(Endpoints, HaveAllTheirProperties)
     EXPECT_EQ(answer.instances()[1].properties, properties("IPv4_eth0", "192.168.1.20", "255.255.255.0", 2));
 }
 
+TEST_F(Endpoints, TakeTheNameOfTheSystem)
+{
+    const auto expectSystem = [](const std::string &name) {
+        const Path key = enumerateNames(IPProtocolEndpoint, enumeration).paths().at(1);
+        EXPECT_EQ(findEntry(key.keys, "SystemName")->value, chars(name));
+        EXPECT_EQ(*only("IPv4_eth0").find("SystemName"), chars(name));
+    };
+    setField(seam.monitor.DisplayName, "");
+    expectSystem("192.0.2.17");
+    fillField(seam.monitor.DisplayName, 'd');
+    expectSystem("ddddddddddddddddddddddddd");
+}
+
 TEST_F(Endpoints, RunTheseCommands)
 {
     ipPEndpointList *list = nullptr;
@@ -177,14 +190,27 @@ TEST_F(Endpoints, ThereAreNoneWithOneLineOrNoneOfOutput)
 
 TEST_F(Endpoints, CannotBeListedWhenTheKernelsTableCannotBeRead)
 {
-    seam.commands["cat /proc/net/dev"] = {.status = 1, .noOutput = true};
-    for (const Answer &answer :
-         {enumerateNames(IPProtocolEndpoint, enumeration), enumerate(IPProtocolEndpoint, enumeration)}) {
-        EXPECT_STATUS(answer, CMPI_RC_ERR_FAILED, "Could not list IP protocol endpoints.");
-        EXPECT_TRUE(answer.returned.empty());
+    for (const CommandScript &script :
+         {CommandScript{.status = 1, .noOutput = true}, CommandScript{.status = 1, .output = {}}}) {
+        seam.commands["cat /proc/net/dev"] = script;
+        for (const Answer &answer :
+             {enumerateNames(IPProtocolEndpoint, enumeration), enumerate(IPProtocolEndpoint, enumeration)}) {
+            EXPECT_STATUS(answer, CMPI_RC_ERR_FAILED, "Could not list IP protocol endpoints.");
+            EXPECT_TRUE(answer.returned.empty());
+        }
+        EXPECT_STATUS(get(IPProtocolEndpoint, endpoint("IPv4_eth0")), CMPI_RC_ERR_NOT_FOUND,
+                      "IPProtocolEndpoint does not exist.");
     }
-    EXPECT_STATUS(get(IPProtocolEndpoint, endpoint("IPv4_eth0")), CMPI_RC_ERR_NOT_FOUND,
-                  "IPProtocolEndpoint does not exist.");
+}
+
+TEST_F(Endpoints, AreListedFromWhatACommandPrintedBeforeItFailed)
+{
+    seam.commands["cat /proc/net/dev"].status = 1;
+    EXPECT_STATUS(enumerateNames(IPProtocolEndpoint, enumeration), CMPI_RC_OK, "");
+    const Answer answer = enumerate(IPProtocolEndpoint, enumeration);
+    EXPECT_STATUS(answer, CMPI_RC_OK, "");
+    EXPECT_EQ(answer.instances().size(), 2U);
+    EXPECT_EQ(only("IPv4_eth0").properties, properties("IPv4_eth0", "192.168.1.20", "255.255.255.0", 2));
 }
 
 TEST_F(Endpoints, AWalkStopsAtTheFirstThatCannotBeBuilt)
@@ -267,6 +293,9 @@ TEST_F(Endpoints, OddOutputIsTakenForWhatItIs)
         {"\n", "NULL", "NULL"},
         {"", "NULL", "NULL"},
         {"inet addr", "NULL", "NULL"},
+        // The address is what follows the first colon of the line.
+        {"  alias:eth0:1 inet addr:10.0.0.1  Mask:255.0.0.0\n", "eth0:1", "255.0.0.0"},
+        {"  alias: inet addr:10.0.0.1\n", "", "NULL"},
     };
     for (const auto &row : lines) {
         interfaceIsUp("eth0", row.line);
@@ -396,6 +425,34 @@ TEST_F(Endpoints, TheLookupHandsTheRecordOver)
     EXPECT_EQ(get_ipProtocolEndpoint_data("IPv4_lo", &record), -1);
     free_ipProtocolEndpoint(nullptr);
     free_ipPEndpointList(nullptr);
+}
+
+TEST_F(Endpoints, TheFirstOfTwoOfOneNameIsFound)
+{
+    interfaces({"  eth0: 1\n", "  eth0: 2\n"});
+    seam.returnsAt("runcommand(/sbin/ifconfig | grep eth0)", 2, 1); // the second is down
+    const Answer answer = enumerate(IPProtocolEndpoint, enumeration);
+    ASSERT_EQ(answer.instances().size(), 2U);
+    EXPECT_EQ(answer.instances()[1].properties, properties("IPv4_eth0", "192.168.1.20", "255.255.255.0", 3));
+    EXPECT_EQ(only("IPv4_eth0").properties, properties("IPv4_eth0", "192.168.1.20", "255.255.255.0", 2));
+}
+
+TEST_F(Endpoints, ARecordIsFilledForTheNameOfItsEndpoint)
+{
+    auto *node = static_cast<ipPEndpointList *>(calloc(1, sizeof(ipPEndpointList)));
+    EXPECT_EQ(_ipProtocolEndpoint_data("IPv4_eth0", node), 0);
+    EXPECT_EQ(node->next, nullptr);
+    ASSERT_NE(node->sptr, nullptr);
+    EXPECT_STREQ(node->sptr->name, "IPv4_eth0");
+    EXPECT_STREQ(node->sptr->address, "192.168.1.20");
+    EXPECT_STREQ(node->sptr->subnetmask, "255.255.255.0");
+    EXPECT_EQ(node->sptr->enabled, 2);
+    EXPECT_EQ(node->sptr->type, 2);
+    EXPECT_EQ(node->sptr->version, 1);
+    EXPECT_EQ(seam.calls,
+              (std::vector<std::string>{"runcommand(/sbin/ifconfig | grep eth0)", "freeresultbuf()",
+                                        "runcommand(/sbin/ifconfig eth0)", "freeresultbuf()"}));
+    free_ipPEndpointList(node);
 }
 
 // ---- torture ----

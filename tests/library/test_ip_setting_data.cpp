@@ -210,6 +210,30 @@ TEST(IPSettingData, TheAccumulatedSettingHasAllItsProperties)
     EXPECT_CALLS(answer, {"GetMoinitorInfo()"});
 }
 
+TEST(IPSettingData, TakesTheNameOfTheSystem)
+{
+    const auto expectTexts = [](const std::string &system) {
+        const struct {
+            const TestedClass &tested;
+            const char *property;
+            const char *suffix;
+        } texts[] = {
+            {ExtendedStaticIPAssignmentSettingData, "Name", "-ExtendedStaticIPAssignmentSettingData"},
+            {ExtendedStaticIPAssignmentSettingData, "ConfigurationName", "-IPConfigurationMode"},
+            {DHCPSettingData, "Name", "-DHCPSettingData"},
+            {DHCPSettingData, "ConfigurationName", "-IPConfigurationMode"},
+            {IPAssignmentSettingData, "ConfigurationName", "-IPConfigurationAccumulator"},
+        };
+        for (const auto &[tested, property, suffix] : texts)
+            EXPECT_EQ(*enumerate(tested, path(tested.name)).instance().find(property), chars(system + suffix))
+                << tested.name;
+    };
+    setField(seam.monitor.DisplayName, "");
+    expectTexts("192.0.2.17");
+    fillField(seam.monitor.DisplayName, 'd');
+    expectTexts("ddddddddddddddddddddddddd");
+}
+
 TEST(IPSettingData, TheIPVersionHasNoProperties)
 {
     const Answer answer = get(IPVersionSettingData, byInstanceID("ZT_Marovelton_IPVersionSettingData",
@@ -245,7 +269,9 @@ TEST(IPSettingData, BuildersNameTheRecordThatFailed)
 
 TEST(IPSettingData, TheIPVersionFailsToBuild)
 {
-    checkBuildFailures(IPVersionSettingData, path("ZT_Marovelton_IPVersionSettingData"), {});
+    checkBuildFailures(
+        IPVersionSettingData,
+        byInstanceID("ZT_Marovelton_IPVersionSettingData", "ZT:Marovelton_IPVersionSettingData"), {});
 }
 
 // ---- modifying the static setting ----
@@ -306,12 +332,16 @@ TEST(StaticIPModification, EachAddressHasToBeThere)
 
 TEST(StaticIPModification, SendsWhateverTheParserLeaves)
 {
-    seam.returns("ParseIPV4Address(nonsense)", -1); // and the octets as the parser leaves them
+    seam.returns("ParseIPV4Address(nonsense)", -1);
+    seam.octetsOfRefused = {0xDE, 0xAD, 0xBE, 0xEF};
     const Answer answer = modifyStatic({.address = stringArray({"nonsense"})});
     EXPECT_STATUS(answer, CMPI_RC_OK, "");
-    ASSERT_EQ(answer.sent.size(), 1U);
-    EXPECT_EQ(answer.sent[0].bytes[9], 4);
-    EXPECT_EQ(answer.sent[0].bytes[19], 0x57);
+    EXPECT_SENT(answer, {"01 00 00 00 03 00 07 00 00 04 04 "
+                         "00 56 00 01 00 00 00 "
+                         "01 57 00 DE AD BE EF "
+                         "01 58 00 FF FF FF 00 "
+                         "01 59 00 C0 A8 07 01 "
+                         "00"});
 }
 
 TEST(StaticIPModification, NeedsAnAdministrator)
@@ -353,7 +383,10 @@ TEST(StaticIPModification, EachStepOfTheSendMayFail)
     seam.status = BUSY;
     refused({}, "Device is Busy. Please try after some time");
     refused({.gateway = absent()}, "Could not get GatewayAddresses");
-    seam.status = FREE;
+    for (const int status : {2, -1, static_cast<int>(FREE)}) { // only BUSY is busy
+        seam.status = status;
+        EXPECT_SENT(modifyStatic(), {staticConfiguration});
+    }
     for (const int result : {-1, 5}) { // here every result but 0 is a failure
         seam.returns("SpearEngineMessageQueueCreate", result);
         refused({}, "Unable to create a message queue for sending message.");

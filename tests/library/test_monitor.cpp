@@ -222,6 +222,12 @@ TEST(Monitor, RefreshThatFailsEndsTheRead)
         SCOPED_TRACE(std::to_string(groupsBefore) + " groups before");
         checkFailuresOfRefresh(Monitor, monitorPath(), groupsBefore);
     }
+    // The second group is not asked for when the first cannot be read.
+    seam.returnsAt("RecvMessageFromSource", 1, -1);
+    for (const Read &read : reads) {
+        SCOPED_TRACE(read.name);
+        EXPECT_SENT(read.run(), {refreshOfIdentity});
+    }
 }
 
 TEST(Monitor, BusyEngineIsNotRead)
@@ -309,12 +315,15 @@ TEST(Monitor, GetInstanceNeedsNoName)
 
 TEST(Monitor, TracesOfReads)
 {
-    EXPECT_TRUE(enumerateNames(Monitor, monitorClass)
-                    .trace.ends_with("--- ZT_Marovelton_Monitor CMPI EnumInstanceNames() exited"));
-    EXPECT_EQ(enumerate(Monitor, monitorClass).trace.find("EnumInstances()"), std::string::npos);
-    const std::string trace = get(Monitor, monitorPath()).trace;
-    EXPECT_TRUE(trace.starts_with("--- ZT_Marovelton_Monitor CMPI GetInstance() called\n")) << trace;
-    EXPECT_TRUE(trace.ends_with("--- ZT_Marovelton_Monitor CMPI GetInstance() exited\n")) << trace;
+    EXPECT_EQ(enumerateNames(Monitor, monitorClass).trace,
+              "--- ZT_Marovelton_Monitor makePath called\n"
+              "--- ZT_Marovelton_Monitor CMPI EnumInstanceNames() exited");
+    EXPECT_EQ(enumerate(Monitor, monitorClass).trace, "--- ZT_Marovelton_Monitor makeInst) called\n"
+                                                      "--- ZT_Marovelton_Monitor makeInst) exited\n");
+    EXPECT_EQ(get(Monitor, monitorPath()).trace, "--- ZT_Marovelton_Monitor CMPI GetInstance() called\n"
+                                                 "--- ZT_Marovelton_Monitor makeInst) called\n"
+                                                 "--- ZT_Marovelton_Monitor makeInst) exited\n"
+                                                 "--- ZT_Marovelton_Monitor CMPI GetInstance() exited\n");
 }
 
 TEST(Monitor, TraceOfAGetInstanceThatIsRefused)
@@ -342,6 +351,18 @@ TEST(Monitor, KeysOfMethods)
     // The keys come before the method name.
     EXPECT_METHOD(invoke(Monitor, monitorPath().with("SystemName", "other"), "Reboot"), failed,
                   CMPI_RC_ERR_NOT_FOUND, "This instance does not exist (wrong SystemName).");
+}
+
+TEST(Monitor, TheKeysComeBeforeTheRights)
+{
+    for (const User &user : {User("operator"), User("nobody"), noUser()}) {
+        SCOPED_TRACE(describe(user));
+        const Answer answer = invoke(Monitor, monitorPath().with("SystemName", "other"), "SetName",
+                                     {{"Name", "Studio 8"}}, user);
+        EXPECT_METHOD(answer, failed, CMPI_RC_ERR_NOT_FOUND,
+                      "This instance does not exist (wrong SystemName).");
+        EXPECT_CALLS(answer, {"GetMoinitorInfo()"});
+    }
 }
 
 TEST(Monitor, MethodsDoNotLookAtTheDeviceID)
@@ -645,6 +666,11 @@ TEST(Monitor, SettingFunctionsThemselves)
                 {"01 00 00 00  03 00  07 00  00 01 01  00 1A 00 78 56 00 00  ..."});
     EXPECT_SENT(call([](char *errorText) { return SetActiveColorSpace(-1, errorText); }),
                 {"01 00 00 00  03 00  07 00  00 01 00  00 01 00 FF FF 00 00  ..."});
+    // But the command to power off is 1, whatever the state.
+    EXPECT_SENT(call([](char *errorText) { return DoSoftPowerState(1, errorText); }),
+                {"01 00 00 00  03 00  07 00  00 01 10  00 B4 00 01 00 00 00  ..."});
+    EXPECT_SENT(call([](char *errorText) { return DoSoftPowerState(7, errorText); }),
+                {"01 00 00 00  03 00  07 00  00 01 10  00 B4 00 01 00 00 00  ..."});
 }
 
 // ---- methods: references ----
@@ -739,7 +765,8 @@ TEST(Monitor, ChoicesHaveToBeReferences)
         SCOPED_TRACE(choice.method);
         for (const Value &missing :
              {absent(), readFails(CMPI_RC_ERR_NO_SUCH_PROPERTY), readFails(CMPI_RC_ERR_FAILED),
-              notFoundState(CMPI_ref), notFoundState(CMPI_null), nullOf(CMPI_null)}) {
+              notFoundState(CMPI_ref), notFoundState(CMPI_null), nullOf(CMPI_null), nullOf(CMPI_string),
+              nullOf(CMPI_uint16)}) {
             SCOPED_TRACE(describe(missing));
             expectChoiceRefused(choice, missing, CMPI_RC_ERR_INVALID_PARAMETER, choice.missing);
         }

@@ -999,6 +999,28 @@ TEST(SAPSAPDependencyAssociation, TheManagementEndpointOnly)
                   "Could not get key of instance.");
 }
 
+TEST(SAPSAPDependencyAssociation, ReferenceNamesOfAnEndpoint)
+{
+    serveWorld();
+    for (const char *name : {"IPv4_eth0", "IPv4_lo"}) {
+        const Answer answer = referenceNames(SAPSAPDependency, endpointPath(name));
+        expectFailure(answer, CMPI_RC_ERR_FAILED, "Could not get key of instance.");
+        EXPECT_EQ(answer.returned.size(), 0u);
+        EXPECT_EQ(answer.trace, endpointCalled +
+                                    "targetName is ZT_Marovelton_IPNetworkConnection\n"
+                                    "--- get_instance_from_key called---\n"
+                                    "--- get_instance_from_key Association is ASSOC_LEFT_RIGHT---\n"
+                                    "get_instance_from_key : Source Key is " +
+                                    name + "\nget_instance_from_key : 1111\n");
+    }
+    const BrokerWithNamedInstances named(Entries{{"CreationClassName", "anything"}});
+    const Answer answer = referenceNames(SAPSAPDependency, endpointPath("IPv4_eth0"));
+    expectSuccess(answer, 1);
+    EXPECT_EQ(answer.path(), associationPath("ZT_Marovelton_SAPSAPDependency", "Antecedent", connectionPath(),
+                                             "Dependent", endpointPath("IPv4_eth0")));
+    expectEmptySuccess(referenceNames(SAPSAPDependency, endpointPath("IPv4_lo")));
+}
+
 // ---- HostedAccessPoint and OrderedComponent ----
 
 TEST(HostedAccessPointAssociation, ReferenceNames)

@@ -199,6 +199,22 @@ TEST(OSDMenuAndMessages, SettingsSendTheirRegisters)
                 {.reply = "Failed to set value to display rotation."});
 }
 
+TEST(OSDMenuAndMessages, SettingsSendTheLow16Bits)
+{
+    const std::pair<int (*)(int, char *), const char *> settings[] = {
+        {SetMenuAndMessageTimeOut, "01 00 00 00 03 00 07 00 00 01 06 00 6B 00 45 23 ..."},
+        {SetNotifyWhenRecalibrationIsDueState, "01 00 00 00 03 00 07 00 00 01 06 00 68 00 45 23 ..."},
+        {SetShowInfoWhenColorSpaceChangeState, "01 00 00 00 03 00 07 00 00 01 06 00 66 00 45 23 ..."},
+        {SetShowInfoWhenInputSourceChangeState, "01 00 00 00 03 00 07 00 00 01 06 00 65 00 45 23 ..."},
+        {SetShowInfoWhenPoweredOnState, "01 00 00 00 03 00 07 00 00 01 06 00 64 00 45 23 ..."},
+        {setDisplayRotation, "01 00 00 00 03 00 07 00 00 01 06 00 6E 00 45 23 ..."},
+    };
+    for (const auto &[setter, golden] : settings)
+        EXPECT_SENT(call([setter = setter](char *text) { return setter(0x12345, text); }), {golden});
+    EXPECT_SENT(call([](char *text) { return SetOSDPosition(-1, 0x12345, text); }),
+                {"01 00 00 00 03 00 07 00 00 02 06 00 69 00 FF FF 00 00 00 6A 00 45 23 ..."});
+}
+
 // ---- methods of one argument ----
 
 TEST(OSDMenuAndMessages, MethodsOfOneArgument)
@@ -359,6 +375,15 @@ TEST(OSDMenuAndMessages, UnknownLanguagesHaveNoCode)
         EXPECT_EQ(GetLanguageValue(language), -1);
         EXPECT_EQ(traceText(), "Invalid one\n");
     }
+}
+
+TEST(OSDMenuAndMessages, AnUnknownLanguageIsSentAsMinusOne)
+{
+    // The method's range keeps such a language from its sender.
+    const SetterAnswer answer = call([](char *text) { return SetLanguage(10, text); });
+    EXPECT_EQ(answer.result, 0);
+    EXPECT_SENT(answer, {"01 00 00 00 03 00 07 00 00 01 06 00 6D 00 FF FF ..."});
+    EXPECT_EQ(answer.trace, "---------langval:10\nInvalid one\n--------- after langval:-1\n");
 }
 
 TEST(OSDMenuAndMessages, ABusyEngineIsToldNoLanguage)

@@ -604,6 +604,28 @@ TEST(PictureInPicture, PositionLimitsFollowTheLiveSize)
     }
 }
 
+TEST(PictureInPicture, PositionsBeyondIntAreOutOfRange)
+{
+    everythingIsPossible();
+    const auto refuses = [](const char *x, const char *y, const char *text) {
+        SCOPED_TRACE(std::string(x) + ", " + y);
+        const Answer answer = setPosition(x, y);
+        EXPECT_METHOD(answer, uint32(2), CMPI_RC_ERR_INVALID_PARAMETER, text);
+        EXPECT_SENT(answer, {refreshed});
+    };
+    // 4294967496 keeps 200 in its low 32 bits.
+    for (const char *beyond : {"4294967496", "2147483648", "-2147483649", "99999999999999999999"}) {
+        refuses(
+            beyond, "200",
+            "Invalid values, PIP Size is default. Valid Values of PIPPositionX are between 160 and 1688.");
+        refuses("200", beyond,
+                "Invalid values, PIP Size is default. Valid values of PIPPositionY are between 160 and 880.");
+        refuses(beyond, beyond,
+                "Invalid values, PIP Size is default. Valid Values of PIPPositionX are between 160 and 1688 "
+                "and Valid values of PIPPositionY are between 160 and 880.");
+    }
+}
+
 TEST(PictureInPicture, PositionIsSentWithItsPreset)
 {
     everythingIsPossible();
@@ -689,6 +711,24 @@ TEST(PictureInPicture, DigitalCinemaLooksAtTheResolutionBeforeTheRange)
             invoke(PictureInPicture, target(), "SetDigitalCinemaOption", {{"DigitalCinemaOption", option}}),
             uint32(2), CMPI_RC_ERR_NOT_SUPPORTED,
             "PIP active resolution does not support DCI. Unable to set the value");
+}
+
+TEST(PictureInPicture, DigitalCinemaLooksAtTheModeBeforeTheResolution)
+{
+    everythingIsPossible();
+    liveMode("0");
+    const auto refuses = [] {
+        const Answer answer =
+            invoke(PictureInPicture, target(), "SetDigitalCinemaOption", {{"DigitalCinemaOption", "1"}});
+        EXPECT_METHOD(answer, uint32(2), CMPI_RC_ERR_NOT_SUPPORTED,
+                      "PIP mode is off. Unable to set the value");
+        ASSERT_FALSE(answer.calls.empty());
+        EXPECT_EQ(answer.calls.back(), "GetRegisterValue(50, 3)") << "the resolution is not read";
+    };
+    liveResolution("3840", "2160");
+    refuses();
+    seam.returns("GetRegisterValue(65, 3)", -1);
+    refuses();
 }
 
 TEST(PictureInPicture, DigitalCinemaFailsWhenTheResolutionCannotBeRead)

@@ -118,6 +118,25 @@ TEST(RemoteServices, APathWithoutTheRecordGoesOutWithoutKeys)
     }
 }
 
+TEST(RemoteServices, WithoutTheRecordNoKeyCanBeChecked)
+{
+    const char *const text = "Could not get monitor information from database.";
+    seam.returns("GetMoinitorInfo", 1);
+    for (const Service &service : services) {
+        Answer answer = get(service.tested, target(service));
+        EXPECT_STATUS(answer, CMPI_RC_ERR_FAILED, text);
+        EXPECT_EQ(answer.returned.size(), 0u);
+        EXPECT_CALLS(answer, {"GetMoinitorInfo()"});
+        answer = requestState(service, "3");
+        EXPECT_METHOD(answer, uint32(2), CMPI_RC_ERR_FAILED, text);
+        EXPECT_CALLS(answer, {"GetMoinitorInfo()"});
+    }
+    const Answer answer = invoke(WSManagementService, target(listener), "SetWSIdentifyEnabledState",
+                                 {{"WSIdentifySupportEnabled", "1"}}, "admin");
+    EXPECT_METHOD(answer, uint32(2), CMPI_RC_ERR_FAILED, text);
+    EXPECT_CALLS(answer, {"GetMoinitorInfo()"});
+}
+
 // ---- the instances ----
 
 TEST(RemoteServices, TheWebServerHasAllItsProperties)
@@ -176,9 +195,11 @@ TEST(RemoteServices, AnythingButOneIsDisabled)
 
 TEST(RemoteServices, IdentifyIsTheLowByteOfTheRecord)
 {
-    seam.remote.WSIdentifySupport = 256;
-    EXPECT_EQ(*get(WSManagementService, target(listener)).instance().find("WSIdentifySupportEnabled"),
-              boolean(0));
+    for (const auto &[stored, shown] : {std::pair(256, 0), std::pair(257, 1), std::pair(2, 2)}) {
+        seam.remote.WSIdentifySupport = stored;
+        EXPECT_EQ(*get(WSManagementService, target(listener)).instance().find("WSIdentifySupportEnabled"),
+                  boolean(shown));
+    }
 }
 
 TEST(RemoteServices, ABuilderNamesTheRecordThatFailed)
@@ -200,6 +221,20 @@ TEST(RemoteServices, ABuilderNamesTheRecordThatFailed)
                    .arrays = 1});
 }
 
+TEST(RemoteServices, GetInstanceSaysThatTheInstanceCannotBeBuilt)
+{
+    for (const Service &service : services)
+        // The keys take the monitor's record once, the instance takes it again.
+        for (const auto &[record, nth] :
+             {std::pair("GetRemoteManagementServerInfo", 1), std::pair("GetMoinitorInfo", 2)}) {
+            seam.reset();
+            seam.returnsAt(record, nth, 1);
+            const Answer answer = get(service.tested, target(service));
+            EXPECT_STATUS(answer, CMPI_RC_ERR_FAILED, "Couldn't build instance");
+            EXPECT_EQ(answer.returned.size(), 0u);
+        }
+}
+
 // ---- switching a service ----
 
 TEST(RemoteServices, RequestStateChangeSwitchesOnAndOff)
@@ -218,11 +253,13 @@ TEST(RemoteServices, RequestStateChangeSwitchesOnAndOff)
 
 TEST(RemoteServices, NoReplyIsAwaited)
 {
-    *webServer.enabled = 0;
-    const Answer answer = requestState(webServer, "2");
-    EXPECT_CALLS(answer, {"GetMoinitorInfo()", "IsAdminUser(admin)", "ValidateInputArgs(2, 2, 3)",
-                          "GetRemoteManagementServerInfo()", "GetMonitorStatus(0)",
-                          "SpearEngineMessageQueueCreate(0)", "SendStatusMessagetoSource(100)"});
+    for (const Service &service : services) {
+        *service.enabled = 0;
+        EXPECT_CALLS(requestState(service, "2"),
+                     {"GetMoinitorInfo()", "IsAdminUser(admin)", "ValidateInputArgs(2, 2, 3)",
+                      "GetRemoteManagementServerInfo()", "GetMonitorStatus(0)",
+                      "SpearEngineMessageQueueCreate(0)", "SendStatusMessagetoSource(100)"});
+    }
 }
 
 TEST(RemoteServices, AServiceThatIsEnabledIsNotEnabledAgain)
@@ -237,6 +274,17 @@ TEST(RemoteServices, AServiceThatIsEnabledIsNotEnabledAgain)
         EXPECT_METHOD(answer, uint32(0), CMPI_RC_OK, "");
         EXPECT_SENT(answer, {service.switchedOff});
     }
+}
+
+TEST(RemoteServices, AServiceWhoseSwitchIsNotOneIsEnabled)
+{
+    for (const Service &service : services)
+        for (const int state : {2, -1, 257}) {
+            *service.enabled = state;
+            const Answer answer = requestState(service, "2");
+            EXPECT_METHOD(answer, uint32(0), CMPI_RC_OK, "");
+            EXPECT_SENT(answer, {service.switchedOn});
+        }
 }
 
 TEST(RemoteServices, OnlyTheServicesOwnSwitchCounts)
@@ -264,6 +312,18 @@ TEST(RemoteServices, TheMethodSucceedsWhateverTheSenderSays)
             EXPECT_METHOD(answer, uint32(0), CMPI_RC_OK, "");
             seam.returns(function, 0);
         }
+    }
+}
+
+TEST(RemoteServices, AnyStateOfTheEngineButBusyIsFree)
+{
+    for (const int status : {2, -1}) {
+        seam.status = status;
+        for (const Service &service : services)
+            EXPECT_SENT(requestState(service, "3"), {service.switchedOff});
+        EXPECT_SENT(invoke(WSManagementService, target(listener), "SetWSIdentifyEnabledState",
+                           {{"WSIdentifySupportEnabled", "1"}}, "admin"),
+                    {"01 00 00 00 03 00 07 00 00 01 04 00 5C 00 01 00 ..."});
     }
 }
 

@@ -381,6 +381,14 @@ TEST(Checks, ReadChecksFindDifferences)
     EXPECT_GT(instance(target, 12, 1, true), 0);
     EXPECT_GT(instance(target, 12, 2, false), 0);
 
+    const auto keys = [&](const char *wrongTrace) {
+        std::vector<KeyRule> rules = instanceIDOfReads();
+        rules[0].wrongTrace = wrongTrace;
+        return failuresOf([&] { checkKeysOfGetInstance(DisplayManagement, target, rules); });
+    };
+    EXPECT_EQ(keys(""), 0);
+    EXPECT_GT(keys("--- called\n"), 0);
+
     EXPECT_GT(failuresOf([&] { checkNameOfSystem(DisplayManagement, target, "-Display"); }), 0);
     EXPECT_GT(failuresOf([&] { checkFailuresOfRefresh(DisplayManagement, target); }), 0)
         << "its reads ask the engine for nothing";

@@ -14,6 +14,8 @@ namespace
 {
 
 const char *const refreshed = "01 00 00 00 08 00 07 00 00 00 01 ...";
+const char *const tracesOfValidation = "--- ZT_Marovelton_VideoInput ValidateVideoInputInstanceID() called\n"
+                                       "--- ZT_Marovelton_VideoInputValidateVideoInputInstanceID() Leave\n";
 const char *const identifiers[] = {"ZT:Marovelton_VideoInput:1", "ZT:Marovelton_VideoInput:2",
                                    "ZT:Marovelton_VideoInput:3"};
 
@@ -49,8 +51,6 @@ TEST(VideoInput, HasTheSkeletonOfAClass)
 
 TEST(VideoInput, IdentifiersAreComparedExactly)
 {
-    const char *const traces = "--- ZT_Marovelton_VideoInput ValidateVideoInputInstanceID() called\n"
-                               "--- ZT_Marovelton_VideoInputValidateVideoInputInstanceID() Leave\n";
     for (int i = 0; i < 3; ++i) {
         int index = -5;
         const SetterAnswer answer =
@@ -58,7 +58,7 @@ TEST(VideoInput, IdentifiersAreComparedExactly)
         EXPECT_EQ(answer.result, 0);
         EXPECT_EQ(index, i);
         EXPECT_EQ(answer.errorText, " ");
-        EXPECT_EQ(answer.trace, traces);
+        EXPECT_EQ(answer.trace, tracesOfValidation);
     }
     for (const char *wrong :
          {"ZT:Marovelton_VideoInput:0", "ZT:Marovelton_VideoInput:4", "ZT:Marovelton_VideoInput:01",
@@ -70,7 +70,7 @@ TEST(VideoInput, IdentifiersAreComparedExactly)
             call([&](char *text) { return ValidateVideoInputInstanceID(wrong, text, &index); });
         EXPECT_EQ(answer.result, -1);
         EXPECT_EQ(answer.errorText, "This class name does not exist (wrong InstanceID).");
-        EXPECT_EQ(answer.trace, traces);
+        EXPECT_EQ(answer.trace, tracesOfValidation);
     }
 }
 
@@ -168,6 +168,10 @@ TEST(VideoInput, OneInputIsSelectedOrNone)
     EXPECT_EQ(selected("3"), "000");
     EXPECT_EQ(selected("-1"), "000");
     EXPECT_EQ(selected("258"), "000");
+    EXPECT_EQ(selected("02"), "001");
+    EXPECT_EQ(selected("2x"), "001");
+    for (const char *noNumber : {"", " ", "x"})
+        EXPECT_EQ(selected(noNumber), "100") << noNumber;
     EXPECT_EQ(selected(std::string(40, '2')), "000"); // full to its width, without a terminating zero
 }
 
@@ -211,8 +215,10 @@ TEST(VideoInput, GetInstanceGivesTheInputThatIsAskedFor)
 
 TEST(VideoInput, GetInstanceChecksTheKey)
 {
+    std::vector<KeyRule> rules = instanceIDOfReads();
+    rules[0].wrongTrace = tracesOfValidation;
     for (const char *identifier : identifiers)
-        checkKeysOfGetInstance(VideoInput, input(identifier), instanceIDOfReads());
+        checkKeysOfGetInstance(VideoInput, input(identifier), rules);
     EXPECT_STATUS(get(VideoInput, input("ZT:Marovelton_VideoInput:4")), CMPI_RC_ERR_NOT_FOUND,
                   "This class name does not exist (wrong InstanceID).");
 }
@@ -228,12 +234,14 @@ TEST(VideoInput, EnumerationsStopAtTheFirstFailure)
     Answer answer = enumerate(VideoInput, input(identifiers[0]));
     EXPECT_STATUS(answer, CMPI_RC_ERR_FAILED, "Couldn't build instance");
     EXPECT_EQ(answer.instances().size(), 1u) << "what was returned stays returned";
+    EXPECT_EQ(answer.done, 0);
     EXPECT_EQ(seam.count("GetRegisterValue"), 2);
 
     faults.arm("newObjectPath", 3);
     answer = enumerateNames(VideoInput, input(identifiers[0]));
     EXPECT_STATUS(answer, CMPI_RC_ERR_FAILED, "Couldn't build objectpath");
     EXPECT_EQ(answer.paths().size(), 2u);
+    EXPECT_EQ(answer.done, 0);
 }
 
 TEST(VideoInput, BuildersTellWhatFailed)

@@ -166,6 +166,12 @@ void checkOtherClass(const TestedClass &tested, const Path &target, const std::s
         EXPECT_METHOD(answer, returnValue, code, message);
         EXPECT_SENT(answer, {});
     }
+    {
+        SCOPED_TRACE("a path without keys, and a method that does not exist");
+        const Answer answer = invoke(tested, path("CIM_System"), "Reboot", {}, user);
+        EXPECT_METHOD(answer, returnValue, code, message);
+        EXPECT_CALLS(answer, {});
+    }
     SCOPED_TRACE("the class name in other letter case");
     const Answer accepted = invoke(tested, target.ofClass(otherCase(tested.name)), method, arguments, user);
     EXPECT_STATUS(accepted, CMPI_RC_OK, "");
@@ -323,7 +329,15 @@ namespace
 {
 
 using KeyRequest = std::function<Answer(const Path &)>;
-using KeyExpectation = std::function<void(const Answer &, const std::string &text, CMPIrc, int returnValue)>;
+
+/** How a request is answered whose key is missing or wrong. */
+struct KeyAnswer {
+    std::string text;
+    CMPIrc code;
+    int returnValue;   // of methods
+    std::string trace; // of GetInstance
+};
+using KeyExpectation = std::function<void(const Answer &, const KeyAnswer &expected)>;
 
 /** `target` with every key from the one after `rule` on made wrong, so that an early check of one of them
  * shows. */
@@ -351,6 +365,8 @@ void checkKeys(const Path &target, const std::vector<KeyRule> &rules, const KeyR
         ASSERT_NE(good, nullptr) << "the target has no such key";
         const std::string text = good->value.text;
         const Path rest = withWrongRest(target, rules, rule);
+        const KeyAnswer ifMissing = {rule.missing, rule.missingCode, rule.missingValue, ""};
+        const KeyAnswer ifWrong = {rule.wrong, rule.wrongCode, rule.wrongValue, rule.wrongTrace};
 
         std::vector<NamedValue> missing = everyMissingString();
         missing.push_back({"a number", uint16(5)});
@@ -358,15 +374,13 @@ void checkKeys(const Path &target, const std::vector<KeyRule> &rules, const KeyR
         missing.push_back({"a reference", reference(target)});
         for (const NamedValue &form : missing) {
             SCOPED_TRACE(form.name);
-            expect(request(rest.with(rule.name, form.value)), rule.missing, rule.missingCode,
-                   rule.missingValue);
+            expect(request(rest.with(rule.name, form.value)), ifMissing);
         }
         Value nullCharacters = chars("");
         nullCharacters.form = TextForm::noString;
         {
             SCOPED_TRACE("null characters");
-            expect(request(rest.with(rule.name, nullCharacters)), rule.missing, rule.missingCode,
-                   rule.missingValue);
+            expect(request(rest.with(rule.name, nullCharacters)), ifMissing);
         }
         {
             SCOPED_TRACE("as characters");
@@ -377,8 +391,8 @@ void checkKeys(const Path &target, const std::vector<KeyRule> &rules, const KeyR
         for (const std::string &wrong : {std::string("wrong"), std::string(), text + " ", text + "1",
                                          text.substr(0, text.size() - 1), std::string(5000, 'x')}) {
             SCOPED_TRACE("'" + wrong.substr(0, 80) + "'");
-            expect(request(rest.with(rule.name, wrong)), rule.wrong, rule.wrongCode, rule.wrongValue);
-            expect(request(rest.with(rule.name, chars(wrong))), rule.wrong, rule.wrongCode, rule.wrongValue);
+            expect(request(rest.with(rule.name, wrong)), ifWrong);
+            expect(request(rest.with(rule.name, chars(wrong))), ifWrong);
         }
         for (const std::string &cased : {otherCase(text), upperCase(text), lowerCase(text)}) {
             if (cased == text)
@@ -388,7 +402,7 @@ void checkKeys(const Path &target, const std::vector<KeyRule> &rules, const KeyR
                 EXPECT_STATUS(request(target.with(rule.name, cased)), CMPI_RC_OK, "");
                 continue;
             }
-            expect(request(rest.with(rule.name, cased)), rule.wrong, rule.wrongCode, rule.wrongValue);
+            expect(request(rest.with(rule.name, cased)), ifWrong);
         }
     }
 }
@@ -399,10 +413,12 @@ void checkKeysOfGetInstance(const TestedClass &tested, const Path &target, const
 {
     checkKeys(
         target, rules, [&](const Path &asked) { return get(tested, asked); },
-        [](const Answer &answer, const std::string &text, CMPIrc code, int) {
-            EXPECT_STATUS(answer, code, text);
+        [&](const Answer &answer, const KeyAnswer &expected) {
+            EXPECT_STATUS(answer, expected.code, expected.text);
             EXPECT_EQ(answer.returned.size(), 0u);
+            EXPECT_EQ(answer.done, 0);
             EXPECT_SENT(answer, {});
+            EXPECT_EQ(answer.trace, traceLine(tested, "CMPI GetInstance() called") + expected.trace);
         });
 }
 
@@ -412,10 +428,16 @@ void checkKeysOfMethod(const TestedClass &tested, const Path &target, const std:
 {
     checkKeys(
         target, rules, [&](const Path &asked) { return invoke(tested, asked, method, arguments, user); },
-        [&](const Answer &answer, const std::string &text, CMPIrc code, int returnValue) {
-            EXPECT_METHOD(answer, methodValue(returnType, returnValue), code, text);
+        [&](const Answer &answer, const KeyAnswer &expected) {
+            EXPECT_METHOD(answer, methodValue(returnType, expected.returnValue), expected.code,
+                          expected.text);
             EXPECT_SENT(answer, {});
         });
+    for (const KeyRule &rule : rules) {
+        SCOPED_TRACE("an unknown method without the key " + rule.name);
+        EXPECT_METHOD(invoke(tested, target.without(rule.name), "Reboot", {}, user),
+                      methodValue(returnType, rule.missingValue), rule.missingCode, rule.missing);
+    }
 }
 
 // ---- administrators ----
@@ -457,6 +479,7 @@ void checkAdministratorOnly(const TestedClass &tested, const Path &target, const
         expectRefused(answer, CMPI_RC_ERR_FAILED, "Could not get user credentials",
                       methodValue(returnType, failureValue));
         EXPECT_EQ(lookUps(answer), 0);
+        EXPECT_EQ(answer.trace.find("requesting user"), std::string::npos) << answer.trace;
     }
 
     for (const User &user : {User("admin"), chars("admin")}) {
@@ -465,6 +488,9 @@ void checkAdministratorOnly(const TestedClass &tested, const Path &target, const
         EXPECT_METHOD(answer, methodValue(returnType, 0), CMPI_RC_OK, "");
         EXPECT_EQ(lookUps(answer), 1);
         EXPECT_NE(answer.trace.find("AccountSetInstance: requesting user is admin\n"), std::string::npos);
+        ASSERT_EQ(seam.printedBefore.size(), 1u);
+        EXPECT_TRUE(seam.printedBefore[0].ends_with("AccountSetInstance: requesting user is admin\n"))
+            << "the user is told before it is looked up";
         EXPECT_TRUE(!seam.errorTextBefore.empty() && seam.errorTextBefore[0] == " ")
             << "the errorText of IsAdminUser holds a single blank before";
     }
@@ -483,8 +509,12 @@ void checkAdministratorOnly(const TestedClass &tested, const Path &target, const
         }
         for (const char *name : {"nobody", "", "Admin"}) {
             SCOPED_TRACE("unknown user '" + std::string(name) + "'");
-            expectRefused(by(name, given), CMPI_RC_ERR_FAILED, "The support library has failed.",
+            const Answer answer = by(name, given);
+            expectRefused(answer, CMPI_RC_ERR_FAILED, "The support library has failed.",
                           methodValue(returnType, failureValue));
+            EXPECT_TRUE(
+                answer.trace.ends_with(std::string("AccountSetInstance: requesting user is ") + name + "\n"))
+                << answer.trace;
         }
     }
 
@@ -761,8 +791,8 @@ void checkIntake(const SettingMethod &setting)
         SCOPED_TRACE("argument: " + form.name);
         expectRefused(setting, form.value, CMPI_RC_ERR_INVALID_PARAMETER, setting.missing);
     }
-    for (const Value &other : {uint16(1), uint32(1), sint32(1), boolean(1), real32(1), dateTime(1),
-                               stringArray({"1"}), reference(setting.target)}) {
+    for (const Value &other : {chars("1"), uint16(1), uint32(1), sint32(1), boolean(1), real32(1),
+                               dateTime(1), stringArray({"1"}), reference(setting.target)}) {
         SCOPED_TRACE("argument: " + describe(other));
         expectRefused(setting, other, CMPI_RC_ERR_INVALID_PARAMETER, setting.invalidType);
     }
@@ -865,6 +895,7 @@ void checkFailuresOfRefresh(const TestedClass &tested, const Path &target, int b
         checkFailures(read.run, refreshSteps, before, {}, [](const Answer &answer, const std::string &text) {
             EXPECT_STATUS(answer, CMPI_RC_ERR_FAILED, text);
             EXPECT_EQ(answer.returned.size(), 0u);
+            EXPECT_EQ(answer.done, 0);
         });
     }
 }
@@ -886,7 +917,7 @@ void checkStringArgument(const TestedClass &tested, const Path &target, const st
         SCOPED_TRACE(form.name);
         refuses(form.value, missing);
     }
-    for (const Value &other : {uint16(1), boolean(1), stringArray({"x"}), reference(target)}) {
+    for (const Value &other : {chars("1"), uint16(1), boolean(1), stringArray({"x"}), reference(target)}) {
         SCOPED_TRACE(test_support::describe(other));
         refuses(other, invalidType);
     }
@@ -910,6 +941,7 @@ void checkBuildFailures(const TestedClass &tested, const Path &reference,
         const Answer answer = read.run();
         EXPECT_STATUS(answer, CMPI_RC_ERR_FAILED, text);
         EXPECT_EQ(answer.returned.size(), 0u) << answer.text();
+        EXPECT_EQ(answer.done, 0);
     };
     const auto fails = [&](const Read &read, const char *text, const std::string &function, Fault fault) {
         SCOPED_TRACE(function + " " + describe(fault));
@@ -982,6 +1014,12 @@ void checkBuilders(const Builders &builders)
         }
         faults.disarm();
     }
+    for (int array = 1; array <= builders.arrays; ++array) {
+        SCOPED_TRACE("the element of array " + std::to_string(array) + " cannot be set");
+        faults.arm("setElementAt", array);
+        callsOfFailure(builders, builders.makeInst, "Failed to initialize array.");
+    }
+    faults.disarm();
     for (size_t i = 0; i < functions.size(); ++i) {
         const std::vector<std::string> upToThis(calls.begin(),
                                                 calls.begin() + static_cast<std::ptrdiff_t>(i + 1));
@@ -1008,10 +1046,9 @@ void checkBuilders(const Builders &builders)
 namespace
 {
 
-/** Whose failures the library passes over on purpose: an object manager refuses a key, a property or an
- * element only where its class definition lacks it, and gets the rest of the object all the same; a date that
- * cannot be made stays null; and an object manager that cannot take an answer has given up the request
- * itself. */
+/** Whose failures the library passes over on purpose: an object manager refuses a key or a property only
+ * where its class definition lacks it, and gets the rest of the object all the same; a date that cannot be
+ * made stays null; and an object manager that cannot take an answer has given up the request itself. */
 const std::vector<std::string> passedOver = {"addKey",     "setProperty",    "newDateTimeFromBinary",
                                              "returnData", "returnInstance", "returnObjectPath",
                                              "returnDone"};

@@ -23,7 +23,8 @@ void checkPlaceholderMethod(const TestedClass &tested, const Path &target, CMPIr
 void checkUnknownMethods(const TestedClass &tested, const Path &target, const std::vector<std::string> &names,
                          CMPIrc code, const Value &returnValue);
 
-/** A method called on a path of another class; the class's own name in other letter case is accepted. */
+/** A method called on a path of another class, which is answered before its keys and the method name are
+ * looked at; the class's own name in other letter case is accepted. */
 void checkOtherClass(const TestedClass &tested, const Path &target, const std::string &method,
                      const Entries &arguments, const User &user, CMPIrc code, const std::string &message,
                      const Value &returnValue);
@@ -57,6 +58,7 @@ struct KeyRule {
     int missingValue = 2; // the return value, of methods
     int wrongValue = 2;
     bool valueIsChecked = true;
+    std::string wrongTrace = {}; // what GetInstance prints while it compares the value
 };
 
 /** The key InstanceID as all classes check it that have no other, in reads and, with some differences, in
@@ -69,11 +71,11 @@ std::vector<KeyRule> systemKeys();
 std::vector<KeyRule> namedSystemKeys(int returnValue = 2);
 
 /** GetInstance with each key missing in every way, of another type, wrong, in other letter case; the first
- * key that is wrong decides. `target` must be a path with which GetInstance succeeds. Keys handed as
- * characters are accepted. */
+ * key that is wrong decides, and nothing but `wrongTrace` is printed after the first line. `target` must be a
+ * path with which GetInstance succeeds. Keys handed as characters are accepted. */
 void checkKeysOfGetInstance(const TestedClass &tested, const Path &target, const std::vector<KeyRule> &rules);
 
-/** The same of a method call that succeeds on `target`. */
+/** The same of a method call that succeeds on `target`; a missing key comes before an unknown method. */
 void checkKeysOfMethod(const TestedClass &tested, const Path &target, const std::string &method,
                        const Entries &arguments, const User &user, const std::vector<KeyRule> &rules,
                        CMPIType returnType = CMPI_uint32);
@@ -152,7 +154,8 @@ void checkSettingMethod(const SettingMethod &setting);
 void checkFailuresOfSend(const std::function<Answer()> &method, const ChannelSteps &steps, int before = 0,
                          const std::function<void()> &prepare = {}, CMPIType returnType = CMPI_uint32);
 
-/** The three reads of `target` while their refresh fails, likewise: nothing is returned. */
+/** The three reads of `target` while their refresh fails, likewise: nothing is returned, and the result stays
+ * open. */
 void checkFailuresOfRefresh(const TestedClass &tested, const Path &target, int before = 0);
 
 /** The intake of a string argument alone: missing in every way, of another type, empty. */
@@ -164,9 +167,10 @@ void checkStringArgument(const TestedClass &tested, const Path &target, const st
 
 // ---- building ----
 
-/** Failing builders: EnumInstanceNames and EnumInstances when a path, an instance (or, with `array`, an
- * array) cannot be made, in every way that shows, and EnumInstances when one of the records cannot be read.
- * GetInstance likewise where `reference` has the key InstanceID: to check that, no record is read. */
+/** Failing builders, after which nothing is returned and the result stays open: EnumInstanceNames and
+ * EnumInstances when a path, an instance (or, with `array`, an array) cannot be made, in every way that
+ * shows, and EnumInstances when one of the records cannot be read. GetInstance likewise where `reference` has
+ * the key InstanceID: to check that, no record is read. */
 void checkBuildFailures(const TestedClass &tested, const Path &reference,
                         const std::vector<std::string> &records, bool array = false);
 
@@ -187,8 +191,9 @@ struct Builders {
     bool recordsFirst = false;            // they are read before the instance is made
 };
 
-/** checkBuildFailures, and the builders by themselves: every object and every record failing, with the text
- * that says which; no record is read after one that failed, and none for an object that cannot be made. */
+/** checkBuildFailures, and the builders by themselves: every object, element and record failing, with the
+ * text that says which; no record is read after one that failed, and none for an object that cannot be made.
+ */
 void checkBuilders(const Builders &builders);
 
 // ---- torture ----

@@ -251,6 +251,7 @@ std::vector<NamedValue> everyMissingString()
         {"state notFound of no type with status OK", notFoundState(CMPI_null)},
         {"state nullValue", nullOf(CMPI_string)},
         {"state nullValue of no type", nullOf(CMPI_null)},
+        {"state nullValue of a number", nullOf(CMPI_uint16)},
         {"null string pointer", stringOf(TextForm::noString)},
         {"string without characters", stringOf(TextForm::noCharacters)},
         {"string without a handle", stringOf(TextForm::noHandle)},

@@ -1,6 +1,7 @@
 #include "scripted_seam.h"
 
 #include "faults.h"
+#include "trace_capture.h"
 #include <algorithm>
 #include <cstdlib>
 #include <gtest/gtest.h>
@@ -86,6 +87,7 @@ void Seam::forgetCalls()
     received.clear();
     queueIdBefore.clear();
     errorTextBefore.clear();
+    printedBefore.clear();
     registerTextBefore.clear();
     captured.clear();
     timesCalled.clear();
@@ -390,7 +392,7 @@ int ParseIPV4Address(const char *text, unsigned char octets[4])
         sscanf(text, "%u.%u.%u.%u%c", &parsed[0], &parsed[1], &parsed[2], &parsed[3], &end) != 4)
         return -1;
     for (int i = 0; i < 4; ++i)
-        octets[i] = static_cast<unsigned char>(parsed[i]);
+        octets[i] = decided.works ? static_cast<unsigned char>(parsed[i]) : seam.octetsOfRefused[i];
     return decided.result;
 }
 
@@ -405,6 +407,7 @@ int ValidateInputArgs(int value, int min, int max)
 int IsAdminUser(const char *userName, char *isAdmin, char *errorText)
 {
     seam.errorTextBefore.push_back(errorText);
+    seam.printedBefore.push_back(traceText());
     Step decided = step("IsAdminUser", userName);
     const bool administrator = seam.administrators.contains(userName);
     if (!administrator && !seam.users.contains(userName))

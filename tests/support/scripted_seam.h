@@ -52,6 +52,7 @@ struct Seam {
     std::set<std::string> administrators;          // "admin"
     std::set<std::string> users;                   // "operator"; an unknown user cannot be looked up
     char isAdministrator;                          // what IsAdminUser writes for an administrator: 1
+    std::array<uint8_t, 4> octetsOfRefused = {};   // what a scripted failure of ParseIPV4Address leaves
     std::map<std::string, CommandScript> commands; // by command line; others cannot be run
     /** What a failing function writes into its errorText: IsAdminUser, UpdateDisplayName, ... Nothing when
      * empty; 250 characters or more fill the buffer without a terminator. */
@@ -70,6 +71,7 @@ struct Seam {
     std::vector<SentMessage> received;           // what RecvMessageFromSource was given
     std::vector<int> queueIdBefore;              // what the queue identifier was when a queue was asked for
     std::vector<std::string> errorTextBefore;    // what the errorText was when a function was called
+    std::vector<std::string> printedBefore;      // what had been printed when IsAdminUser was called
     std::vector<std::string> registerTextBefore; // what the text buffer of GetRegisterValue was
     std::vector<std::pair<bool, bool>> captured; // runcommand: whether output and errors were asked for
     int unfreedLines = 0;                        // line lists of runcommand that have not been freed
