@@ -106,7 +106,7 @@ std::string typeWithArray(Type type, bool isArray)
 std::string shown(const MofToken &token)
 {
     constexpr std::size_t LONGEST = 40;
-    const std::string text = token.text.size() > LONGEST ? token.text.substr(0, LONGEST) + "..." : token.text;
+    std::string text = token.text.size() > LONGEST ? token.text.substr(0, LONGEST) + "..." : token.text;
     switch (token.kind) {
     case MofTokenKind::End:
         return "the end of the file";

@@ -27,14 +27,14 @@ struct MofMessage {
 
 /** What the reader takes from its input at most. A breach is an error like any other. */
 struct MofLimits {
-    std::size_t fileBytes = 4u * 1024 * 1024;
-    std::size_t totalBytes = 64u * 1024 * 1024;
+    std::size_t fileBytes = std::size_t{4} * 1024 * 1024;
+    std::size_t totalBytes = std::size_t{64} * 1024 * 1024;
     unsigned includeDepth = 16;
     std::size_t files = 4096;
     std::size_t nameLength = 1024;
     std::size_t listLength = 4096;      // values of an array, qualifiers of an element, features of a class
     std::size_t inheritanceDepth = 100; // classes from the root
-    std::size_t inheritedBytes = 256u * 1024 * 1024; // what classes repeat of their superclasses
+    std::size_t inheritedBytes = std::size_t{256} * 1024 * 1024; // what classes repeat of their superclasses
     std::size_t errors = 50;                         // after so many the reader stops
 };
 

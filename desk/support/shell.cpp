@@ -16,12 +16,10 @@
 #include <string>
 #include <utility>
 
-extern char **environ;
-
 namespace
 {
 
-constexpr std::size_t LongestOutput = 16 * 1024 * 1024;
+constexpr std::size_t LongestOutput = std::size_t{16} * 1024 * 1024;
 
 class Descriptor
 {
