@@ -35,7 +35,7 @@ struct MofLimits {
     std::size_t listLength = 4096;      // values of an array, qualifiers of an element, features of a class
     std::size_t inheritanceDepth = 100; // classes from the root
     std::size_t inheritedBytes = std::size_t{256} * 1024 * 1024; // what classes repeat of their superclasses
-    std::size_t errors = 50;                         // after so many the reader stops
+    std::size_t errors = 50;                                     // after so many the reader stops
 };
 
 struct MofResult {
