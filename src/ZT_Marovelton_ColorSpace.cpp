@@ -172,7 +172,6 @@ constexpr Method methods[] = {
      .precondition = factoryCalibrationCanBeReset,
      .act = ResetToFactoryCalibration},
 };
-static_assert(methodsAreSound(methods));
 
 constexpr ProviderClass provider = {
     .name = _ClassName,

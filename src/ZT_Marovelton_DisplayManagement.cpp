@@ -147,7 +147,6 @@ constexpr Method methods[] = {
      .range = {0, 1, "Invalid input value range. Valid values are 0 and 1."},
      .set = setDisplayPortComapatibility},
 };
-static_assert(methodsAreSound(methods));
 
 constexpr ProviderClass provider = {
     .name = _ClassName,

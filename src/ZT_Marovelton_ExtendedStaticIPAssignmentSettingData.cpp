@@ -77,7 +77,7 @@ constexpr Address addresses[] = {
     {"SubnetMasks", "Could not get SubnetMasks", SUBNET_MASK},
     {"GatewayAddresses", "Could not get GatewayAddresses", GATEWAY},
 };
-constexpr int addressCount = sizeof addresses / sizeof *addresses;
+constexpr int addressCount = std::size(addresses);
 static_assert(1 + addressCount <= REGISTERS_PER_MESSAGE);
 
 /** Applies the addresses of an instance as the new static configuration. Returns false with the status set.

@@ -80,7 +80,6 @@ bool runSetSetting(Call &call)
 constexpr Method methods[] = {
     {.name = "SetSetting", .run = runSetSetting},
 };
-static_assert(methodsAreSound(methods));
 
 constexpr ProviderClass provider = {
     .name = _ClassName,

@@ -149,7 +149,6 @@ constexpr Method methods[] = {
     {.name = "ApplySettingToIPNetworkConnection", .administrator = true, .run = runApplySetting},
     {.name = "RequestStateChange", .run = refuse},
 };
-static_assert(methodsAreSound(methods));
 
 constexpr ProviderClass provider = {
     .name = _ClassName,

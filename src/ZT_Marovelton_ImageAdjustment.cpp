@@ -339,7 +339,6 @@ constexpr Method methods[] = {
      .range = {0, 3, "Invalid input value range. Valid values are between 0 and 3"}, // no full stop
      .set = set4KSourceScaling},
 };
-static_assert(methodsAreSound(methods));
 
 constexpr ProviderClass provider = {
     .name = _ClassName,

@@ -282,7 +282,6 @@ constexpr Method methods[] = {
     {.name = "SetSoftPowerState", .run = runSetSoftPowerState},
     {.name = "FactoryReset", .act = FactoryReset},
 };
-static_assert(methodsAreSound(methods));
 
 constexpr uint8_t refreshedGroups[] = {PEXAL_INFO_ID, IMAGE_ADJ_SETTINGS_ID};
 

@@ -230,7 +230,6 @@ constexpr Method methods[] = {
      .range = {0, 1, "Invalid input value range. Valid values are 0 or 1."},
      .set = setDisplayRotation},
 };
-static_assert(methodsAreSound(methods));
 
 constexpr ProviderClass provider = {
     .name = _ClassName,

@@ -267,7 +267,6 @@ constexpr Method methods[] = {
      .range = {0, 2, "Invalid input value range. Valid values are between 0 and 2."},
      .set = SetDigitalCinemaOption},
 };
-static_assert(methodsAreSound(methods));
 
 constexpr ProviderClass provider = {
     .name = _ClassName,

@@ -1,8 +1,6 @@
 #include "ZT_Marovelton_Provider.h"
 
-#include <climits>
 #include <cstdio>
-#include <cstdlib>
 
 void trace(const char *format, const char *className)
 {

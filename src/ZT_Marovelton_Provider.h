@@ -168,16 +168,11 @@ struct Method {
     bool (*run)(Call &) = nullptr;
 };
 
-/** Rows that a table of methods may hold: each name once, every text there, ranges ordered, one thing to do.
- */
+/** Rows that a table of methods may hold: each name once, every text there, ranges ordered, one thing to do,
+ * and no step that would never be reached. */
 constexpr bool methodsAreSound(std::span<const Method> methods)
 {
     const auto empty = [](const char *text) { return !text || *text == '\0'; };
-    const auto same = [](const char *a, const char *b) {
-        while (*a && *a == *b)
-            ++a, ++b;
-        return *a == *b;
-    };
     for (size_t i = 0; i < methods.size(); ++i) {
         const Method &method = methods[i];
         const bool argument = method.argument.kind != ArgumentKind::none;
@@ -187,12 +182,14 @@ constexpr bool methodsAreSound(std::span<const Method> methods)
         if (argument != (method.set != nullptr) || argument != !empty(method.argument.name) ||
             argument != !empty(method.argument.missing) || empty(method.argument.invalid))
             return false;
+        if ((method.range.text && !method.set) || (method.precondition && method.run))
+            return false;
         if (method.range.min > method.range.max || (method.range.text && empty(method.range.text)))
             return false;
         if (method.range.min < INT16_MIN || method.range.max > INT16_MAX) // a register takes 16 bits
             return false;
         for (size_t other = 0; other < i; ++other)
-            if (same(method.name, methods[other].name))
+            if (std::string_view(method.name) == methods[other].name)
                 return false;
     }
     return true;
@@ -223,75 +220,69 @@ struct MethodTable {
     std::span<const PackedMethod> rows = {};
 };
 
-/** Texts one after the other, each once. */
-template <size_t Size>
-struct TextPool {
-    char characters[Size] = {};
+/** Rows on their way into memory, with their texts one after the other, each once. */
+template <size_t Count, size_t Size>
+struct PackedMethods {
+    std::array<PackedMethod, Count> rows = {};
+    std::array<char, Size> texts = {};
     size_t used = 1;
+
+    constexpr explicit PackedMethods(const Method (&methods)[Count])
+    {
+        for (size_t i = 0; i < Count; ++i) {
+            const Method &method = methods[i];
+            PackedMethod &row = rows[i];
+            row.name = placeOf(method.name);
+            row.argument = placeOf(method.argument.name);
+            row.missing = placeOf(method.argument.missing);
+            row.invalid = placeOf(method.argument.invalid);
+            row.rangeText = placeOf(method.range.text);
+            row.min = static_cast<int16_t>(method.range.min);
+            row.max = static_cast<int16_t>(method.range.max);
+            row.kind = method.argument.kind;
+            row.administrator = method.administrator;
+            row.runs = method.run != nullptr;
+            row.precondition = method.precondition;
+            if (method.run)
+                row.run = method.run;
+            else if (method.set)
+                row.set = method.set;
+            else
+                row.act = method.act;
+        }
+    }
 
     constexpr uint16_t placeOf(const char *text)
     {
         if (!text)
             return 0;
         const std::string_view wanted = text;
-        for (size_t place = 1; place < used; place += std::string_view(characters + place).size() + 1)
-            if (wanted == characters + place)
-                return static_cast<uint16_t>(place);
-        const size_t place = used;
-        for (const char character : wanted)
-            characters[used++] = character;
-        ++used; // its terminating zero
+        size_t place = 1;
+        while (place < used && wanted != &texts[place])
+            place += std::string_view(&texts[place]).size() + 1;
+        if (place == used) {
+            for (const char character : wanted)
+                texts[used++] = character;
+            ++used; // its terminating zero
+        }
         return static_cast<uint16_t>(place);
     }
 };
 
-template <size_t Count, size_t Size>
-struct PackedMethods {
-    TextPool<Size> texts;
-    PackedMethod rows[Count];
-};
-
-template <size_t Size, size_t Count>
-constexpr PackedMethods<Count, Size> pack(const Method (&methods)[Count])
-{
-    PackedMethods<Count, Size> packed = {};
-    for (size_t i = 0; i < Count; ++i) {
-        const Method &method = methods[i];
-        PackedMethod &row = packed.rows[i];
-        row.name = packed.texts.placeOf(method.name);
-        row.argument = packed.texts.placeOf(method.argument.name);
-        row.missing = packed.texts.placeOf(method.argument.missing);
-        row.invalid = packed.texts.placeOf(method.argument.invalid);
-        row.rangeText = packed.texts.placeOf(method.range.text);
-        row.min = static_cast<int16_t>(method.range.min);
-        row.max = static_cast<int16_t>(method.range.max);
-        row.kind = method.argument.kind;
-        row.administrator = method.administrator;
-        row.runs = method.run != nullptr;
-        row.precondition = method.precondition;
-        if (method.run)
-            row.run = method.run;
-        else if (method.set)
-            row.set = method.set;
-        else
-            row.act = method.act;
-    }
-    return packed;
-}
-
+/** Rows and texts apart: the texts have no pointers, and so are shared by all processes. */
 template <const auto &methods>
 struct Packing {
     static_assert(methodsAreSound(methods));
+    static constexpr size_t count = std::size(methods);
     static constexpr size_t enough = 0x4000; // characters, while the size is not known
-    static constexpr size_t size = pack<enough>(methods).texts.used;
-    static constexpr auto packed = pack<size>(methods);
-    static constexpr auto texts = packed.texts;
-    static constexpr auto rows = std::to_array(packed.rows);
+    static constexpr size_t size = PackedMethods<count, enough>(methods).used;
+    static constexpr auto rows = PackedMethods<count, size>(methods).rows;
+    static constexpr auto texts = PackedMethods<count, size>(methods).texts;
 };
 
 /** The table of the given rows. */
 template <const auto &methods>
-constexpr MethodTable packed = {Packing<methods>::texts.characters, Packing<methods>::rows};
+constexpr MethodTable packed = {Packing<methods>::texts.data(), Packing<methods>::rows};
 
 /** Ends a call with a code and a text; returns false. */
 bool fail(Call &call, CMPIrc code, const char *text);

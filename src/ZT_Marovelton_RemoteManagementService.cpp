@@ -57,7 +57,6 @@ constexpr Method methods[] = {
      .range = {2, 3, "Invalid input value range. Valid values are 2 and 3"},
      .set = requestState},
 };
-static_assert(methodsAreSound(methods));
 
 constexpr ProviderClass provider = {
     .name = _ClassName,

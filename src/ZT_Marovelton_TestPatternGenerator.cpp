@@ -105,7 +105,6 @@ constexpr Method methods[] = {
      .set = SetTestPattern},
     {.name = "SetRGBValue", .run = runSetRGBValue},
 };
-static_assert(methodsAreSound(methods));
 
 constexpr ProviderClass provider = {
     .name = _ClassName,

@@ -83,6 +83,17 @@ TEST(MethodRows, TwoThingsToDoAreRefused)
     static_assert(!isSound([](Method &row) { row.run = runNothing; }));
 }
 
+TEST(MethodRows, AStepThatWouldNeverBeReachedIsRefused)
+{
+    constexpr auto withoutArgument = [](Method &row) { row = {.name = "Run", .run = runNothing}; };
+    static_assert(isSound(withoutArgument));
+    static_assert(!isSound([=](Method &row) { withoutArgument(row), row.precondition = never; }));
+    static_assert(!isSound([=](Method &row) { withoutArgument(row), row.range.text = "Out of range."; }));
+    static_assert(!isSound([](Method &row) {
+        row = {.name = "Act", .range = {0, 1, "Out of range."}, .act = actNothing};
+    }));
+}
+
 TEST(MethodRows, RangesAreOrderedAndFitARegister)
 {
     static_assert(!isSound([](Method &row) { row.range.min = 301; }));

@@ -1096,16 +1096,16 @@ CMPIData RecordingBroker::dataOf(const Value &value, Fault fault)
     if (value.type == CMPI_chars && value.handedOutAsString)
         data.type = CMPI_string;
     switch (data.type) {
-    case CMPI_string:
+    case CMPI_string: {
         if (value.form == TextForm::noString)
             return data;
-        if (StringObject *made = flawed(newString(value.text), fault); true) {
-            made->hasCharacters = value.form != TextForm::noCharacters;
-            if (value.form == TextForm::noHandle)
-                made->hdl = nullptr;
-            data.value.string = made;
-        }
+        StringObject *made = flawed(newString(value.text), fault);
+        made->hasCharacters = value.form != TextForm::noCharacters;
+        if (value.form == TextForm::noHandle)
+            made->hdl = nullptr;
+        data.value.string = made;
         return data;
+    }
     case CMPI_chars:
         if (value.form == TextForm::characters)
             data.value.chars = newString(value.text)->text.data();
@@ -1118,13 +1118,13 @@ CMPIData RecordingBroker::dataOf(const Value &value, Fault fault)
         if (value.instance)
             data.value.inst = flawed(newInstance(*value.instance), fault);
         return data;
-    case CMPI_dateTime:
-        if (DateTimeObject *made = flawed(make<DateTimeObject>(), fault); true) {
-            made->microseconds = value.integer;
-            made->interval = value.interval;
-            data.value.dateTime = made;
-        }
+    case CMPI_dateTime: {
+        DateTimeObject *made = flawed(make<DateTimeObject>(), fault);
+        made->microseconds = value.integer;
+        made->interval = value.interval;
+        data.value.dateTime = made;
         return data;
+    }
     case CMPI_real32:
         data.value.real32 = static_cast<float>(value.real);
         return data;
