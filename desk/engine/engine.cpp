@@ -11,7 +11,6 @@
 #include <cmath>
 #include <cstdarg>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <ctime>
 
@@ -197,9 +196,10 @@ void Engine::waitWhenSlow(const volatile sig_atomic_t &stop)
     if (slow == faults.end())
         return;
     constexpr double longest = 3600;
-    const double seconds = std::fmin(strtod(slow->second.c_str(), nullptr), longest);
+    double seconds = 0;
+    parseSeconds(slow->second, seconds);
     const Clock::time_point end =
-        Clock::now() + std::chrono::nanoseconds(static_cast<long long>(std::fmax(seconds, 0) * 1e9));
+        Clock::now() + std::chrono::nanoseconds(static_cast<long long>(std::fmin(seconds, longest) * 1e9));
     while (stop == 0) {
         const auto left = std::chrono::nanoseconds(end - Clock::now()).count();
         if (left <= 0)

@@ -32,7 +32,6 @@ struct HttpServer::Exchange {
     std::string principal;
     unsigned status = 200; // other than 200: what the request is refused with
     std::size_t received = 0;
-    bool begun = false;
 };
 
 namespace
@@ -266,7 +265,6 @@ bool HttpServer::authenticate(MHD_Connection *connection, std::string &principal
 /** Looks at the header of a request: is there a reason to refuse it? */
 void HttpServer::begin(MHD_Connection *connection, const char *url, const char *method, Exchange &exchange)
 {
-    exchange.begun = true;
     exchange.connection->session.body.clear();
     if (connectionCount_ > limits_.connections) {
         exchange.status = MHD_HTTP_SERVICE_UNAVAILABLE;
@@ -281,20 +279,21 @@ void HttpServer::begin(MHD_Connection *connection, const char *url, const char *
         exchange.status = MHD_HTTP_METHOD_NOT_ALLOWED;
         return;
     }
+    std::uint64_t bytes = 0;
     if (const char *length =
             MHD_lookup_connection_value(connection, MHD_HEADER_KIND, MHD_HTTP_HEADER_CONTENT_LENGTH);
         length != nullptr) {
-        std::uint64_t bytes = 0;
         const char *end = length + std::strlen(length);
         if (std::from_chars(length, end, bytes).ec != std::errc() || bytes > limits_.bodyBytes) {
             exchange.status = MHD_HTTP_CONTENT_TOO_LARGE;
             return;
         }
-        exchange.connection->session.body.reserve(bytes + 1);
     }
     if (!authenticate(connection, exchange.principal)) {
         exchange.status = MHD_HTTP_UNAUTHORIZED;
+        return;
     }
+    exchange.connection->session.body.reserve(bytes + 1);
 }
 
 int HttpServer::handle(MHD_Connection *connection, const char *url, const char *method, const char *data,

@@ -210,9 +210,8 @@ void checkFaultArgument(const FaultRow &row, const std::string &argument)
     if (row.argument.empty() && !argument.empty())
         throw UsageError(std::string(row.name) + " takes no argument");
     if (row.argument == "seconds") {
-        char *end = nullptr;
-        const double seconds = strtod(argument.c_str(), &end);
-        if (argument.empty() || *end != '\0' || !(seconds >= 0 && seconds <= 3600))
+        double seconds = 0;
+        if (!parseSeconds(argument, seconds) || seconds > 3600)
             throw UsageError(argument + " is no number of seconds from 0 to 3600");
     }
     if (row.argument == "functions" && !argument.empty())

@@ -1,5 +1,7 @@
 #include "support/environment.h"
 
+#include "support/settings_table.h"
+
 #include <unistd.h>
 
 #include <cerrno>
@@ -69,15 +71,10 @@ std::optional<key_t> queueBaseKey()
 
 std::chrono::nanoseconds receiveTimeout()
 {
-    constexpr double defaultSeconds = 5;
     constexpr double longest = 24 * 3600;
-    double seconds = defaultSeconds;
-    if (const char *text = variable("DESK_MONITOR_RECEIVE_TIMEOUT")) {
-        char *end = nullptr;
-        seconds = strtod(text, &end);
-        if (*end != '\0' || !std::isfinite(seconds) || seconds < 0)
-            seconds = defaultSeconds;
-    }
+    double seconds = 5;
+    if (const char *text = variable("DESK_MONITOR_RECEIVE_TIMEOUT"))
+        parseSeconds(text, seconds);
     return std::chrono::nanoseconds(static_cast<long long>(std::fmin(seconds, longest) * 1e9));
 }
 

@@ -1,7 +1,7 @@
 #include "support/settings_table.h"
 
 #include <charconv>
-#include <cstdio>
+#include <cmath>
 #include <unordered_map>
 #include <vector>
 
@@ -46,11 +46,13 @@ constexpr std::string_view PresetFieldNames[PresetFieldCount] = {
     "white_v", "gamma",
 };
 
+/* Four decimals after a point. */
 std::string decimal(double value)
 {
     char buffer[16];
-    snprintf(buffer, sizeof buffer, "%.4f", value);
-    return buffer;
+    const auto [end, error] =
+        std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed, 4);
+    return error == std::errc() ? std::string(buffer, end) : std::string();
 }
 
 /* x, y and the CIE 1976 coordinates u', v' that follow from them. */
@@ -161,11 +163,31 @@ std::string complaint(const SettingRow &row, std::string_view value)
     return {};
 }
 
-bool parseNumber(std::string_view text, int &number)
+namespace
+{
+
+template <class Value>
+bool parseWhole(std::string_view text, Value &value)
 {
     const char *end = text.data() + text.size();
-    const auto [rest, error] = std::from_chars(text.data(), end, number);
+    const auto [rest, error] = std::from_chars(text.data(), end, value);
     return error == std::errc() && rest == end;
+}
+
+} // namespace
+
+bool parseNumber(std::string_view text, int &number)
+{
+    return parseWhole(text, number);
+}
+
+bool parseSeconds(std::string_view text, double &seconds)
+{
+    double number = 0;
+    if (!parseWhole(text, number) || !std::isfinite(number) || number < 0)
+        return false;
+    seconds = number;
+    return true;
 }
 
 bool parseAddress(std::string_view text, std::uint8_t octets[4])

@@ -356,6 +356,9 @@ bool parseAddress(std::string_view text, std::uint8_t octets[4]);
 /* A whole decimal number within the range of int. */
 bool parseNumber(std::string_view text, int &number);
 
+/* Seconds, fractions after a point whatever the locale; left as they are when the text is no time. */
+bool parseSeconds(std::string_view text, double &seconds);
+
 /* Valid UTF-8 without control characters. */
 bool printable(std::string_view text);
 

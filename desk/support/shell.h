@@ -13,7 +13,8 @@ extern "C" {
  * newline where it had one; to be freed with freeresultbuf. Either may be null: that output is dropped.
  *
  * Returns the command's exit status, 128 + signal when a signal ended it, -1 when it could not be run (the
- * arrays are then null). At most 16 MiB of each output are kept. */
+ * arrays are then null), and -1 also in a process that ignores SIGCHLD, to which the system tells no status.
+ * At most 16 MiB of each output are kept. */
 int runcommand(const char *command, char **input, char ***out, char ***err);
 
 /* Frees an array that runcommand handed out; null is allowed. */

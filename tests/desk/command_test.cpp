@@ -118,7 +118,8 @@ TEST_F(Command, RefusesFaultsThatAreNone)
 {
     for (const char *arguments :
          {"fault sleepy on", "fault busy", "fault busy maybe", "fault busy on now", "fault slow on soon",
-          "fault slow on -1", "fault lose-reply on 0", "fault lose-reply on some", "fault fail-queue on 4",
+          "fault slow on -1", "fault slow on 3601", "fault slow on 0,5", "fault slow on inf",
+          "fault lose-reply on 0", "fault lose-reply on some", "fault fail-queue on 4",
           "fault fail-read on GetEverything", "fault fail-read on UpdateDisplayName",
           "fault fail-update on GetMoinitorInfo", "fault clear on"}) {
         EXPECT_NE(command(arguments), 0) << arguments;

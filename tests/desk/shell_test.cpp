@@ -74,6 +74,16 @@ TEST(Shell, ReturnsTheExitStatus)
     EXPECT_EQ(runcommand("", nullptr, nullptr, nullptr), 0);
 }
 
+/* The arrays tell it from a command that could not be run. */
+TEST(Shell, GivesTheOutputWhereTheStatusIsNotToBeHad)
+{
+    const auto before = signal(SIGCHLD, SIG_IGN);
+    char **out = nullptr;
+    EXPECT_EQ(runcommand("echo out", nullptr, &out, nullptr), -1);
+    signal(SIGCHLD, before);
+    EXPECT_EQ(take(out), Lines{"out\n"});
+}
+
 TEST(Shell, RefusesNoCommand)
 {
     char *line = nullptr;
