@@ -624,8 +624,9 @@ void Dispatcher::setProperty(Call &call, const Request &request, Answer &answer)
     }
     const cim::Property &property = info->property(index);
     if (!isNull(request.propertyValue) && request.propertyValue.type != property.cmpiCode()) {
-        fail(call, answer, CMPI_RC_ERR_TYPE_MISMATCH, "The property %s of %s is of another type.",
-             property.name.c_str(), info->definition().name.c_str());
+        fail(call, answer, CMPI_RC_ERR_TYPE_MISMATCH, "The property %s of %s has the type %s%s.",
+             property.name.c_str(), info->definition().name.c_str(), typeName(property.type),
+             property.isArray ? "[]" : "");
         return;
     }
     const char *list[] = {property.name.c_str(), nullptr};

@@ -297,8 +297,8 @@ Instance *Typing::instance(const Path &path, const ArenaList<ValueText> &propert
             return nullptr;
         }
         if (data.type != property.cmpiCode()) {
-            fail(CMPI_RC_ERR_TYPE_MISMATCH, "The property %s of %s is of another type.",
-                 property.name.c_str(), info.definition().name.c_str());
+            fail(CMPI_RC_ERR_TYPE_MISMATCH, "The property %s of %s has the type %s%s.", property.name.c_str(),
+                 info.definition().name.c_str(), typeName(property.type), property.isArray ? "[]" : "");
             return nullptr;
         }
         setProperty(*instance, index, data);

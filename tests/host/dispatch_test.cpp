@@ -300,7 +300,9 @@ TEST_F(Dispatch, SinglePropertiesAreReadAndSet)
     set.propertyName = "Nope";
     EXPECT_EQ(error(run(set)), "12 The class Test_Thing has no property Nope.");
     set.propertyName = "Level";
-    EXPECT_EQ(error(run(set)), "13 The property Level of Test_Thing is of another type.");
+    EXPECT_EQ(error(run(set)), "13 The property Level of Test_Thing has the type uint16.");
+    set.propertyName = "Codes";
+    EXPECT_EQ(error(run(set)), "13 The property Codes of Test_Thing has the type uint16[].");
     get.propertyName = "EnabledState";
     const Answer null = run(get);
     EXPECT_TRUE(null.ok());

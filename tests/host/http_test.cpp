@@ -352,7 +352,7 @@ TEST(Http, ForgetsConnectionsThatHaveGone)
         Client client(server.port());
         client.send(test::post(NAMES).substr(0, static_cast<std::size_t>(i) * 20));
     }
-    for (int i = 0; i < 500 && server.server().connectionCount() != 0; ++i) {
+    for (int i = 0; i < 2000 && server.server().connectionCount() != 0; ++i) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
     EXPECT_EQ(server.server().connectionCount(), 0u);

@@ -44,7 +44,16 @@ class Malformed : public testing::Test
         return text.replace(place, what.size(), with);
     }
 
-    test::TestServer server_;
+    /** Tests open many connections one after the other; the server notices in its own time that they have
+     * ended. */
+    static host::HttpLimits manyConnections()
+    {
+        host::HttpLimits limits;
+        limits.connections = 1000;
+        return limits;
+    }
+
+    test::TestServer server_{manyConnections()};
 };
 
 TEST_F(Malformed, ARequestCutOffAnywhereIsNotWellFormed)
@@ -254,7 +263,7 @@ TEST_F(Malformed, KeysAndValuesAreChecked)
     expectError(modify("<PROPERTY NAME=\"Level\" TYPE=\"uint16\"><VALUE>x</VALUE></PROPERTY>"), 4,
                 "The value &quot;x&quot; of Level is not a uint16.");
     expectError(modify("<PROPERTY.ARRAY NAME=\"Level\" TYPE=\"uint16\"><VALUE.ARRAY/></PROPERTY.ARRAY>"), 13,
-                "The property Level of Test_Thing is of another type.");
+                "The property Level of Test_Thing has the type uint16.");
     expectError(modify("<OTHER/>"), 4, "The element OTHER is not a property.");
     expectError(modify("", "Test_Simple"), 4, "The class of the instance is not the class of its path.");
     expectError(test::methodCall(3, "Types", "<PARAMVALUE NAME=\"a\"><VALUE>256</VALUE></PARAMVALUE>"), 4,

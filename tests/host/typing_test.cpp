@@ -182,8 +182,14 @@ TEST_F(Typing, InstancesHaveOnlyWhatTheClassHas)
     properties[0].items = &items;
     EXPECT_EQ(typing.instance(*path, properties), nullptr);
     EXPECT_EQ(typing.code(), CMPI_RC_ERR_TYPE_MISMATCH);
-    EXPECT_STREQ(typing.error(), "The property Number of Test_Simple is of another type.");
+    EXPECT_STREQ(typing.error(), "The property Number of Test_Simple has the type uint32.");
     properties[0].name = "Bytes";
+    properties[0].isArray = false;
+    properties[0].item.text = "1";
+    EXPECT_EQ(typing.instance(*path, properties), nullptr);
+    EXPECT_EQ(typing.code(), CMPI_RC_ERR_TYPE_MISMATCH);
+    EXPECT_STREQ(typing.error(), "The property Bytes of Test_Simple has the type uint8[].");
+    properties[0].isArray = true;
     const host::Instance *instance = typing.instance(*path, properties);
     ASSERT_NE(instance, nullptr);
     const int bytes = instance->info->findProperty("Bytes");
