@@ -1,24 +1,38 @@
 # Removes what `cmake --install` wrote, whole or by component, and the directories that are empty then.
-# BUILD_DIR is the build directory that it was installed from.
+# BUILD_DIR is the build directory that it was installed from. Without a DESTDIR in the environment that of the
+# installation counts: what was installed into a root elsewhere is never removed from this machine.
 
 file(GLOB manifests ${BUILD_DIR}/install_manifest*.txt)
 if(NOT manifests)
     message(FATAL_ERROR "Nothing was installed from ${BUILD_DIR}")
 endif()
 set(directories "")
+set(looked_for "")
+set(found FALSE)
 foreach(manifest IN LISTS manifests)
+    string(REGEX REPLACE "\\.txt$" ".root" record ${manifest})
+    set(root "$ENV{DESTDIR}")
+    if(root STREQUAL "" AND EXISTS ${record})
+        file(READ ${record} root)
+    endif()
+    string(APPEND looked_for "\n  ${manifest}, below ${root}/")
     file(STRINGS ${manifest} files)
     foreach(file IN LISTS files)
-        set(file "$ENV{DESTDIR}${file}")
+        set(file "${root}${file}")
         if(EXISTS ${file} OR IS_SYMLINK ${file})
             message(STATUS "Removing ${file}")
             file(REMOVE ${file})
+            set(found TRUE)
         endif()
         cmake_path(GET file PARENT_PATH directory)
         list(APPEND directories ${directory})
     endforeach()
-    file(REMOVE ${manifest})
 endforeach()
+if(NOT found) # it stands elsewhere, perhaps: the lists are still needed
+    message(FATAL_ERROR "None of the files is there that these lists name:${looked_for}")
+endif()
+file(GLOB records ${BUILD_DIR}/install_manifest*.root)
+file(REMOVE ${manifests} ${records})
 list(REMOVE_DUPLICATES directories)
 foreach(directory IN LISTS directories)
     # Our own directories, and lib/cmpi unless others use it; never those that every system has.

@@ -62,4 +62,21 @@ if DESTDIR=$root "$cmake" -D BUILD_DIR="$copy" -P "$source/cmake/Uninstall.cmake
     failed 'uninstalling twice is told'
 fi
 
+# ---- without DESTDIR it goes from where it was put ----
+install provider
+install development
+(unset DESTDIR && "$cmake" -D BUILD_DIR="$copy" -P "$source/cmake/Uninstall.cmake") >"$scratch/log" 2>&1 ||
+    { cat "$scratch/log"; failed 'uninstalling without DESTDIR'; }
+expect 'without DESTDIR: no file is left' '' "$(cd "$root" && find . ! -type d)"
+expect 'without DESTDIR: no list is left' '' "$(find "$copy" -name 'install_manifest*')"
+install provider
+mv "$root" "$scratch/elsewhere"
+if (unset DESTDIR && "$cmake" -D BUILD_DIR="$copy" -P "$source/cmake/Uninstall.cmake") >"$scratch/log" 2>&1; then
+    failed 'finding nothing is told'
+fi
+grep -q "install_manifest_provider.txt, below $root/" "$scratch/log" || failed 'which list, and where it was looked for'
+DESTDIR=$scratch/elsewhere "$cmake" -D BUILD_DIR="$copy" -P "$source/cmake/Uninstall.cmake" >"$scratch/log" 2>&1 ||
+    { cat "$scratch/log"; failed 'uninstalling from where it is now'; }
+expect 'from where it is now: no file is left' '' "$(cd "$scratch/elsewhere" && find . ! -type d)"
+
 report

@@ -133,13 +133,17 @@ expect 'an argument without its value: its status' 1 "$status"
 register --dir "$scratch/temporary"
 expect 'no registration there: its status' 1 "$status"
 expect 'no registration there: what it says' \
-    "register-providers: not there: $scratch/temporary/libcmpiDisplayManagement.reg" "$(output)"
+    "register-providers: not there: $scratch/temporary/libcmpiDisplayManagement.reg (--dir says where the library's files are installed)" "$(output)"
 rm "$share/mof/ZT_Marovelton_Button.mof"
 register
 expect 'a class that is missing: its status' 1 "$status"
 expect 'nothing was run for any of them' '' "$(cat "$calls")"
+register -h
+expect 'help: its status' 0 "$status"
+output >"$scratch/help"
 register --help
 expect 'help: its status' 0 "$status"
+expect 'help: the same with both' "$(cat "$scratch/help")" "$(output)"
 output | grep -q '^register-providers \[--remove\]\|  register-providers \[--remove\]' || failed 'help tells the arguments'
 
 report
