@@ -811,13 +811,11 @@ CMPIStatus followAssociation(const AssociationClass &association, const CMPIBrok
     }
     for (const char *rightClass : admitted ? association.rightClasses : std::span<const char *const>()) {
         status = {CMPI_RC_OK, nullptr};
+        // A source that the filters do not admit, or of which they cannot tell, is tied to nothing.
         if (_assoc_check_parameter_const(broker, source, association.refLeft, association.refRight,
                                          association.leftClass, rightClass, filters.resultClass, filters.role,
-                                         filters.resultRole, &status) == 0) {
-            if (status.rc != CMPI_RC_OK)
-                return status;
+                                         filters.resultRole, &status) == 0)
             continue;
-        }
         if (association.createRefs(broker, ctx, result, source, association.name, association.leftClass,
                                    rightClass, association.refLeft, association.refRight, inst, associators,
                                    &status) != 0)

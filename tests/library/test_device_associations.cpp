@@ -358,11 +358,10 @@ TEST_P(DeviceAssociations, AnUnrelatedSourceIsAnEmptySuccess)
     }
 }
 
-TEST_P(DeviceAssociations, AFilterCheckThatFailsEndsTheRequest)
+TEST_P(DeviceAssociations, ASourceOfWhichTheFiltersCannotTellIsAnEmptySuccess)
 {
-    const auto expectNothing = [](const Answer &answer, const char *message) {
-        expectFailure(answer, CMPI_RC_ERR_FAILED, message);
-        EXPECT_EQ(answer.returned.size(), 0u);
+    const auto expectNothing = [](const Answer &answer) {
+        expectEmptySuccess(answer);
         EXPECT_EQ(answer.upCalls.size(), 0u);
     };
     broker.superclasses["ACME_Left"] = it.leftClass;
@@ -371,14 +370,16 @@ TEST_P(DeviceAssociations, AFilterCheckThatFailsEndsTheRequest)
         for (const TextForm form : {TextForm::noString, TextForm::noCharacters, TextForm::noHandle}) {
             unreadable.classNameForm = form;
             for (const char *filter : {static_cast<const char *>(nullptr), it.tested->name})
-                expectNothing(operation(*it.tested, unreadable, {.associationClass = filter}),
-                              "Could not get classname of source object path.");
+                expectNothing(operation(*it.tested, unreadable, {.associationClass = filter}));
         }
         // Without a path of its class it cannot be told what the source is.
         faults.arm("newObjectPath", 1);
         const Answer answer = operation(*it.tested, path("ACME_Left"), {});
         faults.disarm();
-        expectNothing(answer, "Create CMPIObjectPath failed.");
+        if (it.rightClasses.size() == 1)
+            expectNothing(answer);
+        else // the next right end has its turn and looks for the source, whose class the broker has not
+            EXPECT_EQ(answer.rc, CMPI_RC_ERR_INVALID_CLASS);
     }
 }
 
