@@ -234,6 +234,13 @@ inline bool isNull(const CMPIData &data)
     return (data.state & (CMPI_nullValue | CMPI_notFound | CMPI_badValue)) != 0;
 }
 
+/** The array that the value holds; null when it holds none. What stands in the place of
+ * the pointer may be a number that a client sent, so it is read after a look at the type alone. */
+inline const Array *arrayOf(const CMPIData &data)
+{
+    return (data.type & CMPI_ARRAY) != 0 && !isNull(data) ? behind<Array>(data.value.array) : nullptr;
+}
+
 // ------------------------------------------------------------------------------------------- the parts
 
 NamedValue *findValue(ArenaList<NamedValue> &values, std::string_view name);

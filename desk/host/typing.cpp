@@ -326,14 +326,13 @@ Args *Typing::arguments(const ClassInfo *info, std::string_view method, const Ar
         }
         if (const NamedValue *present = findValue(*args->values, text.name); present != nullptr) {
             // Some clients send the elements of an array one by one under the same name.
-            const Array *before = behind<Array>(present->data.value.array);
-            if ((data.type & CMPI_ARRAY) == 0 || present->data.type != data.type || isNull(data) ||
-                isNull(present->data)) {
+            const Array *before = arrayOf(present->data);
+            const Array *more = arrayOf(data);
+            if (before == nullptr || more == nullptr || present->data.type != data.type) {
                 fail(CMPI_RC_ERR_INVALID_PARAMETER, "The argument %.*s is given twice.", shown(text.name),
                      text.name.data());
                 return nullptr;
             }
-            const Array *more = behind<Array>(data.value.array);
             Array *joined = makeArray(arena_, before->elementType, before->size + more->size);
             for (CMPICount i = 0; i < before->size; ++i) {
                 joined->elements[i] = before->elements[i];

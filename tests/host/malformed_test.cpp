@@ -279,6 +279,29 @@ TEST_F(Malformed, KeysAndValuesAreChecked)
                 "The element CLASS cannot be a value here.");
 }
 
+TEST_F(Malformed, AnArgumentGivenTwiceIsNeverReadThroughItsNumber)
+{
+    // The number in the place of an array's address: declared by the class, or by the client alone.
+    const auto twice = [](const std::string &name, const std::string &type, const std::string &value) {
+        const std::string argument = "<PARAMVALUE NAME=\"" + name + "\" PARAMTYPE=\"" + type + "\"><VALUE>" +
+                                     value + "</VALUE></PARAMVALUE>";
+        return test::methodCall(3, "Types", argument + argument);
+    };
+    for (const char *type : {"uint8", "uint16", "uint32", "uint64", "sint8", "sint16", "sint32", "sint64",
+                             "real32", "real64", "char16"}) {
+        expectError(twice("undeclared", type, "7"), 4, "The argument undeclared is given twice.");
+    }
+    expectError(twice("undeclared", "uint64", "81985529216486895"), 4,
+                "The argument undeclared is given twice.");
+    expectError(twice("undeclared", "boolean", "TRUE"), 4, "The argument undeclared is given twice.");
+    expectError(twice("undeclared", "string", "x"), 4, "The argument undeclared is given twice.");
+    expectError(twice("undeclared", "datetime", "20260101000000.000000+000"), 4,
+                "The argument undeclared is given twice.");
+    expectError(twice("d", "uint64", "81985529216486895"), 4, "The argument d is given twice.");
+    expectError(twice("f", "boolean", "TRUE"), 4, "The argument f is given twice.");
+    EXPECT_EQ(send(GOOD).status, 200);
+}
+
 TEST_F(Malformed, UnknownOperationsAreNotSupported)
 {
     expectError(test::intrinsic("OpenEnumerateInstances", ""), 7,
