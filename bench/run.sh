@@ -127,7 +127,7 @@ echo 'Instructions ...' >&2
         count_here library_bench "$call"
     done
     fixed_start "${counted[@]}" --callgrind-out-file="$scratch/counts.%p" "$programs/fixed_server"
-    DESK_HOST=$(wrapper "$DESK_HOST")
+    DISPLAY_HOST=$(wrapper "$DISPLAY_HOST")
     desk_start
     address
     for call in $(fastest | awk '/^http/ { print $1 }'); do

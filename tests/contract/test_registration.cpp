@@ -1,7 +1,7 @@
 // The registration and the definitions against the factories that the library has.
 
 #include "contract.h"
-#include "registration.h"
+#include "core/registration.h"
 
 #include <cstring>
 #include <gmock/gmock.h>

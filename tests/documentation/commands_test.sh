@@ -22,7 +22,7 @@ of_this_desk() {
          s|ADMIN_PASSWORD|$(cat "$directory/password.admin")|g
          s|VIEWER_PASSWORD|$(cat "$directory/password.viewer")|g
          s|build/release/desk/support/desk-monitor|$DESK_COMMAND|g
-         s|build/release/desk/host/desk-host|$DESK_HOST|g
+         s|build/release/host/display-host|$DISPLAY_HOST|g
          s|\.desk/|$directory/|g
          s|read\.xml|$directory/read.xml|g"
 }

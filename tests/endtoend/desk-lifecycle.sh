@@ -39,7 +39,7 @@ expect 'an engine on the same queues does not start' \
     "1: desk-engine: another engine serves the queues of key $(printf 0x%x "${desk_key[left]}")" "$result: $answer"
 host_again() { # host_again PORT ACCOUNTS
     result=0
-    answer=$("$DESK_HOST" --mof "$source_dir/mof/desk.mof" --registration "$source_dir/mof/libcmpiDisplayManagement.reg" \
+    answer=$("$DISPLAY_HOST" --mof "$source_dir/mof/desk.mof" --registration "$source_dir/mof/libcmpiDisplayManagement.reg" \
         --library "$DESK_LIBRARY" --accounts "$2" --port "$1" --ready-file "$directory/ready.again" 2>&1) || result=$?
 }
 host_again "$port" "$directory/accounts"

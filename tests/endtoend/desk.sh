@@ -17,7 +17,7 @@ export LC_ALL=C
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 source_dir=$(cd "$here/../.." && pwd)
 DESK_BUILD=${DESK_BUILD:-$source_dir/build/release}
-DESK_HOST=${DESK_HOST:-$DESK_BUILD/desk/host/desk-host}
+DISPLAY_HOST=${DISPLAY_HOST:-$DESK_BUILD/host/display-host}
 DESK_ENGINE=${DESK_ENGINE:-$DESK_BUILD/desk/engine/desk-engine}
 DESK_COMMAND=${DESK_COMMAND:-$DESK_BUILD/desk/support/desk-monitor}
 DESK_LIBRARY=${DESK_LIBRARY:-$DESK_BUILD/src/libcmpiDisplayManagement.so}
@@ -127,7 +127,7 @@ engine_stop() { # engine_stop [SIGNAL]
 
 host_start() {
     rm -f "$directory/ready"
-    setpriv --pdeathsig TERM "$DESK_HOST" --mof "$source_dir/mof/desk.mof" \
+    setpriv --pdeathsig TERM "$DISPLAY_HOST" --mof "$source_dir/mof/desk.mof" \
         --registration "$source_dir/mof/libcmpiDisplayManagement.reg" --library "$DESK_LIBRARY" \
         --accounts "$directory/accounts" --address 127.0.0.1 --port 0 \
         --provider-output "$directory/provider.log" --ready-file "$directory/ready" \
@@ -167,7 +167,7 @@ desk_start() {
     desk_use "$name"
     for user in admin viewer; do
         password >"$directory/password.$user"
-        "$DESK_HOST" account add --accounts "$directory/accounts" "$user" <"$directory/password.$user"
+        "$DISPLAY_HOST" account add --accounts "$directory/accounts" "$user" <"$directory/password.$user"
     done
     monitor user add admin --administrator
     monitor user add viewer

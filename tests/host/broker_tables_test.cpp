@@ -72,7 +72,7 @@ TEST_F(BrokerTables, OfObjectsHaveNoNullMember)
 TEST_F(BrokerTables, AreOfVersion200)
 {
     EXPECT_EQ(broker()->bft->brokerVersion, 200);
-    EXPECT_STREQ(broker()->bft->brokerName, "desk-host");
+    EXPECT_STREQ(broker()->bft->brokerName, "display-host");
     EXPECT_EQ(broker()->eft->ftVersion, 200);
     EXPECT_EQ(broker()->xft->ftVersion, 200);
     EXPECT_EQ(broker()->mft->ftVersion, 200);
@@ -284,7 +284,7 @@ TEST_F(BrokerTables, LogMessagesGoToStandardError)
               CMPI_RC_OK);
     EXPECT_EQ(broker()->eft->trace(broker(), CMPI_LEV_VERBOSE, "part", "not shown", nullptr).rc, CMPI_RC_OK);
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "desk-host: provider error: id: the text\ndesk-host: provider warning: the string\n");
+              "display-host: provider error: id: the text\ndisplay-host: provider warning: the string\n");
 }
 
 // -------------------------------------------------------------------------------------- threads and up-calls

@@ -1,4 +1,4 @@
-// desk-host as a program: its options, its messages, and the command-line client wbemcli against it.
+// display-host as a program: its options, its messages, and the command-line client wbemcli against it.
 #include "test_host.h"
 
 #include <gmock/gmock.h>
@@ -113,7 +113,7 @@ class Program : public testing::Test
 
     Outcome run(const std::vector<std::string> &arguments, const std::string &input = "")
     {
-        std::vector<std::string> command = {DESK_HOST_PROGRAM};
+        std::vector<std::string> command = {DISPLAY_HOST_PROGRAM};
         command.insert(command.end(), arguments.begin(), arguments.end());
         return Process(command, directory_, input).wait();
     }
@@ -128,10 +128,10 @@ class Program : public testing::Test
                 "--ready-file",   directory_.file("ready")};
     }
 
-    /** Starts desk-host and waits until it listens. */
+    /** Starts display-host and waits until it listens. */
     std::unique_ptr<Process> start(std::vector<std::string> more = {})
     {
-        std::vector<std::string> command = {DESK_HOST_PROGRAM};
+        std::vector<std::string> command = {DISPLAY_HOST_PROGRAM};
         for (const std::string &argument : goodArguments()) {
             command.push_back(argument);
         }
@@ -141,7 +141,7 @@ class Program : public testing::Test
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
         }
         if (!process->running()) {
-            ADD_FAILURE() << "desk-host has ended: " << test::readFile(directory_.file("errors"));
+            ADD_FAILURE() << "display-host has ended: " << test::readFile(directory_.file("errors"));
             return process;
         }
         const std::string ready = test::readFile(directory_.file("ready"));
@@ -175,7 +175,7 @@ TEST_F(Program, StartsAnnouncesAndStops)
 TEST_F(Program, NeedsItsFiles)
 {
     EXPECT_EQ(run({}).code, 1);
-    EXPECT_EQ(run({}).errors, "desk-host: --mof, --registration and --accounts are needed; see --help\n");
+    EXPECT_EQ(run({}).errors, "display-host: --mof, --registration and --accounts are needed; see --help\n");
     EXPECT_NE(run({"--mof", "/nonexistent.mof"}).code, 0);
     EXPECT_EQ(run({"--help"}).code, 0);
     EXPECT_THAT(run({"--help"}).output, HasSubstr("--provider-output"));
@@ -210,7 +210,7 @@ TEST_F(Program, SaysWhatIsWrong)
     outcome = with("--accounts", directory_.file("absent"));
     EXPECT_EQ(outcome.code, 1);
     EXPECT_THAT(outcome.errors,
-                HasSubstr("absent: No such file or directory (desk-host account add --accounts "));
+                HasSubstr("absent: No such file or directory (display-host account add --accounts "));
 
     test::writeFile(directory_.file("bad.reg"), "nonsense\n");
     outcome = with("--registration", directory_.file("bad.reg"));
@@ -220,8 +220,8 @@ TEST_F(Program, SaysWhatIsWrong)
     test::TestServer other;
     outcome = with("--port", std::to_string(other.port()));
     EXPECT_EQ(outcome.code, 1);
-    EXPECT_EQ(outcome.errors, "desk-host: cannot listen on 127.0.0.1 port " + std::to_string(other.port()) +
-                                  ": another program is listening there\n");
+    EXPECT_EQ(outcome.errors, "display-host: cannot listen on 127.0.0.1 port " +
+                                  std::to_string(other.port()) + ": another program is listening there\n");
 
     outcome = with("--provider-output", "/nonexistent/output");
     EXPECT_EQ(outcome.code, 1);
@@ -244,10 +244,10 @@ TEST_F(Program, AddsAccounts)
     EXPECT_TRUE(accounts.verify("operator", "a password"));
     outcome = run({"account", "add", "--accounts", directory_.file("new"), "operator"}, "");
     EXPECT_EQ(outcome.code, 1);
-    EXPECT_EQ(outcome.errors, "desk-host: the password is read from standard input, and there is none\n");
+    EXPECT_EQ(outcome.errors, "display-host: the password is read from standard input, and there is none\n");
     outcome = run({"account", "add", "--accounts", directory_.file("new"), "a:b"}, "x\n");
     EXPECT_EQ(outcome.code, 1);
-    EXPECT_EQ(outcome.errors, "desk-host: a user name has no blanks, control characters or colons\n");
+    EXPECT_EQ(outcome.errors, "display-host: a user name has no blanks, control characters or colons\n");
     EXPECT_NE(run({"account"}).code, 0);
     EXPECT_NE(run({"account", "add", "operator"}).code, 0);
 }

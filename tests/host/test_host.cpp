@@ -43,7 +43,7 @@ void writeFile(const std::string &path, std::string_view text)
 
 TemporaryDirectory::TemporaryDirectory()
 {
-    std::string name = std::filesystem::temp_directory_path().string() + "/desk-host-test.XXXXXX";
+    std::string name = std::filesystem::temp_directory_path().string() + "/display-host-test.XXXXXX";
     if (mkdtemp(name.data()) == nullptr) {
         throw std::runtime_error("mkdtemp failed");
     }

@@ -3,11 +3,11 @@
 #ifndef TESTS_HOST_TEST_HOST_H
 #define TESTS_HOST_TEST_HOST_H
 
-#include "accounts.h"
-#include "cimxml.h"
-#include "http_server.h"
-#include "mof_reader.h"
-#include "object_manager.h"
+#include "cim/mof_reader.h"
+#include "cimxml/cimxml.h"
+#include "core/accounts.h"
+#include "core/object_manager.h"
+#include "http/server.h"
 
 #include <gtest/gtest.h>
 

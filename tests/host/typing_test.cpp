@@ -1,7 +1,7 @@
 // Values that arrive as text take the types of their class.
 #include "test_host.h"
 
-#include "typing.h"
+#include "core/typing.h"
 
 namespace
 {

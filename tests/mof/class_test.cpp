@@ -1,6 +1,6 @@
 // The classes in mof/ against what the providers publish: one row per class, typed here once more.
 #include "mof_classes.h"
-#include "mof_reader.h"
+#include "cim/mof_reader.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

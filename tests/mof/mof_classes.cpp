@@ -1,6 +1,6 @@
 #include "mof_classes.h"
 
-#include "mof_reader.h"
+#include "cim/mof_reader.h"
 
 #include <algorithm>
 #include <cstdio>

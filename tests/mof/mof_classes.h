@@ -2,7 +2,7 @@
 #ifndef TESTS_MOF_MOF_CLASSES_H
 #define TESTS_MOF_MOF_CLASSES_H
 
-#include "schema.h"
+#include "cim/schema.h"
 
 #include <cstdint>
 #include <string>

@@ -1,5 +1,5 @@
 // The class model: types, names and the repository's look-ups.
-#include "schema.h"
+#include "cim/schema.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

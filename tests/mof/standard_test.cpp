@@ -4,7 +4,7 @@
 // What the reader refuses is refused here too: its rules are shown at work on the standard classes below. The
 // rules that it has not, because an object manager can do without them, are functions of this file.
 #include "mof_classes.h"
-#include "mof_reader.h"
+#include "cim/mof_reader.h"
 
 #include <gtest/gtest.h>
 

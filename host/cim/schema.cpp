@@ -1,0 +1,282 @@
+#include "cim/schema.h"
+
+#include <utility>
+
+namespace cim
+{
+namespace
+{
+
+struct NamedType {
+    const char *name;
+    Type type;
+};
+
+constexpr NamedType TYPES[] = {
+    {"boolean", Type::Boolean}, {"char16", Type::Char16},     {"real32", Type::Real32},
+    {"real64", Type::Real64},   {"uint8", Type::Uint8},       {"uint16", Type::Uint16},
+    {"uint32", Type::Uint32},   {"uint64", Type::Uint64},     {"sint8", Type::Sint8},
+    {"sint16", Type::Sint16},   {"sint32", Type::Sint32},     {"sint64", Type::Sint64},
+    {"string", Type::String},   {"datetime", Type::DateTime}, {"reference", Type::Reference},
+};
+
+constexpr unsigned char lower(char letter)
+{
+    const auto byte = static_cast<unsigned char>(letter);
+    return byte >= 'A' && byte <= 'Z' ? static_cast<unsigned char>(byte + ('a' - 'A')) : byte;
+}
+
+const std::string EMPTY;
+
+template <typename T>
+const T *findByName(const std::vector<T> &items, std::string_view name)
+{
+    for (const T &item : items) {
+        if (sameName(item.name, name)) {
+            return &item;
+        }
+    }
+    return nullptr;
+}
+
+} // namespace
+
+const char *typeName(Type type)
+{
+    for (const NamedType &entry : TYPES) {
+        if (entry.type == type) {
+            return entry.name;
+        }
+    }
+    return "";
+}
+
+Type typeFromName(std::string_view name)
+{
+    for (const NamedType &entry : TYPES) {
+        if (sameName(entry.name, name)) {
+            return entry.type;
+        }
+    }
+    return Type::None;
+}
+
+bool sameName(std::string_view left, std::string_view right)
+{
+    if (left == right) { // nearly all names come in the letters of their declaration
+        return true;
+    }
+    if (left.size() != right.size()) {
+        return false;
+    }
+    for (std::size_t i = 0; i < left.size(); ++i) {
+        if (lower(left[i]) != lower(right[i])) {
+            return false;
+        }
+    }
+    return true;
+}
+
+std::size_t NameHash::operator()(std::string_view name) const
+{
+    std::uint64_t hash = 0xcbf29ce484222325u; // FNV-1a
+    for (const char letter : name) {
+        hash = (hash ^ lower(letter)) * 0x100000001b3u;
+    }
+    return static_cast<std::size_t>(hash);
+}
+
+const std::string &Value::text() const
+{
+    return isNull || items.empty() ? EMPTY : items.front();
+}
+
+bool Value::isTrue() const
+{
+    return !isArray && text() == "true";
+}
+
+const Qualifier *findQualifier(const Qualifiers &qualifiers, std::string_view name)
+{
+    return findByName(qualifiers, name);
+}
+
+bool hasQualifier(const Qualifiers &qualifiers, std::string_view name)
+{
+    const Qualifier *qualifier = findQualifier(qualifiers, name);
+    return qualifier != nullptr && qualifier->type == Type::Boolean && qualifier->value.isTrue();
+}
+
+const Parameter *Method::findParameter(std::string_view parameterName) const
+{
+    return findByName(parameters, parameterName);
+}
+
+const Property *Class::findProperty(std::string_view propertyName) const
+{
+    return findByName(properties, propertyName);
+}
+
+const Method *Class::findMethod(std::string_view methodName) const
+{
+    return findByName(methods, methodName);
+}
+
+const char *scopeName(std::uint16_t scope)
+{
+    switch (scope) {
+    case QualifierDeclaration::SCOPE_CLASS:
+        return "class";
+    case QualifierDeclaration::SCOPE_ASSOCIATION:
+        return "association";
+    case QualifierDeclaration::SCOPE_INDICATION:
+        return "indication";
+    case QualifierDeclaration::SCOPE_PROPERTY:
+        return "property";
+    case QualifierDeclaration::SCOPE_REFERENCE:
+        return "reference";
+    case QualifierDeclaration::SCOPE_METHOD:
+        return "method";
+    case QualifierDeclaration::SCOPE_PARAMETER:
+        return "parameter";
+    case QualifierDeclaration::SCOPE_SCHEMA:
+        return "schema";
+    default:
+        return "";
+    }
+}
+
+const Class *ClassRepository::add(Class declaration)
+{
+    if (classes_.size() >= NO_CLASS || declaration.name.empty() || classByName_.contains(declaration.name)) {
+        return nullptr;
+    }
+    ClassId parent = NO_CLASS;
+    if (!declaration.superclass.empty()) {
+        parent = idOf(declaration.superclass);
+        if (parent == NO_CLASS) {
+            return nullptr;
+        }
+    }
+    const auto id = static_cast<ClassId>(classes_.size());
+    auto stored = std::make_unique<Class>(std::move(declaration));
+    stored->id = id;
+    stored->superclassId = parent;
+    stored->subclasses.clear();
+    stored->lineage.clear();
+    if (parent != NO_CLASS) {
+        stored->lineage = classes_[parent]->lineage;
+        classes_[parent]->subclasses.push_back(id);
+    }
+    stored->lineage.push_back(id);
+    stored->keys.clear();
+    for (std::size_t i = 0; i < stored->properties.size(); ++i) {
+        if (stored->properties[i].isKey) {
+            stored->keys.push_back(i);
+        }
+    }
+    classByName_.emplace(stored->name, id);
+    classes_.push_back(std::move(stored));
+    return classes_.back().get();
+}
+
+bool ClassRepository::add(QualifierDeclaration declaration)
+{
+    if (declaration.name.empty() || qualifierByName_.contains(declaration.name)) {
+        return false;
+    }
+    qualifierByName_.emplace(declaration.name, qualifiers_.size());
+    qualifiers_.push_back(std::make_unique<QualifierDeclaration>(std::move(declaration)));
+    return true;
+}
+
+const Class *ClassRepository::find(std::string_view name) const
+{
+    const ClassId id = idOf(name);
+    return id == NO_CLASS ? nullptr : classes_[id].get();
+}
+
+ClassId ClassRepository::idOf(std::string_view name) const
+{
+    const auto entry = classByName_.find(name);
+    return entry == classByName_.end() ? NO_CLASS : entry->second;
+}
+
+std::vector<const Class *> ClassRepository::all() const
+{
+    std::vector<const Class *> result;
+    result.reserve(classes_.size());
+    for (const auto &klass : classes_) {
+        result.push_back(klass.get());
+    }
+    return result;
+}
+
+std::vector<const Class *> ClassRepository::roots() const
+{
+    std::vector<const Class *> result;
+    for (const auto &klass : classes_) {
+        if (klass->superclassId == NO_CLASS) {
+            result.push_back(klass.get());
+        }
+    }
+    return result;
+}
+
+std::vector<const Class *> ClassRepository::subclasses(const Class &parent) const
+{
+    std::vector<const Class *> result;
+    result.reserve(parent.subclasses.size());
+    for (const ClassId id : parent.subclasses) {
+        result.push_back(classes_[id].get());
+    }
+    return result;
+}
+
+std::vector<const Class *> ClassRepository::deepSubclasses(const Class &parent) const
+{
+    std::vector<const Class *> result;
+    std::vector<ClassId> pending(parent.subclasses.rbegin(), parent.subclasses.rend());
+    while (!pending.empty()) {
+        const Class &klass = *classes_[pending.back()];
+        pending.pop_back();
+        result.push_back(&klass);
+        pending.insert(pending.end(), klass.subclasses.rbegin(), klass.subclasses.rend());
+    }
+    return result;
+}
+
+bool ClassRepository::isA(std::string_view klass, std::string_view ancestor) const
+{
+    const ClassId id = idOf(klass);
+    const ClassId ancestorId = idOf(ancestor);
+    return id != NO_CLASS && ancestorId != NO_CLASS && isA(id, ancestorId);
+}
+
+std::vector<const Property *> ClassRepository::keys(const Class &klass) const
+{
+    std::vector<const Property *> result;
+    result.reserve(klass.keys.size());
+    for (const std::size_t place : klass.keys) {
+        result.push_back(&klass.properties[place]);
+    }
+    return result;
+}
+
+const QualifierDeclaration *ClassRepository::findQualifier(std::string_view name) const
+{
+    const auto entry = qualifierByName_.find(name);
+    return entry == qualifierByName_.end() ? nullptr : qualifiers_[entry->second].get();
+}
+
+std::vector<const QualifierDeclaration *> ClassRepository::qualifiers() const
+{
+    std::vector<const QualifierDeclaration *> result;
+    result.reserve(qualifiers_.size());
+    for (const auto &qualifier : qualifiers_) {
+        result.push_back(qualifier.get());
+    }
+    return result;
+}
+
+} // namespace cim

@@ -1,0 +1,29 @@
+// CIM-XML over HTTP (DSP0200, DSP0201) as a front end of the dispatcher.
+#ifndef HOST_CIMXML_CIMXML_H
+#define HOST_CIMXML_CIMXML_H
+
+#include "cimxml/writer.h"
+#include "cimxml/xml_text.h"
+#include "core/dispatcher.h"
+#include "core/front_end.h"
+
+namespace host
+{
+
+class CimXmlFrontEnd final : public FrontEnd
+{
+  public:
+    explicit CimXmlFrontEnd(Dispatcher &dispatcher, const XmlLimits &limits = {});
+
+    bool serves(std::string_view path) const override;
+    HttpReply handle(Session &session, std::string_view principal) override;
+
+  private:
+    Dispatcher &dispatcher_;
+    XmlLimits limits_;
+    FragmentCache fragments_;
+};
+
+} // namespace host
+
+#endif

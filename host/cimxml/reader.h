@@ -1,0 +1,46 @@
+// The reader of CIM-XML messages (DSP0201): from the parsed XML to a request.
+#ifndef HOST_CIMXML_READER_H
+#define HOST_CIMXML_READER_H
+
+#include "core/model.h"
+#include "core/typing.h"
+
+#include <pugixml.hpp>
+
+#include <optional>
+#include <string_view>
+
+namespace host
+{
+
+/** What the operations over HTTP (DSP0200) make of a message before they look at its operation. */
+enum class MessageVerdict {
+    Good,
+    NotValid, // XML, but not a CIM-XML request
+    UnsupportedCimVersion,
+    UnsupportedDtdVersion,
+    UnsupportedProtocolVersion,
+    MultipleRequests,
+    UnsupportedMessage, // an export request
+};
+
+/** A message with one request. */
+struct CimXmlMessage {
+    std::string_view id;
+    std::string_view name; // of the operation or the method
+    bool isMethodCall = false;
+    std::optional<Operation> operation; // none: it is not known here
+    Request request;                    // without principal
+
+    /** An error that the reader has found already, or CMPI_RC_OK. */
+    CMPIrc code = CMPI_RC_OK;
+    const char *error = nullptr;
+};
+
+/** Reads the request. Texts of the message point into the document and into the arena. */
+MessageVerdict readCimXml(const pugi::xml_document &document, Arena &arena, const ClassTable &classes,
+                          CimXmlMessage &message);
+
+} // namespace host
+
+#endif

@@ -1,0 +1,103 @@
+// A text that is appended to, and its memory, which is used again for the next one.
+#ifndef HOST_CIMXML_TEXT_BUFFER_H
+#define HOST_CIMXML_TEXT_BUFFER_H
+
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <string_view>
+
+namespace host
+{
+
+class TextBuffer
+{
+  public:
+    TextBuffer() = default;
+    TextBuffer(const TextBuffer &) = delete;
+    TextBuffer &operator=(const TextBuffer &) = delete;
+
+    ~TextBuffer()
+    {
+        std::free(data_);
+    }
+
+    void append(std::string_view text)
+    {
+        char *place = grow(text.size());
+        std::memcpy(place, text.data(), text.size());
+        size_ += text.size();
+    }
+
+    void append(char letter)
+    {
+        *grow(1) = letter;
+        ++size_;
+    }
+
+    /** Room for that many bytes at the end; extend() says how many were used. */
+    char *grow(std::size_t bytes)
+    {
+        if (capacity_ - size_ <= bytes) {
+            enlarge(bytes);
+        }
+        return data_ + size_;
+    }
+
+    void extend(std::size_t bytes)
+    {
+        size_ += bytes;
+    }
+
+    /** Empties the buffer. Memory beyond what is ordinary goes back to the system. */
+    void clear()
+    {
+        if (capacity_ > KEPT) {
+            std::free(data_);
+            data_ = nullptr;
+            capacity_ = 0;
+        }
+        size_ = 0;
+    }
+
+    char *data()
+    {
+        return data_;
+    }
+
+    std::size_t size() const
+    {
+        return size_;
+    }
+
+    std::string_view view() const
+    {
+        return {data_, size_};
+    }
+
+  private:
+    static constexpr std::size_t KEPT = std::size_t{1024} * 1024;
+
+    void enlarge(std::size_t bytes)
+    {
+        std::size_t capacity = capacity_ == 0 ? std::size_t{16} * 1024 : capacity_ * 2;
+        while (capacity - size_ <= bytes) {
+            capacity *= 2;
+        }
+        char *data = static_cast<char *>(std::realloc(data_, capacity));
+        if (data == nullptr) {
+            throw std::bad_alloc();
+        }
+        data_ = data;
+        capacity_ = capacity;
+    }
+
+    char *data_ = nullptr;
+    std::size_t size_ = 0;
+    std::size_t capacity_ = 0;
+};
+
+} // namespace host
+
+#endif

@@ -1,0 +1,643 @@
+#include "cimxml/writer.h"
+
+#include "cimxml/xml_text.h"
+
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+
+namespace host
+{
+namespace
+{
+
+std::string escaped(std::string_view text)
+{
+    TextBuffer buffer;
+    appendEscaped(buffer, text);
+    return std::string(buffer.view());
+}
+
+/** The attribute that says that a string holds an object (DSP0201 2.3), or nothing. */
+std::string embeddedObject(const cim::Qualifiers &qualifiers)
+{
+    if (cim::findQualifier(qualifiers, "EmbeddedInstance") != nullptr) {
+        return " EmbeddedObject=\"instance\"";
+    }
+    return cim::hasQualifier(qualifiers, "EmbeddedObject") ? " EmbeddedObject=\"object\"" : "";
+}
+
+struct Tags {
+    std::string_view open;
+    std::string_view close;
+};
+
+Tags propertyTags(const cim::Property &property)
+{
+    if (property.type == cim::Type::Reference) {
+        return {"<PROPERTY.REFERENCE", "</PROPERTY.REFERENCE>\n"};
+    }
+    if (property.isArray) {
+        return {"<PROPERTY.ARRAY", "</PROPERTY.ARRAY>\n"};
+    }
+    return {"<PROPERTY", "</PROPERTY>\n"};
+}
+
+/** The CIM type of a CMPI type code, array or not. */
+cim::Type cimType(CMPIType type)
+{
+    return static_cast<cim::Type>(type & ~CMPI_ARRAY);
+}
+
+bool isOperationWithoutResult(Operation operation)
+{
+    return operation == Operation::ModifyInstance || operation == Operation::DeleteInstance ||
+           operation == Operation::SetProperty;
+}
+
+} // namespace
+
+// --------------------------------------------------------------------------------------------------
+// fragments
+
+ClassFragments::ClassFragments(const cim::Class &definition)
+    : open("<INSTANCE CLASSNAME=\"" + escaped(definition.name) + "\">\n")
+{
+    properties.reserve(definition.properties.size());
+    for (const cim::Property &property : definition.properties) {
+        const Tags tags = propertyTags(property);
+        const std::string name = std::string(tags.open) + " NAME=\"" + escaped(property.name) + "\"";
+        std::string rest;
+        if (property.type != cim::Type::Reference) {
+            rest = std::string(" TYPE=\"") + cim::typeName(property.type) + "\"";
+        }
+        rest += embeddedObject(property.qualifiers) + ">\n";
+        properties.push_back({name + rest,
+                              name + " CLASSORIGIN=\"" + escaped(property.classOrigin) + "\"" + rest,
+                              tags.close});
+    }
+}
+
+FragmentCache::FragmentCache(std::size_t classes) : fragments_(classes), owned_(classes) {}
+
+const ClassFragments &FragmentCache::of(const ClassInfo &info)
+{
+    const cim::ClassId id = info.definition().id;
+    if (const ClassFragments *present = fragments_[id].load(std::memory_order_acquire); present != nullptr) {
+        return *present;
+    }
+    const std::lock_guard lock(mutex_);
+    if (owned_[id] == nullptr) {
+        owned_[id] = std::make_unique<ClassFragments>(info.definition());
+        fragments_[id].store(owned_[id].get(), std::memory_order_release);
+    }
+    return *owned_[id];
+}
+
+// ----------------------------------------------------------------------------------------------------- frame
+
+void CimXmlWriter::writeAnswer(std::string_view messageId, std::string_view name, const Request &request,
+                               const Answer &answer)
+{
+    const bool isMethodCall = request.operation == Operation::InvokeMethod;
+    begin(messageId, name, isMethodCall);
+    if (!answer.ok()) {
+        error(answer.code, answer.message);
+    } else if (isMethodCall) {
+        methodResult(answer);
+    } else if (!isOperationWithoutResult(request.operation)) {
+        out_.append("<IRETURNVALUE>\n");
+        result(request, answer);
+        out_.append("</IRETURNVALUE>\n");
+    }
+    end(isMethodCall);
+}
+
+void CimXmlWriter::writeError(std::string_view messageId, std::string_view name, bool isMethodCall,
+                              CMPIrc code, const char *message)
+{
+    begin(messageId, name, isMethodCall);
+    error(code, message);
+    end(isMethodCall);
+}
+
+void CimXmlWriter::begin(std::string_view messageId, std::string_view name, bool isMethodCall)
+{
+    out_.append("<?xml version=\"1.0\" encoding=\"utf-8\" ?>\n"
+                "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\">\n"
+                "<MESSAGE ID=\"");
+    appendEscaped(out_, messageId);
+    out_.append("\" PROTOCOLVERSION=\"1.0\">\n"
+                "<SIMPLERSP>\n");
+    out_.append(isMethodCall ? "<METHODRESPONSE NAME=\"" : "<IMETHODRESPONSE NAME=\"");
+    appendEscaped(out_, name);
+    out_.append("\">\n");
+}
+
+void CimXmlWriter::end(bool isMethodCall)
+{
+    out_.append(isMethodCall ? "</METHODRESPONSE>\n" : "</IMETHODRESPONSE>\n");
+    out_.append("</SIMPLERSP>\n"
+                "</MESSAGE>\n"
+                "</CIM>\n");
+}
+
+void CimXmlWriter::error(CMPIrc code, const char *message)
+{
+    char number[16];
+    std::snprintf(number, sizeof number, "%d", static_cast<int>(code));
+    out_.append("<ERROR");
+    attribute("CODE", number);
+    attribute("DESCRIPTION", message != nullptr ? message : statusDescription(code));
+    out_.append("/>\n");
+}
+
+void CimXmlWriter::attribute(std::string_view name, std::string_view value)
+{
+    out_.append(' ');
+    out_.append(name);
+    out_.append("=\"");
+    appendEscaped(out_, value);
+    out_.append('"');
+}
+
+void CimXmlWriter::result(const Request &request, const Answer &answer)
+{
+    switch (request.operation) {
+    case Operation::EnumerateInstances:
+        for (const Instance *each : answer.instances) {
+            out_.append("<VALUE.NAMEDINSTANCE>\n");
+            instanceName(*each->path);
+            instance(*each, request.includeClassOrigin);
+            out_.append("</VALUE.NAMEDINSTANCE>\n");
+        }
+        return;
+    case Operation::GetInstance:
+        return instance(*answer.instances[0], request.includeClassOrigin);
+    case Operation::EnumerateInstanceNames:
+    case Operation::CreateInstance:
+        for (const Path *path : answer.paths) {
+            instanceName(*path);
+        }
+        return;
+    case Operation::ExecQuery:
+    case Operation::Associators:
+    case Operation::References:
+        for (const Instance *each : answer.instances) {
+            out_.append("<VALUE.OBJECTWITHPATH>\n");
+            instancePath(*each->path);
+            instance(*each, request.includeClassOrigin);
+            out_.append("</VALUE.OBJECTWITHPATH>\n");
+        }
+        return;
+    case Operation::AssociatorNames:
+    case Operation::ReferenceNames:
+        for (const Path *path : answer.paths) {
+            out_.append("<OBJECTPATH>\n");
+            instancePath(*path);
+            out_.append("</OBJECTPATH>\n");
+        }
+        return;
+    case Operation::GetProperty:
+        if (answer.hasReturnValue) {
+            value(answer.returnValue);
+        }
+        return;
+    case Operation::GetClass:
+    case Operation::EnumerateClasses:
+        for (const ClassInfo *info : answer.classes) {
+            classDefinition(info->definition(), request);
+        }
+        return;
+    case Operation::EnumerateClassNames:
+        for (const ClassInfo *info : answer.classes) {
+            out_.append("<CLASSNAME");
+            attribute("NAME", info->definition().name);
+            out_.append("/>\n");
+        }
+        return;
+    case Operation::GetQualifier:
+    case Operation::EnumerateQualifiers:
+        for (const cim::QualifierDeclaration *declaration : answer.qualifiers) {
+            qualifierDeclaration(*declaration);
+        }
+        return;
+    default:
+        return;
+    }
+}
+
+void CimXmlWriter::methodResult(const Answer &answer)
+{
+    if (answer.hasReturnValue && !isNull(answer.returnValue)) {
+        out_.append("<RETURNVALUE");
+        typeAttribute("PARAMTYPE", answer.returnValue.type);
+        out_.append(">\n");
+        value(answer.returnValue);
+        out_.append("</RETURNVALUE>\n");
+    }
+    for (const NamedValue &argument : *answer.outArguments->values) {
+        out_.append("<PARAMVALUE");
+        attribute("NAME", argument.name->view());
+        typeAttribute("PARAMTYPE", argument.data.type);
+        out_.append(">\n");
+        value(argument.data);
+        out_.append("</PARAMVALUE>\n");
+    }
+}
+
+// ----------------------------------------------------------------------------------------------------- paths
+
+void CimXmlWriter::nameSpacePath(std::string_view nameSpace)
+{
+    out_.append("<LOCALNAMESPACEPATH>\n");
+    while (!nameSpace.empty()) {
+        const std::size_t end = std::min(nameSpace.find('/'), nameSpace.size());
+        if (end != 0) {
+            out_.append("<NAMESPACE");
+            attribute("NAME", nameSpace.substr(0, end));
+            out_.append("/>\n");
+        }
+        nameSpace.remove_prefix(std::min(end + 1, nameSpace.size()));
+    }
+    out_.append("</LOCALNAMESPACEPATH>\n");
+}
+
+void CimXmlWriter::instanceName(const Path &path)
+{
+    out_.append("<INSTANCENAME CLASSNAME=\"");
+    appendEscaped(out_, path.className->view());
+    out_.append("\">\n");
+    for (const NamedValue &key : *path.keys) {
+        if (isNull(key.data)) {
+            continue;
+        }
+        out_.append("<KEYBINDING NAME=\"");
+        appendEscaped(out_, key.name->view());
+        out_.append("\">\n");
+        if (key.data.type == CMPI_ref) {
+            reference(*behind<Path>(key.data.value.ref));
+        } else {
+            const cim::Type type = cimType(key.data.type);
+            out_.append(cim::isInteger(type) || cim::isReal(type) ? "<KEYVALUE VALUETYPE=\"numeric\">"
+                        : type == cim::Type::Boolean              ? "<KEYVALUE VALUETYPE=\"boolean\">"
+                                                                  : "<KEYVALUE VALUETYPE=\"string\">");
+            scalar(key.data);
+            out_.append("</KEYVALUE>\n");
+        }
+        out_.append("</KEYBINDING>\n");
+    }
+    out_.append("</INSTANCENAME>\n");
+}
+
+void CimXmlWriter::instancePath(const Path &path)
+{
+    out_.append("<INSTANCEPATH>\n<NAMESPACEPATH>\n<HOST>");
+    appendEscaped(out_, path.host != nullptr ? path.host->view() : hostName_);
+    out_.append("</HOST>\n");
+    nameSpacePath(path.nameSpace->view());
+    out_.append("</NAMESPACEPATH>\n");
+    instanceName(path);
+    out_.append("</INSTANCEPATH>\n");
+}
+
+/** A path without namespace stands alone: its namespace is the one of the request. */
+void CimXmlWriter::localPath(const Path &path)
+{
+    const bool isClassPath = path.keys->empty();
+    if (path.nameSpace != nullptr) {
+        out_.append(isClassPath ? "<LOCALCLASSPATH>\n" : "<LOCALINSTANCEPATH>\n");
+        nameSpacePath(path.nameSpace->view());
+    }
+    if (isClassPath) {
+        out_.append("<CLASSNAME");
+        attribute("NAME", path.className->view());
+        out_.append("/>\n");
+    } else {
+        instanceName(path);
+    }
+    if (path.nameSpace != nullptr) {
+        out_.append(isClassPath ? "</LOCALCLASSPATH>\n" : "</LOCALINSTANCEPATH>\n");
+    }
+}
+
+void CimXmlWriter::reference(const Path &path)
+{
+    out_.append("<VALUE.REFERENCE>\n");
+    localPath(path);
+    out_.append("</VALUE.REFERENCE>\n");
+}
+
+// --------------------------------------------------------------------------------------------------
+// instances
+
+void CimXmlWriter::instance(const Instance &instance, bool includeClassOrigin)
+{
+    const ClassFragments &fragments = fragments_.of(*instance.info);
+    out_.append(fragments.open);
+    for (std::size_t i = 0; i < fragments.properties.size(); ++i) {
+        if (instance.visible != nullptr && !instance.visible->contains(i)) {
+            continue;
+        }
+        const ClassFragments::Property &property = fragments.properties[i];
+        out_.append(includeClassOrigin ? property.openWithOrigin : property.open);
+        value(instance.values[i]);
+        out_.append(property.close);
+    }
+    out_.append("</INSTANCE>\n");
+}
+
+void CimXmlWriter::scalar(const CMPIData &data)
+{
+    constexpr std::size_t LONGEST = 32;
+    char *place = out_.grow(LONGEST);
+    const auto integer = [&](auto number) {
+        const auto [end, problem] = std::to_chars(place, place + LONGEST, number);
+        out_.extend(static_cast<std::size_t>(end - place));
+    };
+    const auto real = [&](double number, int digits) {
+        if (std::isnan(number)) {
+            out_.append("NaN");
+        } else if (std::isinf(number)) {
+            out_.append(number < 0 ? "-INF" : "INF");
+        } else {
+            out_.extend(static_cast<std::size_t>(std::snprintf(place, LONGEST, "%.*e", digits, number)));
+        }
+    };
+    switch (data.type) {
+    case CMPI_boolean:
+        return out_.append(data.value.boolean != 0 ? "TRUE" : "FALSE");
+    case CMPI_uint8:
+        return integer(static_cast<unsigned>(data.value.uint8));
+    case CMPI_uint16:
+        return integer(data.value.uint16);
+    case CMPI_uint32:
+        return integer(data.value.uint32);
+    case CMPI_uint64:
+        return integer(data.value.uint64);
+    case CMPI_sint8:
+        return integer(static_cast<int>(data.value.sint8));
+    case CMPI_sint16:
+        return integer(data.value.sint16);
+    case CMPI_sint32:
+        return integer(data.value.sint32);
+    case CMPI_sint64:
+        return integer(data.value.sint64);
+    case CMPI_real32:
+        return real(static_cast<double>(data.value.real32), 8);
+    case CMPI_real64:
+        return real(data.value.real64, 16);
+    case CMPI_char16: {
+        const unsigned code = data.value.char16;
+        char text[3];
+        std::size_t length = 1;
+        if (code < 0x80) {
+            text[0] = static_cast<char>(code);
+        } else if (code < 0x800) {
+            text[0] = static_cast<char>(0xc0 | code >> 6);
+            text[1] = static_cast<char>(0x80 | (code & 0x3f));
+            length = 2;
+        } else {
+            text[0] = static_cast<char>(0xe0 | code >> 12);
+            text[1] = static_cast<char>(0x80 | (code >> 6 & 0x3f));
+            text[2] = static_cast<char>(0x80 | (code & 0x3f));
+            length = 3;
+        }
+        return appendEscaped(out_, {text, length});
+    }
+    case CMPI_string:
+        return appendEscaped(out_, behind<String>(data.value.string)->view());
+    case CMPI_dateTime:
+        return out_.append(behind<DateTime>(data.value.dateTime)->text);
+    default:
+        return;
+    }
+}
+
+/** The value's element; nothing for null. */
+void CimXmlWriter::value(const CMPIData &data)
+{
+    if (isNull(data)) {
+        return;
+    }
+    if ((data.type & CMPI_ARRAY) != 0) {
+        const Array &array = *behind<Array>(data.value.array);
+        const bool references = array.elementType == CMPI_ref;
+        out_.append(references ? "<VALUE.REFARRAY>\n" : "<VALUE.ARRAY>\n");
+        for (CMPICount i = 0; i < array.size; ++i) {
+            if (isNull(array.elements[i])) {
+                out_.append("<VALUE.NULL></VALUE.NULL>\n");
+            } else {
+                value(array.elements[i]);
+            }
+        }
+        out_.append(references ? "</VALUE.REFARRAY>\n" : "</VALUE.ARRAY>\n");
+        return;
+    }
+    if (data.type == CMPI_ref) {
+        return reference(*behind<Path>(data.value.ref));
+    }
+    out_.append("<VALUE>");
+    scalar(data);
+    out_.append("</VALUE>\n");
+}
+
+void CimXmlWriter::typeAttribute(std::string_view name, CMPIType type)
+{
+    const char *typeName = cim::typeName(cimType(type));
+    if (*typeName != '\0') {
+        attribute(name, typeName);
+    }
+}
+
+// ----------------------------------------------------------------------------------------------------
+// classes
+
+void CimXmlWriter::textValue(const cim::Value &value)
+{
+    if (value.isNull) {
+        return;
+    }
+    const auto item = [this](const std::string &text) {
+        out_.append("<VALUE>");
+        appendEscaped(out_, text);
+        out_.append("</VALUE>\n");
+    };
+    if (!value.isArray) {
+        return item(value.text());
+    }
+    out_.append("<VALUE.ARRAY>\n");
+    for (const std::string &text : value.items) {
+        item(text);
+    }
+    out_.append("</VALUE.ARRAY>\n");
+}
+
+void CimXmlWriter::qualifiers(const cim::Qualifiers &list)
+{
+    for (const cim::Qualifier &qualifier : list) {
+        out_.append("<QUALIFIER");
+        attribute("NAME", qualifier.name);
+        attribute("TYPE", cim::typeName(qualifier.type));
+        if (qualifier.propagated) {
+            attribute("PROPAGATED", "true");
+        }
+        if (!qualifier.flavor.overridable) {
+            attribute("OVERRIDABLE", "false");
+        }
+        if (!qualifier.flavor.toSubclass) {
+            attribute("TOSUBCLASS", "false");
+        }
+        if (qualifier.flavor.translatable) {
+            attribute("TRANSLATABLE", "true");
+        }
+        out_.append(">\n");
+        textValue(qualifier.value);
+        out_.append("</QUALIFIER>\n");
+    }
+}
+
+void CimXmlWriter::propertyDefinition(const cim::Property &property, const Request &request)
+{
+    const Tags tags = propertyTags(property);
+    out_.append(tags.open);
+    attribute("NAME", property.name);
+    if (property.type == cim::Type::Reference) {
+        attribute("REFERENCECLASS", property.referenceClass);
+    } else {
+        attribute("TYPE", cim::typeName(property.type));
+    }
+    if (property.isArray && property.arraySize != 0) {
+        attribute("ARRAYSIZE", std::to_string(property.arraySize));
+    }
+    if (request.includeClassOrigin) {
+        attribute("CLASSORIGIN", property.classOrigin);
+    }
+    if (property.propagated) {
+        attribute("PROPAGATED", "true");
+    }
+    out_.append(embeddedObject(property.qualifiers));
+    out_.append(">\n");
+    if (request.includeQualifiers) {
+        qualifiers(property.qualifiers);
+    }
+    if (property.type != cim::Type::Reference) {
+        textValue(property.defaultValue);
+    }
+    out_.append(tags.close);
+}
+
+void CimXmlWriter::method(const cim::Method &method, const Request &request)
+{
+    out_.append("<METHOD");
+    attribute("NAME", method.name);
+    if (method.returnType != cim::Type::None) {
+        attribute("TYPE", cim::typeName(method.returnType));
+    }
+    if (request.includeClassOrigin) {
+        attribute("CLASSORIGIN", method.classOrigin);
+    }
+    if (method.propagated) {
+        attribute("PROPAGATED", "true");
+    }
+    out_.append(">\n");
+    if (request.includeQualifiers) {
+        qualifiers(method.qualifiers);
+    }
+    for (const cim::Parameter &parameter : method.parameters) {
+        const bool isReference = parameter.type == cim::Type::Reference;
+        const std::string_view element = isReference && parameter.isArray ? "PARAMETER.REFARRAY"
+                                         : isReference                    ? "PARAMETER.REFERENCE"
+                                         : parameter.isArray              ? "PARAMETER.ARRAY"
+                                                                          : "PARAMETER";
+        out_.append('<');
+        out_.append(element);
+        attribute("NAME", parameter.name);
+        if (isReference) {
+            attribute("REFERENCECLASS", parameter.referenceClass);
+        } else {
+            attribute("TYPE", cim::typeName(parameter.type));
+        }
+        if (parameter.isArray && parameter.arraySize != 0) {
+            attribute("ARRAYSIZE", std::to_string(parameter.arraySize));
+        }
+        out_.append(">\n");
+        if (request.includeQualifiers) {
+            qualifiers(parameter.qualifiers);
+        }
+        out_.append("</");
+        out_.append(element);
+        out_.append(">\n");
+    }
+    out_.append("</METHOD>\n");
+}
+
+void CimXmlWriter::classDefinition(const cim::Class &definition, const Request &request)
+{
+    out_.append("<CLASS");
+    attribute("NAME", definition.name);
+    if (!definition.superclass.empty()) {
+        attribute("SUPERCLASS", definition.superclass);
+    }
+    out_.append(">\n");
+    if (request.includeQualifiers) {
+        qualifiers(definition.qualifiers);
+    }
+    const auto isListed = [&request](const cim::Property &property) {
+        for (const char **name = request.propertyList; name != nullptr && *name != nullptr; ++name) {
+            if (cim::sameName(*name, property.name)) {
+                return true;
+            }
+        }
+        return request.propertyList == nullptr;
+    };
+    for (const cim::Property &property : definition.properties) {
+        if ((!request.localOnly || !property.propagated) && isListed(property)) {
+            propertyDefinition(property, request);
+        }
+    }
+    for (const cim::Method &each : definition.methods) {
+        if (!request.localOnly || !each.propagated) {
+            method(each, request);
+        }
+    }
+    out_.append("</CLASS>\n");
+}
+
+void CimXmlWriter::qualifierDeclaration(const cim::QualifierDeclaration &declaration)
+{
+    struct ScopeAttribute {
+        std::uint16_t bit;
+        std::string_view name;
+    };
+    static constexpr ScopeAttribute SCOPES[] = {
+        {cim::QualifierDeclaration::SCOPE_CLASS, "CLASS"},
+        {cim::QualifierDeclaration::SCOPE_ASSOCIATION, "ASSOCIATION"},
+        {cim::QualifierDeclaration::SCOPE_REFERENCE, "REFERENCE"},
+        {cim::QualifierDeclaration::SCOPE_PROPERTY, "PROPERTY"},
+        {cim::QualifierDeclaration::SCOPE_METHOD, "METHOD"},
+        {cim::QualifierDeclaration::SCOPE_PARAMETER, "PARAMETER"},
+        {cim::QualifierDeclaration::SCOPE_INDICATION, "INDICATION"},
+    };
+    out_.append("<QUALIFIER.DECLARATION");
+    attribute("NAME", declaration.name);
+    attribute("TYPE", cim::typeName(declaration.type));
+    attribute("ISARRAY", declaration.isArray ? "true" : "false");
+    if (declaration.arraySize != 0) {
+        attribute("ARRAYSIZE", std::to_string(declaration.arraySize));
+    }
+    attribute("OVERRIDABLE", declaration.flavor.overridable ? "true" : "false");
+    attribute("TOSUBCLASS", declaration.flavor.toSubclass ? "true" : "false");
+    attribute("TRANSLATABLE", declaration.flavor.translatable ? "true" : "false");
+    out_.append(">\n<SCOPE");
+    for (const ScopeAttribute &scope : SCOPES) {
+        if ((declaration.scope & scope.bit) != 0) {
+            attribute(scope.name, "true");
+        }
+    }
+    out_.append("></SCOPE>\n");
+    textValue(declaration.defaultValue);
+    out_.append("</QUALIFIER.DECLARATION>\n");
+}
+
+} // namespace host

@@ -1,0 +1,97 @@
+// The writer of CIM-XML messages (DSP0201): appends straight to the bytes that are sent.
+//
+// The form is the one that every client reads: elements are not self-closed where a client cannot stand it,
+// numbers and texts are plain, references are local paths.
+#ifndef HOST_CIMXML_WRITER_H
+#define HOST_CIMXML_WRITER_H
+
+#include "cimxml/text_buffer.h"
+#include "core/model.h"
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace host
+{
+
+/** The parts of an instance's XML that are the same for all instances of a class; made when they are first
+ * needed, and kept. */
+class ClassFragments
+{
+  public:
+    struct Property {
+        std::string open;           // <PROPERTY NAME="..." TYPE="...">
+        std::string openWithOrigin; // the same with CLASSORIGIN
+        std::string_view close;
+    };
+
+    explicit ClassFragments(const cim::Class &definition);
+
+    std::string open; // <INSTANCE CLASSNAME="...">
+    std::vector<Property> properties;
+};
+
+class FragmentCache
+{
+  public:
+    explicit FragmentCache(std::size_t classes);
+
+    const ClassFragments &of(const ClassInfo &info);
+
+  private:
+    std::vector<std::atomic<const ClassFragments *>> fragments_; // by class number
+    std::vector<std::unique_ptr<ClassFragments>> owned_;
+    std::mutex mutex_;
+};
+
+class CimXmlWriter
+{
+  public:
+    CimXmlWriter(TextBuffer &out, FragmentCache &fragments, std::string_view hostName)
+        : out_(out), fragments_(fragments), hostName_(hostName)
+    {
+    }
+
+    /** The answer to the operation or method of that name. */
+    void writeAnswer(std::string_view messageId, std::string_view name, const Request &request,
+                     const Answer &answer);
+
+    /** The same when it failed. */
+    void writeError(std::string_view messageId, std::string_view name, bool isMethodCall, CMPIrc code,
+                    const char *message);
+
+  private:
+    void begin(std::string_view messageId, std::string_view name, bool isMethodCall);
+    void end(bool isMethodCall);
+    void error(CMPIrc code, const char *message);
+    void attribute(std::string_view name, std::string_view value);
+    void result(const Request &request, const Answer &answer);
+    void methodResult(const Answer &answer);
+    void nameSpacePath(std::string_view nameSpace);
+    void instanceName(const Path &path);
+    void instancePath(const Path &path);
+    void localPath(const Path &path);
+    void reference(const Path &path);
+    void instance(const Instance &instance, bool includeClassOrigin);
+    void scalar(const CMPIData &data);
+    void value(const CMPIData &data);
+    void typeAttribute(std::string_view name, CMPIType type);
+    void textValue(const cim::Value &value);
+    void qualifiers(const cim::Qualifiers &qualifiers);
+    void classDefinition(const cim::Class &definition, const Request &request);
+    void propertyDefinition(const cim::Property &property, const Request &request);
+    void method(const cim::Method &method, const Request &request);
+    void qualifierDeclaration(const cim::QualifierDeclaration &declaration);
+
+    TextBuffer &out_;
+    FragmentCache &fragments_;
+    std::string_view hostName_;
+};
+
+} // namespace host
+
+#endif

@@ -1,0 +1,326 @@
+#include "cimxml/xml_text.h"
+
+#include <array>
+#include <cstdint>
+
+namespace host
+{
+namespace
+{
+
+bool isBlank(char c)
+{
+    return c == ' ' || c == '\t' || c == '\r' || c == '\n';
+}
+
+/** The length of the UTF-8 sequence at the beginning of the text, 0 when there is none that XML allows. */
+std::size_t sequenceLength(std::string_view text)
+{
+    const auto byte = [text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+    const unsigned lead = byte(0);
+    if (lead < 0x80) {
+        return lead >= 0x20 || lead == '\t' || lead == '\n' || lead == '\r' ? 1 : 0;
+    }
+    const std::size_t length = lead >= 0xf0 ? 4 : lead >= 0xe0 ? 3 : 2;
+    if (lead < 0xc2 || lead > 0xf4 || text.size() < length) {
+        return 0;
+    }
+    for (std::size_t i = 1; i < length; ++i) {
+        if ((byte(i) & 0xc0u) != 0x80) {
+            return 0;
+        }
+    }
+    const unsigned second = byte(1);
+    if ((lead == 0xe0 && second < 0xa0) || (lead == 0xed && second > 0x9f) ||
+        (lead == 0xf0 && second < 0x90) || (lead == 0xf4 && second > 0x8f) ||
+        (lead == 0xef && second == 0xbf && byte(2) >= 0xbe)) {
+        return 0; // overlong, a surrogate, beyond Unicode, or U+FFFE and U+FFFF
+    }
+    return length;
+}
+
+bool isCharacter(std::uint32_t code)
+{
+    return code == '\t' || code == '\n' || code == '\r' || (code >= 0x20 && code < 0xd800) ||
+           (code >= 0xe000 && code < 0xfffe) || (code >= 0x10000 && code < 0x110000);
+}
+
+class Checker
+{
+  public:
+    Checker(std::string_view document, const XmlLimits &limits) : text_(document), limits_(limits) {}
+
+    bool check()
+    {
+        if (text_.starts_with("\xef\xbb\xbf")) {
+            place_ = 3;
+        }
+        while (place_ < text_.size()) {
+            const char c = text_[place_];
+            if (c == '<') {
+                if (!markup()) {
+                    return false;
+                }
+            } else if (c == '&') {
+                if (depth_ == 0 || !reference()) {
+                    return false;
+                }
+            } else {
+                if (depth_ == 0 && !isBlank(c)) {
+                    return false; // text outside the root element
+                }
+                if (!character()) {
+                    return false;
+                }
+            }
+        }
+        return depth_ == 0 && roots_ == 1;
+    }
+
+  private:
+    bool character()
+    {
+        const auto byte = static_cast<unsigned char>(text_[place_]);
+        if (byte >= 0x20 && byte < 0x80) { // nearly all are
+            ++place_;
+            return true;
+        }
+        const std::size_t length = sequenceLength(text_.substr(place_, 4));
+        place_ += length;
+        return length != 0;
+    }
+
+    bool reference()
+    {
+        const std::size_t end = text_.find(';', place_);
+        if (end == std::string_view::npos || end - place_ > 12) {
+            return false;
+        }
+        const std::string_view name = text_.substr(place_ + 1, end - place_ - 1);
+        place_ = end + 1;
+        if (name.empty() || name.front() != '#') {
+            return name == "lt" || name == "gt" || name == "amp" || name == "quot" || name == "apos";
+        }
+        const bool hexadecimal = name.size() > 1 && name[1] == 'x';
+        const std::string_view digits = name.substr(hexadecimal ? 2 : 1);
+        std::uint32_t code = 0;
+        for (const char digit : digits) {
+            std::uint32_t value = 0;
+            if (digit >= '0' && digit <= '9') {
+                value = static_cast<std::uint32_t>(digit - '0');
+            } else if (hexadecimal && (digit | 0x20) >= 'a' && (digit | 0x20) <= 'f') {
+                value = static_cast<std::uint32_t>((digit | 0x20) - 'a' + 10);
+            } else {
+                return false;
+            }
+            code = code * (hexadecimal ? 16 : 10) + value;
+            if (code >= 0x110000) {
+                return false;
+            }
+        }
+        return !digits.empty() && isCharacter(code);
+    }
+
+    bool skip(std::string_view begin, std::string_view end)
+    {
+        const std::size_t found = text_.find(end, place_ + begin.size());
+        if (found == std::string_view::npos) {
+            return false;
+        }
+        for (place_ += begin.size(); place_ < found;) {
+            if (!character()) {
+                return false;
+            }
+        }
+        place_ = found + end.size();
+        return true;
+    }
+
+    bool markup()
+    {
+        const std::string_view rest = text_.substr(place_);
+        if (rest.starts_with("<!--")) {
+            return skip("<!--", "-->");
+        }
+        if (rest.starts_with("<![CDATA[")) {
+            return depth_ != 0 && skip("<![CDATA[", "]]>");
+        }
+        if (rest.starts_with("<?")) {
+            return skip("<?", "?>");
+        }
+        if (rest.starts_with("<!DOCTYPE")) {
+            const std::size_t end = text_.find('>', place_);
+            return roots_ == 0 && end != std::string_view::npos &&
+                   text_.substr(place_, end - place_).find('[') == std::string_view::npos &&
+                   skip("<!DOCTYPE", ">");
+        }
+        if (rest.starts_with("</")) {
+            if (depth_ == 0) {
+                return false;
+            }
+            --depth_;
+            return skip("</", ">");
+        }
+        return startTag();
+    }
+
+    bool startTag()
+    {
+        if (++elements_ > limits_.elements || ++depth_ > limits_.depth || (depth_ == 1 && ++roots_ > 1)) {
+            return false;
+        }
+        ++place_;
+        name();
+        std::array<std::string_view, 32> seen;
+        std::size_t count = 0;
+        while (true) {
+            blanks();
+            if (place_ >= text_.size()) {
+                return false;
+            }
+            if (text_[place_] == '>') {
+                ++place_;
+                return true;
+            }
+            if (text_[place_] == '/') {
+                --depth_;
+                if (!text_.substr(place_).starts_with("/>")) {
+                    return false;
+                }
+                place_ += 2;
+                return true;
+            }
+            const std::string_view attributeName = name();
+            if (attributeName.empty() || count >= limits_.attributes || count >= seen.size()) {
+                return false;
+            }
+            for (std::size_t i = 0; i < count; ++i) {
+                if (seen[i] == attributeName) {
+                    return false;
+                }
+            }
+            seen[count++] = attributeName;
+            blanks();
+            if (place_ >= text_.size() || text_[place_] != '=') {
+                return false;
+            }
+            ++place_;
+            blanks();
+            if (!attributeValue()) {
+                return false;
+            }
+        }
+    }
+
+    bool attributeValue()
+    {
+        if (place_ >= text_.size() || (text_[place_] != '"' && text_[place_] != '\'')) {
+            return false;
+        }
+        const char quote = text_[place_++];
+        while (place_ < text_.size()) {
+            const char c = text_[place_];
+            if (c == quote) {
+                ++place_;
+                return true;
+            }
+            if (c == '<' || (c == '&' ? !reference() : !character())) {
+                return false;
+            }
+        }
+        return false;
+    }
+
+    void blanks()
+    {
+        while (place_ < text_.size() && isBlank(text_[place_])) {
+            ++place_;
+        }
+    }
+
+    std::string_view name()
+    {
+        const std::size_t first = place_;
+        while (place_ < text_.size()) {
+            const char c = text_[place_];
+            const bool isNameCharacter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
+                                         (c >= '0' && c <= '9') || c == '.' || c == '_' || c == '-' ||
+                                         c == ':' || (static_cast<unsigned char>(c) & 0x80u) != 0;
+            if (!isNameCharacter) {
+                break;
+            }
+            ++place_;
+        }
+        return text_.substr(first, place_ - first);
+    }
+
+    std::string_view text_;
+    const XmlLimits &limits_;
+    std::size_t place_ = 0;
+    std::size_t depth_ = 0;
+    std::size_t elements_ = 0;
+    std::size_t roots_ = 0;
+};
+
+/** Bytes that need a second look: markup, controls, everything beyond ASCII. */
+constexpr std::array<bool, 256> makeSpecialBytes()
+{
+    std::array<bool, 256> special = {};
+    for (std::size_t i = 0; i < special.size(); ++i) {
+        special[i] = i < 0x20 || i >= 0x7f || i == '<' || i == '>' || i == '&' || i == '"' || i == '\'';
+    }
+    return special;
+}
+
+constexpr std::array<bool, 256> SPECIAL_BYTES = makeSpecialBytes();
+
+std::string_view entityOf(char c)
+{
+    switch (c) {
+    case '<':
+        return "&lt;";
+    case '>':
+        return "&gt;";
+    case '&':
+        return "&amp;";
+    case '"':
+        return "&quot;";
+    case '\'':
+        return "&apos;";
+    default:
+        return {};
+    }
+}
+
+} // namespace
+
+bool checkXml(std::string_view document, const XmlLimits &limits)
+{
+    return Checker(document, limits).check();
+}
+
+void appendEscaped(TextBuffer &buffer, std::string_view text)
+{
+    constexpr std::string_view REPLACEMENT = "\xef\xbf\xbd";
+    while (!text.empty()) {
+        std::size_t plain = 0;
+        while (plain < text.size() && !SPECIAL_BYTES[static_cast<unsigned char>(text[plain])]) {
+            ++plain;
+        }
+        if (plain != 0) {
+            buffer.append(text.substr(0, plain));
+            text.remove_prefix(plain);
+            continue;
+        }
+        if (const std::string_view entity = entityOf(text.front()); !entity.empty()) {
+            buffer.append(entity);
+            text.remove_prefix(1);
+            continue;
+        }
+        const std::size_t length = sequenceLength(text);
+        buffer.append(length != 0 ? text.substr(0, length) : REPLACEMENT);
+        text.remove_prefix(length != 0 ? length : 1);
+    }
+}
+
+} // namespace host

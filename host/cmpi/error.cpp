@@ -1,0 +1,105 @@
+// The function table of extended errors (CIM_Error).
+#include "cmpi/object_tables.h"
+
+namespace host
+{
+namespace
+{
+
+template <auto Member, typename T>
+T getPlain(const CMPIError *error, CMPIStatus *status)
+{
+    const Error *self = checked<Error>(error, status);
+    return self != nullptr ? self->*Member : T{};
+}
+
+/** A text that is not set is null, with the status to say so. */
+template <auto Member>
+CMPIString *getText(const CMPIError *error, CMPIStatus *status)
+{
+    const Error *self = checked<Error>(error, status);
+    if (self == nullptr) {
+        return nullptr;
+    }
+    String *text = self->*Member;
+    return text != nullptr ? &text->cmpi : nullptr;
+}
+
+template <auto Member>
+CMPIArray *getArray(const CMPIError *error, CMPIStatus *status)
+{
+    const Error *self = checked<Error>(error, status);
+    if (self == nullptr) {
+        return nullptr;
+    }
+    Array *array = self->*Member;
+    return array != nullptr ? &array->cmpi : nullptr;
+}
+
+template <auto Member, typename T>
+CMPIStatus setPlain(const CMPIError *error, T value)
+{
+    CMPIStatus status = {};
+    if (Error *self = checked<Error>(error, &status); self != nullptr) {
+        self->*Member = value;
+    }
+    return status;
+}
+
+template <auto Member>
+CMPIStatus setText(const CMPIError *error, const char *text)
+{
+    CMPIStatus status = {};
+    if (Error *self = checked<Error>(error, &status); self != nullptr) {
+        self->*Member = text != nullptr ? makeString(*self->arena, text) : nullptr;
+    }
+    return status;
+}
+
+template <auto Member>
+CMPIStatus setArray(const CMPIError *error, const CMPIArray *array)
+{
+    CMPIStatus status = {};
+    if (Error *self = checked<Error>(error, &status); self != nullptr) {
+        const Array *given = behind<Array>(array);
+        if (given != nullptr && given->elementType != CMPI_string) {
+            return makeStatus(CMPI_RC_ERR_TYPE_MISMATCH);
+        }
+        self->*Member = given != nullptr ? copyObject(*self->arena, *given) : nullptr;
+    }
+    return status;
+}
+
+} // namespace
+
+const CMPIErrorFT ERROR_TABLE = {
+    TABLE_VERSION,
+    releaseObject<Error>,
+    cloneObject<Error>,
+    getPlain<&Error::type, CMPIErrorType>,
+    getText<&Error::otherType>,
+    getText<&Error::owner>,
+    getText<&Error::messageId>,
+    getText<&Error::message>,
+    getPlain<&Error::severity, CMPIErrorSeverity>,
+    getPlain<&Error::probableCause, CMPIErrorProbableCause>,
+    getText<&Error::probableCauseDescription>,
+    getArray<&Error::recommendedActions>,
+    getText<&Error::source>,
+    getPlain<&Error::sourceFormat, CMPIErrorSrcFormat>,
+    getText<&Error::otherSourceFormat>,
+    getPlain<&Error::statusCode, CMPIrc>,
+    getText<&Error::statusCodeDescription>,
+    getArray<&Error::messageArguments>,
+    setPlain<&Error::type, CMPIErrorType>,
+    setText<&Error::otherType>,
+    setText<&Error::probableCauseDescription>,
+    setArray<&Error::recommendedActions>,
+    setText<&Error::source>,
+    setPlain<&Error::sourceFormat, CMPIErrorSrcFormat>,
+    setText<&Error::otherSourceFormat>,
+    setText<&Error::statusCodeDescription>,
+    setArray<&Error::messageArguments>,
+};
+
+} // namespace host

@@ -1,0 +1,272 @@
+// The function table of object paths.
+#include "cmpi/object_tables.h"
+
+namespace host
+{
+namespace
+{
+
+CMPIStatus setText(const CMPIObjectPath *path, String *Path::*member, const char *text)
+{
+    CMPIStatus status = {};
+    if (Path *self = checked<Path>(path, &status); self != nullptr) {
+        self->*member = text == nullptr || *text == '\0' ? nullptr : makeString(*self->arena, text);
+    }
+    return status;
+}
+
+/** A text that the path has not got reads as empty. */
+CMPIString *getText(const CMPIObjectPath *path, String *Path::*member, CMPIStatus *status)
+{
+    Path *self = checked<Path>(path, status);
+    if (self == nullptr) {
+        return nullptr;
+    }
+    String *text = self->*member;
+    return text != nullptr ? &text->cmpi : &makeString(*self->arena, "")->cmpi;
+}
+
+CMPIStatus setNameSpace(const CMPIObjectPath *path, const char *nameSpace)
+{
+    return setText(path, &Path::nameSpace, nameSpace);
+}
+
+CMPIString *getNameSpace(const CMPIObjectPath *path, CMPIStatus *status)
+{
+    return getText(path, &Path::nameSpace, status);
+}
+
+CMPIStatus setHostname(const CMPIObjectPath *path, const char *hostname)
+{
+    return setText(path, &Path::host, hostname);
+}
+
+CMPIString *getHostname(const CMPIObjectPath *path, CMPIStatus *status)
+{
+    return getText(path, &Path::host, status);
+}
+
+CMPIStatus setClassNameOfPath(const CMPIObjectPath *path, const char *className)
+{
+    CMPIStatus status = {};
+    if (Path *self = checked<Path>(path, &status); self != nullptr) {
+        if (className == nullptr || *className == '\0') {
+            return makeStatus(CMPI_RC_ERR_INVALID_PARAMETER);
+        }
+        setClassName(*self, className);
+    }
+    return status;
+}
+
+CMPIString *getClassName(const CMPIObjectPath *path, CMPIStatus *status)
+{
+    const Path *self = checked<Path>(path, status);
+    return self != nullptr ? &self->className->cmpi : nullptr;
+}
+
+CMPIStatus addKey(const CMPIObjectPath *path, const char *name, const CMPIValue *value, CMPIType type)
+{
+    const Path *self = behind<Path>(path);
+    if (self == nullptr) {
+        return makeStatus(CMPI_RC_ERR_INVALID_HANDLE);
+    }
+    const CMPIStatus status = addNamed(self->keys, name, value, type);
+    if (status.rc == CMPI_RC_OK) {
+        NamedValue *key = findValue(*self->keys, name);
+        key->data.state = static_cast<CMPIValueState>(key->data.state | CMPI_keyValue);
+    }
+    return status;
+}
+
+CMPIData getKey(const CMPIObjectPath *path, const char *name, CMPIStatus *status)
+{
+    const Path *self = checked<Path>(path, status);
+    if (self == nullptr) {
+        return nullData(CMPI_null, CMPI_badValue);
+    }
+    return namedData(self->keys, name, CMPI_RC_ERR_NOT_FOUND, status);
+}
+
+CMPIData getKeyAt(const CMPIObjectPath *path, CMPICount index, CMPIString **name, CMPIStatus *status)
+{
+    const Path *self = checked<Path>(path, status);
+    if (self == nullptr) {
+        return nullData(CMPI_null, CMPI_badValue);
+    }
+    return dataAt(self->keys, index, name, status);
+}
+
+CMPICount getKeyCount(const CMPIObjectPath *path, CMPIStatus *status)
+{
+    const Path *self = checked<Path>(path, status);
+    return self != nullptr ? static_cast<CMPICount>(self->keys->size()) : 0;
+}
+
+CMPIStatus setNameSpaceFromObjectPath(const CMPIObjectPath *path, const CMPIObjectPath *source)
+{
+    Path *self = behind<Path>(path);
+    const Path *from = behind<Path>(source);
+    if (self == nullptr || from == nullptr) {
+        return makeStatus(CMPI_RC_ERR_INVALID_HANDLE);
+    }
+    self->nameSpace = from->nameSpace != nullptr ? copyObject(*self->arena, *from->nameSpace) : nullptr;
+    return makeStatus(CMPI_RC_OK);
+}
+
+CMPIStatus setHostAndNameSpaceFromObjectPath(const CMPIObjectPath *path, const CMPIObjectPath *source)
+{
+    const CMPIStatus status = setNameSpaceFromObjectPath(path, source);
+    if (status.rc == CMPI_RC_OK) {
+        Path *self = behind<Path>(path);
+        const Path *from = behind<Path>(source);
+        self->host = from->host != nullptr ? copyObject(*self->arena, *from->host) : nullptr;
+    }
+    return status;
+}
+
+// ---------------------------------------------------------------------------------------------- qualifiers
+
+/** The qualifier's value: booleans as such, everything else as text. */
+CMPIData qualifierData(Arena &arena, const cim::Qualifiers &qualifiers, const char *name, CMPIStatus *status)
+{
+    const cim::Qualifier *qualifier = cim::findQualifier(qualifiers, name);
+    if (qualifier == nullptr) {
+        setStatus(status, CMPI_RC_ERR_NOT_FOUND);
+        return nullData(CMPI_null, CMPI_notFound);
+    }
+    if (qualifier->value.isNull) {
+        return nullData(cim::cmpiType(qualifier->type, qualifier->value.isArray));
+    }
+    CMPIData data = {};
+    if (qualifier->value.isArray) {
+        const auto size = static_cast<CMPICount>(qualifier->value.items.size());
+        Array *array = makeArray(arena, CMPI_string, size);
+        for (CMPICount i = 0; i < size; ++i) {
+            array->elements[i] = stringData(makeString(arena, qualifier->value.items[i]));
+        }
+        data.type = CMPI_stringA;
+        data.value.array = &array->cmpi;
+        return data;
+    }
+    if (qualifier->type == cim::Type::Boolean) {
+        data.type = CMPI_boolean;
+        data.value.boolean = qualifier->value.isTrue() ? 1 : 0;
+        return data;
+    }
+    return stringData(makeString(arena, qualifier->value.text()));
+}
+
+/** The path whose class is known and whose names are all given; null and a filled status otherwise. */
+Path *pathOfKnownClass(const CMPIObjectPath *path, std::initializer_list<const char *> names,
+                       CMPIStatus *status)
+{
+    Path *self = checked<Path>(path, status);
+    if (self == nullptr) {
+        return nullptr;
+    }
+    for (const char *name : names) {
+        if (name == nullptr) {
+            setStatus(status, CMPI_RC_ERR_INVALID_PARAMETER);
+            return nullptr;
+        }
+    }
+    if (self->info == nullptr) {
+        setStatus(status, CMPI_RC_ERR_INVALID_CLASS);
+        return nullptr;
+    }
+    return self;
+}
+
+CMPIData noElement(CMPIStatus *status, CMPIrc code)
+{
+    setStatus(status, code);
+    return nullData(CMPI_null, CMPI_notFound);
+}
+
+CMPIData getClassQualifier(const CMPIObjectPath *path, const char *qualifier, CMPIStatus *status)
+{
+    const Path *self = pathOfKnownClass(path, {qualifier}, status);
+    if (self == nullptr) {
+        return nullData(CMPI_null, CMPI_badValue);
+    }
+    return qualifierData(*self->arena, self->info->definition().qualifiers, qualifier, status);
+}
+
+CMPIData getPropertyQualifier(const CMPIObjectPath *path, const char *property, const char *qualifier,
+                              CMPIStatus *status)
+{
+    const Path *self = pathOfKnownClass(path, {property, qualifier}, status);
+    if (self == nullptr) {
+        return nullData(CMPI_null, CMPI_badValue);
+    }
+    const int index = self->info->findProperty(property);
+    if (index == ClassInfo::NO_PROPERTY) {
+        return noElement(status, CMPI_RC_ERR_NO_SUCH_PROPERTY);
+    }
+    return qualifierData(*self->arena, self->info->property(index).qualifiers, qualifier, status);
+}
+
+CMPIData getMethodQualifier(const CMPIObjectPath *path, const char *method, const char *qualifier,
+                            CMPIStatus *status)
+{
+    const Path *self = pathOfKnownClass(path, {method, qualifier}, status);
+    if (self == nullptr) {
+        return nullData(CMPI_null, CMPI_badValue);
+    }
+    const cim::Method *found = self->info->definition().findMethod(method);
+    if (found == nullptr) {
+        return noElement(status, CMPI_RC_ERR_METHOD_NOT_FOUND);
+    }
+    return qualifierData(*self->arena, found->qualifiers, qualifier, status);
+}
+
+CMPIData getParameterQualifier(const CMPIObjectPath *path, const char *method, const char *parameter,
+                               const char *qualifier, CMPIStatus *status)
+{
+    const Path *self = pathOfKnownClass(path, {method, parameter, qualifier}, status);
+    if (self == nullptr) {
+        return nullData(CMPI_null, CMPI_badValue);
+    }
+    const cim::Method *found = self->info->definition().findMethod(method);
+    if (found == nullptr) {
+        return noElement(status, CMPI_RC_ERR_METHOD_NOT_FOUND);
+    }
+    const cim::Parameter *element = found->findParameter(parameter);
+    if (element == nullptr) {
+        return noElement(status, CMPI_RC_ERR_NOT_FOUND);
+    }
+    return qualifierData(*self->arena, element->qualifiers, qualifier, status);
+}
+
+CMPIString *toString(const CMPIObjectPath *path, CMPIStatus *status)
+{
+    const Path *self = checked<Path>(path, status);
+    return self != nullptr ? &pathText(*self->arena, *self)->cmpi : nullptr;
+}
+
+} // namespace
+
+const CMPIObjectPathFT PATH_TABLE = {
+    TABLE_VERSION,
+    releaseObject<Path>,
+    cloneObject<Path>,
+    setNameSpace,
+    getNameSpace,
+    setHostname,
+    getHostname,
+    setClassNameOfPath,
+    getClassName,
+    addKey,
+    getKey,
+    getKeyAt,
+    getKeyCount,
+    setNameSpaceFromObjectPath,
+    setHostAndNameSpaceFromObjectPath,
+    getClassQualifier,
+    getPropertyQualifier,
+    getMethodQualifier,
+    getParameterQualifier,
+    toString,
+};
+
+} // namespace host

@@ -1,0 +1,202 @@
+// The function tables of strings, dates, contexts, results and select expressions.
+#include "cmpi/object_tables.h"
+
+namespace host
+{
+namespace
+{
+
+// ------------------------------------------------------------------------------------------------ strings
+
+const char *getCharPtr(const CMPIString *string, CMPIStatus *status)
+{
+    const String *self = checked<String>(string, status);
+    return self != nullptr ? self->text : nullptr;
+}
+
+// -------------------------------------------------------------------------------------------------- dates
+
+CMPIUint64 getBinaryFormat(const CMPIDateTime *dateTime, CMPIStatus *status)
+{
+    const DateTime *self = checked<DateTime>(dateTime, status);
+    return self != nullptr ? self->microseconds : 0;
+}
+
+CMPIString *getStringFormat(const CMPIDateTime *dateTime, CMPIStatus *status)
+{
+    const DateTime *self = checked<DateTime>(dateTime, status);
+    return self != nullptr ? &makeString(*self->arena, self->text)->cmpi : nullptr;
+}
+
+CMPIBoolean isInterval(const CMPIDateTime *dateTime, CMPIStatus *status)
+{
+    const DateTime *self = checked<DateTime>(dateTime, status);
+    return self != nullptr && self->isInterval ? 1 : 0;
+}
+
+// ----------------------------------------------------------------------------------------------- contexts
+
+CMPIData getEntry(const CMPIContext *context, const char *name, CMPIStatus *status)
+{
+    const Context *self = checked<Context>(context, status);
+    if (self == nullptr) {
+        return nullData(CMPI_null, CMPI_badValue);
+    }
+    return namedData(self->entries, name, CMPI_RC_ERR_NO_SUCH_PROPERTY, status);
+}
+
+CMPIData getEntryAt(const CMPIContext *context, CMPICount index, CMPIString **name, CMPIStatus *status)
+{
+    const Context *self = checked<Context>(context, status);
+    if (self == nullptr) {
+        return nullData(CMPI_null, CMPI_badValue);
+    }
+    return dataAt(self->entries, index, name, status);
+}
+
+CMPICount getEntryCount(const CMPIContext *context, CMPIStatus *status)
+{
+    const Context *self = checked<Context>(context, status);
+    return self != nullptr ? static_cast<CMPICount>(self->entries->size()) : 0;
+}
+
+CMPIStatus addEntry(const CMPIContext *context, const char *name, const CMPIValue *value, CMPIType type)
+{
+    const Context *self = behind<Context>(context);
+    return self != nullptr ? addNamed(self->entries, name, value, type)
+                           : makeStatus(CMPI_RC_ERR_INVALID_HANDLE);
+}
+
+// ------------------------------------------------------------------------------------------------ results
+
+CMPIStatus releaseResult(CMPIResult *result)
+{
+    CMPIStatus status = {};
+    checked<Result>(result, &status); // a result always belongs to the call
+    return status;
+}
+
+CMPIResult *cloneResult(const CMPIResult *result, CMPIStatus *status)
+{
+    if (checked<Result>(result, status) != nullptr) {
+        setStatus(status, CMPI_RC_ERR_NOT_SUPPORTED); // there is one client, and it gets one answer
+    }
+    return nullptr;
+}
+
+CMPIStatus returnData(const CMPIResult *result, const CMPIValue *value, CMPIType type)
+{
+    const Result *self = behind<Result>(result);
+    return makeStatus(self != nullptr ? self->sink->takeData(value, type) : CMPI_RC_ERR_INVALID_HANDLE);
+}
+
+CMPIStatus returnInstance(const CMPIResult *result, const CMPIInstance *instance)
+{
+    const Result *self = behind<Result>(result);
+    const Instance *given = behind<Instance>(instance);
+    if (self == nullptr || given == nullptr) {
+        return makeStatus(CMPI_RC_ERR_INVALID_HANDLE);
+    }
+    return makeStatus(self->sink->takeInstance(*given));
+}
+
+CMPIStatus returnObjectPath(const CMPIResult *result, const CMPIObjectPath *path)
+{
+    const Result *self = behind<Result>(result);
+    const Path *given = behind<Path>(path);
+    if (self == nullptr || given == nullptr) {
+        return makeStatus(CMPI_RC_ERR_INVALID_HANDLE);
+    }
+    return makeStatus(self->sink->takePath(*given));
+}
+
+CMPIStatus returnDone(const CMPIResult *result)
+{
+    const Result *self = behind<Result>(result);
+    if (self == nullptr) {
+        return makeStatus(CMPI_RC_ERR_INVALID_HANDLE);
+    }
+    self->sink->done();
+    return makeStatus(CMPI_RC_OK);
+}
+
+CMPIStatus returnError(const CMPIResult *result, const CMPIError *error)
+{
+    const Result *self = behind<Result>(result);
+    const Error *given = behind<Error>(error);
+    if (self == nullptr || given == nullptr) {
+        return makeStatus(CMPI_RC_ERR_INVALID_HANDLE);
+    }
+    self->sink->takeError(*given);
+    return makeStatus(CMPI_RC_OK);
+}
+
+// ------------------------------------------------------------------------------------- select expressions
+
+/** Queries are kept and handed on, not evaluated. */
+CMPIBoolean evaluate(const CMPISelectExp *expression, const CMPIInstance *, CMPIStatus *status)
+{
+    if (checked<SelectExpression>(expression, status) != nullptr) {
+        setStatus(status, CMPI_RC_ERR_NOT_SUPPORTED);
+    }
+    return 0;
+}
+
+CMPIString *getString(const CMPISelectExp *expression, CMPIStatus *status)
+{
+    const SelectExpression *self = checked<SelectExpression>(expression, status);
+    return self != nullptr ? &self->query->cmpi : nullptr;
+}
+
+CMPISelectCond *getCondition(const CMPISelectExp *expression, CMPIStatus *status)
+{
+    if (checked<SelectExpression>(expression, status) != nullptr) {
+        setStatus(status, CMPI_RC_ERR_NOT_SUPPORTED);
+    }
+    return nullptr;
+}
+
+CMPIBoolean evaluateUsingAccessor(const CMPISelectExp *expression, CMPIAccessor *, void *, CMPIStatus *status)
+{
+    if (checked<SelectExpression>(expression, status) != nullptr) {
+        setStatus(status, CMPI_RC_ERR_NOT_SUPPORTED);
+    }
+    return 0;
+}
+
+} // namespace
+
+const CMPIStringFT STRING_TABLE = {
+    TABLE_VERSION,
+    releaseObject<String>,
+    cloneObject<String>,
+    getCharPtr,
+};
+
+const CMPIDateTimeFT DATE_TIME_TABLE = {
+    TABLE_VERSION,   releaseObject<DateTime>, cloneObject<DateTime>,
+    getBinaryFormat, getStringFormat,         isInterval,
+};
+
+const CMPIContextFT CONTEXT_TABLE = {
+    TABLE_VERSION, releaseObject<Context>, cloneObject<Context>, getEntry, getEntryAt, getEntryCount,
+    addEntry,
+};
+
+const CMPIResultFT RESULT_TABLE = {
+    TABLE_VERSION,  releaseResult,    cloneResult, returnData,
+    returnInstance, returnObjectPath, returnDone,  returnError,
+};
+
+const CMPISelectExpFT SELECT_EXPRESSION_TABLE = {
+    TABLE_VERSION,
+    releaseObject<SelectExpression>,
+    cloneObject<SelectExpression>,
+    evaluate,
+    getString,
+    getCondition,
+    getCondition,
+    evaluateUsingAccessor,
+};
+
+} // namespace host

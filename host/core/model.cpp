@@ -1,0 +1,97 @@
+#include "core/model.h"
+
+namespace host
+{
+
+const char *operationName(Operation operation)
+{
+    switch (operation) {
+    case Operation::EnumerateInstances:
+        return "EnumerateInstances";
+    case Operation::EnumerateInstanceNames:
+        return "EnumerateInstanceNames";
+    case Operation::GetInstance:
+        return "GetInstance";
+    case Operation::CreateInstance:
+        return "CreateInstance";
+    case Operation::ModifyInstance:
+        return "ModifyInstance";
+    case Operation::DeleteInstance:
+        return "DeleteInstance";
+    case Operation::GetProperty:
+        return "GetProperty";
+    case Operation::SetProperty:
+        return "SetProperty";
+    case Operation::ExecQuery:
+        return "ExecQuery";
+    case Operation::Associators:
+        return "Associators";
+    case Operation::AssociatorNames:
+        return "AssociatorNames";
+    case Operation::References:
+        return "References";
+    case Operation::ReferenceNames:
+        return "ReferenceNames";
+    case Operation::InvokeMethod:
+        return "InvokeMethod";
+    case Operation::GetClass:
+        return "GetClass";
+    case Operation::EnumerateClasses:
+        return "EnumerateClasses";
+    case Operation::EnumerateClassNames:
+        return "EnumerateClassNames";
+    case Operation::GetQualifier:
+        return "GetQualifier";
+    case Operation::EnumerateQualifiers:
+        return "EnumerateQualifiers";
+    }
+    return "";
+}
+
+const char *statusDescription(CMPIrc code)
+{
+    switch (code) {
+    case CMPI_RC_OK:
+        return "The operation was successful.";
+    case CMPI_RC_ERR_FAILED:
+        return "A general error occurred that is not covered by a more specific error code.";
+    case CMPI_RC_ERR_ACCESS_DENIED:
+        return "Access to a CIM resource was not available to the client.";
+    case CMPI_RC_ERR_INVALID_NAMESPACE:
+        return "The target namespace does not exist.";
+    case CMPI_RC_ERR_INVALID_PARAMETER:
+        return "One or more parameter values passed to the method were invalid.";
+    case CMPI_RC_ERR_INVALID_CLASS:
+        return "The specified class does not exist.";
+    case CMPI_RC_ERR_NOT_FOUND:
+        return "The requested object could not be found.";
+    case CMPI_RC_ERR_NOT_SUPPORTED:
+        return "The requested operation is not supported.";
+    case CMPI_RC_ERR_CLASS_HAS_CHILDREN:
+        return "The operation cannot be carried out on this class because it has subclasses.";
+    case CMPI_RC_ERR_CLASS_HAS_INSTANCES:
+        return "The operation cannot be carried out on this class because it has instances.";
+    case CMPI_RC_ERR_INVALID_SUPERCLASS:
+        return "The operation cannot be carried out because the specified superclass does not exist.";
+    case CMPI_RC_ERR_ALREADY_EXISTS:
+        return "The operation cannot be carried out because an object already exists.";
+    case CMPI_RC_ERR_NO_SUCH_PROPERTY:
+        return "The specified property does not exist.";
+    case CMPI_RC_ERR_TYPE_MISMATCH:
+        return "The value supplied is not compatible with the type.";
+    case CMPI_RC_ERR_QUERY_LANGUAGE_NOT_SUPPORTED:
+        return "The query language is not recognized or supported.";
+    case CMPI_RC_ERR_INVALID_QUERY:
+        return "The query is not valid for the specified query language.";
+    case CMPI_RC_ERR_METHOD_NOT_AVAILABLE:
+        return "The extrinsic method could not be invoked.";
+    case CMPI_RC_ERR_METHOD_NOT_FOUND:
+        return "The specified extrinsic method does not exist.";
+    case CMPI_RC_ERR_SERVER_LIMITS_EXCEEDED:
+        return "The operation was refused because it exceeds the limits of the server.";
+    default:
+        return "The operation failed.";
+    }
+}
+
+} // namespace host

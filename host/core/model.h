@@ -1,0 +1,109 @@
+// A request and its answer as the dispatcher knows them, whatever protocol they came by. A protocol is a
+// front end: it turns what a client sent into a Request (see typing.h for values, which travel as text) and
+// an Answer into what it sends back.
+//
+// Everything that a request and its answer point to lives in the arena of the request.
+#ifndef HOST_CORE_MODEL_H
+#define HOST_CORE_MODEL_H
+
+#include "cmpi/objects.h"
+
+#include <string_view>
+
+namespace host
+{
+
+/** The operations of DSP0200 that this object manager knows. */
+enum class Operation {
+    EnumerateInstances,
+    EnumerateInstanceNames,
+    GetInstance,
+    CreateInstance,
+    ModifyInstance,
+    DeleteInstance,
+    GetProperty,
+    SetProperty,
+    ExecQuery,
+    Associators,
+    AssociatorNames,
+    References,
+    ReferenceNames,
+    InvokeMethod,
+    GetClass,
+    EnumerateClasses,
+    EnumerateClassNames,
+    GetQualifier,
+    EnumerateQualifiers,
+};
+
+/** The name of the operation as DSP0200 has it; "InvokeMethod" of an extrinsic method. */
+const char *operationName(Operation operation);
+
+struct Request {
+    Operation operation = Operation::GetInstance;
+    std::string_view nameSpace;
+    /** Who asks; never empty: nothing is dispatched without a principal. */
+    std::string_view principal;
+
+    /** The class of an enumeration or of a class operation. Empty: all classes (EnumerateClasses). */
+    std::string_view className;
+    /** The instance (or, without keys, the class) that the operation is about. */
+    Path *path = nullptr;
+    /** The new or changed instance. */
+    Instance *instance = nullptr;
+
+    /** Names of the wanted properties, ending with a null pointer; null: all. */
+    const char **propertyList = nullptr;
+    bool localOnly = false;
+    bool deepInheritance = true;
+    bool includeQualifiers = false;
+    bool includeClassOrigin = false;
+
+    // Associations. A null pointer: no filter.
+    const char *associationClass = nullptr; // Associators: of the association; References: the ResultClass
+    const char *resultClass = nullptr;
+    const char *role = nullptr;
+    const char *resultRole = nullptr;
+
+    const char *query = nullptr;
+    const char *queryLanguage = nullptr;
+
+    std::string_view propertyName; // GetProperty, SetProperty
+    CMPIData propertyValue = {};   // SetProperty
+
+    const char *methodName = nullptr;
+    Args *arguments = nullptr;
+
+    std::string_view qualifierName;
+};
+
+struct Answer {
+    explicit Answer(Arena &arena) : instances(arena), paths(arena), classes(arena), qualifiers(arena) {}
+
+    /** CMPI_RC_OK, or the error; then the rest does not count. */
+    CMPIrc code = CMPI_RC_OK;
+    /** The text of the error; null: there is none. */
+    const char *message = nullptr;
+
+    ArenaList<Instance *> instances;
+    ArenaList<Path *> paths;
+    ArenaList<const ClassInfo *> classes;
+    ArenaList<const cim::QualifierDeclaration *> qualifiers;
+
+    /** Of a method, or the value of GetProperty. */
+    CMPIData returnValue = {};
+    bool hasReturnValue = false;
+    Args *outArguments = nullptr;
+
+    bool ok() const
+    {
+        return code == CMPI_RC_OK;
+    }
+};
+
+/** What DSP0200 says about a status code; for errors that come without a text of their own. */
+const char *statusDescription(CMPIrc code);
+
+} // namespace host
+
+#endif

@@ -1,0 +1,36 @@
+#include "core/object_manager.h"
+
+#include "core/computer_system.h"
+
+namespace host
+{
+
+ObjectManager::ObjectManager(cim::ClassRepository classes, const ObjectManagerOptions &options)
+    : options_(options), repository_(std::make_unique<cim::ClassRepository>(std::move(classes))),
+      table_(std::make_unique<ClassTable>(*repository_, options.nameSpace)),
+      broker_(std::make_unique<Broker>(*table_)),
+      providers_(std::make_unique<ProviderManager>(*table_, broker_->cmpi())),
+      dispatcher_(std::make_unique<Dispatcher>(*table_, *providers_, localHostName()))
+{
+    providers_->setLibraryDirectories(options.libraryDirectories);
+    broker_->setDispatcher(dispatcher_.get());
+}
+
+std::vector<std::string> ObjectManager::load(const std::vector<Registration> &registrations)
+{
+    std::vector<std::string> problems;
+    for (const Registration &registration : registrations) {
+        if (!options_.libraryFile.empty()) {
+            providers_->setLibraryFile(registration.location, options_.libraryFile);
+        }
+        std::string problem;
+        if (!providers_->load(registration, problem)) {
+            problems.push_back(problem);
+        }
+    }
+    // A registered provider of that class goes first; without the class there is nothing to serve.
+    providers_->addBuiltIn(COMPUTER_SYSTEM_CLASS, createComputerSystemProvider);
+    return problems;
+}
+
+} // namespace host

@@ -1,0 +1,60 @@
+// The object manager as a whole: classes, broker, providers and dispatcher, put together in the right order.
+#ifndef HOST_CORE_OBJECT_MANAGER_H
+#define HOST_CORE_OBJECT_MANAGER_H
+
+#include "cim/class_table.h"
+#include "cmpi/broker.h"
+#include "core/dispatcher.h"
+#include "core/provider_manager.h"
+#include "core/registration.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace host
+{
+
+struct ObjectManagerOptions {
+    std::string nameSpace = "root/cimv2";
+    std::vector<std::string> libraryDirectories;
+    /** A library file, used for every location; empty: lib<location>.so is looked for. */
+    std::string libraryFile;
+};
+
+class ObjectManager
+{
+  public:
+    /** Takes the classes over. */
+    ObjectManager(cim::ClassRepository classes, const ObjectManagerOptions &options);
+
+    /** Loads the providers; one text for every problem. What could be loaded is served. */
+    std::vector<std::string> load(const std::vector<Registration> &registrations);
+
+    Dispatcher &dispatcher()
+    {
+        return *dispatcher_;
+    }
+
+    const Broker &broker() const
+    {
+        return *broker_;
+    }
+
+    const ClassTable &classes() const
+    {
+        return *table_;
+    }
+
+  private:
+    ObjectManagerOptions options_;
+    std::unique_ptr<cim::ClassRepository> repository_;
+    std::unique_ptr<ClassTable> table_;
+    std::unique_ptr<Broker> broker_;
+    std::unique_ptr<ProviderManager> providers_;
+    std::unique_ptr<Dispatcher> dispatcher_;
+};
+
+} // namespace host
+
+#endif

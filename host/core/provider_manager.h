@@ -1,0 +1,99 @@
+// The providers: loading them, and finding the one that serves a class.
+#ifndef HOST_CORE_PROVIDER_MANAGER_H
+#define HOST_CORE_PROVIDER_MANAGER_H
+
+#include "cim/class_table.h"
+#include "core/registration.h"
+
+#include <cmpi/cmpidt.h>
+#include <cmpi/cmpift.h>
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace host
+{
+
+/** A provider with the interfaces that it has been asked for. */
+struct Provider {
+    std::string name;
+    CMPIInstanceMI *instance = nullptr;
+    CMPIMethodMI *method = nullptr;
+    CMPIAssociationMI *association = nullptr;
+};
+
+using InstanceFactory = CMPIInstanceMI *(*)(const CMPIBroker *, const CMPIContext *, CMPIStatus *);
+
+class ProviderManager
+{
+  public:
+    ProviderManager(const ClassTable &classes, const CMPIBroker &broker);
+    ProviderManager(const ProviderManager &) = delete;
+    ProviderManager &operator=(const ProviderManager &) = delete;
+    /** Tells every provider that it is over, and closes the libraries. */
+    ~ProviderManager();
+
+    /** Where libraries are looked for, in this order; without any, where the system looks. */
+    void setLibraryDirectories(std::vector<std::string> directories);
+
+    /** Uses that file as lib<location>.so, wherever it lies. */
+    void setLibraryFile(const std::string &location, const std::string &file);
+
+    /** Loads the library and has its factories called for the class. False, with a text for the operator in
+     * problem, when a part is missing; then the class is not served. */
+    bool load(const Registration &registration, std::string &problem);
+
+    /** Takes in an instance provider that is part of the object manager; false when the class is unknown or
+     * served already. */
+    bool addBuiltIn(const std::string &className, InstanceFactory factory);
+
+    /** The provider of instances of exactly that class, or null. */
+    const Provider *instanceProvider(const ClassInfo &info) const
+    {
+        return byClass_[info.definition().id].instance;
+    }
+
+    const Provider *methodProvider(const ClassInfo &info) const
+    {
+        return byClass_[info.definition().id].method;
+    }
+
+    const Provider *associationProvider(const ClassInfo &info) const
+    {
+        return byClass_[info.definition().id].association;
+    }
+
+    /** The classes with an association provider, in the order of their registration. */
+    const std::vector<const ClassInfo *> &associationClasses() const
+    {
+        return associationClasses_;
+    }
+
+  private:
+    struct Library {
+        void *handle = nullptr;
+        std::string path;
+    };
+    struct Serving {
+        const Provider *instance = nullptr;
+        const Provider *method = nullptr;
+        const Provider *association = nullptr;
+    };
+
+    Library *open(const std::string &location, std::string &problem);
+
+    const ClassTable &classes_;
+    const CMPIBroker &broker_;
+    std::vector<std::string> directories_;
+    std::map<std::string, std::string> files_;
+    std::map<std::string, Library> libraries_;
+    std::map<std::string, std::unique_ptr<Provider>> providers_; // by library and name
+    std::vector<Serving> byClass_;                               // by class number
+    std::vector<const ClassInfo *> associationClasses_;
+};
+
+} // namespace host
+
+#endif
