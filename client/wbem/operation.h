@@ -25,10 +25,10 @@ enum class OperationKind {
 
 /** What Associators, References and their Names forms are limited to; empty: not limited. */
 struct AssociationFilter {
-    std::string associationClass; // of References: ResultClass
-    std::string resultClass;
+    std::string associationClass; // the class of the associations, which References calls ResultClass
+    std::string resultClass;      // of Associators alone
     std::string role;
-    std::string resultRole;
+    std::string resultRole; // of Associators alone
 };
 
 /** One request. Made by the functions below. */
@@ -66,9 +66,10 @@ enum class Status {
     busy,         // HTTP 503 or 429: it has no room for the request and did nothing
     unauthorized, // HTTP 401, or no password for the user
     forbidden,    // HTTP 403
-    untrusted,    // TLS: the certificate is not trusted, has expired, or is another host's
+    untrusted,    // no TLS: the certificate is not trusted, has expired or is another host's; or there is no
+                  // handshake
     unreachable,  // no connection
-    timeout,      // no answer in time
+    noAnswer,     // none in time, or the connection was closed before one came
     broken,       // an answer that is none: not HTTP 200, not CIM-XML, cut off
 };
 
