@@ -9,14 +9,14 @@ namespace
 
 constexpr unsigned HTTP_BAD_REQUEST = 400;
 constexpr unsigned HTTP_NOT_IMPLEMENTED = 501;
+constexpr std::size_t FIRST_CHUNK = std::size_t{32} * 1024; // of a request's memory
 
 /** A reply without a body, whose CIMError header says what is wrong with the message (DSP0200). */
 HttpReply refuse(unsigned status, const char *cimError)
 {
     HttpReply reply;
     reply.status = status;
-    reply.headerName = "CIMError";
-    reply.headerValue = cimError;
+    reply.fields = {{"CIMError", cimError}};
     return reply;
 }
 
@@ -52,39 +52,38 @@ bool CimXmlFrontEnd::serves(std::string_view path) const
     return path == "/cimom" || path == "/";
 }
 
-HttpReply CimXmlFrontEnd::handle(Session &session, std::string_view principal)
+HttpReply CimXmlFrontEnd::handle(const HttpRequest &request, TextBuffer &out)
 {
-    session.arena.reset();
     constexpr unsigned OPTIONS = pugi::parse_cdata | pugi::parse_escapes | pugi::parse_wconv_attribute |
                                  pugi::parse_eol |
                                  pugi::parse_ws_pcdata_single; // a value may consist of blanks
-    if (!checkXml(session.body, limits_) ||
-        !session.document.load_buffer_inplace(session.body.data(), session.body.size(), OPTIONS,
-                                              pugi::encoding_utf8)) {
+    pugi::xml_document document;
+    if (!checkXml(request.body, limits_) ||
+        !document.load_buffer_inplace(request.body.data(), request.body.size(), OPTIONS,
+                                      pugi::encoding_utf8)) {
         return refuse(HTTP_BAD_REQUEST, "request-not-well-formed");
     }
+    Arena arena(FIRST_CHUNK, request.memory);
     CimXmlMessage message;
-    const MessageVerdict verdict =
-        readCimXml(session.document, session.arena, dispatcher_.classes(), message);
+    const MessageVerdict verdict = readCimXml(document, arena, dispatcher_.classes(), message);
     if (verdict != MessageVerdict::Good) {
         return refuse(verdict);
     }
-    CimXmlWriter writer(session.out, fragments_, dispatcher_.hostName());
+    CimXmlWriter writer(out, fragments_, dispatcher_.hostName());
     if (message.code != CMPI_RC_OK) {
         writer.writeError(message.id, message.name, message.isMethodCall, message.code, message.error);
     } else if (!message.operation) {
         writer.writeError(message.id, message.name, message.isMethodCall, CMPI_RC_ERR_NOT_SUPPORTED, nullptr);
     } else {
-        Call call{&session.arena, nextRequestNumber()};
-        message.request.principal = principal;
-        Answer answer(session.arena);
+        Call call{&arena, nextRequestNumber()};
+        message.request.principal = request.principal;
+        Answer answer(arena);
         dispatcher_.execute(call, message.request, answer);
         writer.writeAnswer(message.id, message.name, message.request, answer);
     }
     HttpReply reply;
     reply.contentType = "application/xml; charset=\"utf-8\"";
-    reply.headerName = "CIMOperation";
-    reply.headerValue = "MethodResponse";
+    reply.fields = {{"CIMOperation", "MethodResponse"}};
     return reply;
 }
 

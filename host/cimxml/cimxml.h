@@ -16,7 +16,7 @@ class CimXmlFrontEnd final : public FrontEnd
     explicit CimXmlFrontEnd(Dispatcher &dispatcher, const XmlLimits &limits = {});
 
     bool serves(std::string_view path) const override;
-    HttpReply handle(Session &session, std::string_view principal) override;
+    HttpReply handle(const HttpRequest &request, TextBuffer &out) override;
 
   private:
     Dispatcher &dispatcher_;

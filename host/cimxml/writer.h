@@ -5,7 +5,7 @@
 #ifndef HOST_CIMXML_WRITER_H
 #define HOST_CIMXML_WRITER_H
 
-#include "cimxml/text_buffer.h"
+#include "core/text_buffer.h"
 #include "core/model.h"
 
 #include <atomic>

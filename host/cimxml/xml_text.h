@@ -2,7 +2,7 @@
 #ifndef HOST_CIMXML_XML_TEXT_H
 #define HOST_CIMXML_XML_TEXT_H
 
-#include "cimxml/text_buffer.h"
+#include "core/text_buffer.h"
 
 #include <cstddef>
 #include <string_view>

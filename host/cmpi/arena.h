@@ -1,7 +1,10 @@
+// SPDX-License-Identifier: Apache-2.0
 // Memory that one owner gives back all at once. Everything that is made while a request runs lives in the
 // arena of that request; a cloned object lives in an arena of its own.
 #ifndef HOST_CMPI_ARENA_H
 #define HOST_CMPI_ARENA_H
+
+#include "cmpi/memory_budget.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -27,6 +30,12 @@ class Arena
     /** firstChunk: bytes of the first chunk, taken at the first allocation; limit: see exhausted(). */
     explicit Arena(std::size_t firstChunk = 512, std::size_t limit = DEFAULT_LIMIT)
         : nextChunk_(firstChunk), limit_(limit)
+    {
+    }
+
+    /** An arena whose memory counts as the request's. */
+    Arena(std::size_t firstChunk, MemoryShare &memory)
+        : nextChunk_(firstChunk), limit_(DEFAULT_LIMIT), memory_(&memory)
     {
     }
 
@@ -100,7 +109,7 @@ class Arena
      * provider asks first and refuses. */
     bool exhausted() const
     {
-        return used_ > limit_;
+        return used_ > limit_ || (memory_ != nullptr && memory_->exhausted());
     }
 
     /** Bytes taken from the system. */
@@ -132,6 +141,9 @@ class Arena
         if (memory == nullptr) {
             throw std::bad_alloc();
         }
+        if (memory_ != nullptr) {
+            memory_->force(sizeof(Chunk) + bytes);
+        }
         chunk_ = new (memory) Chunk{chunk_, bytes};
         used_ += bytes;
         nextChunk_ = std::clamp<std::size_t>(nextChunk_ * 2, 512, KEPT_CHUNK);
@@ -144,6 +156,9 @@ class Arena
         for (Chunk *chunk = chunk_; chunk != nullptr;) {
             Chunk *next = chunk->next;
             if (chunk != kept) {
+                if (memory_ != nullptr) {
+                    memory_->giveBack(sizeof(Chunk) + chunk->size);
+                }
                 std::free(chunk);
             }
             chunk = next;
@@ -155,6 +170,7 @@ class Arena
     std::size_t used_ = 0;
     std::size_t nextChunk_;
     std::size_t limit_;
+    MemoryShare *memory_ = nullptr;
 };
 
 /** A growing list in an arena. */

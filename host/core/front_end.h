@@ -1,34 +1,53 @@
-// What a protocol over HTTP is to the server: it gets the body of a request and fills a reply.
+// SPDX-License-Identifier: Apache-2.0
+// What a protocol over HTTP is to the server: it gets a request and fills a reply. A front end keeps nothing
+// between requests that belongs to a connection; what it needs for one request it makes while it answers.
 #ifndef HOST_CORE_FRONT_END_H
 #define HOST_CORE_FRONT_END_H
 
-#include "cimxml/text_buffer.h"
-#include "cmpi/arena.h"
-
-#include <pugixml.hpp>
+#include "cmpi/memory_budget.h"
+#include "core/text_buffer.h"
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace host
 {
 
-/** The memory of one connection, used again for every request on it. */
-struct Session {
-    Session() : arena(std::size_t{64} * 1024) {}
+/** The header of a request. */
+class HttpHeaders
+{
+  public:
+    /** The value of the field of that name, any letter case; null when it is absent. */
+    virtual const char *value(const char *name) const = 0;
 
-    Arena arena;
-    std::string body; // of the request; a front end may write to it
-    TextBuffer out;   // of the reply
-    pugi::xml_document document;
+  protected:
+    ~HttpHeaders() = default;
 };
 
+/** A request whose user has been authenticated. */
+struct HttpRequest {
+    std::string_view principal;
+    /** The numeric address of the client. */
+    std::string_view peer;
+    std::string_view path;
+    const HttpHeaders &headers;
+    /** A front end may write to it. */
+    std::string &body;
+    /** What the request may use; the body is paid for. */
+    MemoryShare &memory;
+};
+
+struct HttpField {
+    const char *name;
+    const char *value;
+};
+
+/** Texts must outlive the reply: they are literals. */
 struct HttpReply {
     unsigned status = 200;
     const char *contentType = nullptr; // null: the reply has no body
-    /** One more header; null: none. */
-    const char *headerName = nullptr;
-    const char *headerValue = nullptr;
+    std::vector<HttpField> fields;     // more header lines
 };
 
 class FrontEnd
@@ -39,9 +58,9 @@ class FrontEnd
     /** True when requests to that path are for this front end. */
     virtual bool serves(std::string_view path) const = 0;
 
-    /** Answers the request in session.body, which the principal has sent. The body of the reply is put into
-     * session.out, which is empty before. Called by many threads at once, with a session each. */
-    virtual HttpReply handle(Session &session, std::string_view principal) = 0;
+    /** Answers the POST request. The body of the reply is put into out, which is empty before. Called by many
+     * threads at once. An exception ends the request, and the server answers for the front end. */
+    virtual HttpReply handle(const HttpRequest &request, TextBuffer &out) = 0;
 };
 
 } // namespace host

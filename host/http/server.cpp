@@ -2,6 +2,7 @@
 
 #include "core/log.h"
 
+#include <algorithm>
 #include <arpa/inet.h>
 #include <cerrno>
 #include <charconv>
@@ -17,9 +18,7 @@
 namespace host
 {
 
-/** A connection and the memory that its requests share. */
 struct HttpServer::Connection {
-    Session session;
     int socket = -1;
     bool watched = false; // the client is to send or to receive something
     std::chrono::steady_clock::time_point deadline;
@@ -27,17 +26,38 @@ struct HttpServer::Connection {
 
 /** One request on a connection, from its header to its reply. */
 struct HttpServer::Exchange {
+    explicit Exchange(MemoryBudget &budget) : memory(budget), out(memory) {}
+
     Connection *connection = nullptr;
     FrontEnd *frontEnd = nullptr;
+    std::string path;
     std::string principal;
     unsigned status = 200; // other than 200: what the request is refused with
     std::size_t received = 0;
+    MemoryShare memory;
+    std::string body;
+    TextBuffer out;
 };
 
 namespace
 {
 
 constexpr const char *REALM = "Basic realm=\"cimom\"";
+
+/** The header of a request as libmicrohttpd has it. */
+class ReceivedHeaders final : public HttpHeaders
+{
+  public:
+    explicit ReceivedHeaders(MHD_Connection *connection) : connection_(connection) {}
+
+    const char *value(const char *name) const override
+    {
+        return MHD_lookup_connection_value(connection_, MHD_HEADER_KIND, name);
+    }
+
+  private:
+    MHD_Connection *connection_;
+};
 
 /** The context that libmicrohttpd keeps for a connection. */
 template <typename T>
@@ -265,11 +285,11 @@ bool HttpServer::authenticate(MHD_Connection *connection, std::string &principal
 /** Looks at the header of a request: is there a reason to refuse it? */
 void HttpServer::begin(MHD_Connection *connection, const char *url, const char *method, Exchange &exchange)
 {
-    exchange.connection->session.body.clear();
     if (connectionCount_ > limits_.connections) {
         exchange.status = MHD_HTTP_SERVICE_UNAVAILABLE;
         return;
     }
+    exchange.path = url;
     exchange.frontEnd = frontEndOf(url);
     if (exchange.frontEnd == nullptr) {
         exchange.status = MHD_HTTP_NOT_FOUND;
@@ -293,7 +313,11 @@ void HttpServer::begin(MHD_Connection *connection, const char *url, const char *
         exchange.status = MHD_HTTP_UNAUTHORIZED;
         return;
     }
-    exchange.connection->session.body.reserve(bytes + 1);
+    if (!exchange.memory.take(bytes + 1)) {
+        exchange.status = MHD_HTTP_SERVICE_UNAVAILABLE;
+        return;
+    }
+    exchange.body.reserve(bytes + 1);
 }
 
 int HttpServer::handle(MHD_Connection *connection, const char *url, const char *method, const char *data,
@@ -301,7 +325,7 @@ int HttpServer::handle(MHD_Connection *connection, const char *url, const char *
 {
     auto *exchange = static_cast<Exchange *>(*exchangeContext);
     if (exchange == nullptr) {
-        exchange = new Exchange;
+        exchange = new Exchange(budget_);
         exchange->connection = contextOf<Connection>(connection);
         *exchangeContext = exchange;
         begin(connection, url, method, *exchange);
@@ -314,13 +338,13 @@ int HttpServer::handle(MHD_Connection *connection, const char *url, const char *
         exchange->received += dataSize;
         if (exchange->received > limits_.bodyBytes) { // only a body without a length gets here
             exchange->status = MHD_HTTP_CONTENT_TOO_LARGE;
-            exchange->connection->session.body.clear();
+            exchange->body.clear();
             if (exchange->received > 4 * limits_.bodyBytes) {
                 return MHD_NO; // it does not end
             }
         }
         if (exchange->status == 200) {
-            exchange->connection->session.body.append(data, dataSize);
+            appendBody(*exchange, {data, dataSize});
         }
         dataSize = 0;
         return MHD_YES;
@@ -328,49 +352,83 @@ int HttpServer::handle(MHD_Connection *connection, const char *url, const char *
     return answer(connection, *exchange);
 }
 
+/** A body without a length grows; what it takes is paid for. */
+void HttpServer::appendBody(Exchange &exchange, std::string_view data)
+{
+    const std::size_t wanted = exchange.body.size() + data.size();
+    if (const std::size_t capacity = exchange.body.capacity(); wanted > capacity) {
+        const std::size_t grown = std::max(wanted, 2 * capacity);
+        if (!exchange.memory.take(grown - capacity)) {
+            exchange.status = MHD_HTTP_SERVICE_UNAVAILABLE;
+            return;
+        }
+        exchange.body.reserve(grown);
+    }
+    exchange.body.append(data);
+}
+
+/** An exception ends the request, not the process. */
+HttpReply HttpServer::callFrontEnd(MHD_Connection *connection, Exchange &exchange)
+{
+    HttpReply reply;
+    try {
+        const ReceivedHeaders headers(connection);
+        const HttpRequest request{exchange.principal, {}, exchange.path, headers, exchange.body,
+                                  exchange.memory};
+        return exchange.frontEnd->handle(request, exchange.out);
+    } catch (const std::bad_alloc &) {
+        reply.status = MHD_HTTP_SERVICE_UNAVAILABLE;
+    } catch (const std::exception &problem) {
+        logLine("a request of %s ended with an exception: %s", exchange.principal.c_str(), problem.what());
+        reply.status = MHD_HTTP_INTERNAL_SERVER_ERROR;
+    }
+    exchange.out.clear();
+    reply.fields = {{MHD_HTTP_HEADER_CONNECTION, "close"}};
+    return reply;
+}
+
 int HttpServer::answer(MHD_Connection *connection, Exchange &exchange)
 {
     Connection &of = *exchange.connection;
-    of.session.out.clear();
     HttpReply what;
     what.status = exchange.status;
     switch (exchange.status) {
     case 200:
         setDeadline(of, false); // as long as a provider takes is not the client's fault
-        what = exchange.frontEnd->handle(of.session, exchange.principal);
+        what = callFrontEnd(connection, exchange);
         setDeadline(of, true);
         break;
     case MHD_HTTP_UNAUTHORIZED:
-        what.headerName = MHD_HTTP_HEADER_WWW_AUTHENTICATE;
-        what.headerValue = REALM;
+        what.fields = {{MHD_HTTP_HEADER_WWW_AUTHENTICATE, REALM}};
         break;
     case MHD_HTTP_METHOD_NOT_ALLOWED:
-        what.headerName = MHD_HTTP_HEADER_ALLOW;
-        what.headerValue = MHD_HTTP_METHOD_POST;
+        what.fields = {{MHD_HTTP_HEADER_ALLOW, MHD_HTTP_METHOD_POST}};
         break;
     case MHD_HTTP_SERVICE_UNAVAILABLE:
+        what.fields = {{MHD_HTTP_HEADER_CONNECTION, "close"}, {MHD_HTTP_HEADER_RETRY_AFTER, "1"}};
+        break;
     case MHD_HTTP_CONTENT_TOO_LARGE:
-        what.headerName = MHD_HTTP_HEADER_CONNECTION;
-        what.headerValue = "close";
+        what.fields = {{MHD_HTTP_HEADER_CONNECTION, "close"}};
         break;
     default:
         break;
     }
-    return reply(connection, of, what);
+    return reply(connection, exchange, what);
 }
 
-int HttpServer::reply(MHD_Connection *connection, Connection &session, const HttpReply &what)
+int HttpServer::reply(MHD_Connection *connection, const Exchange &exchange, const HttpReply &what)
 {
-    // The bytes stay where they are, in the session, until they are sent.
+    // The bytes stay where they are, in the exchange, until they are sent.
     MHD_Response *response = MHD_create_response_from_buffer(
-        session.session.out.size(), session.session.out.data(), MHD_RESPMEM_PERSISTENT);
+        exchange.out.size(), const_cast<char *>(exchange.out.view().data()), MHD_RESPMEM_PERSISTENT);
     if (response == nullptr) {
         return MHD_NO;
     }
     bool good = what.contentType == nullptr ||
                 MHD_add_response_header(response, MHD_HTTP_HEADER_CONTENT_TYPE, what.contentType) == MHD_YES;
-    good = good && (what.headerName == nullptr ||
-                    MHD_add_response_header(response, what.headerName, what.headerValue) == MHD_YES);
+    for (const HttpField &field : what.fields) {
+        good = good && MHD_add_response_header(response, field.name, field.value) == MHD_YES;
+    }
     good = good && MHD_queue_response(connection, what.status, response) == MHD_YES;
     MHD_destroy_response(response);
     return good ? MHD_YES : MHD_NO;

@@ -26,6 +26,9 @@ struct HttpLimits {
     std::size_t bodyBytes = std::size_t{1024} * 1024;
     std::size_t headerBytes = std::size_t{32} * 1024;
     unsigned connections = 64;
+    /** What all requests together, and one alone, may use of memory: bodies, what is made of them, answers. */
+    std::size_t memory = MemoryBudget::DEFAULT_TOTAL;
+    std::size_t requestMemory = MemoryBudget::DEFAULT_PER_REQUEST;
     /** Without a byte in either direction. */
     std::chrono::seconds idle{60};
     /** For a whole request to come in, or a whole reply to go out, however many bytes move meanwhile. */
@@ -73,13 +76,16 @@ class HttpServer
                std::size_t &dataSize, void **exchangeContext);
     void begin(MHD_Connection *connection, const char *url, const char *method, Exchange &exchange);
     int answer(MHD_Connection *connection, Exchange &exchange);
-    int reply(MHD_Connection *connection, Connection &session, const HttpReply &what);
+    static void appendBody(Exchange &exchange, std::string_view data);
+    static HttpReply callFrontEnd(MHD_Connection *connection, Exchange &exchange);
+    int reply(MHD_Connection *connection, const Exchange &exchange, const HttpReply &what);
     bool authenticate(MHD_Connection *connection, std::string &principal);
     FrontEnd *frontEndOf(const char *url) const;
 
     Accounts &accounts_;
     const std::vector<FrontEnd *> frontEnds_;
     const HttpLimits limits_;
+    MemoryBudget budget_{limits_.memory, limits_.requestMemory};
     MHD_Daemon *daemon_ = nullptr;
     int socket_ = -1;
     std::uint16_t port_ = 0;

@@ -1,6 +1,9 @@
-// A text that is appended to, and its memory, which is used again for the next one.
-#ifndef HOST_CIMXML_TEXT_BUFFER_H
-#define HOST_CIMXML_TEXT_BUFFER_H
+// SPDX-License-Identifier: Apache-2.0
+// A text that is appended to.
+#ifndef HOST_CORE_TEXT_BUFFER_H
+#define HOST_CORE_TEXT_BUFFER_H
+
+#include "cmpi/memory_budget.h"
 
 #include <cstddef>
 #include <cstdlib>
@@ -15,6 +18,10 @@ class TextBuffer
 {
   public:
     TextBuffer() = default;
+
+    /** A buffer whose memory counts as the request's; MemoryExceeded is thrown when that has too much. */
+    explicit TextBuffer(MemoryShare &memory) : memory_(&memory) {}
+
     TextBuffer(const TextBuffer &) = delete;
     TextBuffer &operator=(const TextBuffer &) = delete;
 
@@ -50,14 +57,9 @@ class TextBuffer
         size_ += bytes;
     }
 
-    /** Empties the buffer. Memory beyond what is ordinary goes back to the system. */
+    /** Empties the buffer; its memory is used again. */
     void clear()
     {
-        if (capacity_ > KEPT) {
-            std::free(data_);
-            data_ = nullptr;
-            capacity_ = 0;
-        }
         size_ = 0;
     }
 
@@ -77,13 +79,14 @@ class TextBuffer
     }
 
   private:
-    static constexpr std::size_t KEPT = std::size_t{1024} * 1024;
-
     void enlarge(std::size_t bytes)
     {
         std::size_t capacity = capacity_ == 0 ? std::size_t{16} * 1024 : capacity_ * 2;
         while (capacity - size_ <= bytes) {
             capacity *= 2;
+        }
+        if (memory_ != nullptr && !memory_->take(capacity - capacity_)) {
+            throw MemoryExceeded();
         }
         char *data = static_cast<char *>(std::realloc(data_, capacity));
         if (data == nullptr) {
@@ -93,6 +96,7 @@ class TextBuffer
         capacity_ = capacity;
     }
 
+    MemoryShare *memory_ = nullptr;
     char *data_ = nullptr;
     std::size_t size_ = 0;
     std::size_t capacity_ = 0;
