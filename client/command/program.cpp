@@ -3,9 +3,11 @@
 
 #include <CLI/CLI.hpp>
 
-namespace displayctl {
+namespace displayctl
+{
 
-int runProgram(int argc, const char *const *argv) {
+int runProgram(int argc, const char *const *argv)
+{
     CLI::App app{"Reads, changes, explains and watches monitors by name.", "displayctl"};
     app.set_version_flag("--version", "displayctl " DISPLAYCTL_VERSION);
     try {

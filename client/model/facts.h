@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the class definitions say about the monitor's classes. The table behind it is written at build time from mof/.
-#pragma once
+// What the class definitions say about the monitor's classes. The table behind it is written at build time
+// from mof/.
+#ifndef DISPLAYCTL_MODEL_FACTS_H
+#define DISPLAYCTL_MODEL_FACTS_H
 
 #include <optional>
 #include <span>
 #include <string_view>
 
-namespace displayctl::model {
+namespace displayctl::model
+{
 
 /** A code of a ValueMap, with its name in Values; the name is empty where the class gives none. */
 struct CodeName {
@@ -60,3 +63,5 @@ inline constexpr std::string_view classPrefix = "ZT_Marovelton_";
 [[nodiscard]] const MethodFacts *findMethod(const ClassFacts &facts, std::string_view name);
 
 } // namespace displayctl::model
+
+#endif

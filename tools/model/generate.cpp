@@ -4,8 +4,8 @@
 //   generate-model OUTPUT MOF-FILE...
 //
 // What the table holds is declared in client/model/facts.h.
-#include "mof_reader.h"
-#include "schema.h"
+#include "cim/mof_reader.h"
+#include "cim/schema.h"
 
 #include <charconv>
 #include <fstream>
@@ -13,11 +13,13 @@
 #include <string>
 #include <vector>
 
-namespace {
+namespace
+{
 
 constexpr std::string_view classPrefix = "ZT_Marovelton_";
 
-std::string quoted(std::string_view text) {
+std::string quoted(std::string_view text)
+{
     std::string result = "\"";
     for (const char c : text) {
         if (c == '"' || c == '\\') {
@@ -28,26 +30,30 @@ std::string quoted(std::string_view text) {
     return result + "\"";
 }
 
-std::string textOf(const cim::Qualifiers &qualifiers, std::string_view name) {
+std::string textOf(const cim::Qualifiers &qualifiers, std::string_view name)
+{
     const cim::Qualifier *qualifier = cim::findQualifier(qualifiers, name);
     return qualifier != nullptr && !qualifier->value.items.empty() ? qualifier->value.items.front() : "";
 }
 
-std::string numberOf(const cim::Qualifiers &qualifiers, std::string_view name) {
+std::string numberOf(const cim::Qualifiers &qualifiers, std::string_view name)
+{
     const std::string text = textOf(qualifiers, name);
     return text.empty() ? "std::nullopt" : text;
 }
 
-const char *boolean(bool value) {
+const char *boolean(bool value)
+{
     return value ? "true" : "false";
 }
 
-class Writer {
+class Writer
+{
   public:
-    explicit Writer(std::ostream &out) : out_(out) {
-    }
+    explicit Writer(std::ostream &out) : out_(out) {}
 
-    void writeClass(const cim::Class &klass) {
+    void writeClass(const cim::Class &klass)
+    {
         const std::string id = klass.name.substr(classPrefix.size());
         std::string properties;
         for (const cim::Property &property : klass.properties) {
@@ -63,18 +69,20 @@ class Writer {
         if (!methods.empty()) {
             out_ << "constexpr MethodFacts methods" << id << "[] = {\n" << methods << "};\n";
         }
-        rows_ += "    {" + quoted(klass.name) + ", " + quoted(textOf(klass.qualifiers, "Description")) + ", " +
-                 boolean(klass.isAssociation) + ", properties" + id + ", " +
+        rows_ += "    {" + quoted(klass.name) + ", " + quoted(textOf(klass.qualifiers, "Description")) +
+                 ", " + boolean(klass.isAssociation) + ", properties" + id + ", " +
                  (methods.empty() ? std::string("{}") : "methods" + id) + "},\n";
     }
 
-    void writeClasses() {
+    void writeClasses()
+    {
         out_ << "constexpr ClassFacts classes[] = {\n" << rows_ << "};\n";
     }
 
   private:
     // The codes of a ValueMap as an array of their own; ranges ("3..7", "..") are no codes that have a name.
-    std::string codes(const std::string &id, const cim::Qualifiers &qualifiers) {
+    std::string codes(const std::string &id, const cim::Qualifiers &qualifiers)
+    {
         const cim::Qualifier *map = cim::findQualifier(qualifiers, "ValueMap");
         const cim::Qualifier *names = cim::findQualifier(qualifiers, "Values");
         std::string rows;
@@ -94,23 +102,27 @@ class Writer {
         return "codes" + id;
     }
 
-    std::string propertyRow(const std::string &id, const cim::Property &property) {
+    std::string propertyRow(const std::string &id, const cim::Property &property)
+    {
         const cim::Qualifiers &q = property.qualifiers;
         return "{" + quoted(property.name) + ", " + quoted(cim::typeName(property.type)) + ", " +
-               boolean(property.isArray) + ", " + boolean(property.isKey) + ", " + quoted(textOf(q, "Description")) +
-               ", " + quoted(textOf(q, "PUnit")) + ", " + numberOf(q, "MinValue") + ", " + numberOf(q, "MaxValue") +
-               ", " + codes(id + property.name, q) + ", " + quoted(textOf(q, "ModelCorrespondence")) + "}";
+               boolean(property.isArray) + ", " + boolean(property.isKey) + ", " +
+               quoted(textOf(q, "Description")) + ", " + quoted(textOf(q, "PUnit")) + ", " +
+               numberOf(q, "MinValue") + ", " + numberOf(q, "MaxValue") + ", " +
+               codes(id + property.name, q) + ", " + quoted(textOf(q, "ModelCorrespondence")) + "}";
     }
 
-    std::string methodRow(const std::string &id, const cim::Method &method) {
+    std::string methodRow(const std::string &id, const cim::Method &method)
+    {
         std::string arguments;
         for (const cim::Parameter &parameter : method.parameters) {
-            arguments += "    {" + quoted(parameter.name) + ", " + quoted(cim::typeName(parameter.type)) + ", " +
-                         quoted(textOf(parameter.qualifiers, "Description")) + ", " +
+            arguments += "    {" + quoted(parameter.name) + ", " + quoted(cim::typeName(parameter.type)) +
+                         ", " + quoted(textOf(parameter.qualifiers, "Description")) + ", " +
                          codes(id + method.name + parameter.name, parameter.qualifiers) + "},\n";
         }
         if (!arguments.empty()) {
-            out_ << "constexpr ArgumentFacts arguments" << id << method.name << "[] = {\n" << arguments << "};\n";
+            out_ << "constexpr ArgumentFacts arguments" << id << method.name << "[] = {\n"
+                 << arguments << "};\n";
         }
         return "{" + quoted(method.name) + ", " + quoted(textOf(method.qualifiers, "Description")) + ", " +
                (arguments.empty() ? std::string("{}") : "arguments" + id + method.name) + "}";
@@ -122,7 +134,8 @@ class Writer {
 
 } // namespace
 
-int main(int argc, char **argv) {
+int main(int argc, char **argv)
+{
     if (argc < 3) {
         std::cerr << "usage: generate-model OUTPUT MOF-FILE...\n";
         return 2;

@@ -1,0 +1,117 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "command/command.h"
+
+#include "site/credentials.h"
+#include "site/pool.h"
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <iostream>
+
+namespace displayctl::command
+{
+
+std::chrono::milliseconds Options::timeout() const
+{
+    return std::chrono::milliseconds(static_cast<long>(timeoutSeconds * 1000));
+}
+
+const site::Configuration &Call::configuration()
+{
+    if (!isRead_) {
+        configuration_ = site::readConfiguration(options.site);
+        isRead_ = true;
+    }
+    return configuration_;
+}
+
+const std::vector<site::Monitor> &Call::monitors()
+{
+    if (!isChosen_) {
+        monitors_ = site::chooseMonitors(configuration(), options.site);
+        site::addPasswords(monitors_);
+        isChosen_ = true;
+    }
+    return monitors_;
+}
+
+bool Call::isMany()
+{
+    return monitors().size() > 1;
+}
+
+namespace
+{
+
+// Each line of a text with the monitor's name before it.
+std::string withName(const std::string &name, const std::string &text)
+{
+    std::string result;
+    for (std::size_t begin = 0; begin < text.size();) {
+        const std::size_t end = std::min(text.find('\n', begin), text.size() - 1);
+        result += name + "  " + text.substr(begin, end - begin + 1);
+        begin = end + 1;
+    }
+    return result;
+}
+
+} // namespace
+
+void Call::print(const site::Monitor &monitor, const Report &report)
+{
+    if (options.json) {
+        Json document = {{"monitor", monitor.name}, {"outcome", nameOf(report.outcome)}};
+        if (report.outcome != Outcome::ok && report.outcome != Outcome::unchanged) {
+            document["message"] = report.message;
+        }
+        document.update(report.document);
+        std::cout << document.dump(-1, ' ', false, Json::error_handler_t::replace) << '\n' << std::flush;
+        return;
+    }
+    std::cout << (isMany() ? withName(monitor.name, report.text) : report.text) << std::flush;
+    if (!report.message.empty()) {
+        std::cerr << (isMany() ? withName(monitor.name, report.message) : "displayctl: " + report.message)
+                  << '\n';
+    }
+}
+
+int Call::forEachMonitor(const std::function<Report(const site::Monitor &)> &work)
+{
+    const std::vector<site::Monitor> &all = monitors();
+    std::vector<Report> reports(all.size());
+    std::vector<int> codes;
+    site::Progress progress(all.size(), options.quiet);
+    site::forEach(
+        all.size(), options.jobs, [&](std::size_t i) { reports[i] = work(all[i]); },
+        [&](std::size_t i) {
+            progress.hide();
+            print(all[i], reports[i]);
+            codes.push_back(reports[i].exitCode >= 0 ? reports[i].exitCode : exitCodeOf(reports[i].outcome));
+            reports[i] = Report();
+            progress.show(codes.size());
+        });
+    return site::combinedExitCode(codes);
+}
+
+bool Call::confirm(const std::string &question) const
+{
+    if (options.yes) {
+        return true;
+    }
+    if (isatty(STDIN_FILENO) == 0) {
+        throw UsageError("this asks before it changes anything: give --yes where there is no terminal");
+    }
+    std::cerr << question << " [y/N] " << std::flush;
+    std::string answer;
+    std::getline(std::cin, answer);
+    return answer == "y" || answer == "Y" || answer == "yes";
+}
+
+bool Call::hasColor() const
+{
+    const char *noColor = std::getenv("NO_COLOR");
+    return !options.noColor && (noColor == nullptr || *noColor == '\0') && isatty(STDOUT_FILENO) != 0;
+}
+
+} // namespace displayctl::command
