@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+// desk-engine: the display engine of the desk monitor as a program.
 #include "engine/engine.h"
 
 #include "support/environment.h"
@@ -11,6 +13,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
+#include <fstream>
 
 namespace
 {
@@ -28,13 +31,13 @@ void onSignal(int signal, void (*handler)(int))
 {
     struct sigaction action {
     };
-    action.sa_handler = handler; /* without SA_RESTART: signals are to interrupt the waiting */
+    action.sa_handler = handler; // without SA_RESTART: signals are to interrupt the waiting
     sigemptyset(&action.sa_mask);
     sigaction(signal, &action, nullptr);
 }
 
-/* The timer ends a wait now and then, for the housekeeping, and so that a stop signal which arrives just
- * before a wait is not missed. */
+/** Ends a wait now and then, for the housekeeping, and so that a stop signal which arrives just before a wait is
+ * not missed. */
 void startTimer()
 {
     constexpr suseconds_t microseconds = 250'000;
@@ -43,8 +46,8 @@ void startTimer()
     setitimer(ITIMER_REAL, &period, nullptr);
 }
 
-/* Two engines on the same queues would take one another's requests. The name is bound while the process lives
- * and gone with it, however it ends. */
+/** False when another engine serves these queues: the two would take one another's requests. The name is bound
+ * while the process lives and gone with it, however it ends. */
 bool claimQueues(key_t key)
 {
     sockaddr_un name{};
@@ -52,34 +55,52 @@ bool claimQueues(key_t key)
     const int length =
         snprintf(name.sun_path + 1, sizeof name.sun_path - 1, "desk-engine-%x", static_cast<unsigned>(key));
     const int claim = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (claim == -1)
+    if (claim == -1) {
         return false;
+    }
     const auto size =
         static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + static_cast<std::size_t>(length));
     return bind(claim, reinterpret_cast<const sockaddr *>(&name), size) == 0;
 }
 
-} // namespace
+struct Options {
+    std::string store;
+    std::string queueKey;
+    std::string readyFile;
+    bool removeQueues = false;
+    bool verbose = false;
+};
 
-int main(int argc, char **argv)
+void declare(CLI::App &app, Options &options)
 {
-    CLI::App app{
-        "Display engine of the desk monitor: takes register writes and refresh requests from the request\n"
-        "queue, applies them to the settings store and answers those whose senders wait.\n"
-        "What cannot be applied is logged on standard error. SIGTERM and SIGINT end it."};
-    std::string store, queueKey;
-    bool removeQueues = false, verbose = false;
-    app.add_option("--store", store, "path of the settings store (default: $DESK_MONITOR_STORE)");
-    app.add_option("--queue-key", queueKey,
+    app.set_version_flag("--version", "desk-engine " DESK_VERSION);
+    app.add_option("--store", options.store, "path of the settings store (default: $DESK_MONITOR_STORE)");
+    app.add_option("--queue-key", options.queueKey,
                    "base key of the message queues, decimal or 0x... (default: $DESK_MONITOR_QUEUE_KEY)");
-    app.add_flag("--remove-queues", removeQueues, "remove the request and the reply queue at the end");
-    app.add_flag("--verbose", verbose, "log every request");
-    CLI11_PARSE(app, argc, argv);
+    app.add_option("--ready-file", options.readyFile, "written when the engine serves, with the queue key");
+    app.add_flag("--remove-queues", options.removeQueues, "remove the request and the reply queue at the end");
+    app.add_flag("--verbose", options.verbose, "log every request");
+}
 
-    if (!store.empty())
-        setenv("DESK_MONITOR_STORE", store.c_str(), 1);
-    if (!queueKey.empty())
-        setenv("DESK_MONITOR_QUEUE_KEY", queueKey.c_str(), 1);
+/** The file comes into being whole. */
+void announce(const std::string &file, key_t key)
+{
+    fprintf(stderr, "desk-engine: ready; settings in %s, queues from key 0x%x\n", desk::storePath().c_str(),
+            static_cast<unsigned>(key));
+    if (file.empty()) {
+        return;
+    }
+    const std::string temporary = file + ".new";
+    std::ofstream stream(temporary);
+    stream << key << '\n';
+    stream.close();
+    if (!stream || rename(temporary.c_str(), file.c_str()) != 0) {
+        throw std::runtime_error("the ready file " + file + " cannot be written: " + strerror(errno));
+    }
+}
+
+int serve(const Options &options)
+{
     const std::optional<key_t> key = desk::queueBaseKey();
     if (!key) {
         fprintf(stderr, "desk-engine: %s is not a usable queue key\n", getenv("DESK_MONITOR_QUEUE_KEY"));
@@ -93,16 +114,40 @@ int main(int argc, char **argv)
     onSignal(SIGTERM, requestStop);
     onSignal(SIGINT, requestStop);
     startTimer();
+    desk::Engine engine({desk::storePath(), *key, desk::receiveTimeout(), options.verbose});
+    announce(options.readyFile, *key);
+    engine.run(stopRequested);
+    if (options.removeQueues) {
+        engine.removeQueues();
+    }
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    CLI::App app{
+        "Display engine of the desk monitor: takes register writes and refresh requests from the request\n"
+        "queue, applies them to the settings store and answers those whose senders wait.\n"
+        "What cannot be applied is logged on standard error. SIGTERM and SIGINT end it."};
+    Options options;
+    declare(app, options);
     try {
-        desk::Engine engine({desk::storePath(), *key, desk::receiveTimeout(), verbose});
-        fprintf(stderr, "desk-engine: ready; settings in %s, queues from key 0x%x\n",
-                desk::storePath().c_str(), static_cast<unsigned>(*key));
-        engine.run(stopRequested);
-        if (removeQueues)
-            engine.removeQueues();
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError &error) {
+        return app.exit(error) == 0 ? 0 : 2;
+    }
+    if (!options.store.empty()) {
+        setenv("DESK_MONITOR_STORE", options.store.c_str(), 1);
+    }
+    if (!options.queueKey.empty()) {
+        setenv("DESK_MONITOR_QUEUE_KEY", options.queueKey.c_str(), 1);
+    }
+    try {
+        return serve(options);
     } catch (const std::exception &error) {
         fprintf(stderr, "desk-engine: %s\n", error.what());
         return 1;
     }
-    return 0;
 }

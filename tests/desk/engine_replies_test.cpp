@@ -257,6 +257,29 @@ TEST_F(EngineProcess, TakesStoreAndQueueKeyFromItsOptions)
     EXPECT_EQ(registerText(25, 1), "1");
 }
 
+TEST_F(EngineProcess, SaysInAFileThatItServes)
+{
+    const std::string file = directory + "/ready";
+    startEngine({"--ready-file", file});
+    ASSERT_TRUE(eventually([&] { return !contentOf(file).empty(); }));
+    EXPECT_EQ(contentOf(file), std::to_string(queueKey) + "\n");
+    request(GetGroup9);
+    EXPECT_EQ(stopEngine(SIGTERM), 0);
+    const std::string log = directory + "/log";
+    EXPECT_EQ(endOf(startProgram({DESK_ENGINE, "--ready-file", directory + "/none/ready"}, log)), 1);
+    EXPECT_NE(contentOf(log).find("/none/ready cannot be written: No such file or directory"), std::string::npos)
+        << contentOf(log);
+}
+
+TEST_F(EngineProcess, EndsWithTwoForACommandLineThatIsNone)
+{
+    const std::string log = directory + "/log";
+    EXPECT_EQ(endOf(startProgram({DESK_ENGINE, "--dance"}, log)), 2);
+    EXPECT_EQ(endOf(startProgram({DESK_ENGINE, "serve"}, log)), 2);
+    EXPECT_EQ(endOf(startProgram({DESK_ENGINE, "--help"}, log)), 0);
+    EXPECT_EQ(endOf(startProgram({DESK_ENGINE, "--version"}, log)), 0);
+}
+
 TEST_F(EngineProcess, RefusesKeysThatAreNone)
 {
     const std::string log = directory + "/log";

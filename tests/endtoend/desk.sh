@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # shellcheck shell=bash disable=SC2034 # variables of client.sh
 # A desk of the script's own: store, accounts, queues, engine and object manager, all gone when the script ends.
 # Sourced by the scripts of this directory. The programs are named by the environment (see CMakeLists.txt); without,
@@ -16,11 +17,9 @@
 export LC_ALL=C
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 source_dir=$(cd "$here/../.." && pwd)
-DESK_BUILD=${DESK_BUILD:-$source_dir/build/release}
-DISPLAY_HOST=${DISPLAY_HOST:-$DESK_BUILD/host/display-host}
-DESK_ENGINE=${DESK_ENGINE:-$DESK_BUILD/desk/engine/desk-engine}
-DESK_COMMAND=${DESK_COMMAND:-$DESK_BUILD/desk/support/desk-monitor}
-DESK_LIBRARY=${DESK_LIBRARY:-$DESK_BUILD/src/libcmpiDisplayManagement.so}
+# shellcheck source=../../tools/desk-start.sh
+. "$source_dir/tools/desk-start.sh"
+desk_programs "${DESK_BUILD:-$source_dir/build/release}"
 
 # Seconds: enough for a machine that has much else to do. Nothing waits so long where all is well.
 patience=120
@@ -92,8 +91,6 @@ free_queue_key() {
 
 # ---- the desk ----
 
-password() { od -An -N12 -tx1 /dev/urandom | tr -d ' \n'; }
-
 monitor() { "$DESK_COMMAND" "$@"; }
 
 desk_use() {
@@ -101,45 +98,32 @@ desk_use() {
     directory=$scratch/$desk
     known_object= # by client.sh
     port=${desk_port[$desk]-}
-    export DESK_MONITOR_STORE=$directory/monitor.db
-    export DESK_MONITOR_QUEUE_KEY=${desk_key[$desk]}
+    desk_settings "$directory" "${desk_key[$desk]}"
 }
 
-# Both processes end with this one, however it ends, and the engine takes the queues with it.
 engine_start() {
-    : >"$directory/ready.engine"
-    setpriv --pdeathsig TERM "$DESK_ENGINE" --remove-queues >"$directory/ready.engine" 2>&1 &
-    desk_engine[$desk]=$!
-    eventually "the engine of desk $desk is ready" engine_is_ready
-}
-engine_is_ready() {
-    is_alive "${desk_engine[$desk]}" || {
-        cat "$directory/ready.engine"
-        give_up "the engine of desk $desk has ended"
-    }
-    grep -q '^desk-engine: ready' "$directory/ready.engine"
+    desk_start_engine "$directory"
+    desk_engine[$desk]=$desk_process
+    eventually "the engine of desk $desk is ready" is_ready ready.engine
 }
 engine_stop() { # engine_stop [SIGNAL]
     process_stop "the engine of desk $desk" "${desk_engine[$desk]-}" "${1-TERM}"
     desk_engine[$desk]=
-    cat "$directory/ready.engine" >>"$directory/engine.log"
 }
 
 host_start() {
-    rm -f "$directory/ready"
-    setpriv --pdeathsig TERM "$DISPLAY_HOST" --mof "$source_dir/mof/desk.mof" \
-        --registration "$source_dir/mof/libcmpiDisplayManagement.reg" --library "$DESK_LIBRARY" \
-        --accounts "$directory/accounts" --address 127.0.0.1 --port 0 \
-        --provider-output "$directory/provider.log" --ready-file "$directory/ready" \
-        >>"$directory/host.log" 2>&1 &
-    desk_host[$desk]=$!
-    eventually "the object manager of desk $desk listens" host_is_ready
+    desk_start_host "$directory" 0
+    desk_host[$desk]=$desk_process
+    eventually "the object manager of desk $desk listens" is_ready ready
     port=$(sed 's,.*:\([0-9]*\)/.*,\1,' "$directory/ready")
     desk_port[$desk]=$port
 }
-host_is_ready() {
-    is_alive "${desk_host[$desk]}" || give_up "the object manager of desk $desk has ended"
-    [ -s "$directory/ready" ]
+# The process that was started last. One that ends is not waited for.
+is_ready() { # is_ready FILE
+    local result=0
+    desk_is_ready "$directory/$1" "$desk_process" || result=$?
+    [ $result != 2 ] || give_up "a process of desk $desk has ended"
+    return $result
 }
 host_stop() { # host_stop [SIGNAL]
     process_stop "the object manager of desk $desk" "${desk_host[$desk]-}" "${1-TERM}"
@@ -166,11 +150,10 @@ desk_start() {
     mkdir "$scratch/$name"
     desk_use "$name"
     for user in admin viewer; do
-        password >"$directory/password.$user"
-        "$DISPLAY_HOST" account add --accounts "$directory/accounts" "$user" <"$directory/password.$user"
+        desk_password >"$directory/password.$user"
     done
-    monitor user add admin --administrator
-    monitor user add viewer
+    desk_account "$directory" admin --administrator <"$directory/password.admin"
+    desk_account "$directory" viewer <"$directory/password.viewer"
     engine_start
     host_start
 }
@@ -190,7 +173,7 @@ desk_stop() { # desk_stop [NAME]
 # What the processes had to say, where it matters. The trace of the providers is left out: it tells every call.
 show_logs() {
     local log
-    for log in "$scratch"/*/*.log "$scratch"/*/ready.engine; do
+    for log in "$scratch"/*/*.log; do
         if [ -s "$log" ] && [ "${log##*/}" != provider.log ]; then
             printf -- '---- the end of %s ----\n' "${log#"$scratch/"}"
             tail -n 60 "$log"

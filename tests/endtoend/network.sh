@@ -37,7 +37,7 @@ modify 'of several elements the first' 'IPAddresses="10.20.30.42","10.20.30.99",
 expect_static 10.20.30.42 255.255.0.0 10.20.0.2
 # An address that is none is sent as four zeros, which the engine refuses: the client is not told, nothing changes.
 modify 'an address that is none' 'IPAddresses="ten",SubnetMasks="255.0.0.0",GatewayAddresses="10.0.0.1"'
-eventually 'the engine refuses' grep -q 'register 87 in group 4: 0.0.0.0 is not an address of a host' "$directory/ready.engine"
+eventually 'the engine refuses' grep -q 'register 87 in group 4: 0.0.0.0 is not an address of a host' "$directory/engine.log"
 expect_static 10.20.30.42 255.255.0.0 10.20.0.2
 system=10.20.30.42
 for class in DHCPSettingData IPAssignmentSettingData; do

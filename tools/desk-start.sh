@@ -1,0 +1,66 @@
+# shellcheck shell=bash
+# SPDX-License-Identifier: Apache-2.0
+# Starts the two processes of a desk, the display engine and the object manager. Sourced: by ./run, by the end-to-end
+# tests and by the benchmarks, so that all of them have the same desk.
+#
+#   desk_programs BUILD                 takes the programs of a build directory, but for those that the environment names:
+#                                       DISPLAY_HOST, DESK_ENGINE, DESK_COMMAND (desk-monitor), DESK_LIBRARY
+#   desk_settings DIRECTORY KEY         exports where the desk keeps its settings, and the base key of its queues
+#   desk_password                       prints a new password
+#   desk_account DIRECTORY NAME [--administrator]
+#                                       an account of the object manager, its password on standard input, and a user of
+#                                       the monitor of that name
+#   desk_start_engine DIRECTORY         the process is then in desk_process; what it says, in DIRECTORY/engine.log;
+#                                       DIRECTORY/ready.engine has a line as soon as it serves
+#   desk_start_host DIRECTORY PORT [OPTION...]
+#                                       the same with host.log and ready, whose line is the URL; port 0 is a free one
+#   desk_is_ready FILE PROCESS          0: the line is there; 1: not yet; 2: the process has ended before
+#
+# Both processes end with the shell that has started them, however it ends, and the engine takes the queues with it.
+# A directory belongs to one desk at a time: the caller sees to that.
+
+desk_source=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+# shellcheck disable=SC2034 # read by those who source this
+desk_process=
+
+desk_programs() {
+    DISPLAY_HOST=${DISPLAY_HOST:-$1/host/display-host}
+    DESK_ENGINE=${DESK_ENGINE:-$1/desk/engine/desk-engine}
+    DESK_COMMAND=${DESK_COMMAND:-$1/desk/support/desk-monitor}
+    DESK_LIBRARY=${DESK_LIBRARY:-$1/src/libcmpiDisplayManagement.so}
+}
+
+desk_settings() {
+    export DESK_MONITOR_STORE=$1/monitor.db
+    export DESK_MONITOR_QUEUE_KEY=$2
+}
+
+desk_password() { od -An -N12 -tx1 /dev/urandom | tr -d ' \n'; }
+
+desk_account() {
+    "$DISPLAY_HOST" account add --accounts "$1/accounts" "$2" >/dev/null &&
+        "$DESK_COMMAND" user add "${@:2}" >/dev/null
+}
+
+desk_start_engine() {
+    rm -f "$1/ready.engine"
+    setpriv --pdeathsig TERM "$DESK_ENGINE" --remove-queues --ready-file "$1/ready.engine" >>"$1/engine.log" 2>&1 &
+    # shellcheck disable=SC2034
+    desk_process=$!
+}
+
+desk_start_host() {
+    rm -f "$1/ready"
+    setpriv --pdeathsig TERM "$DISPLAY_HOST" --mof "$desk_source/mof/desk.mof" \
+        --registration "$desk_source/mof/libcmpiDisplayManagement.reg" --library "$DESK_LIBRARY" \
+        --accounts "$1/accounts" --address 127.0.0.1 --port "$2" \
+        --provider-output "$1/provider.log" --ready-file "$1/ready" "${@:3}" >>"$1/host.log" 2>&1 &
+    # shellcheck disable=SC2034
+    desk_process=$!
+}
+
+desk_is_ready() {
+    [ ! -s "$1" ] || return 0
+    kill -0 "$2" 2>/dev/null || return 2
+    return 1
+}
