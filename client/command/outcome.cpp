@@ -69,7 +69,7 @@ Outcome outcomeOf(const wbem::Answer &answer)
         return Outcome::login;
     case wbem::Status::untrusted:
     case wbem::Status::unreachable:
-    case wbem::Status::timeout:
+    case wbem::Status::noAnswer:
     case wbem::Status::broken:
         break;
     }

@@ -6,6 +6,7 @@
 #include <charconv>
 #include <chrono>
 #include <cmath>
+#include <iterator>
 
 namespace displayctl::model
 {
@@ -383,7 +384,10 @@ std::string allowedValues(const Setting &setting, const site::CodeNames &names)
 std::vector<std::string> sentTexts(const Setting &setting, const Value &value)
 {
     if (value.is_array()) {
-        return {value.begin(), value.end()};
+        std::vector<std::string> texts;
+        std::ranges::transform(value, std::back_inserter(texts),
+                               [](const Value &part) { return part.dump(); });
+        return texts;
     }
     switch (setting.kind()) {
     case Kind::onOff: {
