@@ -8,9 +8,9 @@
 #include <cstring>
 #include <fcntl.h>
 #include <fstream>
+#include <gnutls/crypto.h>
 #include <memory>
 #include <stdexcept>
-#include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -69,8 +69,8 @@ bool isUserName(std::string_view user)
 
 Accounts::Accounts(std::string file) : file_(std::move(file)), key_{}
 {
-    if (getrandom(key_.data(), sizeof key_, 0) != static_cast<ssize_t>(sizeof key_)) {
-        throw std::runtime_error("getrandom failed");
+    if (gnutls_rnd(GNUTLS_RND_KEY, key_.data(), key_.size()) != 0) {
+        throw std::runtime_error("there are no random numbers");
     }
     dummyHash_ = slowHash("", newSetting());
 }
@@ -150,6 +150,21 @@ void Accounts::refresh()
     }
 }
 
+Accounts::Digest Accounts::digestOf(std::string_view user, std::string_view password) const
+{
+    std::string pair(user);
+    pair += '\0'; // which no user name has
+    pair += password;
+    Digest digest = {};
+    const int code = gnutls_hmac_fast(GNUTLS_MAC_SHA256, key_.data(), key_.size(), pair.data(), pair.size(),
+                                      digest.data());
+    explicit_bzero(pair.data(), pair.size());
+    if (code != 0) {
+        throw std::runtime_error("no HMAC can be computed");
+    }
+    return digest;
+}
+
 bool Accounts::verify(std::string_view user, std::string_view password)
 {
     refresh();
@@ -157,10 +172,7 @@ bool Accounts::verify(std::string_view user, std::string_view password)
         password.find('\0') != std::string_view::npos) {
         return false;
     }
-    std::string pair(user);
-    pair += '\0';
-    pair += password;
-    const Digest digest = sipHash128(key_, pair);
+    const Digest digest = digestOf(user, password);
     std::string hash;
     {
         const std::lock_guard lock(mutex_);

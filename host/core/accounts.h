@@ -2,8 +2,7 @@
 #ifndef HOST_CORE_ACCOUNTS_H
 #define HOST_CORE_ACCOUNTS_H
 
-#include "core/siphash.h"
-
+#include <array>
 #include <chrono>
 #include <ctime>
 #include <map>
@@ -43,10 +42,13 @@ class Accounts
   private:
     static constexpr std::size_t REMEMBERED = 64;
 
+    /** HMAC-SHA-256 of user and password under a key that only this process knows. */
+    using Digest = std::array<unsigned char, 32>;
     using Hashes = std::map<std::string, std::string, std::less<>>;
 
     static bool read(const std::string &file, Hashes &hashes, std::string &problem);
     void refresh();
+    Digest digestOf(std::string_view user, std::string_view password) const;
 
     const std::string file_;
     Digest key_;

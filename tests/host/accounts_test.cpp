@@ -158,15 +158,4 @@ TEST_F(Accounts, BrokenFilesAreTold)
     EXPECT_EQ(problem, "/nonexistent/accounts: No such file or directory");
 }
 
-TEST(SipHash, GivesThePublishedDigests)
-{
-    // The vectors of the reference implementation: key 00 01 .. 0f, texts of 0, 1 and 8 ascending bytes.
-    const host::Digest key = {0x0706050403020100u, 0x0f0e0d0c0b0a0908u};
-    const std::string text("\x00\x01\x02\x03\x04\x05\x06\x07", 8);
-    EXPECT_EQ(host::sipHash128(key, ""), (host::Digest{0xe6a825ba047f81a3u, 0x930255c71472f66du}));
-    EXPECT_EQ(host::sipHash128(key, text.substr(0, 1)),
-              (host::Digest{0x44af996bd8c187dau, 0x45fc229b11597634u}));
-    EXPECT_NE(host::sipHash128(key, text), host::sipHash128(key, text.substr(0, 7)));
-}
-
 } // namespace
