@@ -63,7 +63,7 @@ for page in $pages; do
     done <"$scratch/paths"
 done
 echo "$links links, $paths paths"
-[ "$links" -gt 0 ] && [ "$paths" -gt 0 ] || failed 'nothing was found to check'
+if [ "$links" -eq 0 ] || [ "$paths" -eq 0 ]; then failed 'nothing was found to check'; fi
 
 # ---- drawings ----
 for drawing in docs/*.svg; do

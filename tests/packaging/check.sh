@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+# shellcheck shell=sh
 # For the scripts of this directory: failures are counted and told, and decide how the script ends.
 
 failures=0

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+# shellcheck shell=sh
 # What the component `provider` installs, below the prefix; the documentation apart.
 
 provider_files() {
