@@ -9,6 +9,9 @@
 namespace displayctl::site
 {
 
+/** The home of the user who runs the program. */
+[[nodiscard]] std::filesystem::path homeDirectory();
+
 /** $XDG_STATE_HOME/displayctl (~/.local/state/displayctl), made, for this user alone, when it is not there.
  * Throws Error when it cannot be made. */
 [[nodiscard]] std::filesystem::path stateDirectory();

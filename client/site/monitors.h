@@ -35,16 +35,17 @@ using CodeNames = std::map<std::string, std::map<std::int64_t, std::string>>;
 struct Configuration {
     std::filesystem::path file; // also when it is not there
     bool exists = false;
+    Monitor defaults;              // what holds for all monitors, those called by URL included
     std::vector<Monitor> monitors; // in the order of the file
     CodeNames names;
 };
 
 /** The options of a call that reach into this room. */
 struct Options {
-    std::string configFile;            // --config; empty: the usual one, which need not be there
-    std::vector<std::string> monitors; // --monitor
-    std::string caFile;                // --ca-file: instead of the file's
-    bool insecure = false;             // --insecure
+    std::string configFile{};            // --config; empty: the usual one, which need not be there
+    std::vector<std::string> monitors{}; // --monitor
+    std::string caFile{};                // --ca-file: instead of the file's
+    bool insecure = false;               // --insecure
 };
 
 /** The file of monitors and the names file it refers to. Throws Error, with file and line, when they are not
