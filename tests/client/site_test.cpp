@@ -378,8 +378,9 @@ TEST(Pool, DoesEachItemOnceAndTellsOfItOnTheCallingThread)
 
 TEST(Pool, WorksOnAsManyAtOnceAsThereAreJobsAndTellsOfThemAsTheyEnd)
 {
-    // Four jobs: the first three items wait until the fifth has been told of, which is only possible when the
-    // others run beside them and results do not wait for their turn.
+    // The first four items wait for one another, and the first three then until the fifth has been told of:
+    // that ends only when four run at once, and results do not wait for their turn.
+    std::latch four{4};
     std::atomic<int> now = 0;
     std::atomic<int> most = 0;
     std::atomic<bool> isFifthDone = false;
