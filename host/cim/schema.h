@@ -173,10 +173,20 @@ struct Method {
 using ClassId = std::uint32_t;
 inline constexpr ClassId NO_CLASS = 0xffffffffu;
 
+/** What placeOf() says of a property that the class has not. */
+inline constexpr std::size_t NO_PROPERTY = static_cast<std::size_t>(-1);
+
 /** A class with everything it has inherited. Inherited properties and methods come first, each at the place
  * of the class that introduced it (an override does not move it), then its own in the order of the
  * declaration. */
 struct Class {
+    Class() = default;
+    Class(const Class &) = delete; // `places` looks into `properties`
+    Class &operator=(const Class &) = delete;
+    Class(Class &&) = default;
+    Class &operator=(Class &&) = default;
+    ~Class() = default;
+
     std::string name;
     std::string superclass; // "" of a root class
     Qualifiers qualifiers;
@@ -193,6 +203,21 @@ struct Class {
     std::vector<ClassId> lineage;    // from the root class to this one
     std::vector<ClassId> subclasses; // direct ones, in the order of declaration
     std::vector<std::size_t> keys;   // places of the key properties in `properties`
+    std::unordered_map<std::string_view, std::size_t, NameHash, NameEqual> places; // of the properties
+
+    /** The place of the property of that name in `properties` of a stored class, or NO_PROPERTY. */
+    std::size_t placeOf(std::string_view propertyName) const
+    {
+        const auto found = places.find(propertyName);
+        return found == places.end() ? NO_PROPERTY : found->second;
+    }
+
+    /** True when the class is the ancestor or derives from it; both are of one repository. Constant time. */
+    bool isA(const Class &ancestor) const
+    {
+        return lineage.size() >= ancestor.lineage.size() &&
+               lineage[ancestor.lineage.size() - 1] == ancestor.id;
+    }
 
     /** The property of that name, or null. */
     const Property *findProperty(std::string_view propertyName) const;

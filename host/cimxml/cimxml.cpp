@@ -43,7 +43,7 @@ HttpReply refuse(MessageVerdict verdict)
 } // namespace
 
 CimXmlFrontEnd::CimXmlFrontEnd(Dispatcher &dispatcher, const XmlLimits &limits)
-    : dispatcher_(dispatcher), limits_(limits), fragments_(dispatcher.classes().size())
+    : dispatcher_(dispatcher), limits_(limits), fragments_(dispatcher.nameSpaces())
 {
 }
 
@@ -65,7 +65,7 @@ HttpReply CimXmlFrontEnd::handle(const HttpRequest &request, TextBuffer &out)
     }
     Arena arena(FIRST_CHUNK, request.memory);
     CimXmlMessage message;
-    const MessageVerdict verdict = readCimXml(document, arena, dispatcher_.classes(), message);
+    const MessageVerdict verdict = readCimXml(document, arena, dispatcher_.nameSpaces(), message);
     if (verdict != MessageVerdict::Good) {
         return refuse(verdict);
     }

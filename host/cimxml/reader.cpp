@@ -42,8 +42,8 @@ bool isVersion(std::string_view version, char major)
 class Reader
 {
   public:
-    Reader(Arena &arena, const ClassTable &classes, CimXmlMessage &message)
-        : arena_(arena), classes_(classes), message_(message)
+    Reader(Arena &arena, const cim::NameSpaces &nameSpaces, CimXmlMessage &message)
+        : arena_(arena), nameSpaces_(nameSpaces), message_(message)
     {
     }
 
@@ -332,7 +332,7 @@ class Reader
         if (failed()) {
             return nullptr;
         }
-        Typing typing(arena_, classes_);
+        Typing typing(arena_, nameSpaces_);
         Path *path = typing.path(*text, message_.request.nameSpace);
         if (path == nullptr) {
             fail(typing.code(), typing.error());
@@ -474,7 +474,7 @@ class Reader
             }
         }
         // In a namespace that does not exist no class gives types; the dispatcher refuses it at once.
-        if (message_.operation && classes_.isNameSpace(request.nameSpace)) {
+        if (message_.operation && nameSpaces_.find(request.nameSpace) != nullptr) {
             readParameters(request);
         }
         return MessageVerdict::Good;
@@ -582,13 +582,13 @@ class Reader
                    "PropertyList"});
         }
         request.path = pathParameter("ObjectName");
-        request.role = filterParameter("Role");
+        request.filter.role = filterParameter("Role");
         if (associators) {
-            request.associationClass = filterParameter("AssocClass");
-            request.resultClass = filterParameter("ResultClass");
-            request.resultRole = filterParameter("ResultRole");
+            request.filter.associationClass = filterParameter("AssocClass");
+            request.filter.resultClass = filterParameter("ResultClass");
+            request.filter.resultRole = filterParameter("ResultRole");
         } else {
-            request.associationClass = filterParameter("ResultClass");
+            request.filter.associationClass = filterParameter("ResultClass");
         }
         if (!names) {
             readFlags(request, false, false);
@@ -629,10 +629,10 @@ class Reader
             return;
         }
         const ArenaList<ValueText> *properties = propertiesOf(instance);
-        if (failed() || request.path->info == nullptr) {
+        if (failed() || request.path->klass == nullptr) {
             return; // an unknown class is the dispatcher's to report
         }
-        Typing typing(arena_, classes_);
+        Typing typing(arena_, nameSpaces_);
         request.instance = typing.instance(*request.path, *properties);
         if (request.instance == nullptr) {
             fail(typing.code(), typing.error());
@@ -645,7 +645,7 @@ class Reader
         if (!is(instance, "INSTANCE") || attribute(instance, "CLASSNAME").empty()) {
             return missing("NewInstance");
         }
-        request.path = makePath(arena_, classes_, request.nameSpace, attribute(instance, "CLASSNAME"));
+        request.path = makePath(arena_, nameSpaces_, request.nameSpace, attribute(instance, "CLASSNAME"));
         readInstance(request, instance);
         if (request.instance != nullptr) {
             completeKeys(*request.instance);
@@ -669,18 +669,18 @@ class Reader
 
     void readNewValue(Request &request)
     {
-        if (failed() || request.path->info == nullptr) {
+        if (failed() || request.path->klass == nullptr) {
             return;
         }
-        const int index = request.path->info->findProperty(request.propertyName);
-        if (index == ClassInfo::NO_PROPERTY) {
+        const std::size_t index = request.path->klass->placeOf(request.propertyName);
+        if (index == cim::NO_PROPERTY) {
             return; // the dispatcher's to report
         }
-        const cim::Property &property = request.path->info->property(index);
+        const cim::Property &property = request.path->klass->properties[index];
         ValueText text;
         text.name = request.propertyName;
         readValue(parameter("NewValue"), text);
-        Typing typing(arena_, classes_);
+        Typing typing(arena_, nameSpaces_);
         if (!failed() &&
             !typing.value(text, property.type, property.isArray, request.nameSpace, request.propertyValue)) {
             fail(typing.code(), typing.error());
@@ -702,7 +702,7 @@ class Reader
         }
         const PathText *path = pathOf(target);
         request.nameSpace = path->nameSpace;
-        if (!classes_.isNameSpace(request.nameSpace)) {
+        if (nameSpaces_.find(request.nameSpace) == nullptr) {
             return MessageVerdict::Good;
         }
         request.path = typedPath(path);
@@ -721,9 +721,9 @@ class Reader
             values.append(value);
         }
         if (!failed()) {
-            Typing typing(arena_, classes_);
+            Typing typing(arena_, nameSpaces_);
             request.arguments =
-                typing.arguments(request.path->info, message_.name, values, request.nameSpace);
+                typing.arguments(request.path->klass, message_.name, values, request.nameSpace);
             if (request.arguments == nullptr) {
                 fail(typing.code(), typing.error());
             }
@@ -732,17 +732,17 @@ class Reader
     }
 
     Arena &arena_;
-    const ClassTable &classes_;
+    const cim::NameSpaces &nameSpaces_;
     CimXmlMessage &message_;
     xml_node call_;
 };
 
 } // namespace
 
-MessageVerdict readCimXml(const pugi::xml_document &document, Arena &arena, const ClassTable &classes,
+MessageVerdict readCimXml(const pugi::xml_document &document, Arena &arena, const cim::NameSpaces &nameSpaces,
                           CimXmlMessage &message)
 {
-    return Reader(arena, classes, message).readMessage(document);
+    return Reader(arena, nameSpaces, message).readMessage(document);
 }
 
 } // namespace host

@@ -38,7 +38,7 @@ struct CimXmlMessage {
 };
 
 /** Reads the request. Texts of the message point into the document and into the arena. */
-MessageVerdict readCimXml(const pugi::xml_document &document, Arena &arena, const ClassTable &classes,
+MessageVerdict readCimXml(const pugi::xml_document &document, Arena &arena, const cim::NameSpaces &nameSpaces,
                           CimXmlMessage &message);
 
 } // namespace host

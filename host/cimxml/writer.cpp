@@ -78,20 +78,20 @@ ClassFragments::ClassFragments(const cim::Class &definition)
     }
 }
 
-FragmentCache::FragmentCache(std::size_t classes) : fragments_(classes), owned_(classes) {}
-
-const ClassFragments &FragmentCache::of(const ClassInfo &info)
+FragmentCache::FragmentCache(const cim::NameSpaces &nameSpaces)
 {
-    const cim::ClassId id = info.definition().id;
-    if (const ClassFragments *present = fragments_[id].load(std::memory_order_acquire); present != nullptr) {
-        return *present;
+    for (const cim::NameSpace &nameSpace : nameSpaces.all()) {
+        for (const cim::Class *klass : nameSpace.classes->all()) {
+            entries_.try_emplace(klass);
+        }
     }
-    const std::lock_guard lock(mutex_);
-    if (owned_[id] == nullptr) {
-        owned_[id] = std::make_unique<ClassFragments>(info.definition());
-        fragments_[id].store(owned_[id].get(), std::memory_order_release);
-    }
-    return *owned_[id];
+}
+
+const ClassFragments &FragmentCache::of(const cim::Class &klass)
+{
+    Entry &entry = entries_.at(&klass);
+    std::call_once(entry.made, [&] { entry.fragments.emplace(klass); });
+    return *entry.fragments;
 }
 
 // ----------------------------------------------------------------------------------------------------- frame
@@ -205,14 +205,14 @@ void CimXmlWriter::result(const Request &request, const Answer &answer)
         return;
     case Operation::GetClass:
     case Operation::EnumerateClasses:
-        for (const ClassInfo *info : answer.classes) {
-            classDefinition(info->definition(), request);
+        for (const cim::Class *klass : answer.classes) {
+            classDefinition(*klass, request);
         }
         return;
     case Operation::EnumerateClassNames:
-        for (const ClassInfo *info : answer.classes) {
+        for (const cim::Class *klass : answer.classes) {
             out_.append("<CLASSNAME");
-            attribute("NAME", info->definition().name);
+            attribute("NAME", klass->name);
             out_.append("/>\n");
         }
         return;
@@ -333,7 +333,7 @@ void CimXmlWriter::reference(const Path &path)
 
 void CimXmlWriter::instance(const Instance &instance, bool includeClassOrigin)
 {
-    const ClassFragments &fragments = fragments_.of(*instance.info);
+    const ClassFragments &fragments = fragments_.of(*instance.klass);
     out_.append(fragments.open);
     for (std::size_t i = 0; i < fragments.properties.size(); ++i) {
         if (instance.visible != nullptr && !instance.visible->contains(i)) {

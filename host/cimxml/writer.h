@@ -5,14 +5,15 @@
 #ifndef HOST_CIMXML_WRITER_H
 #define HOST_CIMXML_WRITER_H
 
-#include "core/text_buffer.h"
+#include "cim/name_spaces.h"
 #include "core/model.h"
+#include "core/text_buffer.h"
 
-#include <atomic>
-#include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace host
@@ -38,14 +39,17 @@ class ClassFragments
 class FragmentCache
 {
   public:
-    explicit FragmentCache(std::size_t classes);
+    explicit FragmentCache(const cim::NameSpaces &nameSpaces);
 
-    const ClassFragments &of(const ClassInfo &info);
+    const ClassFragments &of(const cim::Class &klass);
 
   private:
-    std::vector<std::atomic<const ClassFragments *>> fragments_; // by class number
-    std::vector<std::unique_ptr<ClassFragments>> owned_;
-    std::mutex mutex_;
+    struct Entry {
+        std::once_flag made;
+        std::optional<ClassFragments> fragments;
+    };
+
+    std::unordered_map<const cim::Class *, Entry> entries_; // one for each class, from the beginning
 };
 
 class CimXmlWriter

@@ -1,8 +1,10 @@
-// The CMPI 2.0 broker: the four function tables that providers are given.
+// SPDX-License-Identifier: Apache-2.0
+// The CMPI 2.0 broker: the four function tables that providers are given. The first, with the up-calls, is
+// whoever's who answers them.
 #ifndef HOST_CMPI_BROKER_H
 #define HOST_CMPI_BROKER_H
 
-#include "cim/class_table.h"
+#include "cim/name_spaces.h"
 
 #include <cmpi/cmpidt.h>
 #include <cmpi/cmpift.h>
@@ -10,14 +12,19 @@
 namespace host
 {
 
-class Dispatcher;
+extern const CMPIBrokerEncFT BROKER_FACTORY_TABLE;
+extern const CMPIBrokerExtFT BROKER_SYSTEM_TABLE;
+extern const CMPIBrokerMemFT BROKER_MEMORY_TABLE;
 
-/** The broker of one object manager. The dispatcher comes later, because providers, which the dispatcher
- * needs, are created with the broker; an up-call before that fails. */
 class Broker
 {
   public:
-    explicit Broker(const ClassTable &classes);
+    Broker(const cim::NameSpaces &nameSpaces, const CMPIBrokerFT &upCalls)
+        : cmpi_{this, &upCalls, &BROKER_FACTORY_TABLE, &BROKER_SYSTEM_TABLE, &BROKER_MEMORY_TABLE},
+          nameSpaces_(nameSpaces)
+    {
+    }
+
     Broker(const Broker &) = delete;
     Broker &operator=(const Broker &) = delete;
 
@@ -26,19 +33,9 @@ class Broker
         return cmpi_;
     }
 
-    void setDispatcher(Dispatcher *dispatcher)
+    const cim::NameSpaces &nameSpaces() const
     {
-        dispatcher_ = dispatcher;
-    }
-
-    Dispatcher *dispatcher() const
-    {
-        return dispatcher_;
-    }
-
-    const ClassTable &classes() const
-    {
-        return classes_;
+        return nameSpaces_;
     }
 
     /** The broker behind the CMPI structure; null for a null pointer or handle. */
@@ -49,14 +46,8 @@ class Broker
 
   private:
     CMPIBroker cmpi_;
-    const ClassTable &classes_;
-    Dispatcher *dispatcher_ = nullptr;
+    const cim::NameSpaces &nameSpaces_;
 };
-
-extern const CMPIBrokerFT BROKER_TABLE;
-extern const CMPIBrokerEncFT BROKER_FACTORY_TABLE;
-extern const CMPIBrokerExtFT BROKER_SYSTEM_TABLE;
-extern const CMPIBrokerMemFT BROKER_MEMORY_TABLE;
 
 } // namespace host
 

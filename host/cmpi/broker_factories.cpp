@@ -47,7 +47,7 @@ CMPIInstance *newInstance(const CMPIBroker *broker, const CMPIObjectPath *path, 
     if (given == nullptr) {
         return nullptr;
     }
-    if (given->info == nullptr) {
+    if (given->klass == nullptr) {
         setStatus(status, CMPI_RC_ERR_INVALID_CLASS);
         return nullptr;
     }
@@ -65,7 +65,7 @@ CMPIObjectPath *newObjectPath(const CMPIBroker *broker, const char *nameSpace, c
         setStatus(status, CMPI_RC_ERR_INVALID_PARAMETER);
         return nullptr;
     }
-    return &makePath(*arena, Broker::behind(broker)->classes(), nameSpace != nullptr ? nameSpace : "",
+    return &makePath(*arena, Broker::behind(broker)->nameSpaces(), nameSpace != nullptr ? nameSpace : "",
                      className)
                 ->cmpi;
 }
@@ -184,12 +184,12 @@ CMPIBoolean classPathIsA(const CMPIBroker *broker, const CMPIObjectPath *path, c
     if (cim::sameName(given->className->view(), className)) {
         return 1;
     }
-    const ClassInfo *ancestor = self->classes().find(className);
-    if (given->info == nullptr || ancestor == nullptr) {
+    const cim::Class *ancestor = self->nameSpaces().findClass(textOf(given->nameSpace), className);
+    if (given->klass == nullptr || ancestor == nullptr) {
         setStatus(status, CMPI_RC_ERR_INVALID_CLASS);
         return 0;
     }
-    return self->classes().isA(*given->info, *ancestor) ? 1 : 0;
+    return given->klass->isA(*ancestor) ? 1 : 0;
 }
 
 // ------------------------------------------------------------------------------------------- about objects

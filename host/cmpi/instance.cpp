@@ -21,8 +21,8 @@ CMPIData getProperty(const CMPIInstance *instance, const char *name, CMPIStatus 
         setStatus(status, CMPI_RC_ERR_INVALID_PARAMETER);
         return nullData(CMPI_null, CMPI_badValue);
     }
-    const int index = self->info->findProperty(name);
-    if (index == ClassInfo::NO_PROPERTY || !isVisible(*self, static_cast<std::size_t>(index))) {
+    const std::size_t index = self->klass->placeOf(name);
+    if (index == cim::NO_PROPERTY || !isVisible(*self, index)) {
         setStatus(status, CMPI_RC_ERR_NO_SUCH_PROPERTY);
         return nullData(CMPI_null, CMPI_notFound);
     }
@@ -35,12 +35,12 @@ CMPIData getPropertyAt(const CMPIInstance *instance, CMPICount place, CMPIString
     if (self == nullptr) {
         return nullData(CMPI_null, CMPI_badValue);
     }
-    for (std::size_t index = 0; index < self->info->propertyCount(); ++index) {
+    for (std::size_t index = 0; index < self->klass->properties.size(); ++index) {
         if (!isVisible(*self, index) || place-- != 0) {
             continue;
         }
         if (name != nullptr) {
-            *name = &makeString(*self->arena, self->info->definition().properties[index].name)->cmpi;
+            *name = &makeString(*self->arena, self->klass->properties[index].name)->cmpi;
         }
         return self->values[index];
     }
@@ -55,7 +55,7 @@ CMPICount getPropertyCount(const CMPIInstance *instance, CMPIStatus *status)
         return 0;
     }
     CMPICount count = 0;
-    for (std::size_t index = 0; index < self->info->propertyCount(); ++index) {
+    for (std::size_t index = 0; index < self->klass->properties.size(); ++index) {
         count += isVisible(*self, index) ? 1u : 0u;
     }
     return count;
@@ -73,13 +73,12 @@ CMPIStatus setPropertyOfInstance(const CMPIInstance *instance, const char *name,
     if (name == nullptr) {
         return makeStatus(CMPI_RC_ERR_INVALID_PARAMETER);
     }
-    const int index = self->info->findProperty(name);
-    if (index == ClassInfo::NO_PROPERTY) {
+    const std::size_t index = self->klass->placeOf(name);
+    if (index == cim::NO_PROPERTY) {
         return makeStatus(CMPI_RC_ERR_NO_SUCH_PROPERTY);
     }
-    const cim::Property &property = self->info->property(index);
-    if (self->settable != nullptr && !property.isKey &&
-        !self->settable->contains(static_cast<std::size_t>(index))) {
+    const cim::Property &property = self->klass->properties[index];
+    if (self->settable != nullptr && !property.isKey && !self->settable->contains(index)) {
         return makeStatus(CMPI_RC_OK); // as CMPI wants it of a filtered property
     }
     const CMPIType declared = property.cmpiCode();
@@ -127,9 +126,9 @@ CMPIStatus setPropertyFilter(const CMPIInstance *instance, const char **properti
         self->settable = nullptr;
         return makeStatus(CMPI_RC_OK);
     }
-    PropertySet *settable = makePropertySet(*self->arena, *self->info, properties);
+    PropertySet *settable = makePropertySet(*self->arena, *self->klass, properties);
     if (keys != nullptr) {
-        const PropertySet *more = makePropertySet(*self->arena, *self->info, keys);
+        const PropertySet *more = makePropertySet(*self->arena, *self->klass, keys);
         for (std::size_t word = 0; word < settable->words; ++word) {
             settable->bits[word] |= more->bits[word];
         }
@@ -145,13 +144,13 @@ CMPIStatus setObjectPath(const CMPIInstance *instance, const CMPIObjectPath *pat
     if (self == nullptr || given == nullptr) {
         return makeStatus(CMPI_RC_ERR_INVALID_HANDLE);
     }
-    if (given->info != self->info) {
+    if (given->klass != self->klass) {
         return makeStatus(CMPI_RC_ERR_INVALID_CLASS);
     }
     self->path = copyObject(*self->arena, *given);
     for (const NamedValue &key : *self->path->keys) {
-        const int index = self->info->findProperty(key.name->view());
-        if (index != ClassInfo::NO_PROPERTY && key.data.type == self->info->property(index).cmpiCode()) {
+        const std::size_t index = self->klass->placeOf(key.name->view());
+        if (index != cim::NO_PROPERTY && key.data.type == self->klass->properties[index].cmpiCode()) {
             self->values[index] = copyData(*self->arena, key.data);
         }
     }

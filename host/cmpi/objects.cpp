@@ -108,11 +108,11 @@ Array *makeArray(Arena &arena, CMPIType elementType, CMPICount size)
     return array;
 }
 
-Path *makePath(Arena &arena, const ClassTable &classes, std::string_view nameSpace,
+Path *makePath(Arena &arena, const cim::NameSpaces &nameSpaces, std::string_view nameSpace,
                std::string_view className)
 {
     Path *path = makeObject<Path>(arena, PATH_TABLE);
-    path->classes = &classes;
+    path->nameSpaces = &nameSpaces;
     path->nameSpace = nameSpace.empty() ? nullptr : makeString(arena, nameSpace);
     path->keys = makeValues(arena);
     setClassName(*path, className);
@@ -122,16 +122,16 @@ Path *makePath(Arena &arena, const ClassTable &classes, std::string_view nameSpa
 Instance *makeInstance(Arena &arena, const Path &path)
 {
     Instance *instance = makeObject<Instance>(arena, INSTANCE_TABLE);
-    instance->info = path.info;
+    instance->klass = path.klass;
     instance->path = copyObject(arena, path);
-    const std::size_t count = path.info->propertyCount();
+    const std::size_t count = path.klass->properties.size();
     instance->values = arena.makeArray<CMPIData>(count);
     for (std::size_t i = 0; i < count; ++i) {
-        instance->values[i] = nullData(path.info->definition().properties[i].cmpiCode());
+        instance->values[i] = nullData(path.klass->properties[i].cmpiCode());
     }
     for (const NamedValue &key : *instance->path->keys) {
-        const int index = path.info->findProperty(key.name->view());
-        if (index != ClassInfo::NO_PROPERTY && key.data.type == instance->values[index].type) {
+        const std::size_t index = path.klass->placeOf(key.name->view());
+        if (index != cim::NO_PROPERTY && key.data.type == instance->values[index].type) {
             instance->values[index] = copyData(arena, key.data);
         }
     }
@@ -235,11 +235,11 @@ Array *copyObject(Arena &arena, const Array &original)
 Path *copyObject(Arena &arena, const Path &original)
 {
     Path *copy = makeObject<Path>(arena, PATH_TABLE);
-    copy->classes = original.classes;
+    copy->nameSpaces = original.nameSpaces;
     copy->host = copyIfAny(arena, original.host);
     copy->nameSpace = copyIfAny(arena, original.nameSpace);
     copy->className = copyObject(arena, *original.className);
-    copy->info = original.info;
+    copy->klass = original.klass;
     copy->keys = copyValues(arena, *original.keys);
     return copy;
 }
@@ -247,9 +247,9 @@ Path *copyObject(Arena &arena, const Path &original)
 Instance *copyObject(Arena &arena, const Instance &original)
 {
     Instance *copy = makeObject<Instance>(arena, INSTANCE_TABLE);
-    copy->info = original.info;
+    copy->klass = original.klass;
     copy->path = copyObject(arena, *original.path);
-    const std::size_t count = original.info->propertyCount();
+    const std::size_t count = original.klass->properties.size();
     copy->values = static_cast<CMPIData *>(arena.allocate(count * sizeof(CMPIData), alignof(CMPIData)));
     for (std::size_t i = 0; i < count; ++i) {
         new (copy->values + i) CMPIData(copyData(arena, original.values[i]));
@@ -257,7 +257,7 @@ Instance *copyObject(Arena &arena, const Instance &original)
     for (const auto &[from, to] :
          {std::pair{original.visible, &copy->visible}, std::pair{original.settable, &copy->settable}}) {
         if (from != nullptr) {
-            PropertySet *set = makePropertySet(arena, *original.info);
+            PropertySet *set = makePropertySet(arena, *original.klass);
             std::memcpy(set->bits, from->bits, from->words * sizeof *set->bits);
             *to = set;
         }
@@ -446,7 +446,13 @@ void setValue(ArenaList<NamedValue> &values, std::string_view name, const CMPIDa
 void setClassName(Path &path, std::string_view className)
 {
     path.className = makeString(*path.arena, className);
-    path.info = path.classes->find(className);
+    path.klass = path.nameSpaces->findClass(textOf(path.nameSpace), className);
+}
+
+void setNameSpace(Path &path, std::string_view nameSpace)
+{
+    path.nameSpace = nameSpace.empty() ? nullptr : makeString(*path.arena, nameSpace);
+    path.klass = path.nameSpaces->findClass(nameSpace, path.className->view());
 }
 
 void setKey(Path &path, std::string_view name, const CMPIData &data)
@@ -456,10 +462,10 @@ void setKey(Path &path, std::string_view name, const CMPIData &data)
     setValue(*path.keys, name, key);
 }
 
-void setProperty(Instance &instance, int index, const CMPIData &data)
+void setProperty(Instance &instance, std::size_t index, const CMPIData &data)
 {
     instance.values[index] = data;
-    const cim::Property &property = instance.info->property(index);
+    const cim::Property &property = instance.klass->properties[index];
     if (property.isKey && !isNull(data)) {
         instance.values[index].state = static_cast<CMPIValueState>(data.state | CMPI_keyValue);
         setKey(*instance.path, property.name, copyData(*instance.arena, data));
@@ -468,7 +474,7 @@ void setProperty(Instance &instance, int index, const CMPIData &data)
 
 void completeKeys(Instance &instance)
 {
-    const cim::Class &definition = instance.info->definition();
+    const cim::Class &definition = *instance.klass;
     for (const std::size_t key : definition.keys) {
         const CMPIData &data = instance.values[key];
         const std::string &name = definition.properties[key].name;
@@ -555,19 +561,19 @@ std::uint64_t hashPath(const Path &path)
     return hash;
 }
 
-PropertySet *makePropertySet(Arena &arena, const ClassInfo &info)
+PropertySet *makePropertySet(Arena &arena, const cim::Class &klass)
 {
-    const std::size_t words = info.propertyCount() / 64 + 1;
+    const std::size_t words = klass.properties.size() / 64 + 1;
     return arena.make<PropertySet>(words, arena.makeArray<std::uint64_t>(words));
 }
 
-PropertySet *makePropertySet(Arena &arena, const ClassInfo &info, const char *const *names)
+PropertySet *makePropertySet(Arena &arena, const cim::Class &klass, const char *const *names)
 {
-    PropertySet *set = makePropertySet(arena, info);
+    PropertySet *set = makePropertySet(arena, klass);
     for (; *names != nullptr; ++names) {
-        const int index = info.findProperty(*names);
-        if (index != ClassInfo::NO_PROPERTY) {
-            set->insert(static_cast<std::size_t>(index));
+        const std::size_t index = klass.placeOf(*names);
+        if (index != cim::NO_PROPERTY) {
+            set->insert(index);
         }
     }
     return set;
@@ -639,11 +645,11 @@ void addPath(TextBuilder &text, const Path &path)
 void addInstance(TextBuilder &text, const Instance &instance)
 {
     text.add("instance of ");
-    text.add(instance.info->definition().name);
+    text.add(instance.klass->name);
     text.add(" {");
-    for (std::size_t i = 0; i < instance.info->propertyCount(); ++i) {
+    for (std::size_t i = 0; i < instance.klass->properties.size(); ++i) {
         text.add(" ");
-        text.add(instance.info->definition().properties[i].name);
+        text.add(instance.klass->properties[i].name);
         text.add(" = ");
         addData(text, instance.values[i], true);
         text.add(";");

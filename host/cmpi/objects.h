@@ -6,7 +6,7 @@
 #ifndef HOST_CMPI_OBJECTS_H
 #define HOST_CMPI_OBJECTS_H
 
-#include "cim/class_table.h"
+#include "cim/name_spaces.h"
 #include "cmpi/arena.h"
 
 #include <cmpi/cmpidt.h>
@@ -39,6 +39,12 @@ struct String : Encapsulated<CMPIString> {
     }
 };
 
+/** The text, or nothing of a null pointer. */
+inline std::string_view textOf(const String *text)
+{
+    return text != nullptr ? text->view() : std::string_view();
+}
+
 struct Array : Encapsulated<CMPIArray> {
     CMPIType elementType;
     CMPICount size;
@@ -52,11 +58,11 @@ struct NamedValue {
 };
 
 struct Path : Encapsulated<CMPIObjectPath> {
-    const ClassTable *classes;
+    const cim::NameSpaces *nameSpaces;
     String *host;      // null: none
     String *nameSpace; // null: none
     String *className;
-    const ClassInfo *info; // null: the class is not known
+    const cim::Class *klass; // null: the class is not known
     ArenaList<NamedValue> *keys;
 };
 
@@ -78,7 +84,7 @@ struct PropertySet {
 
 struct Instance : Encapsulated<CMPIInstance> {
     Path *path;
-    const ClassInfo *info;       // never null
+    const cim::Class *klass;     // never null
     CMPIData *values;            // one for each property of the class
     const PropertySet *visible;  // null: all are
     const PropertySet *settable; // null: all are; others are ignored when they are set
@@ -175,7 +181,7 @@ T *behind(const typename T::Cmpi *object)
 
 String *makeString(Arena &arena, std::string_view text);
 Array *makeArray(Arena &arena, CMPIType elementType, CMPICount size);
-Path *makePath(Arena &arena, const ClassTable &classes, std::string_view nameSpace,
+Path *makePath(Arena &arena, const cim::NameSpaces &nameSpaces, std::string_view nameSpace,
                std::string_view className);
 /** An instance of the path's class, which must be known; the key properties take the values of the keys. */
 Instance *makeInstance(Arena &arena, const Path &path);
@@ -250,12 +256,15 @@ void setValue(ArenaList<NamedValue> &values, std::string_view name, const CMPIDa
 
 void setClassName(Path &path, std::string_view className);
 
+/** Sets the namespace; the class is the one that has its name there. */
+void setNameSpace(Path &path, std::string_view nameSpace);
+
 /** Sets a key; the data must live in the arena of the path. */
 void setKey(Path &path, std::string_view name, const CMPIData &data);
 
 /** Sets the property at that place, and the key of the path when it is a key property. The data must be of
  * the property's type, or null, and live in the arena of the instance. */
-void setProperty(Instance &instance, int index, const CMPIData &data);
+void setProperty(Instance &instance, std::size_t index, const CMPIData &data);
 
 /** The keys that the path lacks are taken from the key properties of the instance. */
 void completeKeys(Instance &instance);
@@ -267,10 +276,10 @@ bool samePath(const Path &left, const Path &right);
 std::uint64_t hashPath(const Path &path);
 
 /** The set of the named properties; names that the class has not are passed over. */
-PropertySet *makePropertySet(Arena &arena, const ClassInfo &info, const char *const *names);
+PropertySet *makePropertySet(Arena &arena, const cim::Class &klass, const char *const *names);
 
 /** An empty set for a class. */
-PropertySet *makePropertySet(Arena &arena, const ClassInfo &info);
+PropertySet *makePropertySet(Arena &arena, const cim::Class &klass);
 
 /** The text of a path: "namespace:Class.Key="value",..." (DSP0004, untyped WBEM URI). */
 String *pathText(Arena &arena, const Path &path);

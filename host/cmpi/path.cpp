@@ -6,15 +6,6 @@ namespace host
 namespace
 {
 
-CMPIStatus setText(const CMPIObjectPath *path, String *Path::*member, const char *text)
-{
-    CMPIStatus status = {};
-    if (Path *self = checked<Path>(path, &status); self != nullptr) {
-        self->*member = text == nullptr || *text == '\0' ? nullptr : makeString(*self->arena, text);
-    }
-    return status;
-}
-
 /** A text that the path has not got reads as empty. */
 CMPIString *getText(const CMPIObjectPath *path, String *Path::*member, CMPIStatus *status)
 {
@@ -26,9 +17,13 @@ CMPIString *getText(const CMPIObjectPath *path, String *Path::*member, CMPIStatu
     return text != nullptr ? &text->cmpi : &makeString(*self->arena, "")->cmpi;
 }
 
-CMPIStatus setNameSpace(const CMPIObjectPath *path, const char *nameSpace)
+CMPIStatus setNameSpaceOfPath(const CMPIObjectPath *path, const char *nameSpace)
 {
-    return setText(path, &Path::nameSpace, nameSpace);
+    CMPIStatus status = {};
+    if (Path *self = checked<Path>(path, &status); self != nullptr) {
+        setNameSpace(*self, nameSpace != nullptr ? nameSpace : "");
+    }
+    return status;
 }
 
 CMPIString *getNameSpace(const CMPIObjectPath *path, CMPIStatus *status)
@@ -38,7 +33,11 @@ CMPIString *getNameSpace(const CMPIObjectPath *path, CMPIStatus *status)
 
 CMPIStatus setHostname(const CMPIObjectPath *path, const char *hostname)
 {
-    return setText(path, &Path::host, hostname);
+    CMPIStatus status = {};
+    if (Path *self = checked<Path>(path, &status); self != nullptr) {
+        self->host = hostname == nullptr || *hostname == '\0' ? nullptr : makeString(*self->arena, hostname);
+    }
+    return status;
 }
 
 CMPIString *getHostname(const CMPIObjectPath *path, CMPIStatus *status)
@@ -109,7 +108,7 @@ CMPIStatus setNameSpaceFromObjectPath(const CMPIObjectPath *path, const CMPIObje
     if (self == nullptr || from == nullptr) {
         return makeStatus(CMPI_RC_ERR_INVALID_HANDLE);
     }
-    self->nameSpace = from->nameSpace != nullptr ? copyObject(*self->arena, *from->nameSpace) : nullptr;
+    setNameSpace(*self, textOf(from->nameSpace));
     return makeStatus(CMPI_RC_OK);
 }
 
@@ -170,7 +169,7 @@ Path *pathOfKnownClass(const CMPIObjectPath *path, std::initializer_list<const c
             return nullptr;
         }
     }
-    if (self->info == nullptr) {
+    if (self->klass == nullptr) {
         setStatus(status, CMPI_RC_ERR_INVALID_CLASS);
         return nullptr;
     }
@@ -189,7 +188,7 @@ CMPIData getClassQualifier(const CMPIObjectPath *path, const char *qualifier, CM
     if (self == nullptr) {
         return nullData(CMPI_null, CMPI_badValue);
     }
-    return qualifierData(*self->arena, self->info->definition().qualifiers, qualifier, status);
+    return qualifierData(*self->arena, self->klass->qualifiers, qualifier, status);
 }
 
 CMPIData getPropertyQualifier(const CMPIObjectPath *path, const char *property, const char *qualifier,
@@ -199,11 +198,11 @@ CMPIData getPropertyQualifier(const CMPIObjectPath *path, const char *property, 
     if (self == nullptr) {
         return nullData(CMPI_null, CMPI_badValue);
     }
-    const int index = self->info->findProperty(property);
-    if (index == ClassInfo::NO_PROPERTY) {
+    const std::size_t index = self->klass->placeOf(property);
+    if (index == cim::NO_PROPERTY) {
         return noElement(status, CMPI_RC_ERR_NO_SUCH_PROPERTY);
     }
-    return qualifierData(*self->arena, self->info->property(index).qualifiers, qualifier, status);
+    return qualifierData(*self->arena, self->klass->properties[index].qualifiers, qualifier, status);
 }
 
 CMPIData getMethodQualifier(const CMPIObjectPath *path, const char *method, const char *qualifier,
@@ -213,7 +212,7 @@ CMPIData getMethodQualifier(const CMPIObjectPath *path, const char *method, cons
     if (self == nullptr) {
         return nullData(CMPI_null, CMPI_badValue);
     }
-    const cim::Method *found = self->info->definition().findMethod(method);
+    const cim::Method *found = self->klass->findMethod(method);
     if (found == nullptr) {
         return noElement(status, CMPI_RC_ERR_METHOD_NOT_FOUND);
     }
@@ -227,7 +226,7 @@ CMPIData getParameterQualifier(const CMPIObjectPath *path, const char *method, c
     if (self == nullptr) {
         return nullData(CMPI_null, CMPI_badValue);
     }
-    const cim::Method *found = self->info->definition().findMethod(method);
+    const cim::Method *found = self->klass->findMethod(method);
     if (found == nullptr) {
         return noElement(status, CMPI_RC_ERR_METHOD_NOT_FOUND);
     }
@@ -250,7 +249,7 @@ const CMPIObjectPathFT PATH_TABLE = {
     TABLE_VERSION,
     releaseObject<Path>,
     cloneObject<Path>,
-    setNameSpace,
+    setNameSpaceOfPath,
     getNameSpace,
     setHostname,
     getHostname,

@@ -39,6 +39,14 @@ enum class Operation {
 /** The name of the operation as DSP0200 has it; "InvokeMethod" of an extrinsic method. */
 const char *operationName(Operation operation);
 
+/** What narrows the following of associations. A null pointer: no filter. */
+struct TraversalFilter {
+    const char *associationClass = nullptr; // Associators: of the association; References: the ResultClass
+    const char *resultClass = nullptr;
+    const char *role = nullptr;
+    const char *resultRole = nullptr;
+};
+
 struct Request {
     Operation operation = Operation::GetInstance;
     std::string_view nameSpace;
@@ -59,11 +67,7 @@ struct Request {
     bool includeQualifiers = false;
     bool includeClassOrigin = false;
 
-    // Associations. A null pointer: no filter.
-    const char *associationClass = nullptr; // Associators: of the association; References: the ResultClass
-    const char *resultClass = nullptr;
-    const char *role = nullptr;
-    const char *resultRole = nullptr;
+    TraversalFilter filter;
 
     const char *query = nullptr;
     const char *queryLanguage = nullptr;
@@ -87,7 +91,7 @@ struct Answer {
 
     ArenaList<Instance *> instances;
     ArenaList<Path *> paths;
-    ArenaList<const ClassInfo *> classes;
+    ArenaList<const cim::Class *> classes;
     ArenaList<const cim::QualifierDeclaration *> qualifiers;
 
     /** Of a method, or the value of GetProperty. */

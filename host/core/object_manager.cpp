@@ -6,14 +6,12 @@ namespace host
 {
 
 ObjectManager::ObjectManager(cim::ClassRepository classes, const ObjectManagerOptions &options)
-    : options_(options), repository_(std::make_unique<cim::ClassRepository>(std::move(classes))),
-      table_(std::make_unique<ClassTable>(*repository_, options.nameSpace)),
-      broker_(std::make_unique<Broker>(*table_)),
-      providers_(std::make_unique<ProviderManager>(*table_, broker_->cmpi())),
-      dispatcher_(std::make_unique<Dispatcher>(*table_, *providers_, localHostName()))
+    : options_(options), classes_(std::move(classes)), nameSpaces_(classes_, options.nameSpace),
+      broker_(nameSpaces_), providers_(nameSpaces_, broker_.cmpi()),
+      dispatcher_(nameSpaces_, providers_, localHostName())
 {
-    providers_->setLibraryDirectories(options.libraryDirectories);
-    broker_->setDispatcher(dispatcher_.get());
+    providers_.setLibraryDirectories(options.libraryDirectories);
+    broker_.setDispatcher(&dispatcher_);
 }
 
 std::vector<std::string> ObjectManager::load(const std::vector<Registration> &registrations)
@@ -21,15 +19,15 @@ std::vector<std::string> ObjectManager::load(const std::vector<Registration> &re
     std::vector<std::string> problems;
     for (const Registration &registration : registrations) {
         if (!options_.libraryFile.empty()) {
-            providers_->setLibraryFile(registration.location, options_.libraryFile);
+            providers_.setLibraryFile(registration.location, options_.libraryFile);
         }
         std::string problem;
-        if (!providers_->load(registration, problem)) {
+        if (!providers_.load(registration, problem)) {
             problems.push_back(problem);
         }
     }
     // A registered provider of that class goes first; without the class there is nothing to serve.
-    providers_->addBuiltIn(COMPUTER_SYSTEM_CLASS, createComputerSystemProvider);
+    providers_.addBuiltIn(nameSpaces_.standard(), COMPUTER_SYSTEM_CLASS, createComputerSystemProvider);
     return problems;
 }
 

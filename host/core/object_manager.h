@@ -2,13 +2,12 @@
 #ifndef HOST_CORE_OBJECT_MANAGER_H
 #define HOST_CORE_OBJECT_MANAGER_H
 
-#include "cim/class_table.h"
-#include "cmpi/broker.h"
+#include "cim/name_spaces.h"
 #include "core/dispatcher.h"
 #include "core/provider_manager.h"
 #include "core/registration.h"
+#include "core/up_calls.h"
 
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -33,26 +32,26 @@ class ObjectManager
 
     Dispatcher &dispatcher()
     {
-        return *dispatcher_;
+        return dispatcher_;
     }
 
     const Broker &broker() const
     {
-        return *broker_;
+        return broker_;
     }
 
-    const ClassTable &classes() const
+    const cim::NameSpaces &nameSpaces() const
     {
-        return *table_;
+        return nameSpaces_;
     }
 
   private:
     ObjectManagerOptions options_;
-    std::unique_ptr<cim::ClassRepository> repository_;
-    std::unique_ptr<ClassTable> table_;
-    std::unique_ptr<Broker> broker_;
-    std::unique_ptr<ProviderManager> providers_;
-    std::unique_ptr<Dispatcher> dispatcher_;
+    const cim::ClassRepository classes_;
+    cim::NameSpaces nameSpaces_;
+    DispatchingBroker broker_;
+    ProviderManager providers_;
+    Dispatcher dispatcher_;
 };
 
 } // namespace host

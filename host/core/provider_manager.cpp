@@ -63,6 +63,49 @@ bool create(void *library, const std::string &libraryPath, const CMPIBroker &bro
     return true;
 }
 
+/** Stands in the place of a function that the provider has not got. */
+template <typename... Arguments>
+CMPIStatus notImplemented(Arguments...)
+{
+    CMPIStatus status = {};
+    setStatus(&status, CMPI_RC_ERR_NOT_SUPPORTED, currentCall()->arena,
+              "The provider does not implement the operation.");
+    return status;
+}
+
+template <typename... Arguments>
+void fill(CMPIStatus (*&function)(Arguments...))
+{
+    if (function == nullptr) {
+        function = notImplemented<Arguments...>;
+    }
+}
+
+void fillTables(Provider &provider)
+{
+    if (provider.instance != nullptr) {
+        CMPIInstanceMIFT &table = provider.instanceTable = *provider.instance->ft;
+        fill(table.enumerateInstanceNames);
+        fill(table.enumerateInstances);
+        fill(table.getInstance);
+        fill(table.createInstance);
+        fill(table.modifyInstance);
+        fill(table.deleteInstance);
+        fill(table.execQuery);
+    }
+    if (provider.method != nullptr) {
+        provider.methodTable = *provider.method->ft;
+        fill(provider.methodTable.invokeMethod);
+    }
+    if (provider.association != nullptr) {
+        CMPIAssociationMIFT &table = provider.associationTable = *provider.association->ft;
+        fill(table.associators);
+        fill(table.associatorNames);
+        fill(table.references);
+        fill(table.referenceNames);
+    }
+}
+
 template <typename Interface>
 void cleanUp(Interface *interface, const std::string &provider)
 {
@@ -81,8 +124,8 @@ void cleanUp(Interface *interface, const std::string &provider)
 
 } // namespace
 
-ProviderManager::ProviderManager(const ClassTable &classes, const CMPIBroker &broker)
-    : classes_(classes), broker_(broker), byClass_(classes.size())
+ProviderManager::ProviderManager(const cim::NameSpaces &nameSpaces, const CMPIBroker &broker)
+    : nameSpaces_(nameSpaces), broker_(broker)
 {
 }
 
@@ -106,6 +149,21 @@ void ProviderManager::setLibraryDirectories(std::vector<std::string> directories
 void ProviderManager::setLibraryFile(const std::string &location, const std::string &file)
 {
     files_[location] = file;
+}
+
+const ProviderManager::Serving &ProviderManager::servingOf(const cim::Class &klass) const
+{
+    static const Serving NOBODY;
+    const auto found = serving_.find(&klass);
+    return found != serving_.end() ? found->second : NOBODY;
+}
+
+const std::vector<const cim::Class *> &
+ProviderManager::associationClasses(const cim::ClassRepository &classes) const
+{
+    static const std::vector<const cim::Class *> NONE;
+    const auto found = associationClasses_.find(&classes);
+    return found != associationClasses_.end() ? found->second : NONE;
 }
 
 ProviderManager::Library *ProviderManager::open(const std::string &location, std::string &problem)
@@ -149,15 +207,16 @@ bool ProviderManager::load(const Registration &registration, std::string &proble
         problem = registration.where + ": [" + registration.className + "] " + text;
         return false;
     };
-    const ClassInfo *info = classes_.find(registration.className);
-    if (info == nullptr) {
+    const cim::NameSpace &nameSpace = nameSpaces_.standard();
+    const cim::Class *klass = nameSpace.classes->find(registration.className);
+    if (klass == nullptr) {
         return fail("no MOF file defines the class");
     }
     if (std::none_of(registration.nameSpaces.begin(), registration.nameSpaces.end(),
-                     [this](const std::string &name) { return classes_.isNameSpace(name); })) {
-        return fail("the class is registered for another namespace than " + classes_.nameSpace());
+                     [&](const std::string &name) { return nameSpaces_.find(name) == &nameSpace; })) {
+        return fail("the class is registered for another namespace than " + nameSpace.name);
     }
-    if (registration.isAssociation && !info->definition().isAssociation) {
+    if (registration.isAssociation && !klass->isAssociation) {
         return fail("has an association provider, but the class is no association");
     }
     std::string reason;
@@ -179,7 +238,8 @@ bool ProviderManager::load(const Registration &registration, std::string &proble
         (registration.isAssociation && !make("Association", provider->association))) {
         return fail(reason);
     }
-    Serving &serving = byClass_[info->definition().id];
+    fillTables(*provider);
+    Serving &serving = serving_[klass];
     if (registration.isInstance) {
         serving.instance = provider.get();
     }
@@ -188,15 +248,16 @@ bool ProviderManager::load(const Registration &registration, std::string &proble
     }
     if (registration.isAssociation) {
         serving.association = provider.get();
-        associationClasses_.push_back(info);
+        associationClasses_[nameSpace.classes].push_back(klass);
     }
     return true;
 }
 
-bool ProviderManager::addBuiltIn(const std::string &className, InstanceFactory factory)
+bool ProviderManager::addBuiltIn(const cim::NameSpace &nameSpace, const std::string &className,
+                                 InstanceFactory factory)
 {
-    const ClassInfo *info = classes_.find(className);
-    if (info == nullptr || byClass_[info->definition().id].instance != nullptr) {
+    const cim::Class *klass = nameSpace.classes->find(className);
+    if (klass == nullptr || servingOf(*klass).instance != nullptr) {
         return false;
     }
     SetupCall setup;
@@ -204,8 +265,9 @@ bool ProviderManager::addBuiltIn(const std::string &className, InstanceFactory f
     auto provider = std::make_unique<Provider>();
     provider->name = className;
     provider->instance = factory(&broker_, &setup.context()->cmpi, &status);
-    byClass_[info->definition().id].instance = provider.get();
-    providers_["\n" + className] = std::move(provider);
+    fillTables(*provider);
+    serving_[klass].instance = provider.get();
+    providers_[nameSpace.name + "\n" + className] = std::move(provider);
     return true;
 }
 

@@ -2,7 +2,7 @@
 #ifndef HOST_CORE_PROVIDER_MANAGER_H
 #define HOST_CORE_PROVIDER_MANAGER_H
 
-#include "cim/class_table.h"
+#include "cim/name_spaces.h"
 #include "core/registration.h"
 
 #include <cmpi/cmpidt.h>
@@ -11,17 +11,22 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace host
 {
 
-/** A provider with the interfaces that it has been asked for. */
+/** A provider with the interfaces that it has been asked for. Its tables have a function in every place: what
+ * the provider does not implement says so. */
 struct Provider {
     std::string name;
     CMPIInstanceMI *instance = nullptr;
     CMPIMethodMI *method = nullptr;
     CMPIAssociationMI *association = nullptr;
+    CMPIInstanceMIFT instanceTable = {};
+    CMPIMethodMIFT methodTable = {};
+    CMPIAssociationMIFT associationTable = {};
 };
 
 using InstanceFactory = CMPIInstanceMI *(*)(const CMPIBroker *, const CMPIContext *, CMPIStatus *);
@@ -29,7 +34,7 @@ using InstanceFactory = CMPIInstanceMI *(*)(const CMPIBroker *, const CMPIContex
 class ProviderManager
 {
   public:
-    ProviderManager(const ClassTable &classes, const CMPIBroker &broker);
+    ProviderManager(const cim::NameSpaces &nameSpaces, const CMPIBroker &broker);
     ProviderManager(const ProviderManager &) = delete;
     ProviderManager &operator=(const ProviderManager &) = delete;
     /** Tells every provider that it is over, and closes the libraries. */
@@ -45,31 +50,28 @@ class ProviderManager
      * problem, when a part is missing; then the class is not served. */
     bool load(const Registration &registration, std::string &problem);
 
-    /** Takes in an instance provider that is part of the object manager; false when the class is unknown or
-     * served already. */
-    bool addBuiltIn(const std::string &className, InstanceFactory factory);
+    /** Takes in an instance provider that is part of the object manager; false when the namespace has no such
+     * class or it is served already. */
+    bool addBuiltIn(const cim::NameSpace &nameSpace, const std::string &className, InstanceFactory factory);
 
     /** The provider of instances of exactly that class, or null. */
-    const Provider *instanceProvider(const ClassInfo &info) const
+    const Provider *instanceProvider(const cim::Class &klass) const
     {
-        return byClass_[info.definition().id].instance;
+        return servingOf(klass).instance;
     }
 
-    const Provider *methodProvider(const ClassInfo &info) const
+    const Provider *methodProvider(const cim::Class &klass) const
     {
-        return byClass_[info.definition().id].method;
+        return servingOf(klass).method;
     }
 
-    const Provider *associationProvider(const ClassInfo &info) const
+    const Provider *associationProvider(const cim::Class &klass) const
     {
-        return byClass_[info.definition().id].association;
+        return servingOf(klass).association;
     }
 
     /** The classes with an association provider, in the order of their registration. */
-    const std::vector<const ClassInfo *> &associationClasses() const
-    {
-        return associationClasses_;
-    }
+    const std::vector<const cim::Class *> &associationClasses(const cim::ClassRepository &classes) const;
 
   private:
     struct Library {
@@ -82,16 +84,17 @@ class ProviderManager
         const Provider *association = nullptr;
     };
 
+    const Serving &servingOf(const cim::Class &klass) const;
     Library *open(const std::string &location, std::string &problem);
 
-    const ClassTable &classes_;
+    const cim::NameSpaces &nameSpaces_;
     const CMPIBroker &broker_;
     std::vector<std::string> directories_;
     std::map<std::string, std::string> files_;
     std::map<std::string, Library> libraries_;
     std::map<std::string, std::unique_ptr<Provider>> providers_; // by library and name
-    std::vector<Serving> byClass_;                               // by class number
-    std::vector<const ClassInfo *> associationClasses_;
+    std::unordered_map<const cim::Class *, Serving> serving_;
+    std::unordered_map<const cim::ClassRepository *, std::vector<const cim::Class *>> associationClasses_;
 };
 
 } // namespace host

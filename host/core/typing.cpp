@@ -238,14 +238,14 @@ bool Typing::value(const ValueText &text, cim::Type type, bool isArray, std::str
 Path *Typing::path(const PathText &text, std::string_view defaultNameSpace)
 {
     const std::string_view nameSpace = text.nameSpace.empty() ? defaultNameSpace : text.nameSpace;
-    Path *path = makePath(arena_, classes_, nameSpace, text.className);
+    Path *path = makePath(arena_, nameSpaces_, nameSpace, text.className);
     if (!text.host.empty()) {
         path->host = makeString(arena_, text.host);
     }
     if (text.keys == nullptr) {
         return path;
     }
-    const cim::Class *definition = path->info != nullptr ? &path->info->definition() : nullptr;
+    const cim::Class *definition = path->klass != nullptr ? path->klass : nullptr;
     for (const ValueText &key : *text.keys) {
         std::string_view name = key.name;
         if (name.empty()) {
@@ -262,9 +262,9 @@ Path *Typing::path(const PathText &text, std::string_view defaultNameSpace)
         }
         cim::Type type = key.type;
         if (definition != nullptr) {
-            const int index = path->info->findProperty(name);
-            if (index != ClassInfo::NO_PROPERTY) {
-                type = path->info->property(index).type;
+            const std::size_t index = path->klass->placeOf(name);
+            if (index != cim::NO_PROPERTY) {
+                type = path->klass->properties[index].type;
             }
         }
         ValueText named = key;
@@ -281,24 +281,24 @@ Path *Typing::path(const PathText &text, std::string_view defaultNameSpace)
 Instance *Typing::instance(const Path &path, const ArenaList<ValueText> &properties)
 {
     Instance *instance = makeInstance(arena_, path);
-    const ClassInfo &info = *instance->info;
+    const cim::Class &klass = *instance->klass;
     const std::string_view nameSpace =
         path.nameSpace != nullptr ? path.nameSpace->view() : std::string_view();
     for (const ValueText &text : properties) {
-        const int index = info.findProperty(text.name);
-        if (index == ClassInfo::NO_PROPERTY) {
-            fail(CMPI_RC_ERR_NO_SUCH_PROPERTY, "The class %s has no property %.*s.",
-                 info.definition().name.c_str(), shown(text.name), text.name.data());
+        const std::size_t index = klass.placeOf(text.name);
+        if (index == cim::NO_PROPERTY) {
+            fail(CMPI_RC_ERR_NO_SUCH_PROPERTY, "The class %s has no property %.*s.", klass.name.c_str(),
+                 shown(text.name), text.name.data());
             return nullptr;
         }
-        const cim::Property &property = info.property(index);
+        const cim::Property &property = klass.properties[index];
         CMPIData data = {};
         if (!value(text, property.type, property.isArray, nameSpace, data)) {
             return nullptr;
         }
         if (data.type != property.cmpiCode()) {
             fail(CMPI_RC_ERR_TYPE_MISMATCH, "The property %s of %s has the type %s%s.", property.name.c_str(),
-                 info.definition().name.c_str(), typeName(property.type), property.isArray ? "[]" : "");
+                 klass.name.c_str(), typeName(property.type), property.isArray ? "[]" : "");
             return nullptr;
         }
         setProperty(*instance, index, data);
@@ -306,10 +306,10 @@ Instance *Typing::instance(const Path &path, const ArenaList<ValueText> &propert
     return instance;
 }
 
-Args *Typing::arguments(const ClassInfo *info, std::string_view method, const ArenaList<ValueText> &values,
+Args *Typing::arguments(const cim::Class *klass, std::string_view method, const ArenaList<ValueText> &values,
                         std::string_view defaultNameSpace)
 {
-    const cim::Method *definition = info != nullptr ? info->definition().findMethod(method) : nullptr;
+    const cim::Method *definition = klass != nullptr ? klass->findMethod(method) : nullptr;
     Args *args = makeArgs(arena_);
     for (const ValueText &text : values) {
         const cim::Parameter *parameter =

@@ -42,7 +42,7 @@ struct PathText {
 class Typing
 {
   public:
-    Typing(Arena &arena, const ClassTable &classes) : arena_(arena), classes_(classes) {}
+    Typing(Arena &arena, const cim::NameSpaces &nameSpaces) : arena_(arena), nameSpaces_(nameSpaces) {}
 
     /** The path with its keys of the types that its class declares. Where the class or the key is not known,
      * the client's type counts. A path without namespace is in defaultNameSpace. Null on failure. */
@@ -54,7 +54,7 @@ class Typing
     /** The arguments. Those that the method does not declare, or all when the method is not known, are of
      * the client's type, or strings. A value of another form than the declared one (a reference for a text,
      * an array for a scalar) is handed on as it is: to refuse it is the provider's. Null on failure. */
-    Args *arguments(const ClassInfo *info, std::string_view method, const ArenaList<ValueText> &values,
+    Args *arguments(const cim::Class *klass, std::string_view method, const ArenaList<ValueText> &values,
                     std::string_view defaultNameSpace);
 
     /** A value for an element of that type. False on failure. */
@@ -78,7 +78,7 @@ class Typing
     void fail(CMPIrc code, const char *format, ...) __attribute__((format(printf, 3, 4)));
 
     Arena &arena_;
-    const ClassTable &classes_;
+    const cim::NameSpaces &nameSpaces_;
     CMPIrc code_ = CMPI_RC_OK;
     const char *error_ = nullptr;
 };

@@ -1,5 +1,5 @@
-// The broker's own table: up-calls and threads.
-#include "cmpi/broker.h"
+// SPDX-License-Identifier: Apache-2.0
+#include "core/up_calls.h"
 
 #include "cmpi/call.h"
 #include "cmpi/object_tables.h"
@@ -7,20 +7,14 @@
 
 namespace host
 {
-
-Broker::Broker(const ClassTable &classes) : cmpi_{}, classes_(classes)
-{
-    cmpi_.hdl = this;
-    cmpi_.bft = &BROKER_TABLE;
-    cmpi_.eft = &BROKER_FACTORY_TABLE;
-    cmpi_.xft = &BROKER_SYSTEM_TABLE;
-    cmpi_.mft = &BROKER_MEMORY_TABLE;
-}
-
 namespace
 {
 
-// ------------------------------------------------------------------------------------------------ up-calls
+/** The dispatcher of the broker behind the CMPI structure; null when there is none. */
+Dispatcher *dispatcherOf(const Broker *broker)
+{
+    return static_cast<const DispatchingBroker *>(broker)->dispatcher();
+}
 
 std::string_view textEntry(const Context &context, const char *name)
 {
@@ -45,7 +39,7 @@ class UpCall
             setStatus(status, CMPI_RC_ERR_INVALID_HANDLE);
             return;
         }
-        if (call_ == nullptr || broker_->dispatcher() == nullptr) {
+        if (call_ == nullptr || dispatcherOf(broker_) == nullptr) {
             // A thread that was not attached, or a provider that is still being set up.
             setStatus(status, CMPI_RC_ERR_FAILED);
             return;
@@ -77,7 +71,7 @@ class UpCall
     bool run(Operation operation, Answer &answer)
     {
         request_.operation = operation;
-        broker_->dispatcher()->execute(*call_, request_, answer);
+        dispatcherOf(broker_)->execute(*call_, request_, answer);
         setStatus(status_, answer.code, call_->arena, answer.message);
         return answer.ok();
     }
@@ -206,20 +200,26 @@ CMPIEnumeration *execQuery(const CMPIBroker *broker, const CMPIContext *context,
     return enumeration(upCall, Operation::ExecQuery, false);
 }
 
-CMPIEnumeration *associators(const CMPIBroker *broker, const CMPIContext *context, const CMPIObjectPath *path,
-                             const char *associationClass, const char *resultClass, const char *role,
-                             const char *resultRole, const char **properties, CMPIStatus *status)
+CMPIEnumeration *traverse(const CMPIBroker *broker, const CMPIContext *context, const CMPIObjectPath *path,
+                          Operation operation, const TraversalFilter &filter, const char **properties,
+                          CMPIStatus *status)
 {
     UpCall upCall(broker, context, path, status);
     if (!upCall.ready()) {
         return nullptr;
     }
-    upCall.request().associationClass = associationClass;
-    upCall.request().resultClass = resultClass;
-    upCall.request().role = role;
-    upCall.request().resultRole = resultRole;
+    upCall.request().filter = filter;
     upCall.request().propertyList = properties;
-    return enumeration(upCall, Operation::Associators, false);
+    return enumeration(upCall, operation,
+                       operation == Operation::AssociatorNames || operation == Operation::ReferenceNames);
+}
+
+CMPIEnumeration *associators(const CMPIBroker *broker, const CMPIContext *context, const CMPIObjectPath *path,
+                             const char *associationClass, const char *resultClass, const char *role,
+                             const char *resultRole, const char **properties, CMPIStatus *status)
+{
+    return traverse(broker, context, path, Operation::Associators,
+                    {associationClass, resultClass, role, resultRole}, properties, status);
 }
 
 CMPIEnumeration *associatorNames(const CMPIBroker *broker, const CMPIContext *context,
@@ -227,42 +227,24 @@ CMPIEnumeration *associatorNames(const CMPIBroker *broker, const CMPIContext *co
                                  const char *resultClass, const char *role, const char *resultRole,
                                  CMPIStatus *status)
 {
-    UpCall upCall(broker, context, path, status);
-    if (!upCall.ready()) {
-        return nullptr;
-    }
-    upCall.request().associationClass = associationClass;
-    upCall.request().resultClass = resultClass;
-    upCall.request().role = role;
-    upCall.request().resultRole = resultRole;
-    return enumeration(upCall, Operation::AssociatorNames, true);
+    return traverse(broker, context, path, Operation::AssociatorNames,
+                    {associationClass, resultClass, role, resultRole}, nullptr, status);
 }
 
 CMPIEnumeration *references(const CMPIBroker *broker, const CMPIContext *context, const CMPIObjectPath *path,
                             const char *resultClass, const char *role, const char **properties,
                             CMPIStatus *status)
 {
-    UpCall upCall(broker, context, path, status);
-    if (!upCall.ready()) {
-        return nullptr;
-    }
-    upCall.request().associationClass = resultClass;
-    upCall.request().role = role;
-    upCall.request().propertyList = properties;
-    return enumeration(upCall, Operation::References, false);
+    return traverse(broker, context, path, Operation::References, {resultClass, nullptr, role, nullptr},
+                    properties, status);
 }
 
 CMPIEnumeration *referenceNames(const CMPIBroker *broker, const CMPIContext *context,
                                 const CMPIObjectPath *path, const char *resultClass, const char *role,
                                 CMPIStatus *status)
 {
-    UpCall upCall(broker, context, path, status);
-    if (!upCall.ready()) {
-        return nullptr;
-    }
-    upCall.request().associationClass = resultClass;
-    upCall.request().role = role;
-    return enumeration(upCall, Operation::ReferenceNames, true);
+    return traverse(broker, context, path, Operation::ReferenceNames, {resultClass, nullptr, role, nullptr},
+                    nullptr, status);
 }
 
 CMPIData invokeMethod(const CMPIBroker *broker, const CMPIContext *context, const CMPIObjectPath *path,
@@ -385,7 +367,7 @@ CMPIStatus deliverIndication(const CMPIBroker *, const CMPIContext *, const char
 
 } // namespace
 
-const CMPIBrokerFT BROKER_TABLE = {
+const CMPIBrokerFT UP_CALL_TABLE = {
     CMPI_MB_InstanceManipulation | CMPI_MB_AssociationTraversal | CMPI_MB_QueryExecution |
         CMPI_MB_OSEncapsulationSupport | CMPI_MB_Supports_Extended_Error | CMPI_MB_Logging | CMPI_MB_Tracing |
         CMPI_MB_PropertyFiltering,

@@ -28,7 +28,7 @@ class Dispatch : public testing::Test
 
     host::Path *path(const char *className)
     {
-        return host::makePath(call_.arena, manager_->classes(), "root/cimv2", className);
+        return host::makePath(call_.arena, manager_->nameSpaces(), "root/cimv2", className);
     }
 
     void key(host::Path &path, const char *name, const char *value)
@@ -91,9 +91,9 @@ class Dispatch : public testing::Test
     static std::string visibleProperties(const host::Instance &instance)
     {
         std::string names;
-        for (std::size_t i = 0; i < instance.info->propertyCount(); ++i) {
+        for (std::size_t i = 0; i < instance.klass->properties.size(); ++i) {
             if (instance.visible == nullptr || instance.visible->contains(i)) {
-                names += (names.empty() ? "" : " ") + instance.info->definition().properties[i].name;
+                names += (names.empty() ? "" : " ") + instance.klass->properties[i].name;
             }
         }
         return names;
@@ -173,7 +173,7 @@ TEST_F(Dispatch, ShallowInstancesHaveThePropertiesOfTheirSuperclass)
     EXPECT_EQ(
         visibleProperties(*answer.instances[0]),
         "Caption ElementName SystemCreationClassName SystemName CreationClassName DeviceID EnabledState");
-    EXPECT_EQ(answer.instances[7]->info->definition().name, "Test_SpecialThing");
+    EXPECT_EQ(answer.instances[7]->klass->name, "Test_SpecialThing");
     made.deepInheritance = true;
     EXPECT_EQ(
         visibleProperties(*run(made).instances[7]),
@@ -206,7 +206,7 @@ TEST_F(Dispatch, GetInstanceFindsOneInstance)
     ASSERT_TRUE(answer.ok()) << error(answer);
     ASSERT_EQ(answer.instances.size(), 1u);
     const host::Instance &instance = *answer.instances[0];
-    EXPECT_EQ(instance.values[instance.info->findProperty("Level")].value.uint16, 30);
+    EXPECT_EQ(instance.values[instance.klass->placeOf("Level")].value.uint16, 30);
     EXPECT_EQ(host::pathText(call_.arena, *instance.path)->view(),
               "root/cimv2:Test_Thing.SystemCreationClassName=\"Linux_ComputerSystem\",SystemName=\"desk\","
               "CreationClassName=\"Test_Thing\",DeviceID=\"thing3\"");
@@ -270,7 +270,7 @@ TEST_F(Dispatch, InstancesAreModified)
     Request made = request(Operation::ModifyInstance);
     made.path = thing(2);
     made.instance = host::makeInstance(call_.arena, *made.path);
-    host::setProperty(*made.instance, made.instance->info->findProperty("Label"),
+    host::setProperty(*made.instance, made.instance->klass->placeOf("Label"),
                       host::stringData(host::makeString(call_.arena, "renamed")));
     EXPECT_TRUE(run(made).ok());
     Request get = request(Operation::GetProperty);
@@ -379,7 +379,7 @@ TEST_F(Dispatch, TheFirstErrorEndsATraversal)
     const Answer answer = run(made);
     EXPECT_EQ(error(answer), "1 references are broken");
     EXPECT_TRUE(answer.instances.empty());
-    made.associationClass = "Test_ThingPair";
+    made.filter.associationClass = "Test_ThingPair";
     EXPECT_EQ(run(made).instances.size(), 2u) << "the filter keeps the broken provider out";
 }
 
@@ -387,23 +387,23 @@ TEST_F(Dispatch, FiltersLimitTheAssociations)
 {
     Request made = request(Operation::AssociatorNames);
     made.path = thing(3);
-    made.associationClass = "test_thingpair";
+    made.filter.associationClass = "test_thingpair";
     EXPECT_EQ(run(made).paths.size(), 2u);
-    made.role = "Antecedent";
+    made.filter.role = "Antecedent";
     EXPECT_EQ(run(made).paths.size(), 1u) << "the role arrives at the provider";
-    made.role = "Nope";
+    made.filter.role = "Nope";
     EXPECT_TRUE(run(made).ok());
     EXPECT_EQ(run(made).paths.size(), 0u);
-    made.role = nullptr;
-    made.associationClass = "Test_Dependency";
+    made.filter.role = nullptr;
+    made.filter.associationClass = "Test_Dependency";
     EXPECT_EQ(run(made).paths.size(), 3u) << "subclasses of the filter are in its reach";
-    made.associationClass = "Test_Simple";
+    made.filter.associationClass = "Test_Simple";
     EXPECT_TRUE(run(made).ok());
     EXPECT_EQ(run(made).paths.size(), 0u) << "no association is a Test_Simple";
-    made.associationClass = "Test_Nope";
+    made.filter.associationClass = "Test_Nope";
     EXPECT_EQ(error(run(made)), "4 The class Test_Nope of the filter does not exist.");
-    made.associationClass = nullptr;
-    made.resultClass = "Test_Nope";
+    made.filter.associationClass = nullptr;
+    made.filter.resultClass = "Test_Nope";
     EXPECT_EQ(error(run(made)), "4 The class Test_Nope of the filter does not exist.");
 }
 
@@ -465,7 +465,7 @@ TEST_F(Dispatch, ClassesAreRead)
     Request made = request(Operation::GetClass);
     made.className = "test_thing";
     ASSERT_EQ(run(made).classes.size(), 1u);
-    EXPECT_EQ(run(made).classes[0]->definition().name, "Test_Thing");
+    EXPECT_EQ(run(made).classes[0]->name, "Test_Thing");
     made.className = "Test_Nope";
     EXPECT_EQ(error(run(made)), "6 The class Test_Nope does not exist.");
     made.operation = Operation::EnumerateClassNames;

@@ -11,7 +11,8 @@ namespace
 class Objects : public testing::Test
 {
   protected:
-    Objects() : repository_(test::readTestClasses()), classes_(repository_, "root/cimv2"), broker_(classes_)
+    Objects()
+        : repository_(test::readTestClasses()), nameSpaces_(repository_, "root/cimv2"), broker_(nameSpaces_)
     {
     }
 
@@ -32,8 +33,8 @@ class Objects : public testing::Test
 
     test::TestCall call_;
     cim::ClassRepository repository_;
-    host::ClassTable classes_;
-    host::Broker broker_;
+    cim::NameSpaces nameSpaces_;
+    host::DispatchingBroker broker_;
 };
 
 const CMPIValue *chars(const char *text)

@@ -14,7 +14,7 @@ class BrokerTables : public testing::Test
 {
   protected:
     BrokerTables()
-        : repository_(test::readTestClasses()), classes_(repository_, "root/cimv2"), broker_(classes_)
+        : repository_(test::readTestClasses()), nameSpaces_(repository_, "root/cimv2"), broker_(nameSpaces_)
     {
     }
 
@@ -30,8 +30,8 @@ class BrokerTables : public testing::Test
 
     test::TestCall call_;
     cim::ClassRepository repository_;
-    host::ClassTable classes_;
-    host::Broker broker_;
+    cim::NameSpaces nameSpaces_;
+    host::DispatchingBroker broker_;
 };
 
 /** The members of a table, which are all pointers after the first few, seen as an array of words. */

@@ -141,25 +141,4 @@ TEST_F(Loading, SaysWhyALibraryCannotBeLoaded)
     EXPECT_THAT(found[0], HasSubstr("the library cannot be loaded: " + directory.file("libbad.so")));
 }
 
-TEST(ClassTable, FindsPropertiesInAnyLetterCase)
-{
-    const cim::ClassRepository repository = test::readTestClasses();
-    const host::ClassTable classes(repository, "root/cimv2");
-    const host::ClassInfo *thing = classes.find("TEST_THING");
-    ASSERT_NE(thing, nullptr);
-    for (std::size_t i = 0; i < thing->propertyCount(); ++i) {
-        EXPECT_EQ(thing->findProperty(thing->definition().properties[i].name), static_cast<int>(i));
-    }
-    EXPECT_EQ(thing->findProperty("deviceid"), thing->findProperty("DEVICEID"));
-    EXPECT_EQ(thing->findProperty("Extra"), host::ClassInfo::NO_PROPERTY);
-    EXPECT_EQ(thing->findProperty(""), host::ClassInfo::NO_PROPERTY);
-    EXPECT_EQ(classes.find("Test_Nope"), nullptr);
-    EXPECT_TRUE(classes.isA(*classes.find("Test_SpecialThing"), *thing));
-    EXPECT_FALSE(classes.isA(*thing, *classes.find("Test_SpecialThing")));
-    EXPECT_TRUE(classes.isNameSpace("root/cimv2"));
-    EXPECT_TRUE(classes.isNameSpace("/ROOT/CIMV2"));
-    EXPECT_FALSE(classes.isNameSpace("root/cimv"));
-    EXPECT_FALSE(classes.isNameSpace(""));
-}
-
 } // namespace

@@ -11,12 +11,12 @@ using cim::Type;
 class Typing : public testing::Test
 {
   protected:
-    Typing() : repository_(test::readTestClasses()), classes_(repository_, "root/cimv2") {}
+    Typing() : repository_(test::readTestClasses()), nameSpaces_(repository_, "root/cimv2") {}
 
     /** The scalar of that type; on failure its state is CMPI_badValue and error_ says why. */
     CMPIData scalar(Type type, std::string_view text)
     {
-        host::Typing typing(call_.arena, classes_);
+        host::Typing typing(call_.arena, nameSpaces_);
         host::ValueText value;
         value.name = "x";
         value.item.text = text;
@@ -36,7 +36,7 @@ class Typing : public testing::Test
 
     test::TestCall call_;
     cim::ClassRepository repository_;
-    host::ClassTable classes_;
+    cim::NameSpaces nameSpaces_;
     std::string error_;
 };
 
@@ -101,7 +101,7 @@ TEST_F(Typing, PathsTakeTheTypesOfTheirClass)
     host::PathText text;
     text.className = "test_simple";
     text.keys = &keys;
-    host::Typing typing(call_.arena, classes_);
+    host::Typing typing(call_.arena, nameSpaces_);
     const host::Path *path = typing.path(text, "root/cimv2");
     ASSERT_NE(path, nullptr);
     EXPECT_EQ((*path->keys)[0].data.type, CMPI_uint16);
@@ -151,8 +151,8 @@ TEST_F(Typing, ArgumentsKeepTheFormOfTheClient)
     null.name = "reply";
     null.isNull = true;
     values.append(null);
-    host::Typing typing(call_.arena, classes_);
-    const host::Args *args = typing.arguments(classes_.find("Test_Thing"), "echo", values, "root/cimv2");
+    host::Typing typing(call_.arena, nameSpaces_);
+    const host::Args *args = typing.arguments(repository_.find("Test_Thing"), "echo", values, "root/cimv2");
     ASSERT_NE(args, nullptr);
     EXPECT_EQ((*args->values)[0].data.type, CMPI_ref);
     EXPECT_EQ((*args->values)[1].data.type, CMPI_uint16);
@@ -168,8 +168,8 @@ TEST_F(Typing, InstancesHaveOnlyWhatTheClassHas)
     value.name = "Nope";
     value.item.text = "1";
     properties.append(value);
-    host::Typing typing(call_.arena, classes_);
-    const host::Path *path = host::makePath(call_.arena, classes_, "root/cimv2", "Test_Simple");
+    host::Typing typing(call_.arena, nameSpaces_);
+    const host::Path *path = host::makePath(call_.arena, nameSpaces_, "root/cimv2", "Test_Simple");
     EXPECT_EQ(typing.instance(*path, properties), nullptr);
     EXPECT_EQ(typing.code(), CMPI_RC_ERR_NO_SUCH_PROPERTY);
     EXPECT_STREQ(typing.error(), "The class Test_Simple has no property Nope.");
@@ -192,7 +192,7 @@ TEST_F(Typing, InstancesHaveOnlyWhatTheClassHas)
     properties[0].isArray = true;
     const host::Instance *instance = typing.instance(*path, properties);
     ASSERT_NE(instance, nullptr);
-    const int bytes = instance->info->findProperty("Bytes");
+    const std::size_t bytes = instance->klass->placeOf("Bytes");
     EXPECT_EQ(instance->values[bytes].type, CMPI_uint8A);
     EXPECT_EQ(host::behind<host::Array>(instance->values[bytes].value.array)->elements[0].value.uint8, 1);
 }

@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: Apache-2.0
+// Following associations.
+#include "core/operations.h"
+
+#include "core/projection.h"
+
+namespace host
+{
+namespace
+{
+
+/** True when one of the association's references may point at an object of the class. */
+bool canReference(const Work &work, const cim::Class &association, const cim::Class &source)
+{
+    for (const cim::Property &property : association.properties) {
+        if (property.type != cim::Type::Reference) {
+            continue;
+        }
+        const cim::Class *end = work.nameSpace.classes->find(property.referenceClass);
+        if (end != nullptr && source.isA(*end)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+CMPIStatus callAssociation(const Provider &provider, const CMPIContext *context, const CMPIResult *result,
+                           const Path &source, const Request &request)
+{
+    const CMPIAssociationMIFT &table = provider.associationTable;
+    CMPIAssociationMI *mi = provider.association;
+    const TraversalFilter &filter = request.filter;
+    switch (request.operation) {
+    case Operation::Associators:
+        return table.associators(mi, context, result, &source.cmpi, filter.associationClass,
+                                 filter.resultClass, filter.role, filter.resultRole, request.propertyList);
+    case Operation::AssociatorNames:
+        return table.associatorNames(mi, context, result, &source.cmpi, filter.associationClass,
+                                     filter.resultClass, filter.role, filter.resultRole);
+    case Operation::References:
+        return table.references(mi, context, result, &source.cmpi, filter.associationClass, filter.role,
+                                request.propertyList);
+    default:
+        return table.referenceNames(mi, context, result, &source.cmpi, filter.associationClass, filter.role);
+    }
+}
+
+/** The class that a filter names; false, with the error in the answer, when it does not exist. */
+bool findFilterClass(const Work &work, const char *name, const cim::Class *&klass)
+{
+    klass = name != nullptr ? work.nameSpace.classes->find(name) : nullptr;
+    if (name != nullptr && klass == nullptr) {
+        fail(work.call, work.answer, CMPI_RC_ERR_INVALID_PARAMETER,
+             "The class %.200s of the filter does not exist.", name);
+        return false;
+    }
+    return true;
+}
+
+} // namespace
+
+void traverse(const Work &work)
+{
+    const cim::Class *source = classOfPath(work);
+    if (source == nullptr) {
+        return;
+    }
+    const Request &request = work.request;
+    if (request.path->keys->empty()) {
+        fail(work.call, work.answer, CMPI_RC_ERR_NOT_SUPPORTED,
+             "%s of a class is not supported: the path has no keys.", operationName(request.operation));
+        return;
+    }
+    const cim::Class *reach = nullptr;
+    const cim::Class *result = nullptr;
+    if (!findFilterClass(work, request.filter.associationClass, reach) ||
+        !findFilterClass(work, request.filter.resultClass, result)) {
+        return;
+    }
+    const bool names =
+        request.operation == Operation::AssociatorNames || request.operation == Operation::ReferenceNames;
+    Answer &answer = work.answer;
+    Deduplication deduplication;
+    for (const cim::Class *association : work.providers.associationClasses(*work.nameSpace.classes)) {
+        if ((reach != nullptr && !association->isA(*reach)) || !canReference(work, *association, *source)) {
+            continue;
+        }
+        // Each provider gets a path of its own, because it may write to it.
+        const Path *path = copyObject(work.arena(), *request.path);
+        const std::size_t firstInstance = answer.instances.size();
+        const std::size_t firstPath = answer.paths.size();
+        if (!work.callProvider(names ? Collector::Kind::Paths : Collector::Kind::Instances,
+                               [&](const CMPIContext *context, const CMPIResult *collected) {
+                                   return callAssociation(*work.providers.associationProvider(*association),
+                                                          context, collected, *path, request);
+                               })) {
+            return;
+        }
+        deduplication.apply(answer.instances, firstInstance);
+        deduplication.apply(answer.paths, firstPath);
+    }
+    Projection projection(work.arena(), request, nullptr);
+    for (Instance *instance : answer.instances) {
+        projection.apply(*instance);
+    }
+}
+
+} // namespace host

@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: Apache-2.0
+// The operations: each finds the providers that it concerns, or reads the class definitions, and fills the
+// answer.
+#ifndef HOST_CORE_OPERATIONS_H
+#define HOST_CORE_OPERATIONS_H
+
+#include "cim/name_spaces.h"
+#include "core/provider_call.h"
+#include "core/provider_manager.h"
+
+namespace host
+{
+
+/** What an operation works with. */
+struct Work {
+    Call &call;
+    const Request &request;
+    Answer &answer;
+    const cim::NameSpaces &nameSpaces;
+    const cim::NameSpace &nameSpace; // of the request
+    const ProviderManager &providers;
+    ProviderAccess &access;
+
+    /** The same for another request on behalf of this one. */
+    Work with(const Request &other) const
+    {
+        return {call, other, answer, nameSpaces, nameSpace, providers, access};
+    }
+
+    Arena &arena() const
+    {
+        return *call.arena;
+    }
+
+    /** Calls a provider; true when it succeeded. function: see ProviderCall::run(). */
+    template <typename Function>
+    bool callProvider(Collector::Kind kind, Function function) const
+    {
+        return ProviderCall(access, call, request, kind, answer).run(function);
+    }
+};
+
+/** The class of that name; null, with the error in the answer, when there is none. */
+const cim::Class *classOf(const Work &work, std::string_view name);
+
+/** The class that the path of the request names. */
+const cim::Class *classOfPath(const Work &work);
+
+/** True when a subclass has an instance provider. */
+bool isServedBelow(const Work &work, const cim::Class &klass);
+
+void enumerate(const Work &work);
+void getInstance(const Work &work);
+void createInstance(const Work &work);
+void modifyInstance(const Work &work);
+void deleteInstance(const Work &work);
+void getProperty(const Work &work);
+void setProperty(const Work &work);
+void execQuery(const Work &work);
+void traverse(const Work &work);
+void invokeMethod(const Work &work);
+void readClasses(const Work &work);
+void readQualifiers(const Work &work);
+
+} // namespace host
+
+#endif
