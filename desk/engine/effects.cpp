@@ -1,4 +1,7 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "engine/effects.h"
+
+#include "support/shown_registers.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -9,7 +12,7 @@ namespace desk
 namespace
 {
 
-/* ---- the general case: the register's setting takes the value ---- */
+// ---- the general case: the register's setting takes the value ----
 
 std::string address(const wire::Entry &entry)
 {
@@ -29,7 +32,7 @@ std::string storeValue(Settings &settings, const SettingRow &row, const wire::En
     const std::string value = isAddress ? address(entry) : std::to_string(entry.value);
     if (const std::string wrong = complaint(row, value); !wrong.empty())
         return value + " " + wrong;
-    settings.set(Key(static_cast<std::size_t>(&row - SettingRows)), value);
+    settings.set(keyOf(row), value);
     return {};
 }
 
@@ -38,13 +41,13 @@ std::string storeRegister(Settings &settings, int registerId, int group, const w
     return storeValue(settings, *findRegister(registerId, group), entry);
 }
 
-/* ---- colour ---- */
+// ---- colour ----
 
 std::string setLuminance(Settings &settings, const wire::Entry &entry)
 {
-    const Key key = presetKey(settings.activePreset(), PresetLuminance);
+    const Key key = presetKey(settings.activePreset(), "luminance");
     const std::string value = std::to_string(entry.value);
-    if (const std::string wrong = complaint(allSettings()[key.index()], value); !wrong.empty())
+    if (const std::string wrong = complaint(key.row(), value); !wrong.empty())
         return value + " " + wrong;
     settings.set(key, entry.value);
     return {};
@@ -52,41 +55,40 @@ std::string setLuminance(Settings &settings, const wire::Entry &entry)
 
 std::string resetToFactoryCalibration(Settings &settings, const wire::Entry &)
 {
-    settings.reset(presetKey(settings.activePreset(), PresetLuminance));
-    settings.reset(presetKey(settings.activePreset(), PresetCalibratedLuminance));
+    settings.reset(presetKey(settings.activePreset(), "luminance"));
+    settings.reset(presetKey(settings.activePreset(), "calibrated_luminance"));
     return {};
 }
 
 std::string resetToLastCalibration(Settings &settings, const wire::Entry &)
 {
     const int active = settings.activePreset();
-    settings.set(presetKey(active, PresetLuminance),
-                 settings.number(presetKey(active, PresetCalibratedLuminance)));
+    settings.set(presetKey(active, "luminance"), settings.number(presetKey(active, "calibrated_luminance")));
     return {};
 }
 
 std::string resetColorSpaces(Settings &settings, const wire::Entry &)
 {
-    for (int preset = 0; preset < PresetCount; ++preset)
-        for (int field = 0; field < PresetFieldCount; ++field)
-            settings.reset(presetKey(preset, static_cast<PresetField>(field)));
+    for (int preset = 0; preset < presetCount; ++preset)
+        for (int field = 0; field < presetFieldCount; ++field)
+            settings.reset(presetKey(preset, Field(field)));
     settings.reset("active_color_space");
     return {};
 }
 
-/* ---- inputs ---- */
+// ---- inputs ----
 
 std::string nextActiveInput(Settings &settings, const wire::Entry &)
 {
     const int selected = settings.number("video_input");
-    for (int step = 1; step < InputCount; ++step) {
-        const int input = (selected + step) % InputCount;
+    for (int step = 1; step < inputCount; ++step) {
+        const int input = (selected + step) % inputCount;
         if (settings.number(inputActive(input)) != 0) {
             settings.set("video_input", input);
             return {};
         }
     }
-    return {}; /* no other input has a signal: the selected one stays */
+    return {}; // no other input has a signal: the selected one stays
 }
 
 std::string swapInputs(Settings &settings, const wire::Entry &)
@@ -97,34 +99,34 @@ std::string swapInputs(Settings &settings, const wire::Entry &)
     return {};
 }
 
-/* ---- 4K region: a window of the panel's size on the larger picture ---- */
+// ---- 4K region: a window of the panel's size on the larger picture ----
 
-constexpr int PanelWidth = 2560;
-constexpr int PanelHeight = 1440;
+constexpr int panelWidth = 2560;
+constexpr int panelHeight = 1440;
 
 struct Span {
     int low, high;
 };
 
-/* Where the window's left edge may lie; a DCI region of kind 1 cuts the picture at both sides. */
+/** Where the window's left edge may lie; a DCI region of kind 1 cuts the picture at both sides. */
 Span windowColumns(int width, int dciRegion)
 {
-    const int rest = std::max(0, width - PanelWidth);
+    const int rest = std::max(0, width - panelWidth);
     if (dciRegion == 1 && (width == 4096 || width == 4095))
         return {width == 4096 ? 50 : 49, rest - 50};
     return {0, rest};
 }
 
-/* Where its upper edge may lie; a DCI region of kind 2 cuts the picture above and below. */
+/** Where its upper edge may lie; a DCI region of kind 2 cuts the picture above and below. */
 Span windowRows(int width, int height, int dciRegion)
 {
-    const int rest = std::max(0, height - PanelHeight);
+    const int rest = std::max(0, height - panelHeight);
     if (dciRegion == 2 && (width == 4096 || width == 4095) && height == 2160)
         return {222, rest - 222};
     return {0, rest};
 }
 
-/* The corners clockwise from the upper left. */
+/** The corners clockwise from the upper left. */
 std::string nextCorner(Settings &settings, const wire::Entry &)
 {
     const int input = settings.number("video_input");
@@ -140,38 +142,38 @@ std::string nextCorner(Settings &settings, const wire::Entry &)
     return {};
 }
 
-/* ---- picture in picture: a window 160 pixels or more from every edge of the panel ---- */
+// ---- picture in picture: a window 160 pixels or more from every edge of the panel ----
 
-constexpr int PipMargin = 160;
-constexpr int PipFreePosition = 4;
+constexpr int pipMargin = 160;
+constexpr int pipFreePosition = 4;
 
 struct Extent {
     int width, height;
 };
-constexpr Extent PipSizes[] = {{1920, 1080}, {284, 160}, {712, 400}}; /* maximum, minimum, default */
+constexpr Extent pipSizes[] = {{1920, 1080}, {284, 160}, {712, 400}}; // maximum, minimum, default
 
 int pipRight(const Settings &settings)
 {
-    return PanelWidth - PipMargin - settings.number("pip_width");
+    return panelWidth - pipMargin - settings.number("pip_width");
 }
 
 int pipBottom(const Settings &settings)
 {
-    return PanelHeight - PipMargin - settings.number("pip_height");
+    return panelHeight - pipMargin - settings.number("pip_height");
 }
 
-/* Puts the window where its position says: into its corner, or, where it is free, back inside the panel. */
+/** Puts the window where its position says: into its corner, or, where it is free, back inside the panel. */
 void placePip(Settings &settings)
 {
     const int position = settings.number("pip_position");
     int x = settings.number("pip_position_x");
     int y = settings.number("pip_position_y");
-    if (position != PipFreePosition) {
-        x = position == 1 || position == 2 ? pipRight(settings) : PipMargin;
-        y = position >= 2 ? pipBottom(settings) : PipMargin;
+    if (position != pipFreePosition) {
+        x = position == 1 || position == 2 ? pipRight(settings) : pipMargin;
+        y = position >= 2 ? pipBottom(settings) : pipMargin;
     }
-    settings.set("pip_position_x", std::clamp(x, PipMargin, pipRight(settings)));
-    settings.set("pip_position_y", std::clamp(y, PipMargin, pipBottom(settings)));
+    settings.set("pip_position_x", std::clamp(x, pipMargin, pipRight(settings)));
+    settings.set("pip_position_y", std::clamp(y, pipMargin, pipBottom(settings)));
 }
 
 std::string setPipPosition(Settings &settings, const wire::Entry &entry)
@@ -184,23 +186,23 @@ std::string setPipPosition(Settings &settings, const wire::Entry &entry)
 
 std::string outsidePanel(int value, int most)
 {
-    return std::to_string(value) + " is outside " + std::to_string(PipMargin) + ".." + std::to_string(most) +
+    return std::to_string(value) + " is outside " + std::to_string(pipMargin) + ".." + std::to_string(most) +
            ", which the size of the picture leaves";
 }
 
 std::string setPipPositionX(Settings &settings, const wire::Entry &entry)
 {
-    if (entry.value < PipMargin || entry.value > pipRight(settings))
+    if (entry.value < pipMargin || entry.value > pipRight(settings))
         return outsidePanel(entry.value, pipRight(settings));
-    settings.set("pip_position", PipFreePosition);
+    settings.set("pip_position", pipFreePosition);
     return storeRegister(settings, 52, PipGroup, entry);
 }
 
 std::string setPipPositionY(Settings &settings, const wire::Entry &entry)
 {
-    if (entry.value < PipMargin || entry.value > pipBottom(settings))
+    if (entry.value < pipMargin || entry.value > pipBottom(settings))
         return outsidePanel(entry.value, pipBottom(settings));
-    settings.set("pip_position", PipFreePosition);
+    settings.set("pip_position", pipFreePosition);
     return storeRegister(settings, 53, PipGroup, entry);
 }
 
@@ -209,8 +211,8 @@ std::string setPipSize(Settings &settings, const wire::Entry &entry)
     std::string wrong = storeRegister(settings, 54, PipGroup, entry);
     if (!wrong.empty())
         return wrong;
-    settings.set("pip_width", PipSizes[entry.value].width);
-    settings.set("pip_height", PipSizes[entry.value].height);
+    settings.set("pip_width", pipSizes[entry.value].width);
+    settings.set("pip_height", pipSizes[entry.value].height);
     placePip(settings);
     return {};
 }
@@ -228,7 +230,7 @@ std::string setPipHeight(Settings &settings, const wire::Entry &entry)
 std::string nextPipCorner(Settings &settings, const wire::Entry &)
 {
     const int position = settings.number("pip_position");
-    settings.set("pip_position", position == PipFreePosition ? 0 : (position + 1) % 4);
+    settings.set("pip_position", position == pipFreePosition ? 0 : (position + 1) % 4);
     placePip(settings);
     return {};
 }
@@ -239,7 +241,7 @@ std::string pipOnOff(Settings &settings, const wire::Entry &)
     return {};
 }
 
-/* ---- quick actions on one setting ---- */
+// ---- quick actions on one setting ----
 
 std::string toggle(Settings &settings, Key key)
 {
@@ -253,7 +255,7 @@ std::string nextSourceScaling(Settings &settings, const wire::Entry &)
     return {};
 }
 
-/* ---- network ---- */
+// ---- network ----
 
 std::string setIpAddress(Settings &settings, const wire::Entry &entry)
 {
@@ -274,7 +276,7 @@ std::string setSubnetMask(Settings &settings, const wire::Entry &entry)
     return storeRegister(settings, 88, RemoteGroup, entry);
 }
 
-/* ---- the whole monitor ---- */
+// ---- the whole monitor ----
 
 std::string factoryReset(Settings &settings, const wire::Entry &)
 {
@@ -282,12 +284,13 @@ std::string factoryReset(Settings &settings, const wire::Entry &)
     return {};
 }
 
-/* Picture, picture in picture, menu, buttons and test pattern; not the inputs' signals, which are the desk's.
+/** Picture, picture in picture, menu, buttons and test pattern; not the inputs' signals, which are the
+ * desk's.
  */
 std::string resetDisplaySettings(Settings &settings, const wire::Entry &)
 {
-    for (std::size_t i = 0; i < std::size(SettingRows); ++i) {
-        const SettingRow &row = SettingRows[i];
+    for (std::size_t i = 0; i < plainCount; ++i) {
+        const SettingRow &row = plainRows[i];
         const bool signal = row.registerId >= 66 && row.registerId <= 68;
         const bool display = row.group == ImageGroup || row.group == PipGroup || row.group == MenuGroup ||
                              row.group == FunctionButtonGroup || row.group == BezelButtonGroup ||
@@ -298,7 +301,7 @@ std::string resetDisplaySettings(Settings &settings, const wire::Entry &)
     return {};
 }
 
-/* 1 turns the monitor off softly, 0 on again; the state that is shown is 1 for on. */
+/** 1 turns the monitor off softly, 0 on again; the state that is shown is 1 for on. */
 std::string softPowerOff(Settings &settings, const wire::Entry &entry)
 {
     if (entry.value != 0 && entry.value != 1)
@@ -307,29 +310,29 @@ std::string softPowerOff(Settings &settings, const wire::Entry &entry)
     return {};
 }
 
-/* What one register does alone. Every other register stores its value into the setting of its row. */
+/** What one register does alone. Every other register stores its value into the setting of its row. */
 struct Effect {
     int registerId;
     int group;
-    int type; /* the entry's; AnyType: left to the function */
+    int type; // the entry's; anyType: left to the function
     std::string (*apply)(Settings &, const wire::Entry &);
 };
-constexpr int AnyType = -1;
+constexpr int anyType = -1;
 
-constexpr Effect Effects[] = {
+constexpr Effect effects[] = {
     {0, ColorSpaceGroup, wire::EntryNumber, setLuminance},
     {19, ResetGroup, wire::EntryNumber, resetToFactoryCalibration},
     {20, ResetGroup, wire::EntryNumber, resetToLastCalibration},
-    {51, PipGroup, AnyType, setPipPosition},
+    {51, PipGroup, anyType, setPipPosition},
     {52, PipGroup, wire::EntryNumber, setPipPositionX},
     {53, PipGroup, wire::EntryNumber, setPipPositionY},
-    {54, PipGroup, AnyType, setPipSize},
-    {55, PipGroup, AnyType, setPipHeight},
+    {54, PipGroup, anyType, setPipSize},
+    {55, PipGroup, anyType, setPipHeight},
     {58, PipGroup, wire::EntryNumber, swapInputs},
-    {87, RemoteGroup, AnyType, setIpAddress},
-    {88, RemoteGroup, AnyType, setSubnetMask},
+    {87, RemoteGroup, anyType, setIpAddress},
+    {88, RemoteGroup, anyType, setSubnetMask},
     {140, ResetGroup, wire::EntryNumber, factoryReset},
-    {142, ResetGroup, AnyType,
+    {142, ResetGroup, anyType,
      [](Settings &s, const wire::Entry &e) { return storeRegister(s, 79, ManagementGroup, e); }},
     {144, ResetGroup, wire::EntryNumber, resetDisplaySettings},
     {150, QuickActionGroup, wire::EntryNumber, resetColorSpaces},
@@ -348,35 +351,20 @@ constexpr Effect Effects[] = {
     {180, GeneralGroup, wire::EntryNumber, softPowerOff},
 };
 
-/* Registers without a row of their own that show something and cannot be written. */
-constexpr int ShownOnly[][2] = {
-    {19, ColorSpaceGroup}, {20, ColorSpaceGroup}, {41, ImageGroup},  {42, ImageGroup},
-    {63, PipGroup},        {64, PipGroup},        {65, PipGroup},    {131, InfoGroup},
-    {136, VersionGroup},   {141, ResetGroup},     {143, ResetGroup}, {175, TestPatternGroup},
-};
-
-bool shownOnly(int registerId, int group)
-{
-    if (registerId >= 2 && registerId <= 18 && (group == ColorSpaceGroup || group == ColorParameterGroup))
-        return true;
-    return std::any_of(std::begin(ShownOnly), std::end(ShownOnly),
-                       [=](const int(&shown)[2]) { return shown[0] == registerId && shown[1] == group; });
-}
-
 } // namespace
 
 std::string applyEntry(Settings &settings, int group, const wire::Entry &entry)
 {
-    for (const Effect &effect : Effects) {
+    for (const Effect &effect : effects) {
         if (effect.registerId != entry.registerId || effect.group != group)
             continue;
-        if (effect.type != AnyType && effect.type != entry.type)
+        if (effect.type != anyType && effect.type != entry.type)
             return "takes a number";
         return effect.apply(settings, entry);
     }
     if (const SettingRow *row = findRegister(entry.registerId, group))
         return storeValue(settings, *row, entry);
-    return shownOnly(entry.registerId, group) ? "cannot be written" : "does not belong to the group";
+    return registerExists(entry.registerId, group) ? "cannot be written" : "does not belong to the group";
 }
 
 } // namespace desk

@@ -1,7 +1,9 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "engine/engine.h"
 
 #include "engine/effects.h"
 #include "support/environment.h"
+#include "support/values.h"
 
 #include <sys/ipc.h>
 #include <sys/msg.h>
@@ -32,7 +34,7 @@ __attribute__((format(printf, 1, 2))) void log(const char *format, ...)
     fprintf(stderr, "desk-engine: %s\n", line);
 }
 
-/* Registers of group 4 that the network services write. */
+/** Registers of group 4 that the network services write. */
 constexpr int WebServerStatus = 85;
 constexpr int IpConfigurationMode = 86;
 constexpr int IpAddress = 87;
@@ -80,7 +82,7 @@ void Engine::run(const volatile sig_atomic_t &stop)
         if (size >= 0) {
             handle(message, static_cast<std::size_t>(size), stop);
         } else if (errno == EINTR) {
-            clearForgottenReplies(); /* the timer's signal */
+            clearForgottenReplies(); // the timer's signal
         } else if (errno == EIDRM || errno == EINVAL) {
             log("the request queue was removed; it is created again");
             openQueues();
@@ -90,7 +92,7 @@ void Engine::run(const volatile sig_atomic_t &stop)
     }
 }
 
-/* The senders that do not wait: those of the two services' on/off switches, of the change between DHCP and
+/** The senders that do not wait: those of the two services' on/off switches, of the change between DHCP and
  * static addresses, and of a whole static configuration. Every other sender waits for one reply. */
 bool Engine::senderWaits(const wire::Request &request) const
 {
@@ -143,7 +145,7 @@ void Engine::handle(const QueueMessage &message, std::size_t size, const volatil
             return;
         }
     } catch (const StoreError &error) {
-        /* The sender takes any answer as success, so that only silence can tell it of the failure. */
+        // The sender takes any answer as success, so that only silence can tell it of the failure.
         log("%s; a request of group %d is not answered", error.what(), request.group);
         opened.reset();
         return;
@@ -156,13 +158,13 @@ void Engine::handle(const QueueMessage &message, std::size_t size, const volatil
     reply(bytes);
 }
 
-/* Applies a request, whole or not at all, and puts into its bytes what became of each entry. */
+/** Applies a request, whole or not at all, and puts into its bytes what became of each entry. */
 void Engine::apply(const wire::Request &request, wire::Bytes &answer)
 {
     if (request.group > LastGroup)
         log("group %d does not exist", request.group);
     if (request.command == wire::GetRequest)
-        return; /* readers find the store as it is: nothing to refresh */
+        return; // readers find the store as it is: nothing to refresh
     if (request.count > static_cast<int>(wire::MostEntries)) {
         log("a message says it has %d entries, %zu are possible; nothing was applied", request.count,
             wire::MostEntries);
@@ -250,7 +252,7 @@ void Engine::reply(const wire::Bytes &bytes)
     }
 }
 
-/* A sender that died or gave up leaves its reply behind. One that nobody fetched for much longer than a
+/** A sender that died or gave up leaves its reply behind. One that nobody fetched for much longer than a
  * sender waits is removed. */
 void Engine::clearForgottenReplies()
 {

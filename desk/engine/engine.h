@@ -1,5 +1,6 @@
-/* The display engine: takes requests from the request queue, applies them to the store and answers those
- * whose senders wait. */
+// SPDX-License-Identifier: Apache-2.0
+// The display engine: takes requests from the request queue, applies them to the store and answers those
+// whose senders wait.
 #ifndef DESK_ENGINE_ENGINE_H
 #define DESK_ENGINE_ENGINE_H
 
@@ -15,10 +16,10 @@
 namespace desk
 {
 
-/* The kernel's form of a message. */
+/** The kernel's form of a message. */
 struct QueueMessage {
     long type;
-    std::uint8_t bytes[8192]; /* the longest message a queue takes by default */
+    std::uint8_t bytes[8192]; // the longest message a queue takes by default
 };
 
 class Engine
@@ -27,17 +28,17 @@ class Engine
     struct Options {
         std::string store;
         key_t queueKey;
-        std::chrono::nanoseconds senderPatience; /* how long a sender waits for its reply */
+        std::chrono::nanoseconds senderPatience; // how long a sender waits for its reply
         bool verbose;
     };
 
     explicit Engine(Options options);
 
-    /* Works until *stop is set; signals interrupt the waiting. Throws std::runtime_error when the queues
+    /** Works until *stop is set; signals interrupt the waiting. Throws std::runtime_error when the queues
      * cannot be used. */
     void run(const volatile sig_atomic_t &stop);
 
-    /* Removes the request and the reply queue. */
+    /** Removes the request and the reply queue. */
     void removeQueues();
 
   private:

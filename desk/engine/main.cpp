@@ -36,8 +36,8 @@ void onSignal(int signal, void (*handler)(int))
     sigaction(signal, &action, nullptr);
 }
 
-/** Ends a wait now and then, for the housekeeping, and so that a stop signal which arrives just before a wait is
- * not missed. */
+/** Ends a wait now and then, for the housekeeping, and so that a stop signal which arrives just before a wait
+ * is not missed. */
 void startTimer()
 {
     constexpr suseconds_t microseconds = 250'000;
@@ -46,8 +46,8 @@ void startTimer()
     setitimer(ITIMER_REAL, &period, nullptr);
 }
 
-/** False when another engine serves these queues: the two would take one another's requests. The name is bound
- * while the process lives and gone with it, however it ends. */
+/** False when another engine serves these queues: the two would take one another's requests. The name is
+ * bound while the process lives and gone with it, however it ends. */
 bool claimQueues(key_t key)
 {
     sockaddr_un name{};
@@ -78,7 +78,8 @@ void declare(CLI::App &app, Options &options)
     app.add_option("--queue-key", options.queueKey,
                    "base key of the message queues, decimal or 0x... (default: $DESK_MONITOR_QUEUE_KEY)");
     app.add_option("--ready-file", options.readyFile, "written when the engine serves, with the queue key");
-    app.add_flag("--remove-queues", options.removeQueues, "remove the request and the reply queue at the end");
+    app.add_flag("--remove-queues", options.removeQueues,
+                 "remove the request and the reply queue at the end");
     app.add_flag("--verbose", options.verbose, "log every request");
 }
 

@@ -1,6 +1,7 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "support/dates.h"
 
-#include "support/settings_table.h"
+#include "support/values.h"
 
 #include <chrono>
 #include <cstdio>

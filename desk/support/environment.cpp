@@ -1,6 +1,7 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "support/environment.h"
 
-#include "support/settings_table.h"
+#include "support/values.h"
 
 #include <unistd.h>
 
@@ -46,7 +47,7 @@ void makeStoreDirectory()
     namespace fs = std::filesystem;
     if (variable("DESK_MONITOR_STORE") != nullptr)
         return;
-    /* A directory that cannot be made shows when the store is opened in it. */
+    // A directory that cannot be made shows when the store is opened in it.
     std::error_code ignored;
     if (fs::create_directories(defaultStoreDirectory(), ignored))
         fs::permissions(defaultStoreDirectory(), fs::perms::owner_all, ignored);
@@ -58,7 +59,7 @@ std::optional<key_t> parseQueueKey(const std::string &text)
     errno = 0;
     const long key = strtol(text.c_str(), &end, 0);
     if (text.empty() || *end != '\0' || errno != 0 || key <= 0 ||
-        key > std::numeric_limits<key_t>::max() - QueueCount)
+        key > std::numeric_limits<key_t>::max() - queueCount)
         return std::nullopt;
     return static_cast<key_t>(key);
 }
@@ -66,7 +67,7 @@ std::optional<key_t> parseQueueKey(const std::string &text)
 std::optional<key_t> queueBaseKey()
 {
     const char *text = variable("DESK_MONITOR_QUEUE_KEY");
-    return text == nullptr ? DefaultQueueKey : parseQueueKey(text);
+    return text == nullptr ? defaultQueueKey : parseQueueKey(text);
 }
 
 std::chrono::nanoseconds receiveTimeout()

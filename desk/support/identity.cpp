@@ -1,6 +1,8 @@
-/* Users, the texts that an administrator gives the monitor, and the checks of arguments. */
+// SPDX-License-Identifier: Apache-2.0
+// Users, the texts that an administrator gives the monitor, and the checks of arguments.
 #include "support/dates.h"
 #include "support/session.h"
+#include "support/values.h"
 
 #include <monitor_support.h>
 
@@ -12,8 +14,8 @@ using namespace desk;
 namespace
 {
 
-/* Name and location fields are 25 wide and hold their terminating zero. */
-constexpr std::size_t LongestText = 24;
+/** Name and location fields are 25 wide and hold their terminating zero. */
+constexpr std::size_t longestText = 24;
 
 void explain(char *errorText, const char *reason)
 {
@@ -21,13 +23,13 @@ void explain(char *errorText, const char *reason)
         snprintf(errorText, ERROR_TEXT_SIZE, "%s", reason);
 }
 
-/* 1 to 24 bytes of printable text, not blanks alone. */
+/** 1 to 24 bytes of printable text, not blanks alone. */
 bool validDisplayName(const char *text)
 {
     if (text == nullptr)
         return false;
     const std::string_view name = text;
-    return name.size() <= LongestText && printable(name) && name.find_first_not_of(' ') != name.npos;
+    return name.size() <= longestText && printable(name) && name.find_first_not_of(' ') != name.npos;
 }
 
 std::optional<int> deploymentSeconds(const char *text)
@@ -42,7 +44,7 @@ int store(const char *function, Key key, const Value &value, char *errorText) no
         bool failed = false;
         Session session;
         session.store().change([&](Contents &contents) {
-            failed = failsByFault(contents, "fail-update", function);
+            failed = failsByFault(contents.faults, "fail-update", function);
             contents.settings.set(key, value);
             return !failed;
         });
@@ -112,7 +114,7 @@ int UpdateDisplayName(const char *text, char *errorText)
         explain(errorText, "A display name has 1 to 24 printable characters.");
         return FAILURE;
     }
-    return store("UpdateDisplayName", "display_name", std::string(text), errorText);
+    return store("UpdateDisplayName", "display_name", std::string_view(text), errorText);
 }
 
 int ValidateDeploymentDate(const char *text)
@@ -132,9 +134,9 @@ int UpdateDeploymentDate(const char *text, char *errorText)
 
 int UpdateDeploymentLocation(const char *text, char *errorText)
 {
-    if (text == nullptr || std::string_view(text).size() > LongestText || !printable(text)) {
+    if (text == nullptr || std::string_view(text).size() > longestText || !printable(text)) {
         explain(errorText, "A deployment location has at most 24 printable characters.");
         return FAILURE;
     }
-    return store("UpdateDeploymentLocation", "deployment_location", std::string(text), errorText);
+    return store("UpdateDeploymentLocation", "deployment_location", std::string_view(text), errorText);
 }

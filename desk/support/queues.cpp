@@ -1,10 +1,11 @@
-/* The message queues: System V queues, one per number of the seam.
- *
- * Requests carry no correlation, so a reply that nobody fetched would be taken for the answer of the next
- * request. Therefore whatever waits on the reply queue is removed before a request is sent: it answers a
- * request whose sender gave up or died. This relies, as the reply queue itself does, on one request being
- * outstanding at a time. The engine on its side sends no reply to a request it has held longer than a sender
- * waits, and clears replies that nobody has fetched for long. */
+// SPDX-License-Identifier: Apache-2.0
+// The message queues: System V queues, one per number of the seam.
+//
+// Requests carry no correlation, so a reply that nobody fetched would be taken for the answer of the next
+// request. Therefore whatever waits on the reply queue is removed before a request is sent: it answers a
+// request whose sender gave up or died. This relies, as the reply queue itself does, on one request being
+// outstanding at a time. The engine on its side sends no reply to a request it has held longer than a sender
+// waits, and clears replies that nobody has fetched for long.
 #include "support/environment.h"
 #include "support/session.h"
 
@@ -24,14 +25,14 @@ using namespace desk;
 namespace
 {
 
-/* The kernel's form of a message: a long type, which is not a part of the text, and the text. */
+/** The kernel's form of a message: a long type, which is not a part of the text, and the text. */
 struct QueueMessage {
     long type;
     char text[sizeof(ProcessData)];
 };
 static_assert(offsetof(QueueMessage, text) == sizeof(long));
 
-/* Calls use() unless the fault is switched on. */
+/** Calls use() unless the fault is switched on. */
 template <class Use>
 int unlessFault(const char *function, const char *fault, Use use) noexcept
 {
@@ -70,8 +71,8 @@ void discardStaleReplies()
 
 using Clock = std::chrono::steady_clock;
 
-/* The pause before the next look at the queue. An engine at work answers within some tens of microseconds, so
- * the first looks only give up the processor; then the pauses grow. */
+/** The pause before the next look at the queue. An engine at work answers within some tens of microseconds,
+ * so the first looks only give up the processor; then the pauses grow. */
 void pauseBeforeLook(int look, Clock::duration left)
 {
     constexpr int eagerLooks = 200;
@@ -92,12 +93,12 @@ void pauseBeforeLook(int look, Clock::duration left)
 
 int SpearEngineMessageQueueCreate(int queue, int *queueId)
 {
-    if (queueId == nullptr || queue < 0 || queue >= QueueCount)
+    if (queueId == nullptr || queue < 0 || queue >= queueCount)
         return FAILURE;
     try {
         Session session;
         const Contents &contents = session.store().read();
-        if (failsByFault(contents, "fail-queue", std::to_string(queue)))
+        if (failsByFault(contents.faults, "fail-queue", std::to_string(queue)))
             return FAILURE;
     } catch (const std::exception &error) {
         report("SpearEngineMessageQueueCreate", error.what());
@@ -118,7 +119,7 @@ int SendStatusMessagetoSource(SpearMessage message, int queueId)
         QueueMessage queued{};
         queued.type = message.Type;
         memcpy(queued.text, &message.Data, sizeof queued.text);
-        /* A full queue means that no engine takes requests: waiting for it would hang the sender. */
+        // A full queue means that no engine takes requests: waiting for it would hang the sender.
         while (msgsnd(queueId, &queued, sizeof queued.text, IPC_NOWAIT) == -1)
             if (errno != EINTR)
                 return FAILURE;

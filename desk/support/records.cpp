@@ -1,4 +1,5 @@
-/* The readers: each fills one record of the seam from the store. */
+// SPDX-License-Identifier: Apache-2.0
+// The readers: each fills one record of the seam from the store.
 #include "support/session.h"
 
 #include <monitor_support.h>
@@ -11,16 +12,16 @@ using namespace desk;
 namespace
 {
 
-/* Copies a text into a field of the record: zero-filled, and without a terminating zero when the text is as
+/** Copies a text into a field of the record: zero-filled, and without a terminating zero when the text is as
  * long as the field, as on the monitor. */
 template <std::size_t Size>
-void copyField(char (&field)[Size], const std::string &text)
+void copyField(char (&field)[Size], std::string_view text)
 {
     memset(field, 0, Size);
     memcpy(field, text.data(), std::min(Size, text.size()));
 }
 
-/* Fills a record when it is there at all. */
+/** Fills a record when it is there at all. */
 template <class Record, class Fill>
 int fillRecord(const char *function, Record *record, Fill fill) noexcept
 {
@@ -147,32 +148,30 @@ int GetOSDMenuAndMessagesInfo(OSDMenuAndMessageInfo *info)
 
 int GetColorSpaceInfoById(ColorSpaceInfo *info, int index)
 {
-    if (index < 0 || index >= PresetCount)
+    if (index < 0 || index >= presetCount)
         return FAILURE;
     return fillRecord("GetColorSpaceInfoById", info, [=](const Settings &s) {
-        const auto text = [&](PresetField field) -> const std::string & {
-            return s.text(presetKey(index, field));
-        };
+        const auto text = [&](Field field) { return s.text(presetKey(index, field)); };
         info->ActiveColorSpace = index;
-        info->DisplayLuminance = s.number(presetKey(index, PresetLuminance));
-        copyField(info->ColorSpaceName, text(PresetName));
-        copyField(info->RedPrimaryU, text(RedU));
-        copyField(info->GreenPrimaryU, text(GreenU));
-        copyField(info->BluePrimaryU, text(BlueU));
-        copyField(info->WhitePointU, text(WhiteU));
-        copyField(info->RedPrimaryV, text(RedV));
-        copyField(info->GreenPrimaryV, text(GreenV));
-        copyField(info->BluePrimaryV, text(BlueV));
-        copyField(info->WhitePointV, text(WhiteV));
-        copyField(info->RedPrimaryX, text(RedX));
-        copyField(info->GreenPrimaryX, text(GreenX));
-        copyField(info->BluePrimaryX, text(BlueX));
-        copyField(info->WhitePointX, text(WhiteX));
-        copyField(info->RedPrimaryY, text(RedY));
-        copyField(info->GreenPrimaryY, text(GreenY));
-        copyField(info->BluePrimaryY, text(BlueY));
-        copyField(info->WhitePointY, text(WhiteY));
-        copyField(info->Gamma, text(PresetGamma));
+        info->DisplayLuminance = s.number(presetKey(index, "luminance"));
+        copyField(info->ColorSpaceName, text("name"));
+        copyField(info->RedPrimaryU, text("red_u"));
+        copyField(info->GreenPrimaryU, text("green_u"));
+        copyField(info->BluePrimaryU, text("blue_u"));
+        copyField(info->WhitePointU, text("white_u"));
+        copyField(info->RedPrimaryV, text("red_v"));
+        copyField(info->GreenPrimaryV, text("green_v"));
+        copyField(info->BluePrimaryV, text("blue_v"));
+        copyField(info->WhitePointV, text("white_v"));
+        copyField(info->RedPrimaryX, text("red_x"));
+        copyField(info->GreenPrimaryX, text("green_x"));
+        copyField(info->BluePrimaryX, text("blue_x"));
+        copyField(info->WhitePointX, text("white_x"));
+        copyField(info->RedPrimaryY, text("red_y"));
+        copyField(info->GreenPrimaryY, text("green_y"));
+        copyField(info->BluePrimaryY, text("blue_y"));
+        copyField(info->WhitePointY, text("white_y"));
+        copyField(info->Gamma, text("gamma"));
     });
 }
 
@@ -187,12 +186,12 @@ int GetBezelButtonInfo(BezelButtonInfo *info)
 
 int GetFunctionButtonInfoById(FunctionButtonInfo *info, int index)
 {
-    static constexpr Key settings[FunctionButtonCount] = {
+    static constexpr Key settings[functionButtonCount] = {
         "function_button1.setting", "function_button2.setting", "function_button3.setting",
         "function_button4.setting"};
-    static constexpr Key names[FunctionButtonCount] = {"function_button1.name", "function_button2.name",
+    static constexpr Key names[functionButtonCount] = {"function_button1.name", "function_button2.name",
                                                        "function_button3.name", "function_button4.name"};
-    if (index < 0 || index >= FunctionButtonCount)
+    if (index < 0 || index >= functionButtonCount)
         return FAILURE;
     return fillRecord("GetFunctionButtonInfoById", info, [=](const Settings &s) {
         info->ButtonMode = s.number("function_button_mode");
@@ -231,11 +230,12 @@ int GetIPAddress(char *address)
 {
     if (address == nullptr)
         return FAILURE;
-    /* Callers do not examine the result: they must find an empty text after a failure. */
+    /** Callers do not examine the result: they must find an empty text after a failure. */
     *address = '\0';
     return withContents("GetIPAddress", [=](const Contents &contents) {
-        const std::string &text = contents.settings.text("ipv4_address");
-        memcpy(address, text.c_str(), std::min<std::size_t>(text.size() + 1, IP_ADDRESS_SIZE));
+        const std::string_view text = contents.settings.text("ipv4_address"); // at most 15 bytes
+        memcpy(address, text.data(), text.size());
+        address[text.size()] = '\0';
         return SUCCESS;
     });
 }

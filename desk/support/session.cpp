@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "support/session.h"
 
 #include "support/environment.h"
@@ -20,8 +21,8 @@ struct Connection {
 
 Connection &connection();
 
-/* SQLite forbids to carry a connection over a fork: it is closed before, and parent and child each open their
- * own when they need one. */
+/** SQLite forbids to carry a connection over a fork: it is closed before, and parent and child each open
+ * their own when they need one. */
 void beforeFork()
 {
     connection().mutex.lock();
@@ -43,7 +44,7 @@ Connection &connection()
 
 } // namespace
 
-Session::Session() : lock(connection().mutex) {}
+Session::Session() : lock_(connection().mutex) {}
 
 Store &Session::store()
 {
@@ -55,25 +56,6 @@ Store &Session::store()
         store = std::make_unique<Store>(path);
     }
     return *store;
-}
-
-bool failsByFault(const Contents &contents, std::string_view fault, std::string_view function)
-{
-    if (contents.faults.empty())
-        return false;
-    const auto found = contents.faults.find(fault);
-    if (found == contents.faults.end())
-        return false;
-    std::string_view names = found->second;
-    if (names.empty())
-        return true;
-    while (!names.empty()) {
-        const std::size_t comma = names.find(',');
-        if (names.substr(0, comma) == function)
-            return true;
-        names = comma == names.npos ? std::string_view() : names.substr(comma + 1);
-    }
-    return false;
 }
 
 void report(std::string_view function, const char *reason) noexcept

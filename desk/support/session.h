@@ -1,4 +1,5 @@
-/* The support library's one connection to the store, shared by all its functions and threads. */
+// SPDX-License-Identifier: Apache-2.0
+// The support library's one connection to the store, shared by all its functions and threads.
 #ifndef DESK_SUPPORT_SESSION_H
 #define DESK_SUPPORT_SESSION_H
 
@@ -10,7 +11,7 @@
 namespace desk
 {
 
-/* Holds the connection while it lives. The connection is opened at first use, and again when the environment
+/** Holds the connection while it lives. The connection is opened at first use, and again when the environment
  * names another store or the file was replaced. */
 class Session
 {
@@ -19,26 +20,23 @@ class Session
     Store &store();
 
   private:
-    std::lock_guard<std::mutex> lock;
+    std::lock_guard<std::mutex> lock_;
 };
 
-/* True when the fault is switched on for the function: the fault's argument names it, among others perhaps,
- * or names none and means all. */
-bool failsByFault(const Contents &contents, std::string_view fault, std::string_view function);
-
-/* Tells the one who runs the process why a function failed; the seam has no words for it. */
+/** Tells the one who runs the process why a function failed; the seam has no words for it. */
 void report(std::string_view function, const char *reason) noexcept;
 
-/* Calls use(contents) with the newest contents. FAILURE (-1) when the store cannot be read, when the function
- * is told to fail, or when use says so. No exception leaves it. */
+/** Calls use(contents) with the newest contents. FAILURE (-1) when the store cannot be read, when the
+ * function is told to fail, or when use says so. No exception leaves it. */
 template <class Use>
 int withContents(const char *function, Use use) noexcept
 {
     try {
         Session session;
         const Contents &contents = session.store().read();
-        if (failsByFault(contents, "fail-read", function))
+        if (failsByFault(contents.faults, "fail-read", function)) {
             return -1;
+        }
         return use(contents);
     } catch (const std::exception &error) {
         report(function, error.what());

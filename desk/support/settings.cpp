@@ -1,53 +1,63 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "support/settings.h"
+
+#include "support/values.h"
 
 namespace desk
 {
 
-Settings::Settings() : texts(SettingCount), numbers(SettingCount)
+consteval Settings::Values Settings::factoryValues()
 {
-    for (std::size_t i = 0; i < SettingCount; ++i)
-        reset(Key(i));
+    Values values;
+    for (std::size_t i = 0; i < settingCount; ++i) {
+        const SettingRow &row = settingRows[i];
+        if (row.kind == Kind::Number) {
+            values[i] = {row.factoryNumber, decimalText(row.factoryNumber)};
+        } else {
+            values[i] = {0, ShortText(row.factoryText)};
+        }
+    }
+    return values;
 }
+
+constexpr Settings::Values Settings::factory = factoryValues();
+
+Settings::Settings() : values_(factory) {}
 
 void Settings::set(Key key, int value)
 {
-    numbers[key.index()] = value;
-    texts[key.index()] = std::to_string(value);
+    values_[key.index()] = {value, decimalText(value)};
 }
 
-void Settings::set(Key key, std::string value)
+void Settings::set(Key key, std::string_view value)
 {
     int number = 0;
-    if (allSettings()[key.index()].kind == Kind::Number)
+    if (key.row().kind == Kind::Number) {
         parseNumber(value, number);
-    numbers[key.index()] = number;
-    texts[key.index()] = std::move(value);
+    }
+    values_[key.index()] = {number, ShortText(value)};
 }
 
 void Settings::reset(Key key)
 {
-    const SettingRow &row = allSettings()[key.index()];
-    if (row.kind == Kind::Number)
-        set(key, row.factoryNumber);
-    else
-        set(key, std::string(row.factoryText));
+    values_[key.index()] = factory[key.index()];
 }
 
 Key inputActive(int input)
 {
-    static constexpr Key keys[InputCount] = {"input1.active", "input2.active", "input3.active"};
+    static constexpr Key keys[inputCount] = {"input1.active", "input2.active", "input3.active"};
     return keys[input];
 }
 
 Key inputWidth(int input)
 {
-    static constexpr Key keys[InputCount] = {"input1.width", "input2.width", "input3.width"};
+    static constexpr Key keys[inputCount] = {"input1.width", "input2.width", "input3.width"};
     return keys[input];
 }
 
 Key inputHeight(int input)
 {
-    static constexpr Key keys[InputCount] = {"input1.height", "input2.height", "input3.height"};
+    static constexpr Key keys[inputCount] = {"input1.height", "input2.height", "input3.height"};
     return keys[input];
 }
 

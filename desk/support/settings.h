@@ -1,11 +1,12 @@
-/* The values of all settings at one moment. */
+// SPDX-License-Identifier: Apache-2.0
+// The values of all settings at one moment.
 #ifndef DESK_SUPPORT_SETTINGS_H
 #define DESK_SUPPORT_SETTINGS_H
 
 #include "support/settings_table.h"
 
-#include <string>
-#include <vector>
+#include <array>
+#include <string_view>
 
 namespace desk
 {
@@ -13,22 +14,23 @@ namespace desk
 class Settings
 {
   public:
-    /* The values a new monitor has. */
+    /** The values a new monitor has. */
     Settings();
 
-    /* The value of a number's setting; 0 for other kinds. */
+    /** The value of a number's setting; 0 for other kinds. */
     int number(Key key) const
     {
-        return numbers[key.index()];
+        return values_[key.index()].number;
     }
-    /* The value as text, as the store holds it. */
-    const std::string &text(Key key) const
+    /** The value as text, as the store holds it. */
+    std::string_view text(Key key) const
     {
-        return texts[key.index()];
+        return values_[key.index()].text;
     }
     void set(Key key, int value);
-    void set(Key key, std::string value);
-    /* Back to the factory value. */
+    /** The value must be one that the setting's row accepts. */
+    void set(Key key, std::string_view value);
+    /** Back to the factory value. */
     void reset(Key key);
 
     int activePreset() const
@@ -38,11 +40,19 @@ class Settings
     bool operator==(const Settings &) const = default;
 
   private:
-    std::vector<std::string> texts;
-    std::vector<int> numbers;
+    struct Value {
+        int number = 0;
+        ShortText text;
+        bool operator==(const Value &) const = default;
+    };
+    using Values = std::array<Value, settingCount>;
+    static consteval Values factoryValues();
+    static const Values factory;
+
+    Values values_;
 };
 
-/* The three settings of one input, 0 to InputCount - 1. */
+/** The three settings of one input, 0 to inputCount - 1. */
 Key inputActive(int input);
 Key inputWidth(int input);
 Key inputHeight(int input);

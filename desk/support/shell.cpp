@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "support/shell.h"
 
 #include <fcntl.h>
@@ -54,7 +55,7 @@ class Descriptor
     int fd = -1;
 };
 
-/* Moves a descriptor out of the way of standard input, output and error, which a host may have closed. */
+/** Moves a descriptor out of the way of standard input, output and error, which a host may have closed. */
 Descriptor aboveStandard(Descriptor low)
 {
     if (!low.valid() || low.number() > STDERR_FILENO)
@@ -62,7 +63,7 @@ Descriptor aboveStandard(Descriptor low)
     return Descriptor(fcntl(low.number(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
 }
 
-/* One output of the command. */
+/** One output of the command. */
 struct Output {
     bool wanted;
     Descriptor readEnd, writeEnd;
@@ -78,7 +79,7 @@ struct Output {
         writeEnd = aboveStandard(Descriptor(ends[1]));
         return readEnd.valid() && writeEnd.valid();
     }
-    /* Takes what there is; closes at the end of the output. */
+    // Takes what there is; closes at the end of the output.
     void take()
     {
         char buffer[65536];
@@ -92,7 +93,7 @@ struct Output {
     }
 };
 
-/* The standard input of the command: an unnamed file with the lines, which cannot block as a pipe could. */
+/** The standard input of the command: an unnamed file with the lines, which cannot block as a pipe could. */
 Descriptor openInput(char **input)
 {
     if (input == nullptr)
@@ -118,7 +119,7 @@ Descriptor openInput(char **input)
     return file;
 }
 
-/* Starts the shell with these three descriptors and no other. -1 when it cannot be started. */
+/** Starts the shell with these three descriptors and no other. -1 when it cannot be started. */
 pid_t startShell(const char *command, int input, int output, int errors)
 {
     posix_spawn_file_actions_t actions;
@@ -152,7 +153,7 @@ pid_t startShell(const char *command, int input, int output, int errors)
     return started ? child : -1;
 }
 
-/* Reads both outputs to their ends, whichever has something. */
+/** Reads both outputs to their ends, whichever has something. */
 void drain(Output &out, Output &err)
 {
     while (out.readEnd.valid() || err.readEnd.valid()) {
@@ -175,7 +176,7 @@ int waitForEnd(pid_t child)
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
-/* The bytes as lines; null when there is no memory for them. */
+/** The bytes as lines; null when there is no memory for them. */
 char **splitLines(const std::string &bytes)
 {
     std::size_t count = 0;
@@ -200,7 +201,7 @@ char **splitLines(const std::string &bytes)
     return lines;
 }
 
-/* A SIGPIPE is not possible here: the only writes go to an unnamed file. */
+/** A SIGPIPE is not possible here: the only writes go to an unnamed file. */
 int run(const char *command, char **input, char ***out, char ***err)
 {
     Output output(out != nullptr), errors(err != nullptr);
@@ -244,7 +245,7 @@ int runcommand(const char *command, char **input, char ***out, char ***err)
         return -1;
     try {
         return run(command, input, out, err);
-    } catch (const std::exception &) { /* no memory */
+    } catch (const std::exception &) { // no memory
         return -1;
     }
 }

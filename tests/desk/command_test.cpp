@@ -1,4 +1,5 @@
-/* The command of the desk monitor. */
+// SPDX-License-Identifier: Apache-2.0
+// The command of the desk monitor.
 #include "desk_test.h"
 
 #include <monitor_support.h>
@@ -20,8 +21,10 @@ TEST_F(Command, ExplainsItself)
          {"busy", "silent", "slow [seconds]", "lose-reply [count]", "fail-read [functions]", "fail-update",
           "fail-user", "fail-queue [queue]", "fail-send", "fail-receive", "clear"})
         EXPECT_NE(commandOutput.find(word), std::string::npos) << word;
-    EXPECT_NE(command(""), 0);
-    EXPECT_NE(command("dance"), 0);
+    EXPECT_EQ(command("--version"), 0);
+    EXPECT_EQ(commandOutput.substr(0, 13), "desk-monitor ");
+    for (const char *wrong : {"", "dance", "show settings now", "set menu_timeout", "user", "--store"})
+        EXPECT_EQ(command(wrong), 2) << wrong;
 }
 
 TEST_F(Command, ShowsEverything)
@@ -50,7 +53,28 @@ TEST_F(Command, ShowsParts)
     EXPECT_NE(commandOutput.find("pip_mode"), std::string::npos);
     EXPECT_EQ(commandOutput.find("menu_timeout"), std::string::npos);
     EXPECT_EQ(command("show nonsense"), 2);
-    EXPECT_EQ(commandErrors, "desk-monitor: nothing is called nonsense\n");
+    EXPECT_EQ(commandErrors,
+              "desk-monitor: nothing is called nonsense; there are settings, presets, faults, users, "
+              "queues and the names of settings, or parts of them\n");
+}
+
+/* Also those of the presets, which show settings leaves to show presets. */
+TEST_F(Command, FindsSettingsByAPartOfTheirName)
+{
+    ASSERT_EQ(command("set preset3.luminance 101"), 0);
+    EXPECT_EQ(command("show luminance"), 0);
+    EXPECT_NE(commandOutput.find(
+                  "\npreset3.luminance                       -     - *101                      48..250\n"),
+              std::string::npos)
+        << commandOutput;
+    EXPECT_NE(commandOutput.find("\npreset7.calibrated_luminance            -     -  100 "),
+              std::string::npos)
+        << commandOutput;
+    EXPECT_EQ(commandOutput.find("gamma"), std::string::npos);
+    EXPECT_EQ(command("show preset6."), 0);
+    EXPECT_NE(commandOutput.find("preset6.gamma                           -     -  2.60 "), std::string::npos)
+        << commandOutput;
+    EXPECT_EQ(commandOutput.find("preset5"), std::string::npos);
 }
 
 TEST_F(Command, SetsSettings)
@@ -122,7 +146,7 @@ TEST_F(Command, RefusesFaultsThatAreNone)
           "fault lose-reply on 0", "fault lose-reply on some", "fault fail-queue on 4",
           "fault fail-read on GetEverything", "fault fail-read on UpdateDisplayName",
           "fault fail-update on GetMoinitorInfo", "fault clear on"}) {
-        EXPECT_NE(command(arguments), 0) << arguments;
+        EXPECT_EQ(command(arguments), 2) << arguments;
         EXPECT_NE(commandErrors, "") << arguments;
     }
     EXPECT_EQ(command("show faults"), 0);

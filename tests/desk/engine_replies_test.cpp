@@ -267,7 +267,8 @@ TEST_F(EngineProcess, SaysInAFileThatItServes)
     EXPECT_EQ(stopEngine(SIGTERM), 0);
     const std::string log = directory + "/log";
     EXPECT_EQ(endOf(startProgram({DESK_ENGINE, "--ready-file", directory + "/none/ready"}, log)), 1);
-    EXPECT_NE(contentOf(log).find("/none/ready cannot be written: No such file or directory"), std::string::npos)
+    EXPECT_NE(contentOf(log).find("/none/ready cannot be written: No such file or directory"),
+              std::string::npos)
         << contentOf(log);
 }
 
