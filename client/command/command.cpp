@@ -63,7 +63,7 @@ void Call::print(const site::Monitor &monitor, const Report &report)
     if (options.json) {
         Json document = {{"monitor", monitor.name}, {"outcome", nameOf(report.outcome)}};
         if (report.outcome != Outcome::ok && report.outcome != Outcome::unchanged) {
-            document["message"] = report.message;
+            document["message"] = report.documentMessage.empty() ? report.message : report.documentMessage;
         }
         document.update(report.document);
         std::cout << document.dump(-1, ' ', false, Json::error_handler_t::replace) << '\n' << std::flush;

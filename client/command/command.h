@@ -3,7 +3,7 @@
 #ifndef DISPLAYCTL_COMMAND_COMMAND_H
 #define DISPLAYCTL_COMMAND_COMMAND_H
 
-#include "command/outcome.h"
+#include "session/outcome.h"
 #include "site/monitors.h"
 #include "wbem/connection.h"
 
@@ -24,6 +24,7 @@ namespace displayctl::command
 {
 
 using Json = nlohmann::ordered_json;
+using session::Outcome;
 
 /** Wrong usage: the program says what() and ends with exit code 2. */
 class UsageError : public std::runtime_error
@@ -49,7 +50,8 @@ struct Options {
 struct Report {
     Outcome outcome = Outcome::ok;
     std::string text;               // for standard output
-    std::string message;            // what went wrong, for standard error; with --json the member "message"
+    std::string message;            // what went wrong, for standard error
+    std::string documentMessage;    // with --json the member "message"; empty: that message
     Json document = Json::object(); // with --json, beside "monitor", "outcome" and "message"
     int exitCode = -1;              // -1: that of the outcome
 };
@@ -90,9 +92,10 @@ class Call
 /** What a command runs once its arguments are read; gives the exit code. */
 using Action = std::function<int(Call &)>;
 
-/** Adds commands to the program; when one is called, its action is put in `action`. One function for each
- * file of commands. */
-void addShow(CLI::App &program, Action &action);
+/** Adds all commands to the program; when one is called, its action is put in `action`. */
+void addCommands(CLI::App &program, Action &action);
+
+/* One for each file of commands. */
 void addGet(CLI::App &program, Action &action);
 void addSet(CLI::App &program, Action &action);
 

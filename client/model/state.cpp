@@ -88,6 +88,7 @@ Value partsOf(const Setting &setting, const wbem::Instance &object, Value (*read
 }
 
 // The class of the setting data that the association calls current.
+// compat: with a static address the monitor calls the accumulated setting data current, never the static ones.
 Value networkModeOf(const std::vector<wbem::Instance> &associations)
 {
     for (const wbem::Instance &association : associations) {
@@ -98,9 +99,7 @@ Value networkModeOf(const std::vector<wbem::Instance> &associations)
         if (data->className.find("DHCP") != std::string::npos) {
             return "dhcp";
         }
-        if (data->className.find("Static") != std::string::npos) {
-            return "static";
-        }
+        return "static";
     }
     return nullptr;
 }
@@ -187,6 +186,11 @@ Value State::value(const Setting &setting) const
     default:
         return textValue(value);
     }
+}
+
+void addClasses(const Setting &setting, std::set<std::string> &classes)
+{
+    classes.insert(std::string(setting.row->className));
 }
 
 } // namespace displayctl::model

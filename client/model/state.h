@@ -45,7 +45,7 @@ class State
     std::map<std::string, std::vector<wbem::Instance>, std::less<>> objects_;
 };
 
-/** The classes that have to be read for a setting: its own, and those that its change needs. */
+/** Adds the class that has to be read to know the value of the setting. */
 void addClasses(const Setting &setting, std::set<std::string> &classes);
 
 } // namespace displayctl::model

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "command/outcome.h"
+#include "session/outcome.h"
 
 #include <algorithm>
 #include <array>
 
-namespace displayctl::command
+namespace displayctl::session
 {
 
 namespace
@@ -85,4 +85,4 @@ std::string messageOf(const wbem::Answer &answer)
     return answer.message;
 }
 
-} // namespace displayctl::command
+} // namespace displayctl::session

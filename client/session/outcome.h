@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 // What came of a call for one monitor, in words and as exit code.
-#ifndef DISPLAYCTL_COMMAND_OUTCOME_H
-#define DISPLAYCTL_COMMAND_OUTCOME_H
+#ifndef DISPLAYCTL_SESSION_OUTCOME_H
+#define DISPLAYCTL_SESSION_OUTCOME_H
 
 #include "wbem/operation.h"
 
 #include <string>
 #include <string_view>
 
-namespace displayctl::command
+namespace displayctl::session
 {
 
 enum class Outcome { ok, unchanged, different, refused, busy, unreachable, login, unknown };
@@ -26,6 +26,6 @@ enum class Outcome { ok, unchanged, different, refused, busy, unreachable, login
 /** The answer's text for a person: the monitor's own, or what went wrong and what helps. */
 [[nodiscard]] std::string messageOf(const wbem::Answer &answer);
 
-} // namespace displayctl::command
+} // namespace displayctl::session
 
 #endif

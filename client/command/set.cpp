@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: Apache-2.0
+// set: changes settings, in an order in which the monitor accepts them.
+#include "command/settings.h"
+#include "model/values.h"
+#include "session/work.h"
+#include "site/directories.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <memory>
+
+namespace displayctl::command
+{
+
+namespace
+{
+
+Report set(Call &call, const site::Monitor &monitor, const std::vector<Assignment> &assignments,
+           bool isDirect)
+{
+    session::Session session(monitor, call.options.timeout());
+    session::Classes classes;
+    addNameClasses(assignments, classes);
+    for (const Assignment &assignment : assignments) {
+        session::addChangeClasses(*assignment.named.setting, classes);
+        if (!isDirect) {
+            model::addRuleClasses(assignment.named.setting->row->name, classes);
+        }
+    }
+    if (const auto failure = session.read(classes)) {
+        return failureReport(*failure);
+    }
+    const std::vector<model::Target> targets = targetsOf(assignments, session.state());
+    session::Work work(session, site::stateDirectory(), {.command = "set", .isDirect = isDirect});
+    const session::WorkReport result = work.carryOut(targets, work.plan(targets));
+
+    Report report;
+    report.outcome = result.outcome;
+    const site::CodeNames &names = call.configuration().names;
+    const std::string selector = selectorOf(monitor, call.configuration());
+    if (std::ranges::all_of(result.changes,
+                            [](const auto &each) { return each.result == session::Result::unchanged; })) {
+        report.message = result.message; // nothing was sent, and why
+    }
+    for (const session::Change &change : result.changes) {
+        report.text += changeLine(change, names);
+        if (!change.isGood()) {
+            report.message +=
+                (report.message.empty() ? "" : "\n") + refusalText(change, monitor.name, selector);
+            report.documentMessage += (report.documentMessage.empty() ? "" : "; ") + change.message;
+        }
+    }
+    for (const session::Beside &each : result.beside) {
+        report.text += each.setting->name + "  " + model::textOf(*each.setting, each.before, names) + " -> " +
+                       model::textOf(*each.setting, each.after, names) + "  (beside it)\n";
+    }
+    report.document["changes"] = changesDocument(result.changes, names);
+    return report;
+}
+
+} // namespace
+
+void addSet(CLI::App &program, Action &action)
+{
+    CLI::App *command = program.add_subcommand("set", "Changes settings, and reads each one back");
+    auto texts = std::make_shared<std::vector<std::string>>();
+    auto isDirect = std::make_shared<bool>(false);
+    command->add_option("SETTING=VALUE", *texts, "what is to be; the order does not matter")->required();
+    command->add_flag("--direct", *isDirect, "only what is named here, in this order: nothing is set first");
+    command->footer("Examples:\n"
+                    "  displayctl set luminance=120\n"
+                    "  displayctl set preset.5.luminance=100 osd.timeout=20s\n"
+                    "  displayctl -m label=suite4 set pip.mode=pip pip.size=minimum pip.position=160,160");
+    command->callback([texts, isDirect, &action] {
+        action = [texts, isDirect](Call &call) {
+            std::vector<Assignment> assignments;
+            bool asks = false;
+            for (const std::string &text : *texts) {
+                assignments.push_back(parseAssignment(text, call.configuration().names));
+                asks = asks || assignments.back().named.setting->has(model::network);
+            }
+            static_cast<void>(call.monitors());
+            if (asks && !call.confirm("This changes how the monitor is reached. Change it?")) {
+                return exitCodeOf(Outcome::refused);
+            }
+            return call.forEachMonitor(
+                [&](const site::Monitor &monitor) { return set(call, monitor, assignments, *isDirect); });
+        };
+    });
+}
+
+} // namespace displayctl::command
