@@ -3,7 +3,7 @@
 #define HOST_CIMXML_CIMXML_H
 
 #include "cimxml/writer.h"
-#include "cimxml/xml_text.h"
+#include "core/xml_text.h"
 #include "core/dispatcher.h"
 #include "core/front_end.h"
 

@@ -1,6 +1,6 @@
 #include "cimxml/writer.h"
 
-#include "cimxml/xml_text.h"
+#include "core/xml_text.h"
 
 #include <charconv>
 #include <cmath>

@@ -1,6 +1,6 @@
 // XML as text: a look at what comes in before it is parsed, and the escaping of what goes out.
-#ifndef HOST_CIMXML_XML_TEXT_H
-#define HOST_CIMXML_XML_TEXT_H
+#ifndef HOST_CORE_XML_TEXT_H
+#define HOST_CORE_XML_TEXT_H
 
 #include "core/text_buffer.h"
 

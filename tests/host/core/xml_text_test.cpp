@@ -1,5 +1,5 @@
 // XML as text: what is let in, and how text goes out.
-#include "cimxml/xml_text.h"
+#include "core/xml_text.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "cimxml/xml_text.h"
+#include "core/xml_text.h"
 
 #include <array>
 #include <cstdint>
