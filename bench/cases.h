@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the benchmark programs share: calls by name, and the two ways to run them.
 #ifndef BENCH_CASES_H
 #define BENCH_CASES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "constant_seam.h"
 
 #include <monitor_support.h>

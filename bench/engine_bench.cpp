@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One change over the desk's display engine: a method call through the CMPI interface, its message on a real
 // queue, the engine's process that writes the store, and its reply. The engine must run; see run.sh.
 

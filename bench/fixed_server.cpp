@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The yardstick for the object manager: libmicrohttpd, set up as the object manager sets it up, which reads
 // each request and answers with the same 30 kB. Prints its port and serves until its standard input ends.
 

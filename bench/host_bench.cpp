@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Requests to the desk object manager by CIM-XML on one connection that is kept, and to the yardstick, a
 // server that answers whatever it is asked with the same 30 kB.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The library alone: calls through the CMPI interface, from the factory to the function table, with a broker
 // and a support library that cost next to nothing.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A CMPI broker that does as little as can be done: its objects are fixed, it allocates and records nothing.
 // What a provider costs with it is what the provider itself costs.
 #ifndef BENCH_NULL_BROKER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The factories of the classes that the benchmarks call.
 #ifndef BENCH_PROVIDERS_H
 #define BENCH_PROVIDERS_H

@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: Apache-2.0
 # Runs the benchmarks of a build and prints one table; README.md says how to read it.
 #
 #   bench/run.sh BUILD            the build directory; about a minute

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reads a word from an odd address, which the alignment check must not let pass.
 
 #include <cstdint>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /*
  * The headers in a C translation unit: type and place of every member, value of every constant.
  */

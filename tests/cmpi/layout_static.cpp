@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The headers in a C++ translation unit that needs no library: what other compilers check without linking.
 
 #include "cmpimacs.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The simple types of CMPI, which no table shows. Included after the CMPI headers and <type_traits>.
 #pragma once
 

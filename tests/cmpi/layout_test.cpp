@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Type and place of every member and value of every constant of the CMPI headers, against the tables of the
 // standard (layout.tsv, constants.tsv). The tables are read here again: no row of them is passed over.
 

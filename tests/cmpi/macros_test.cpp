@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The convenience macros: each must reach its entry of the right function table, with its arguments in order.
 
 #include "cmpimacs.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /*
  * Operations of a dummy provider, prefix Dummy: each answers with a code of its own, so that a test sees
  * which one an entry of a function table leads to. Included by a C and a C++ provider; the operations are

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /*
  * A dummy provider in C: every stub macro, with a hook.
  */

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the two dummy providers (C and C++) show to the test of the stub macros.
 #ifndef CMPI_TEST_PROVIDER_H
 #define CMPI_TEST_PROVIDER_H

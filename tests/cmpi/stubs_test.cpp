@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The factories that the stub macros make, in C++ (here, without a hook) and in C (provider.c, with one).
 
 #include "provider.h"

@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: Apache-2.0
 // The classes as the library answers for them, beside the classes as mof/ declares them.
 #ifndef TESTS_CONTRACT_CONTRACT_H
 #define TESTS_CONTRACT_CONTRACT_H
 
 #include "mof_classes.h"
-#include "support/provider_test.h"
+#include "support/provider_fixture.h"
 #include <set>
 #include <span>
 #include <string>

@@ -1,8 +1,9 @@
+// SPDX-License-Identifier: Apache-2.0
 // Checks that many classes have in common, with what differs between them as data.
 #ifndef TEST_SUPPORT_CHECKS_H
 #define TEST_SUPPORT_CHECKS_H
 
-#include "provider_test.h"
+#include "provider_fixture.h"
 
 namespace test_support
 {

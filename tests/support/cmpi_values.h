@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // CMPI data as plain values: what a test types into an argument list or expects of an instance.
 #ifndef TEST_SUPPORT_CMPI_VALUES_H
 #define TEST_SUPPORT_CMPI_VALUES_H

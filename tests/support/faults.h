@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Fault injection: the n-th call that could fail, of the broker and of the monitor's support library
 // together, does fail.
 #ifndef TEST_SUPPORT_FAULTS_H

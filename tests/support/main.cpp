@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The main program of the test executables. Standard output belongs to the code under test: it is led into a
 // file in memory, and only the test report is printed where standard output really goes.
 

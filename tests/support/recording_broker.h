@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A complete CMPI 2.0 broker for unit tests: every object is a plain structure that a test can look into,
 // every call that can fail can be made to fail, and what a provider asks other classes is scripted per class.
 //

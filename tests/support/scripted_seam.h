@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The monitor's support library and the shell helper as a script: plausible records that a test changes,
 // results per function, and a record of every call and every message.
 //

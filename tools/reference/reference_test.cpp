@@ -207,7 +207,7 @@ TEST(Reference, HasEveryTextOfTheSources)
     const std::string html = textOf(htmlPage());
     const std::string markdown = unescaped(markdownPage());
     size_t texts = 0;
-    for (const auto &entry : std::filesystem::directory_iterator(SOURCE_DIR)) {
+    for (const auto &entry : std::filesystem::recursive_directory_iterator(SOURCE_DIR)) {
         if (entry.path().extension() != ".cpp" && entry.path().extension() != ".h")
             continue;
         for (const std::string &text : literalsOf(contentOf(entry.path()))) {

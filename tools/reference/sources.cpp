@@ -220,7 +220,7 @@ std::vector<SourceText> textsOf(const std::string &content, const std::string &f
 std::vector<SourceText> sourceTexts(const std::string &directory)
 {
     std::set<std::filesystem::path> files;
-    for (const auto &entry : std::filesystem::directory_iterator(directory))
+    for (const auto &entry : std::filesystem::recursive_directory_iterator(directory))
         if (entry.path().extension() == ".cpp" || entry.path().extension() == ".h")
             files.insert(entry.path());
     std::vector<SourceText> all;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Another provider's library, with an association engine whose functions have the names of ours: once in C
 // and with other parameters, as such libraries come, and once with the very parameters of ours. Whoever of us
 // is bound to one of them is counted.

@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: Apache-2.0
+// ZT_Marovelton_Button: ties the monitor to its function buttons and its bezel buttons.
+
+#include "frame/association.h"
+
+namespace
+{
+
+const CMPIBroker *_broker;
+constexpr const char *_ClassName = "ZT_Marovelton_Button";
+constexpr const char *_RefLeft = "Antecedent";
+constexpr const char *_RefLeftClass = "ZT_Marovelton_Monitor";
+constexpr const char *_RefRight = "Dependent";
+constexpr const char *_RefRightClass[] = {"ZT_Marovelton_FunctionButton", "ZT_Marovelton_BezelButton"};
+
+constexpr AssociationClass association = {_ClassName, _RefLeft, _RefRight, _RefLeftClass, _RefRightClass};
+
+} // namespace
+
+STAMP_INSTANCE_AND_ASSOCIATION_PROVIDER(ZT_Marovelton_Button, association)
+STAMP_MODIFY_NOT_SUPPORTED(ZT_Marovelton_Button, SetInstance)

@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: Apache-2.0
+// ZT_Marovelton_OnScreenDisplay: ties the on-screen menu and messages to the monitor. Its references are
+// named after the component, not by role.
+
+#include "frame/association.h"
+
+namespace
+{
+
+const CMPIBroker *_broker;
+constexpr const char *_ClassName = "ZT_Marovelton_OnScreenDisplay";
+constexpr const char *_RefLeft = "OSDMenuAndMessages";
+constexpr const char *_RefLeftClass = "ZT_Marovelton_OSDMenuAndMessages";
+constexpr const char *_RefRight = "Monitor";
+constexpr const char *_RefRightClass[] = {"ZT_Marovelton_Monitor"};
+
+constexpr AssociationClass association = {_ClassName, _RefLeft, _RefRight, _RefLeftClass, _RefRightClass};
+
+} // namespace
+
+STAMP_INSTANCE_AND_ASSOCIATION_PROVIDER(ZT_Marovelton_OnScreenDisplay, association)
+STAMP_MODIFY_NOT_SUPPORTED(ZT_Marovelton_OnScreenDisplay, SetInstance)

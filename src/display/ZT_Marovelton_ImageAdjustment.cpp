@@ -1,0 +1,354 @@
+// SPDX-License-Identifier: Apache-2.0
+// ZT_Marovelton_ImageAdjustment: how the picture is shown, one object. Aspect ratio, digital-cinema region,
+// cropped region, video levels, overscan, blue channel, overdrive, deinterlacer, cadence detection and the
+// region of a 4K source, with one method per setting.
+
+#include "frame/provider.h"
+
+#include <cstdio>
+
+namespace
+{
+
+const CMPIBroker *_broker;
+constexpr const char *_ClassName = "ZT_Marovelton_ImageAdjustment";
+constexpr const char *_InstanceID = "ZT:Marovelton_ImageAdjustment";
+
+} // namespace
+
+// ---- path and instance ----
+
+CMPIObjectPath *_makePath_ZT_Marovelton_ImageAdjustment(const CMPIObjectPath *reference, CMPIStatus *status)
+{
+    return makePathByInstanceID(_broker, _ClassName, reference, _InstanceID, status);
+}
+
+CMPIInstance *_makeInst_ZT_Marovelton_ImageAdjustment(const CMPIObjectPath *reference, CMPIStatus *status)
+{
+    InstanceBuilder picture(_broker, _ClassName, _makePath_ZT_Marovelton_ImageAdjustment(reference, status),
+                            status);
+    ImageAdjustment image = {};
+    MonitorInfo monitor = {};
+    if (!picture ||
+        !picture.require(GetImageAdjustmentInfo(&image) == 0,
+                         "Failed to get Image Adjustment information from database.") ||
+        !picture.require(GetMoinitorInfo(&monitor) == 0, "Could not get monitor information from database."))
+        return nullptr;
+
+    picture.uint16("Region4KPositionX", image.Region4KPositionX);
+    picture.uint16("Region4KPositionY", image.Region4KPositionY);
+    picture.uint16("CroppedRegionOpacity", image.CroppedRegionOpacity);
+    picture.boolean("OverscanFrame", image.Overscan);
+    picture.boolean("ShowBlueChannel", image.ShowBlueChannel);
+    picture.boolean("ShowCroppedRegion", image.ShowCroppedRegion);
+    picture.boolean("UseVideoLevels", image.UseVideoLevels);
+    picture.boolean("OverdriveEnabled", image.Overdrive);
+    picture.boolean("DeinterlacerEnabled", image.Deinterlacer);
+    picture.boolean("CadenceDetectionEnabled", image.Cadence);
+    picture.uint16Array("DisplayAspectRatio", {image.DisplayAspectRatio});
+    picture.uint16Array("DCIImageRegion", {image.CurrentDCIOptions});
+    // Not the record's field of that name: the scaling in use is among the options for 4K.
+    picture.uint16Array("SourceScaling4K", {image.CurrentDCIOptions4K});
+    picture.text("Caption", _ClassName);
+    picture.text("ElementName", _ClassName);
+    picture.text("InstanceID", _InstanceID);
+    picture.text(
+        "Description",
+        "A class derived from Logical Element that represents the single node container of the Display Management System.");
+    picture.formatted("Name", "%s-ImageAdjustment", systemName(monitor).text);
+    return picture.finish();
+}
+
+// ---- settings ----
+
+int setCroppedRegionOpacity(int value, char *errorText)
+{
+    static constexpr ChannelTexts texts = {
+        .reply = "Failed to set the value to CroppedRegionOpacity.",
+        .busy = "Device is Busy. Please try after some time", // no full stop, unlike the others
+    };
+    return sendSetting(IMAGE_ADJ_SETTINGS_ID, {{OPACITY_CROPPED_REGION, value}}, texts, errorText);
+}
+
+int setDCIImageRegion(int value, char *errorText)
+{
+    return sendSetting(IMAGE_ADJ_SETTINGS_ID, {{DCI_IMAGE_REGION, value}},
+                       "Failed to set the value to DCIImageRegion.", errorText);
+}
+
+int setDisplayAspectRatio(int value, char *errorText)
+{
+    return sendSetting(IMAGE_ADJ_SETTINGS_ID, {{DISPLAY_FILL_STATUS, value}},
+                       "Failed to set the value to DisplayAspectRatio.", errorText);
+}
+
+/** Moves on to the next corner of the 4K source. */
+int setDisplayed4KCorner(char *errorText)
+{
+    // Clients know the corner by the text about source scaling.
+    return sendSetting(QUICK_ACTION_ID, {{NEXT_4K_CORNER, 0}}, "Failed to set the value to Source Scaling.",
+                       errorText);
+}
+
+int setOverscanFrame(int value, char *errorText)
+{
+    return sendSetting(IMAGE_ADJ_SETTINGS_ID, {{OVERSCAN_STATUS, value}},
+                       "Failed to set the value to OverscanFrame.", errorText);
+}
+
+/** Places the shown region of a 4K source, in pixels from its upper left corner. */
+int Set4KRegionPosition(int x, int y, char *errorText)
+{
+    return sendSetting(IMAGE_ADJ_SETTINGS_ID, {{SCROLL_4K_POSITION_X, x}, {SCROLL_4K_POSITION_Y, y}},
+                       "Failed to set the 4k Region Position.", errorText);
+}
+
+int setShowBlueChannel(int value, char *errorText)
+{
+    return sendSetting(IMAGE_ADJ_SETTINGS_ID, {{BLUE_CHANNELS_STATUS, value}},
+                       "Failed to set the value to ShowBlueChannel.", errorText);
+}
+
+int setShowCroppedRegionForImageAdjustment(int value, char *errorText)
+{
+    return sendSetting(IMAGE_ADJ_SETTINGS_ID, {{SHOW_CROPPED_REGION, value}},
+                       "Failed to set the value to ShowCroppedRegion.", errorText);
+}
+
+int setUseVideoLevels(int value, char *errorText)
+{
+    return sendSetting(IMAGE_ADJ_SETTINGS_ID, {{VIDEO_LEVEL_STATUS, value}},
+                       "Failed to set the value to video level.", errorText);
+}
+
+int setOverdrive(int value, char *errorText)
+{
+    return sendSetting(IMAGE_ADJ_SETTINGS_ID, {{OVER_DRIVE, value}},
+                       "Failed to set the value of OverdriveEnabled property.", errorText);
+}
+
+int setDeinterlacer(int value, char *errorText)
+{
+    return sendSetting(IMAGE_ADJ_SETTINGS_ID, {{DEINTERLACING_STATUS, value}},
+                       "Failed to set the value of DeinterlacerEnabled property.", errorText);
+}
+
+int setCadence(int value, char *errorText)
+{
+    return sendSetting(IMAGE_ADJ_SETTINGS_ID, {{CADENCE_DETECTION_STATUS, value}},
+                       "Failed to set the value of CadenceDetectionEnabled property.", errorText);
+}
+
+int set4KSourceScaling(int value, char *errorText)
+{
+    return sendSetting(IMAGE_ADJ_SETTINGS_ID, {{SOURCE_SCALING_4K, value}},
+                       "Failed to set the value to Source Scaling.", errorText);
+}
+
+// The engine offers neither of these two: they fail without a text, and no method calls them.
+
+int setDisplayMode4K(int, char *)
+{
+    return -1;
+}
+
+int setShow4KPositionOverlay(int, char *)
+{
+    return -1;
+}
+
+/** The stored state of scrolling through a 4K source, or -1 where it cannot be read. */
+int Get4kState()
+{
+    int state = 0;
+    return readRegister(SCROLL_4K_STATE, IMAGE_ADJ_SETTINGS_ID, &state) == 0 ? state : -1;
+}
+
+// ---- methods ----
+
+namespace
+{
+
+constexpr int pixelForPixel = 4; // an aspect ratio: only then is a 4K source larger than the display
+
+/** Reads the settings after asking the engine to refresh them. */
+bool readImage(Call &call, ImageAdjustment *image)
+{
+    return settled(call, InvokeGetMethod_Spear(IMAGE_ADJ_SETTINGS_ID, call.errorText)) &&
+           (GetImageAdjustmentInfo(image) == 0 ||
+            fail(call, CMPI_RC_ERR_FAILED, "Failed to get Settings information from database."));
+}
+
+bool is4K(const ImageAdjustment &image)
+{
+    const int width = image.HorizontalResolution;
+    return image.VerticalResolution == 2160 && (width == 4096 || width == 4095 || width == 3840);
+}
+
+/** Passes while a 4K source is shown pixel for pixel, and gives the settings. */
+bool require4KRegion(Call &call, ImageAdjustment *image)
+{
+    if (!readImage(call, image))
+        return false;
+    if (image->DisplayAspectRatio != pixelForPixel)
+        return fail(call, CMPI_RC_ERR_NOT_SUPPORTED, "4k not supported. (Pixel-for-Pixel should be enabled)");
+    return is4K(*image) || fail(call, CMPI_RC_ERR_NOT_SUPPORTED, "4k not supported.(Unsupported Resolution)");
+}
+
+bool cornerCanBeChosen(Call &call)
+{
+    ImageAdjustment image = {};
+    return require4KRegion(call, &image);
+}
+
+bool scalingCanBeModified(Call &call)
+{
+    ImageAdjustment image = {};
+    if (!readImage(call, &image))
+        return false;
+    if (!is4K(image))
+        return fail(call, CMPI_RC_ERR_NOT_SUPPORTED,
+                    "SourceScaling4K cannot be modified.(Unsupported Resolution)");
+    return true;
+}
+
+/** Where the region may stand on a source of one width with one digital-cinema region, in pixels. */
+struct RegionBounds {
+    int width;
+    int dciOption;
+    int minX, maxX;
+    int minY, maxY;
+};
+constexpr int any = -1;
+constexpr RegionBounds regionBounds[] = {
+    {4096, 0, 0, 1536, 0, 720},
+    {4095, 0, 0, 1535, 0, 720},
+    {4096, 1, 50, 1486, 0, 720},
+    {4095, 1, 49, 1485, 0, 720},
+    {4096, 2, 0, 1536, 222, 498},
+    {4095, 2, 0, 1535, 222, 498},
+    {3840, any, 0, 1280, 0, 720},
+    // A digital-cinema region that has no bounds leaves no room: every position is out of range.
+    {any, any, 0, -1, 0, -1},
+};
+
+const RegionBounds &boundsOf(const ImageAdjustment &image)
+{
+    const RegionBounds *bounds = regionBounds;
+    while ((bounds->width != any && bounds->width != image.HorizontalResolution) ||
+           (bounds->dciOption != any && bounds->dciOption != image.CurrentDCIOptions))
+        ++bounds; // ends at the last row, which fits everything
+    return *bounds;
+}
+
+/** Reads one coordinate, within bounds that stand in its range text. */
+bool readCoordinate(Call &call, const Argument &argument, int min, int max, const char *rangeText, int *value)
+{
+    char text[128];
+    snprintf(text, sizeof text, rangeText, min, max);
+    return readArgument(call, argument, value) && requireRange(call, *value, {min, max, text});
+}
+
+bool runSet4KRegionPosition(Call &call)
+{
+    ImageAdjustment image = {};
+    if (!require4KRegion(call, &image))
+        return false;
+    const RegionBounds &bounds = boundsOf(image);
+    int x = 0;
+    int y = 0;
+    return readCoordinate(
+               call,
+               {ArgumentKind::integer, "Position4KRegionX", "Required argument Position4KRegionX missing."},
+               bounds.minX, bounds.maxX, "Invalid Position4KRegionX value %d and %d", &x) &&
+           readCoordinate(
+               call,
+               {ArgumentKind::integer, "Position4KRegionY", "Required argument Position4KRegionY missing."},
+               bounds.minY, bounds.maxY,
+               "Invalid Position4KRegionY value. Valid values are between %d and %d", &y) &&
+           settled(call, Set4KRegionPosition(x, y, call.errorText));
+}
+
+bool runSet4KDisplayMode(Call &call)
+{
+    // Offered by no engine. The argument is fetched all the same, given or not, and the message clients know
+    // is the blank that no setting has replaced.
+    static_cast<void>(CMGetArg(call.in, "DisplayMode4K", nullptr));
+    return fail(call, CMPI_RC_ERR_NOT_SUPPORTED, call.errorText);
+}
+
+bool runSetShow4KPositionOverlay(Call &call)
+{
+    return fail(call, CMPI_RC_ERR_NOT_SUPPORTED, call.methodName);
+}
+
+// The range texts differ in small words; clients know each as it stands.
+constexpr Method methods[] = {
+    {.name = "SetCroppedRegionOpacity",
+     .argument = {ArgumentKind::integer, "CroppedRegionOpacity",
+                  "Required argument CroppedRegionOpacity missing."},
+     .range = {25, 100, "Invalid input value range. Valid values are between 25 and 100."},
+     .set = setCroppedRegionOpacity},
+    {.name = "SetDCIImageRegion",
+     .argument = {ArgumentKind::integer, "DCIImageRegion", "Required argument DCIImageRegion missing."},
+     .range = {0, 2, "Invalid input value range. Valid values are between 0 and 2."},
+     .set = setDCIImageRegion},
+    {.name = "SetDisplayAspectRatio",
+     .argument = {ArgumentKind::integer, "DisplayAspectRatio",
+                  "Required argument DisplayAspectRatio missing."},
+     .range = {0, 4, "Invalid input value range, Valid values are between 0 and 4."},
+     .set = setDisplayAspectRatio},
+    {.name = "Set4KDisplayMode", .run = runSet4KDisplayMode},
+    {.name = "SetDisplayed4KCorner", .precondition = cornerCanBeChosen, .act = setDisplayed4KCorner},
+    {.name = "SetOverscanFrame",
+     .argument = {ArgumentKind::toggle, "OverscanFrame", "Required argument OverscanFrame missing."},
+     .range = {0, 1, "Invalid input value range. Valid value are 0 or 1."},
+     .set = setOverscanFrame},
+    {.name = "Set4KRegionPosition", .run = runSet4KRegionPosition},
+    {.name = "SetShow4KPositionOverlay", .run = runSetShow4KPositionOverlay},
+    {.name = "SetShowBlueChannel",
+     .argument = {ArgumentKind::toggle, "ShowBlueChannel", "Required argument ShowBlueChannel missing."},
+     .range = {0, 1, "Invalid input value. Valid values are 0 or 1."},
+     .set = setShowBlueChannel},
+    {.name = "SetShowCroppedRegion",
+     .argument = {ArgumentKind::toggle, "ShowCroppedRegion", "Required argument ShowCroppedRegion missing."},
+     .range = {0, 1, "Invalid input value range, Valid value are 0 or 1."},
+     .set = setShowCroppedRegionForImageAdjustment},
+    {.name = "SetUseVideoLevels",
+     .argument = {ArgumentKind::toggle, "UseVideoLevels", "Required argument UseVideoLevels missing."},
+     .range = {0, 1, "Invalid input value range, Valid value are 0 or 1."},
+     .set = setUseVideoLevels},
+    {.name = "SetOverdriveEnabled",
+     .argument = {ArgumentKind::toggle, "OverdriveEnabled", "Required argument OverdriveEnabled missing."},
+     .range = {0, 1, "Invalid input value range, Valid value are 0 or 1."},
+     .set = setOverdrive},
+    {.name = "SetDeinterlacerEnabled",
+     .administrator = true,
+     .argument = {ArgumentKind::toggle, "DeinterlacerEnabled",
+                  "Required argument DeinterlacerEnabled missing."},
+     .range = {0, 1, "Invalid input value range, Valid value are 0 or 1."},
+     .set = setDeinterlacer},
+    {.name = "SetCadenceDetectionEnabled",
+     .administrator = true,
+     .argument = {ArgumentKind::toggle, "CadenceDetectionEnabled",
+                  "Required argument CadenceDetectionEnabled missing."},
+     .range = {0, 1, "Invalid input value range, Valid value are 0 or 1."},
+     .set = setCadence},
+    {.name = "Set4KSourceScaling",
+     .argument = {ArgumentKind::integer, "SourceScaling4K", "Required argument SourceScaling4K missing."},
+     .precondition = scalingCanBeModified,
+     .range = {0, 3, "Invalid input value range. Valid values are between 0 and 3"}, // no full stop
+     .set = set4KSourceScaling},
+};
+
+constexpr ProviderClass provider = {
+    .name = _ClassName,
+    .key = {.name = "InstanceID", .value = _InstanceID},
+    .makePath = _makePath_ZT_Marovelton_ImageAdjustment,
+    .makeInst = _makeInst_ZT_Marovelton_ImageAdjustment,
+    .methods = packed<methods>,
+};
+
+} // namespace
+
+STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_ImageAdjustment, provider)

@@ -1,0 +1,313 @@
+// SPDX-License-Identifier: Apache-2.0
+// ZT_Marovelton_Monitor: the monitor itself, one object. Its identity, running figures, current input and
+// resolution, and the methods that rename it, choose its colour space and input, and switch it.
+
+#include "frame/provider.h"
+
+namespace
+{
+
+const CMPIBroker *_broker;
+constexpr const char *_ClassName = "ZT_Marovelton_Monitor";
+constexpr const char *_DeviceID = "ZT:Marovelton_Monitor";
+
+void addMonitorKeys(const CMPIObjectPath *path, const SystemName &system)
+{
+    addKeys(path, {{"DeviceID", _DeviceID},
+                   {"CreationClassName", _ClassName},
+                   {"SystemName", system.text},
+                   {"SystemCreationClassName", "Linux_ComputerSystem"}});
+}
+
+} // namespace
+
+// ---- path and instance ----
+
+CMPIObjectPath *_makePath_ZT_Marovelton_Monitor(const CMPIObjectPath *reference, CMPIStatus *status)
+{
+    trace("--- %s makePath called\n", _ClassName);
+    CMPIObjectPath *path = newPath(_broker, _ClassName, reference, status);
+    if (!path)
+        return nullptr;
+    SystemName system;
+    // Without the record the path goes out without keys and the request ends with this status.
+    if (readSystemName(_broker, status, "Failed to get monitor information from database.", &system))
+        addMonitorKeys(path, system);
+    return path;
+}
+
+CMPIInstance *_makeInst_ZT_Marovelton_Monitor(const CMPIObjectPath *reference, CMPIStatus *status)
+{
+    CMPIObjectPath *path = newPath(_broker, _ClassName, reference, status);
+    if (!path)
+        return nullptr;
+    MonitorInfo info = {};
+    ImageAdjustment image = {};
+    if (GetMoinitorInfo(&info) != 0 || GetImageAdjustmentInfo(&image) != 0) {
+        setStatus(_broker, status, CMPI_RC_ERR_FAILED, "Failed to get monitor information from database.");
+        return nullptr;
+    }
+    const SystemName system = systemName(info);
+    addMonitorKeys(path, system);
+
+    InstanceBuilder monitor(_broker, _ClassName, path, status);
+    monitor.boolean("SoftPowerState", info.SoftPowerState);
+    monitor.uint16("VideoPipelineDelay", info.VideoPipelineDelay);
+    monitor.uint16("LastCalibration", info.LastCalibration);
+    monitor.uint16("BacklightHours", info.BacklightHours);
+    monitor.uint16("InputSource", info.ActiveVideoInput);
+    monitor.boolean("AutoSwitchSource", info.AutoSwitchSource);
+    monitor.dateTime("DeploymentDate", info.Deployment_Date);
+    monitor.field("DeploymentLocation", info.DeploymentLocation);
+    monitor.uint16("DisplayMode", 8); // clients know this number, whatever the record's text says
+    monitor.uint16("VerticalResolution", image.VerticalResolution);
+    monitor.uint16("HorizontalResolution", image.HorizontalResolution);
+    monitor.text("Caption", _ClassName);
+    monitor.text("ElementName", _ClassName);
+    monitor.text("InstanceID", _DeviceID);
+    monitor.text("Name", system.text);
+    monitor.text(
+        "Description",
+        "A class derived from FlatPanel that represents the single node container of the Display Management System.");
+    return monitor.finish();
+}
+
+// ---- settings ----
+
+namespace
+{
+
+int updated(int result, char *errorText)
+{
+    if (result == 0)
+        return 0;
+    copyText(errorText, ERROR_TEXT_SIZE, "Failed to update.");
+    return -1;
+}
+
+} // namespace
+
+int setDisplayName(const char *name, char *errorText)
+{
+    return updated(UpdateDisplayName(name, errorText), errorText);
+}
+
+int setDeploymentDate(const char *text, char *errorText)
+{
+    return updated(UpdateDeploymentDate(text, errorText), errorText);
+}
+
+int setDeploymentLocation(const char *text, char *errorText)
+{
+    return updated(UpdateDeploymentLocation(text, errorText), errorText);
+}
+
+int setAutoSwitchSource(int value, char *errorText)
+{
+    return sendSetting(VIDEO_INPUT_ID, {{AUTO_SWITCH_STATUS, value}},
+                       "Failed to set the value to AutoSwitchSource.", errorText);
+}
+
+int SetActiveColorSpace(int index, char *errorText)
+{
+    return sendSetting(COLOR_SPACE_ID, {{ACTIVE_COLORSPACE, index}},
+                       "Failed to set the value to ActiveColorSpace.", errorText);
+}
+
+int SetSelectedVideoInput(int index, char *errorText)
+{
+    return sendSetting(VIDEO_INPUT_ID, {{VIDEO_INPUT, index}}, "Failed to set the value to video input.",
+                       errorText);
+}
+
+int DoRecalibrationAlarmDuration(int value, char *errorText)
+{
+    return sendSetting(GENERAL_COMMANDS_ID, {{CALIBRATION_ALERT_LIMIT, value}},
+                       "Failed to perform the RecalibrationAlarmDuration operation.", errorText);
+}
+
+int DoSoftPowerState(int, char *errorText)
+{
+    // The command to power off is 1, whatever state the client named.
+    return sendSetting(GENERAL_COMMANDS_ID, {{SOFT_POWER_OFF, 1}},
+                       "Failed to perform the softpowerstate operation.", errorText);
+}
+
+int FactoryReset(char *errorText)
+{
+    // Clients know the factory reset by this text about luminance.
+    return sendSetting(RESET_GROUP_ID, {{FACTORY_RESET_START, 0}},
+                       "Failed to set the value to DisplayLuminance.", errorText);
+}
+
+// ---- methods ----
+
+namespace
+{
+
+/** SetName, SetDeploymentLocation and SetDeploymentDate: a text for the settings database. */
+bool storeText(Call &call, const char *argument, const char *missing, int (*validate)(const char *),
+               const char *refused, int (*store)(const char *, char *))
+{
+    const char *text = requireText(call, argument, missing);
+    if (!text || !requireContent(call, text))
+        return false;
+    if (validate && validate(text) != 0)
+        return fail(call, CMPI_RC_ERR_INVALID_PARAMETER, refused);
+    return settled(call, store(text, call.errorText));
+}
+
+bool runSetName(Call &call)
+{
+    return storeText(call, "Name", "Required argument Name missing.", ValidateDisplayName,
+                     "Invalid String or String is outof range.", setDisplayName);
+}
+
+bool runSetDeploymentLocation(Call &call)
+{
+    return storeText(call, "DeploymentLocation", "Required argument DeploymentLocation missing.", nullptr,
+                     nullptr, setDeploymentLocation);
+}
+
+bool runSetDeploymentDate(Call &call)
+{
+    return storeText(call, "DeploymentDate", "Required argument DeploymentDate missing",
+                     ValidateDeploymentDate, "Invalid date. date format is DD/MM/YYYY", setDeploymentDate);
+}
+
+/** Reads a reference argument to one of the numbered instances of a class. */
+struct NumberedReference {
+    const char *argument;
+    ReferenceTexts texts;
+    const char *className;
+    const char *wrongClass;
+    const char *instanceID;
+    int count;
+    const char *classTrace; // null: no trace
+    const char *keyTrace;
+    Range range;
+};
+
+bool readNumberedReference(Call &call, const NumberedReference &expected, int *index)
+{
+    const char *className = nullptr;
+    const CMPIObjectPath *path = requireReference(call, expected.argument, expected.texts, &className);
+    if (!path)
+        return false;
+    trace(expected.classTrace, className);
+    if (strcmp(className, expected.className) != 0)
+        return fail(call, CMPI_RC_ERR_INVALID_PARAMETER, expected.wrongClass);
+
+    const char *instanceID = keyText(path, "InstanceID");
+    if (!instanceID)
+        return fail(call, CMPI_RC_ERR_INVALID_PARAMETER, "Could not get key of instance.");
+    trace(expected.keyTrace, instanceID);
+    if (matchInstanceID(instanceID, expected.instanceID, expected.count, call.errorText, index) != 0)
+        return fail(call, CMPI_RC_ERR_INVALID_PARAMETER,
+                    "This Input class does not exist (wrong InstanceID).");
+    return requireRange(call, *index, expected.range);
+}
+
+bool runSetActiveColorSpace(Call &call)
+{
+    static constexpr NumberedReference colorSpace = {
+        .argument = "ColorSpace",
+        .texts = {.missing = "Required argument ColorSpace missing.",
+                  .invalidType = "Invalid type of parameter.",
+                  .null = "Invalid parameter.",
+                  .className = "Could not get classname of ColorSpaceInput"},
+        .className = "ZT_Marovelton_ColorSpace",
+        .wrongClass = "Invalid classname for ColorSpaceInput",
+        .instanceID = "ZT:Marovelton_ColorSpace:%d",
+        .count = 7,
+        .classTrace = "inputClass is %s\n",
+        .keyTrace = "ColorSpaceInput is:%s\n",
+        .range = {0, 6, "Invalid input value range. Valid values are between 0 and 6."},
+    };
+    int index = 0;
+    return readNumberedReference(call, colorSpace, &index) &&
+           settled(call, SetActiveColorSpace(index, call.errorText));
+}
+
+bool runSetSelectedVideoInput(Call &call)
+{
+    static constexpr NumberedReference videoInput = {
+        .argument = "VideoInput",
+        .texts = {.missing = "Required argument VideoInput missing.",
+                  .invalidType = "Invalid type of parameter.",
+                  .null = "Invalid parameter.",
+                  .className = "Could not get classname of VideoInput"},
+        .className = "ZT_Marovelton_VideoInput",
+        .wrongClass = "Invalid classname for VideoInput",
+        .instanceID = "ZT:Marovelton_VideoInput:%d",
+        .count = 3,
+        .classTrace = nullptr,
+        .keyTrace = nullptr,
+        .range = {0, 2, "Invalid input value range. Valid values are between 0 and 2."},
+    };
+    int index = 0;
+    return readNumberedReference(call, videoInput, &index) &&
+           settled(call, SetSelectedVideoInput(index, call.errorText));
+}
+
+bool runSetSoftPowerState(Call &call)
+{
+    int state = 0;
+    if (!readArgument(
+            call,
+            {ArgumentKind::leadingInteger, "SoftPowerState", "Required argument SoftPowerState missing"},
+            &state) ||
+        !requireRange(call, state, {0, 1, "Invalid input value range. Valid values are between 0 and 1."}))
+        return false;
+    // A monitor that is off cannot be reached, so only switching off is offered.
+    if (state == 1)
+        return fail(call, CMPI_RC_ERR_NOT_SUPPORTED, "SetSoftPowerState");
+    return settled(call, DoSoftPowerState(state, call.errorText));
+}
+
+constexpr Method methods[] = {
+    {.name = "SetAutoSwitchSource",
+     .argument = {ArgumentKind::toggle, "AutoSwitchSource", "Required argument AutoSwitchSource missing."},
+     .set = setAutoSwitchSource},
+    {.name = "SetName", .administrator = true, .run = runSetName},
+    {.name = "SetDeploymentLocation", .administrator = true, .run = runSetDeploymentLocation},
+    {.name = "SetDeploymentDate", .administrator = true, .run = runSetDeploymentDate},
+    {.name = "SetRecalibrationAlarmDuration",
+     .administrator = true,
+     .argument = {ArgumentKind::leadingInteger, "RecalibrationAlarmDuration",
+                  "Required argument RecalibrationAlarmDuration missing"},
+     .range = {1, 1000, "Invalid input value range. Valid values are between 1 and 1000."},
+     .set = DoRecalibrationAlarmDuration},
+    {.name = "SetActiveColorSpace", .run = runSetActiveColorSpace},
+    {.name = "SetSelectedVideoInput", .run = runSetSelectedVideoInput},
+    {.name = "SetSoftPowerState", .run = runSetSoftPowerState},
+    {.name = "FactoryReset", .act = FactoryReset},
+};
+
+constexpr uint8_t refreshedGroups[] = {PEXAL_INFO_ID, IMAGE_ADJ_SETTINGS_ID};
+
+constexpr ReadTraces traces = {
+    .namesCalled = nullptr,
+    .namesExited = "--- %s CMPI EnumInstanceNames() exited",
+    .instancesCalled = nullptr,
+    .instancesLeft = nullptr,
+};
+
+constexpr ProviderClass provider = {
+    .name = _ClassName,
+    .systemKeys = true,
+    .key = {.name = "DeviceID",
+            .value = _DeviceID,
+            .missing = "Could not get DeviceID of instance.",
+            .wrong = "This class name does not exist (wrong DeviceID)."},
+    .refresh = refreshedGroups,
+    .traces = &traces,
+    .makePath = _makePath_ZT_Marovelton_Monitor,
+    .makeInst = _makeInst_ZT_Marovelton_Monitor,
+    .methods = packed<methods>,
+    .wrongClass = nullptr,
+};
+
+} // namespace
+
+STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_Monitor, provider)

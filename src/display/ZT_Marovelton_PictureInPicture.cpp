@@ -1,0 +1,283 @@
+// SPDX-License-Identifier: Apache-2.0
+// ZT_Marovelton_PictureInPicture: the second picture, inset into the main one or beside it, one object. Its
+// mode, size, position and input, and the methods that change these. Most methods ask the engine first
+// whether there is a second picture to change.
+
+#include "frame/provider.h"
+
+#include <cstdio>
+
+namespace
+{
+
+const CMPIBroker *_broker;
+constexpr const char *_ClassName = "ZT_Marovelton_PictureInPicture";
+constexpr const char *_InstanceID = "ZT:Marovelton_PictureInPicture";
+
+} // namespace
+
+// ---- path and instance ----
+
+CMPIObjectPath *_makePath_ZT_Marovelton_PictureInPicture(const CMPIObjectPath *reference, CMPIStatus *status)
+{
+    return makePathByInstanceID(_broker, _ClassName, reference, _InstanceID, status);
+}
+
+CMPIInstance *_makeInst_ZT_Marovelton_PictureInPicture(const CMPIObjectPath *reference, CMPIStatus *status)
+{
+    PexalPIPSettings info = {};
+    MonitorInfo monitor = {};
+    InstanceBuilder pip(_broker, _ClassName, reference, _InstanceID, status);
+    if (!pip ||
+        !pip.require(GetPIPSettingsInfo(&info) == 0,
+                     "Failed to get PIPSettings information from database.") ||
+        !pip.require(GetMoinitorInfo(&monitor) == 0, "Could not get monitor information from database."))
+        return nullptr;
+
+    pip.boolean("PIPOverscanEnabled", info.OverScan);
+    pip.uint16("PIPSize", info.PipSize);
+    pip.uint16("PIPPositionX", info.PipPositionX);
+    pip.uint16("PIPPositionY", info.PipPositionY);
+    pip.uint16Array("PIPMode", {info.PipMode});
+    pip.boolean("UseVideoLevels", info.VideoLevel);
+    pip.boolean("ShowDCICroppedRegion", info.ShowCroppedRegion);
+    pip.uint16Array("DigitalCinemaOption", {info.ImageRegion});
+    pip.uint16Array("PIPInputSource", {info.PipInputSource});
+    pip.text("Caption", _ClassName);
+    pip.text("ElementName", _ClassName);
+    pip.text("InstanceID", _InstanceID);
+    pip.text(
+        "Description",
+        "A class derived from Logical Element that represents the single node container of the Display Management System.");
+    pip.formatted("Name", "%s-PictureInPicture", systemName(monitor).text);
+    return pip.finish();
+}
+
+// ---- live values ----
+
+/** The engine's picture-in-picture mode, a PipMode; -1 when it cannot be read. */
+int GetPIPMode()
+{
+    int mode = 0;
+    return readRegister(PIP_STATE, PIP_INFO_ID, &mode) == 0 ? mode : -1;
+}
+
+/** The engine's size of the inset, a PipSize; -1 when it cannot be read. */
+int GetPIPSize()
+{
+    int size = 0;
+    return readRegister(PIP_SIZE, PIP_INFO_ID, &size) == 0 ? size : -1;
+}
+
+// ---- settings ----
+
+int SetPIPInputSource(int value, char *errorText)
+{
+    static constexpr ChannelTexts texts = {
+        .reply = "Failed to set the value to InputSource.",
+        .busy = "Device is Busy. Please try after some Time.",
+    };
+    return sendSetting(PIP_INFO_ID, {{PIP_SOURCE, value}}, texts, errorText);
+}
+
+int SetSwapInputSource(char *errorText)
+{
+    // The engine acts on the register alone.
+    return sendSetting(PIP_INFO_ID, {{SWAP_PIP_PRIMARY_INPUTS, 0}},
+                       "Failed to set the value to SwapInputSource.", errorText);
+}
+
+int SetPIPPosition(int x, int y, char *errorText)
+{
+    // Preset 4 of PIP_POSITION stands for the coordinates.
+    return sendSetting(PIP_INFO_ID, {{PIP_POSITION, 4}, {PIP_POSITION_X, x}, {PIP_POSITION_Y, y}},
+                       "Failed to set the value to PIPPositions.", errorText);
+}
+
+int SetPIPSize(int value, char *errorText)
+{
+    return sendSetting(PIP_INFO_ID, {{PIP_SIZE, value}}, "Failed to set the value to PIP Size.", errorText);
+}
+
+int SetPIPMode(int value, char *errorText)
+{
+    static constexpr ChannelTexts texts = {
+        .reply = "Failed to set the value to PIPMode.",
+        .busy = "Device is Busy. Plese try after some time.",
+    };
+    return sendSetting(PIP_INFO_ID, {{PIP_STATE, value}}, texts, errorText);
+}
+
+int SetOverScan(int value, char *errorText)
+{
+    return sendSetting(PIP_INFO_ID, {{PIP_OVER_SCAN_STATUS, value}}, "Failed to set the value to OverScan.",
+                       errorText);
+}
+
+int SetUseVideoLevels(int value, char *errorText)
+{
+    return sendSetting(PIP_INFO_ID, {{PIP_VIDEO_LEVEL_STATUS, value}},
+                       "Failed to set the value to video level.", errorText);
+}
+
+int SetDigitalCinemaOption(int value, char *errorText)
+{
+    return sendSetting(PIP_INFO_ID, {{PIP_DCI_IMAGE_REGION, value}},
+                       "Failed to set the value to DigitalCinemaOption.", errorText);
+}
+
+// ---- preconditions ----
+
+namespace
+{
+
+/** Which modes a method needs. */
+enum class Needs : uint8_t {
+    secondPicture, // any mode but off
+    inset,         // neither off nor beside the main picture
+};
+
+/** Refreshes the engine's values and refuses with `refusal` unless the live mode is one that is needed. A
+ * mode that cannot be read refuses nothing. */
+bool requireMode(Call &call, Needs needs, const char *refusal)
+{
+    if (!settled(call, InvokeGetMethod_Spear(PIP_INFO_ID, call.errorText)))
+        return false;
+    const int mode = GetPIPMode();
+    if (mode == PIP_MODE_OFF || (needs == Needs::inset && mode == PIP_PICTURE_BESIDE_PICTURE))
+        return fail(call, CMPI_RC_ERR_NOT_SUPPORTED, refusal);
+    return true;
+}
+
+bool inputSourceCanBeSet(Call &call)
+{
+    return requireMode(call, Needs::inset, "PIP mode is off. Unable to set the value for PIPInput source");
+}
+
+bool inputsCanBeSwapped(Call &call)
+{
+    CMPIStatus counted = {CMPI_RC_OK, nullptr};
+    if (CMGetArgCount(call.in, &counted) != 0 || counted.rc != CMPI_RC_OK)
+        return fail(call, CMPI_RC_ERR_INVALID_PARAMETER,
+                    "Argument not Required for SwapPrimaryPIPInputs method");
+    return requireMode(call, Needs::secondPicture,
+                       "PIP mode is off. Unable to set the value for Swap input source");
+}
+
+bool sizeCanBeSet(Call &call)
+{
+    // Refused beside the main picture as well, although the text speaks of the opposite.
+    return requireMode(call, Needs::inset,
+                       "PIP mode or picture beside picture is off. Unable to set the value for pip size");
+}
+
+bool overScanCanBeSet(Call &call)
+{
+    return requireMode(call, Needs::secondPicture, "PIP mode is off. Unable to set the value for OverScan");
+}
+
+bool digitalCinemaOptionCanBeSet(Call &call)
+{
+    int width = 0;
+    int height = 0;
+    if (!requireMode(call, Needs::secondPicture, "PIP mode is off. Unable to set the value"))
+        return false;
+    if (GetResolution(&width, &height) != 0)
+        return fail(call, CMPI_RC_ERR_FAILED, "Could not get info from DB");
+    printf("%s:x = %d, y = %d\n", "ZT_Marovelton_PictureInPictureInvokeMethod", width, height);
+    if ((height == 2160 && (width == 4096 || width == 4095)) || (height == 1080 && width == 2048))
+        return true;
+    return fail(call, CMPI_RC_ERR_NOT_SUPPORTED,
+                "PIP active resolution does not support DCI. Unable to set the value");
+}
+
+// ---- methods ----
+
+struct PositionLimits {
+    Range x, y;
+    const char *both;
+};
+
+// By PipSize. Clients know the maximum inset as the one with the smallest range.
+constexpr PositionLimits positionLimits[] = {
+    {{160, 480, "Invalid values, PIP Size is maximum. Valid Values of PIPPositionX are between 160 and 480."},
+     {160, 200, "Invalid values, PIP Size is maximum. Valid values of PIPPositionY are between 160 and 200."},
+     "Invalid values, PIP Size is maximum. Valid Values of PIPPositionX are between 160 and 480 and Valid values of PIPPositionY are between 160 and 200."},
+    {{160, 2116,
+      "Invalid values, PIP Size is minimum. Valid Values of PIPPositionX are between 160 and 2116."},
+     {160, 1120,
+      "Invalid values, PIP Size is minimum. Valid values of PIPPositionY are between 160 and 1120."},
+     "Invalid values, PIP Size is minimum. Valid Values of PIPPositionX are between 160 and 2116 and Valid values of PIPPositionY are between 160 and 1120."},
+    {{160, 1688,
+      "Invalid values, PIP Size is default. Valid Values of PIPPositionX are between 160 and 1688."},
+     {160, 880, "Invalid values, PIP Size is default. Valid values of PIPPositionY are between 160 and 880."},
+     "Invalid values, PIP Size is default. Valid Values of PIPPositionX are between 160 and 1688 and Valid values of PIPPositionY are between 160 and 880."},
+};
+static_assert(PIP_SIZE_MAXIMUM == 0 && PIP_SIZE_MINIMUM == 1 && PIP_SIZE_DEFAULT == 2);
+
+bool runSetPIPPosition(Call &call)
+{
+    int x = 0;
+    int y = 0;
+    if (!readArgument(
+            call, {ArgumentKind::integer, "PIPPositionX", "Required argument PIPPositionX missing."}, &x) ||
+        !readArgument(
+            call, {ArgumentKind::integer, "PIPPositionY", "Required argument PIPPositionY missing."}, &y) ||
+        !requireMode(call, Needs::inset,
+                     "PIP mode or picture in picture is off. Unable to set the value for pip positions"))
+        return false;
+    const int size = GetPIPSize();
+    if (size < PIP_SIZE_MAXIMUM || size > PIP_SIZE_DEFAULT) // no limits are known for it
+        return fail(call, CMPI_RC_ERR_FAILED, "Failed to get PIPSettings information from database.");
+    const PositionLimits &limits = positionLimits[size];
+    return requirePosition(call, x, limits.x, y, limits.y, limits.both) &&
+           settled(call, SetPIPPosition(x, y, call.errorText));
+}
+
+constexpr Method methods[] = {
+    {.name = "SetPIPInputSource",
+     .argument = {ArgumentKind::integer, "PIPInputSource", "Required argument PIPInputSource missing."},
+     .precondition = inputSourceCanBeSet,
+     .range = {0, 2, "Invalid input value range, Enter valid values 0 to 2."},
+     .set = SetPIPInputSource},
+    {.name = "SwapPrimaryPIPInputs", .precondition = inputsCanBeSwapped, .act = SetSwapInputSource},
+    {.name = "SetPIPPosition", .run = runSetPIPPosition},
+    {.name = "SetPIPSize",
+     .argument = {ArgumentKind::integer, "PIPSize", "Required argument PIPSize missing."},
+     .precondition = sizeCanBeSet,
+     .range = {0, 2, "Invalid input value range. Valid values are between 0 and 2."},
+     .set = SetPIPSize},
+    {.name = "SetPIPMode",
+     .argument = {ArgumentKind::integer, "PIPMode", "Required argument PIPMode missing."},
+     .range = {0, 2, "Invalid input value range, Valid values are between 0 and 2."},
+     .set = SetPIPMode},
+    {.name = "SetPIPOverscanEnabled",
+     .argument = {ArgumentKind::toggle, "PIPOverscanEnabled", "Required argument PIPOverscanEnabled missing.",
+                  "Invalid Parameter."},
+     .precondition = overScanCanBeSet,
+     .range = {0, 1, "Invalid input value range. Valid values are 0 and 1."},
+     .set = SetOverScan},
+    {.name = "SetUseVideoLevels",
+     .argument = {ArgumentKind::toggle, "UseVideoLevels", "Required argument UseVideoLevels missing."},
+     .range = {0, 1, "Invalid input value range, Valid value are 0 or 1."},
+     .set = SetUseVideoLevels},
+    {.name = "SetDigitalCinemaOption",
+     .argument = {ArgumentKind::integer, "DigitalCinemaOption",
+                  "Required argument DigitalCinemaOption missing."},
+     .precondition = digitalCinemaOptionCanBeSet,
+     .range = {0, 2, "Invalid input value range. Valid values are between 0 and 2."},
+     .set = SetDigitalCinemaOption},
+};
+
+constexpr ProviderClass provider = {
+    .name = _ClassName,
+    .key = {.name = "InstanceID", .value = _InstanceID},
+    .makePath = _makePath_ZT_Marovelton_PictureInPicture,
+    .makeInst = _makeInst_ZT_Marovelton_PictureInPicture,
+    .methods = packed<methods>,
+    .wrongClass = nullptr,
+};
+
+} // namespace
+
+STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_PictureInPicture, provider)

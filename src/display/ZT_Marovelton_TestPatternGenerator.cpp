@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: Apache-2.0
+// ZT_Marovelton_TestPatternGenerator: the built-in test-pattern generator, one object. Its pattern and
+// levels, and the methods that switch it, choose the pattern and set the levels.
+
+#include "frame/provider.h"
+
+namespace
+{
+
+const CMPIBroker *_broker;
+constexpr const char *_ClassName = "ZT_Marovelton_TestPatternGenerator";
+constexpr const char *_InstanceID = "ZT:Marovelton_TestPatternGenerator";
+
+} // namespace
+
+// ---- path and instance ----
+
+CMPIObjectPath *_makePath_ZT_Marovelton_TestPatternGenerator(const CMPIObjectPath *reference,
+                                                             CMPIStatus *status)
+{
+    return makePathByInstanceID(_broker, _ClassName, reference, _InstanceID, status);
+}
+
+CMPIInstance *_makeInst_ZT_Marovelton_TestPatternGenerator(const CMPIObjectPath *reference,
+                                                           CMPIStatus *status)
+{
+    MonitorInfo monitor = {};
+    TestPatternInfo info = {};
+    InstanceBuilder generator(_broker, _ClassName, reference, _InstanceID, status);
+    if (!generator || !generator.require(GetMoinitorInfo(&monitor) == 0,
+                                         "Failed to get monitor information from database."))
+        return nullptr;
+
+    generator.text("Caption", _ClassName);
+    generator.text("ElementName", _ClassName);
+    generator.text("InstanceID", _InstanceID);
+    generator.text(
+        "Description",
+        "A class derived from Logical Element that represents the single node container of the Display Management System.");
+    generator.formatted("Name", "%s-TestPatternGenerator", systemName(monitor).text);
+    if (!generator.require(GetTestPatternInfo(&info) == 0,
+                           "Failed to get test pattern information from database."))
+        return nullptr;
+    generator.boolean("Enabled", info.Enabled);
+    generator.field("RValue", info.RValue);
+    generator.field("GValue", info.GValue);
+    generator.field("BValue", info.BValue);
+    generator.uint16Array("TestPattern", {info.TestPatternGenerator});
+    return generator.finish();
+}
+
+// ---- settings ----
+// Clients know a missing reply to any of these by the text about the power saver.
+
+int SetTestPatternEnable(int value, char *errorText)
+{
+    // The register carries the state, 1 for on, whatever its name says.
+    return sendSetting(TEST_PATTERN_ID, {{TEST_PATTERN_DISABLE, value}},
+                       "Failed to set the value to PowerSaverState.", errorText);
+}
+
+int SetTestPattern(int pattern, char *errorText)
+{
+    return sendSetting(TEST_PATTERN_ID, {{TEST_PATTERN_WEB, pattern}},
+                       "Failed to set the value to PowerSaverState.", errorText);
+}
+
+int SetRGBValue(int red, int green, int blue, char *errorText)
+{
+    return sendSetting(TEST_PATTERN_ID,
+                       {{TEST_PATTERN_RED, red}, {TEST_PATTERN_GREEN, green}, {TEST_PATTERN_BLUE, blue}},
+                       "Failed to set the value to PowerSaverState.", errorText);
+}
+
+// ---- methods ----
+
+namespace
+{
+
+/** Reads one of the three levels, 0 to 255. */
+bool readLevel(Call &call, const char *argument, const char *missing, int *level)
+{
+    return readArgument(call, {ArgumentKind::leadingInteger, argument, missing}, level) &&
+           requireRange(call, *level,
+                        {0, 255, "Invalid input value range. Valid values are between 0 and 255."});
+}
+
+bool runSetRGBValue(Call &call)
+{
+    int red = 0;
+    int green = 0;
+    int blue = 0;
+    return readLevel(call, "RValue", "Required argument RValue missing.", &red) &&
+           readLevel(call, "GValue", "Required argument GValue missing.", &green) &&
+           readLevel(call, "BValue", "Required argument BValue missing.", &blue) &&
+           settled(call, SetRGBValue(red, green, blue, call.errorText));
+}
+
+constexpr Method methods[] = {
+    {.name = "SetEnabled",
+     .argument = {ArgumentKind::toggle, "Enabled", "Required argument Enabled missing."},
+     .set = SetTestPatternEnable},
+    {.name = "SetTestPattern",
+     .argument = {ArgumentKind::leadingInteger, "TestPattern", "Required argument TestPattern missing."},
+     .range = {0, 8, "Invalid input value range. Valid values are between 0 and 8."},
+     .set = SetTestPattern},
+    {.name = "SetRGBValue", .run = runSetRGBValue},
+};
+
+constexpr ProviderClass provider = {
+    .name = _ClassName,
+    .key = {.name = "InstanceID", .value = _InstanceID},
+    .makePath = _makePath_ZT_Marovelton_TestPatternGenerator,
+    .makeInst = _makeInst_ZT_Marovelton_TestPatternGenerator,
+    .methods = packed<methods>,
+    .compareMethodNames = strcasecmp,
+    .wrongClass = nullptr,
+    .unknownMethodCode = CMPI_RC_ERR_NOT_SUPPORTED,
+    .unknownMethodValue = 0,
+};
+
+} // namespace
+
+STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_TestPatternGenerator, provider)

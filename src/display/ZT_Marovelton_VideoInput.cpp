@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: Apache-2.0
+// ZT_Marovelton_VideoInput: the monitor's three video inputs, one instance each. Which of them is shown is
+// chosen with SetSelectedVideoInput of the monitor, so the class has no working method of its own.
+
+#include "frame/provider.h"
+
+namespace
+{
+
+const CMPIBroker *_broker;
+constexpr const char *_ClassName = "ZT_Marovelton_VideoInput";
+constexpr const char *_InstanceID = "ZT:Marovelton_VideoInput:%d";
+
+struct VideoInput {
+    const char *name;
+    int32_t PexalPIPSettings::*active;
+};
+
+constexpr VideoInput inputs[] = {
+    {"Display Port1", &PexalPIPSettings::DP1State},
+    {"Display Port2", &PexalPIPSettings::DP2State},
+    {"HDMI", &PexalPIPSettings::HDMIState},
+};
+constexpr int inputCount = std::size(inputs);
+
+} // namespace
+
+/** The index, from 0, of the input with exactly this identifier. Returns 0, or -1 with `errorText` filled. */
+int ValidateVideoInputInstanceID(const char *instanceID, char *errorText, int *index)
+{
+    trace("--- %s ValidateVideoInputInstanceID() called\n", _ClassName);
+    const int result = matchInstanceID(instanceID, _InstanceID, inputCount, errorText, index);
+    trace("--- %sValidateVideoInputInstanceID() Leave\n", _ClassName);
+    return result;
+}
+
+// ---- path and instance ----
+
+CMPIObjectPath *_makePath_ZT_Marovelton_VideoInput(const CMPIObjectPath *reference, int index,
+                                                   CMPIStatus *status)
+{
+    CMPIObjectPath *path =
+        makePathByInstanceID(_broker, _ClassName, reference, InstanceID(_InstanceID, index).text, status);
+    trace("--- %s makePath leave\n", _ClassName);
+    return path;
+}
+
+CMPIInstance *_makeInst_ZT_Marovelton_VideoInput(const CMPIObjectPath *reference, int index,
+                                                 CMPIStatus *status)
+{
+    const InstanceID instanceID(_InstanceID, index);
+    PexalPIPSettings settings = {};
+    int selected = 0;
+    InstanceBuilder input(_broker, _ClassName, reference, instanceID.text, status);
+    if (!input || !input.require(GetPIPSettingsInfo(&settings) == 0 &&
+                                     readRegister(VIDEO_INPUT, VIDEO_INPUT_ID, &selected) == 0,
+                                 "Failed to get videosource information from database."))
+        return nullptr;
+
+    input.boolean("Selected", selected == index);
+    input.text("Name", inputs[index].name);
+    input.boolean("Active", settings.*inputs[index].active);
+    input.text("Caption", _ClassName);
+    input.text("ElementName", _ClassName);
+    input.text("InstanceID", instanceID.text);
+    input.text(
+        "Description",
+        "A class derived from Logical Element that represents the single node container of the Display Management System.");
+    return input.finish();
+}
+
+// ---- the class ----
+
+namespace
+{
+
+constexpr uint8_t refreshedGroups[] = {VIDEO_INPUT_ID};
+
+constexpr ProviderClass provider = {
+    .name = _ClassName,
+    .instances = inputCount,
+    .key = {.name = "InstanceID", .validate = ValidateVideoInputInstanceID},
+    .refresh = refreshedGroups,
+    .makePathAt = _makePath_ZT_Marovelton_VideoInput,
+    .makeInstAt = _makeInst_ZT_Marovelton_VideoInput,
+};
+
+} // namespace
+
+STAMP_READS(ZT_Marovelton_VideoInput, provider)
+STAMP_MODIFY_NOT_SUPPORTED(ZT_Marovelton_VideoInput, ModifyInstance)
+STAMP_NOT_SUPPORTED(ZT_Marovelton_VideoInput)
+STAMP_PLACEHOLDER_METHOD(ZT_Marovelton_VideoInput, CMPI_RC_ERR_NOT_FOUND)
+STAMP_INSTANCE_FACTORY(ZT_Marovelton_VideoInput)
+STAMP_METHOD_FACTORY(ZT_Marovelton_VideoInput)

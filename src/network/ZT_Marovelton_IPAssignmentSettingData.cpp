@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: Apache-2.0
+// ZT_Marovelton_IPAssignmentSettingData: the accumulated IPv4 configuration, one object.
+
+#include "frame/provider.h"
+
+namespace
+{
+
+const CMPIBroker *_broker;
+constexpr const char *_ClassName = "ZT_Marovelton_IPAssignmentSettingData";
+constexpr const char *_InstanceID = "ZT:Marovelton_IPAssignmentSettingData";
+
+} // namespace
+
+CMPIObjectPath *_makePath_ZT_Marovelton_IPAssignmentSettingData(const CMPIObjectPath *reference,
+                                                                CMPIStatus *status)
+{
+    return makePathByInstanceID(_broker, _ClassName, reference, _InstanceID, status);
+}
+
+CMPIInstance *_makeInst_ZT_Marovelton_IPAssignmentSettingData(const CMPIObjectPath *reference,
+                                                              CMPIStatus *status)
+{
+    InstanceBuilder instance(_broker, _ClassName, newPath(_broker, _ClassName, reference, status), status);
+    SystemName system;
+    if (!instance || !instance.readSystemName("Could not get monitor information from database.", &system))
+        return nullptr;
+    instance.formatted("ConfigurationName", "%s-IPConfigurationAccumulator", system.text);
+    instance.text("InstanceID", _InstanceID);
+    instance.uint16("AddressOrigin", 11);    // cumulative configuration
+    instance.uint16("ProtocolIFType", 4096); // IPv4
+    instance.uint16("ChangeableType", 0);
+    return instance.finish();
+}
+
+namespace
+{
+
+constexpr ProviderClass provider = {
+    .name = _ClassName,
+    .key = {.name = "InstanceID", .value = _InstanceID},
+    .makePath = _makePath_ZT_Marovelton_IPAssignmentSettingData,
+    .makeInst = _makeInst_ZT_Marovelton_IPAssignmentSettingData,
+};
+
+} // namespace
+
+STAMP_INSTANCE_AND_PLACEHOLDER_PROVIDER(ZT_Marovelton_IPAssignmentSettingData, provider,
+                                        CMPI_RC_ERR_NOT_SUPPORTED)

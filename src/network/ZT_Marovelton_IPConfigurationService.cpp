@@ -1,0 +1,165 @@
+// SPDX-License-Identifier: Apache-2.0
+// ZT_Marovelton_IPConfigurationService: switches the management interface between DHCP and the static IPv4
+// configuration, one object.
+
+#include "network/network_objects.h"
+
+namespace
+{
+
+const CMPIBroker *_broker;
+constexpr const char *_ClassName = "ZT_Marovelton_IPConfigurationService";
+
+constexpr NetworkObject service = {
+    .className = _ClassName,
+    .nameFormat = "%s-IPConfigurationService",
+    .instanceID = "ZT:Marovelton_IPConfigurationService",
+    .description =
+        "A class derived from CIM IPConfigurationService that represents the single node container of the Display management.",
+};
+
+} // namespace
+
+// ---- path and instance ----
+
+CMPIObjectPath *_makePath_ZT_Marovelton_IPConfigurationService(const CMPIObjectPath *reference,
+                                                               CMPIStatus *status)
+{
+    return makeNetworkObjectPath(_broker, service, reference, status);
+}
+
+CMPIInstance *_makeInst_ZT_Marovelton_IPConfigurationService(const CMPIObjectPath *reference,
+                                                             CMPIStatus *status)
+{
+    InstanceBuilder instance = makeNetworkObjectInst(_broker, service, reference, status);
+    instance.uint16Array("AvailableRequestedStates", {2});
+    return instance.finish();
+}
+
+// ---- methods ----
+
+/** Maps the CIM `Mode` of an apply request to the `IsCurrent` and `IsNext` answers (SettingsState) of the
+ * settings association. Returns 1, or 0 with the outputs untouched for a mode that is not known. */
+int mode_to_iscurrent_isnext(int mode, int *isCurrent, int *isNext)
+{
+    static constexpr struct {
+        int mode;
+        SettingsState isCurrent, isNext;
+    } modes[] = {
+        {0, YES, YES}, {1, YES, YES},        {2, DONT_CHANGE, YES},     {3, NO, NO},
+        {4, NO, NO},   {5, DONT_CHANGE, NO}, {32768, YES, DONT_CHANGE}, {32769, NO, DONT_CHANGE},
+    };
+    for (const auto &known : modes) {
+        if (known.mode == mode) {
+            *isCurrent = known.isCurrent;
+            *isNext = known.isNext;
+            return 1;
+        }
+    }
+    return 0;
+}
+
+namespace
+{
+
+/** The setting data that can be applied, and the value of IP_CONFIGURATION_MODE that applies it. */
+struct AppliedSetting {
+    const char *className;
+    const char *instanceID;
+    const char *keyMissing;
+    int mode;
+};
+
+constexpr AppliedSetting appliedSettings[] = {
+    {"ZT_Marovelton_ExtendedStaticIPAssignmentSettingData",
+     "ZT:Marovelton_ExtendedStaticIPAssignmentSettingData",
+     "Could not get key of instance(ZT_Marovelton_ExtendedStaticIPAssignmentSettingData).", 1},
+    {"ZT_Marovelton_DHCPSettingData", "ZT:Marovelton_DHCPSettingData",
+     "Could not get key of instance(ZT_Marovelton_DHCPSettingData).", 0},
+};
+
+const AppliedSetting *findSetting(const char *className)
+{
+    for (const AppliedSetting &setting : appliedSettings)
+        if (strcmp(setting.className, className) == 0)
+            return &setting;
+    return nullptr;
+}
+
+/** Reads the reference to the setting data that shall be applied; null, with the call ended, on failure. */
+const AppliedSetting *requireSettingData(Call &call)
+{
+    static constexpr ReferenceTexts texts = {
+        .missing = "Required argument SettingData missing.",
+        .invalidType = "Invalid type of parameter(SettingData).",
+        .null = "Invalid parameter(SettingData).",
+        .className = "Could not get classname of SettingData",
+    };
+    const char *className = nullptr;
+    const CMPIObjectPath *path = requireReference(call, "SettingData", texts, &className);
+    if (!path)
+        return nullptr;
+    const AppliedSetting *setting = findSetting(className);
+    const char *instanceID = setting ? keyText(path, "InstanceID") : nullptr;
+    if (!setting)
+        fail(call, CMPI_RC_ERR_INVALID_PARAMETER, "Invalid classname for SettingData");
+    else if (!instanceID)
+        fail(call, CMPI_RC_ERR_INVALID_PARAMETER, setting->keyMissing);
+    else if (strcmp(instanceID, setting->instanceID) != 0)
+        fail(call, CMPI_RC_ERR_INVALID_PARAMETER, "This Input class does not exist (wrong InstanceID).");
+    else
+        return setting;
+    return nullptr;
+}
+
+bool runApplySetting(Call &call)
+{
+    static constexpr ReferenceTexts connection = {
+        .missing = "Required argument IPNetworkConnection missing.",
+        .invalidType = "Invalid type of parameter(IPNetworkConnection).",
+        .null = "Invalid parameter(IPNetworkConnection).",
+        .className = "Could not get classname of IPNetworkConnection",
+    };
+    const char *className = nullptr; // there is one connection: any class name is taken
+    if (!requireReference(call, "IPNetworkConnection", connection, &className))
+        return false;
+    // Clients have to name a mode, which one does not matter: the setting data decides.
+    const char *mode =
+        requireText(call, "Mode", "Required argument Mode  missing.", "Invalid type of parameter(Mode).");
+    if (!mode || !requireContent(call, mode, "Invalid parameter. Mode Value is empty."))
+        return false;
+    const AppliedSetting *setting = requireSettingData(call);
+    if (!setting)
+        return false;
+
+    RemoteManagementServer server = {};
+    if (GetRemoteManagementServerInfo(&server) != 0)
+        return fail(call, CMPI_RC_ERR_FAILED, "Failed to get remote management info.");
+    if (!server.RemoteManagementEnabled)
+        return fail(call, CMPI_RC_ERR_FAILED, "Remote management status is disabled.");
+    return settled(call, sendSetting(REMOTE_MGMENT_ID, {{IP_CONFIGURATION_MODE, setting->mode}},
+                                     unansweredSetting, call.errorText));
+}
+
+bool refuse(Call &call)
+{
+    return fail(call, CMPI_RC_ERR_NOT_SUPPORTED, call.methodName);
+}
+
+constexpr Method methods[] = {
+    {.name = "ApplySettingToIPNetworkConnection", .administrator = true, .run = runApplySetting},
+    {.name = "RequestStateChange", .run = refuse},
+};
+
+constexpr ProviderClass provider = {
+    .name = _ClassName,
+    .systemKeys = true,
+    .makePath = _makePath_ZT_Marovelton_IPConfigurationService,
+    .makeInst = _makeInst_ZT_Marovelton_IPConfigurationService,
+    .methods = packed<methods>,
+    .failureValue = 1,
+};
+
+} // namespace
+
+STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_IPConfigurationService, provider)

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: Apache-2.0
+// ZT_Marovelton_IPNetworkConnection: the monitor's network connection, one object.
+
+#include "network/network_objects.h"
+
+namespace
+{
+
+const CMPIBroker *_broker;
+constexpr const char *_ClassName = "ZT_Marovelton_IPNetworkConnection";
+
+constexpr NetworkObject connection = {
+    .className = _ClassName,
+    .nameFormat = "%s-IPNetworkConnection",
+    .instanceID = "ZT:Marovelton_IPNetworkConnection",
+    .description =
+        "A class derived from CIM IPNetworkConnectiom that represents the single node container of the Display management.",
+};
+
+} // namespace
+
+CMPIObjectPath *_makePath_ZT_Marovelton_IPNetworkConnection(const CMPIObjectPath *reference,
+                                                            CMPIStatus *status)
+{
+    return makeNetworkObjectPath(_broker, connection, reference, status);
+}
+
+CMPIInstance *_makeInst_ZT_Marovelton_IPNetworkConnection(const CMPIObjectPath *reference, CMPIStatus *status)
+{
+    return makeNetworkObjectInst(_broker, connection, reference, status).finish();
+}
+
+namespace
+{
+
+constexpr ProviderClass provider = {
+    .name = _ClassName,
+    .systemKeys = true,
+    .makePath = _makePath_ZT_Marovelton_IPNetworkConnection,
+    .makeInst = _makeInst_ZT_Marovelton_IPNetworkConnection,
+};
+
+} // namespace
+
+STAMP_INSTANCE_AND_PLACEHOLDER_PROVIDER(ZT_Marovelton_IPNetworkConnection, provider,
+                                        CMPI_RC_ERR_NOT_SUPPORTED)

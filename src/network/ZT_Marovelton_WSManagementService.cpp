@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: Apache-2.0
+// ZT_Marovelton_WSManagementService: the WS-Management listener and its WS-Identify answer, one object.
+
+#include "network/network_objects.h"
+
+namespace
+{
+
+const CMPIBroker *_broker;
+constexpr const char *_ClassName = "ZT_Marovelton_WSManagementService";
+
+constexpr SwitchedService service = {
+    .className = _ClassName,
+    .nameFormat = "%s-WSManagementService",
+    .instanceID = "ZT:Marovelton_WSManagementService",
+    .enabled = &RemoteManagementServer::WSManagementStatus,
+    .showsIdentify = true,
+};
+
+} // namespace
+
+// ---- settings ----
+
+int SetWSManagementEnabledState(int requestedState, char *errorText)
+{
+    return sendServiceState(WS_MANAGEMENT_STATUS, requestedState, errorText);
+}
+
+int SetWSIdentifyEnabledState(int enabled, char *errorText)
+{
+    static constexpr ChannelTexts texts = {
+        .reply = "Failed to set the value to WSIdentifySuportEnabledState.",
+        .busy = "Device is Busy. Please try after some Time.",
+        .onlyMinusOneFails = true,
+    };
+    return sendSetting(REMOTE_MGMENT_ID, {{WS_IDENTIFY_STATUS, enabled}}, texts, errorText);
+}
+
+// ---- path and instance ----
+
+CMPIObjectPath *_makePath_ZT_Marovelton_WSManagementService(const CMPIObjectPath *reference,
+                                                            CMPIStatus *status)
+{
+    return makeServicePath(_broker, service, reference, status);
+}
+
+CMPIInstance *_makeInst_ZT_Marovelton_WSManagementService(const CMPIObjectPath *reference, CMPIStatus *status)
+{
+    return makeServiceInst(_broker, service, reference, status);
+}
+
+// ---- methods ----
+
+namespace
+{
+
+int requestState(int requestedState, char *errorText)
+{
+    return requestServiceState(service, requestedState, SetWSManagementEnabledState, errorText);
+}
+
+constexpr Method methods[] = {
+    {.name = "RequestStateChange",
+     .administrator = true,
+     // The text names the method where clients would expect the argument.
+     .argument = {ArgumentKind::leadingInteger, "RequestedState",
+                  "Required argument RequestStateChange missing."},
+     .range = {2, 3, "Invalid input value range. Valid values are 2 and 3"},
+     .set = requestState},
+    {.name = "SetWSIdentifyEnabledState",
+     .administrator = true,
+     .argument = {ArgumentKind::toggle, "WSIdentifySupportEnabled",
+                  "Required argument WSIdentifySupportEnabled missing."},
+     .range = {0, 1, "Invalid input value range. Valid values are 0 and 1."},
+     .set = SetWSIdentifyEnabledState},
+};
+
+constexpr ProviderClass provider = {
+    .name = _ClassName,
+    .systemKeys = true,
+    .makePath = _makePath_ZT_Marovelton_WSManagementService,
+    .makeInst = _makeInst_ZT_Marovelton_WSManagementService,
+    .methods = packed<methods>,
+    .compareMethodNames = strcasecmp,
+    .wrongClass = nullptr,
+};
+
+} // namespace
+
+STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_WSManagementService, provider)

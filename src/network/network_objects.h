@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: Apache-2.0
+// What the network classes share: the objects that are keyed to the monitor's system name, and the values of
+// the settings association.
+#ifndef ZT_MAROVELTON_NETWORK_H
+#define ZT_MAROVELTON_NETWORK_H
+
+#include "frame/provider.h"
+
+/** The answers of `IsCurrent` and `IsNext`. */
+enum SettingsState { DONT_CHANGE = 0, YES = 1, NO = 2 };
+
+/** A setting of the remote-management group whose sender does not wait for the engine. */
+inline constexpr ChannelTexts unansweredSetting = {.reply = nullptr, .onlyMinusOneFails = true};
+
+/** A service that can be switched: the web server, the WS-Management listener. */
+struct SwitchedService {
+    const char *className;
+    const char *nameFormat; // of `Name`, with the system name for %s
+    const char *instanceID;
+    int32_t RemoteManagementServer::*enabled;
+    bool showsIdentify; // has WSIdentifySupportEnabled
+};
+
+CMPIObjectPath *makeServicePath(const CMPIBroker *broker, const SwitchedService &service,
+                                const CMPIObjectPath *reference, CMPIStatus *status);
+CMPIInstance *makeServiceInst(const CMPIBroker *broker, const SwitchedService &service,
+                              const CMPIObjectPath *reference, CMPIStatus *status);
+
+/** Hands a requested state, 2 enabled or 3 disabled, to `setEnabledState`, unless the service is enabled
+ * already and shall be. The sender's result is not looked at: once the request is checked the method
+ * succeeds. Returns 0, or -1 with `errorText` filled when the service's state cannot be read. */
+int requestServiceState(const SwitchedService &service, int requestedState,
+                        int (*setEnabledState)(int requestedState, char *errorText), char *errorText);
+
+/** Sends a service's new state, 2 enabled or 3 disabled, without waiting for the engine. Returns 0 when it
+ * was handed over, whatever the send returned, else -1 with `errorText` filled. */
+int sendServiceState(int registerId, int requestedState, char *errorText);
+
+/** The singleton that stands for the network connection or its configuration service. */
+struct NetworkObject {
+    const char *className;
+    const char *nameFormat; // of `Name`, with the system name for %s
+    const char *instanceID;
+    const char *description;
+};
+
+CMPIObjectPath *makeNetworkObjectPath(const CMPIBroker *broker, const NetworkObject &object,
+                                      const CMPIObjectPath *reference, CMPIStatus *status);
+/** Starts the instance and sets all properties that both classes have; the builder has failed when it is
+ * null. */
+InstanceBuilder makeNetworkObjectInst(const CMPIBroker *broker, const NetworkObject &object,
+                                      const CMPIObjectPath *reference, CMPIStatus *status);
+
+#endif
