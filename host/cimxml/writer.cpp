@@ -2,8 +2,6 @@
 
 #include "core/xml_text.h"
 
-#include <charconv>
-#include <cmath>
 #include <cstdio>
 
 namespace host
@@ -276,7 +274,7 @@ void CimXmlWriter::instanceName(const Path &path)
         appendEscaped(out_, key.name->view());
         out_.append("\">\n");
         if (key.data.type == CMPI_ref) {
-            reference(*behind<Path>(key.data.value.ref));
+            reference(*pathOf(key.data));
         } else {
             const cim::Type type = cimType(key.data.type);
             out_.append(cim::isInteger(type) || cim::isReal(type) ? "<KEYVALUE VALUETYPE=\"numeric\">"
@@ -349,44 +347,13 @@ void CimXmlWriter::instance(const Instance &instance, bool includeClassOrigin)
 
 void CimXmlWriter::scalar(const CMPIData &data)
 {
-    constexpr std::size_t LONGEST = 32;
-    char *place = out_.grow(LONGEST);
-    const auto integer = [&](auto number) {
-        const auto [end, problem] = std::to_chars(place, place + LONGEST, number);
-        out_.extend(static_cast<std::size_t>(end - place));
-    };
-    const auto real = [&](double number, int digits) {
-        if (std::isnan(number)) {
-            out_.append("NaN");
-        } else if (std::isinf(number)) {
-            out_.append(number < 0 ? "-INF" : "INF");
-        } else {
-            out_.extend(static_cast<std::size_t>(std::snprintf(place, LONGEST, "%.*e", digits, number)));
-        }
-    };
+    NumberText buffer;
+    if (const std::string_view number = numberText(data, buffer); !number.empty()) {
+        return out_.append(number);
+    }
     switch (data.type) {
     case CMPI_boolean:
         return out_.append(data.value.boolean != 0 ? "TRUE" : "FALSE");
-    case CMPI_uint8:
-        return integer(static_cast<unsigned>(data.value.uint8));
-    case CMPI_uint16:
-        return integer(data.value.uint16);
-    case CMPI_uint32:
-        return integer(data.value.uint32);
-    case CMPI_uint64:
-        return integer(data.value.uint64);
-    case CMPI_sint8:
-        return integer(static_cast<int>(data.value.sint8));
-    case CMPI_sint16:
-        return integer(data.value.sint16);
-    case CMPI_sint32:
-        return integer(data.value.sint32);
-    case CMPI_sint64:
-        return integer(data.value.sint64);
-    case CMPI_real32:
-        return real(static_cast<double>(data.value.real32), 8);
-    case CMPI_real64:
-        return real(data.value.real64, 16);
     case CMPI_char16: {
         const unsigned code = data.value.char16;
         char text[3];
@@ -406,9 +373,9 @@ void CimXmlWriter::scalar(const CMPIData &data)
         return appendEscaped(out_, {text, length});
     }
     case CMPI_string:
-        return appendEscaped(out_, behind<String>(data.value.string)->view());
+        return appendEscaped(out_, stringOf(data)->view());
     case CMPI_dateTime:
-        return out_.append(behind<DateTime>(data.value.dateTime)->text);
+        return out_.append(dateTimeOf(data)->text);
     default:
         return;
     }
@@ -421,7 +388,7 @@ void CimXmlWriter::value(const CMPIData &data)
         return;
     }
     if ((data.type & CMPI_ARRAY) != 0) {
-        const Array &array = *behind<Array>(data.value.array);
+        const Array &array = *arrayOf(data);
         const bool references = array.elementType == CMPI_ref;
         out_.append(references ? "<VALUE.REFARRAY>\n" : "<VALUE.ARRAY>\n");
         for (CMPICount i = 0; i < array.size; ++i) {
@@ -435,7 +402,7 @@ void CimXmlWriter::value(const CMPIData &data)
         return;
     }
     if (data.type == CMPI_ref) {
-        return reference(*behind<Path>(data.value.ref));
+        return reference(*pathOf(data));
     }
     out_.append("<VALUE>");
     scalar(data);

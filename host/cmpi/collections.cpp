@@ -62,36 +62,7 @@ CMPIStatus setElementAt(const CMPIArray *array, CMPICount index, const CMPIValue
 
 // ---------------------------------------------------------------------------------------------- arguments
 
-CMPIStatus addArg(const CMPIArgs *args, const char *name, const CMPIValue *value, CMPIType type)
-{
-    const Args *self = behind<Args>(args);
-    return self != nullptr ? addNamed(self->values, name, value, type)
-                           : makeStatus(CMPI_RC_ERR_INVALID_HANDLE);
-}
-
-CMPIData getArg(const CMPIArgs *args, const char *name, CMPIStatus *status)
-{
-    const Args *self = checked<Args>(args, status);
-    if (self == nullptr) {
-        return nullData(CMPI_null, CMPI_badValue);
-    }
-    return namedData(self->values, name, CMPI_RC_ERR_NOT_FOUND, status);
-}
-
-CMPIData getArgAt(const CMPIArgs *args, CMPICount index, CMPIString **name, CMPIStatus *status)
-{
-    const Args *self = checked<Args>(args, status);
-    if (self == nullptr) {
-        return nullData(CMPI_null, CMPI_badValue);
-    }
-    return dataAt(self->values, index, name, status);
-}
-
-CMPICount getArgCount(const CMPIArgs *args, CMPIStatus *status)
-{
-    const Args *self = checked<Args>(args, status);
-    return self != nullptr ? static_cast<CMPICount>(self->values->size()) : 0;
-}
+using Arguments = NamedValues<Args, &Args::values, CMPI_RC_ERR_NOT_FOUND>;
 
 // ------------------------------------------------------------------------------------------- enumerations
 
@@ -136,7 +107,8 @@ const CMPIArrayFT ARRAY_TABLE = {
 };
 
 const CMPIArgsFT ARGS_TABLE = {
-    TABLE_VERSION, releaseObject<Args>, cloneObject<Args>, addArg, getArg, getArgAt, getArgCount,
+    TABLE_VERSION,  releaseObject<Args>, cloneObject<Args>, Arguments::add,
+    Arguments::get, Arguments::getAt,    Arguments::count,
 };
 
 const CMPIEnumerationFT ENUMERATION_TABLE = {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the function tables of the encapsulated types share.
 #ifndef HOST_CMPI_OBJECT_TABLES_H
 #define HOST_CMPI_OBJECT_TABLES_H
@@ -47,51 +48,69 @@ T *checked(const typename T::Cmpi *object, CMPIStatus *status)
     return self;
 }
 
-/** The value of a name, for getKey, getArg and getEntry. */
-inline CMPIData namedData(ArenaList<NamedValue> *values, const char *name, CMPIrc absent, CMPIStatus *status)
-{
-    if (name == nullptr) {
-        setStatus(status, CMPI_RC_ERR_INVALID_PARAMETER);
-        return nullData(CMPI_null, CMPI_notFound);
-    }
-    const NamedValue *value = findValue(*values, name);
-    if (value == nullptr) {
-        setStatus(status, absent);
-        return nullData(CMPI_null, CMPI_notFound);
-    }
-    return value->data;
-}
+/** The functions that paths, arguments and contexts have for their named values. */
+template <typename T, ArenaList<NamedValue> *T::*Values, CMPIrc Absent>
+struct NamedValues {
+    using Cmpi = typename T::Cmpi;
 
-/** The value at a place, for getKeyAt, getArgAt and getEntryAt. */
-inline CMPIData dataAt(ArenaList<NamedValue> *values, CMPICount index, CMPIString **name, CMPIStatus *status)
-{
-    if (index >= values->size()) {
-        setStatus(status, CMPI_RC_ERR_NO_SUCH_PROPERTY);
-        return nullData(CMPI_null, CMPI_notFound);
+    static CMPIData get(const Cmpi *object, const char *name, CMPIStatus *status)
+    {
+        const T *self = checked<T>(object, status);
+        if (self == nullptr) {
+            return nullData(CMPI_null, CMPI_badValue);
+        }
+        const NamedValue *value = name != nullptr ? findValue(*(self->*Values), name) : nullptr;
+        if (value == nullptr) {
+            setStatus(status, name != nullptr ? Absent : CMPI_RC_ERR_INVALID_PARAMETER);
+            return nullData(CMPI_null, CMPI_notFound);
+        }
+        return value->data;
     }
-    if (name != nullptr) {
-        *name = &(*values)[index].name->cmpi;
-    }
-    return (*values)[index].data;
-}
 
-/** Takes a value in under a name, for addKey, addArg and addEntry. */
-inline CMPIStatus addNamed(ArenaList<NamedValue> *values, const char *name, const CMPIValue *value,
-                           CMPIType type)
-{
-    if (name == nullptr || *name == '\0') {
-        return makeStatus(CMPI_RC_ERR_INVALID_PARAMETER);
+    static CMPIData getAt(const Cmpi *object, CMPICount index, CMPIString **name, CMPIStatus *status)
+    {
+        const T *self = checked<T>(object, status);
+        if (self == nullptr) {
+            return nullData(CMPI_null, CMPI_badValue);
+        }
+        ArenaList<NamedValue> &values = *(self->*Values);
+        if (index >= values.size()) {
+            setStatus(status, CMPI_RC_ERR_NO_SUCH_PROPERTY);
+            return nullData(CMPI_null, CMPI_notFound);
+        }
+        if (name != nullptr) {
+            *name = &values[index].name->cmpi;
+        }
+        return values[index].data;
     }
-    if (values->arena().exhausted()) {
-        return makeStatus(CMPI_RC_ERR_SERVER_LIMITS_EXCEEDED);
+
+    static CMPICount count(const Cmpi *object, CMPIStatus *status)
+    {
+        const T *self = checked<T>(object, status);
+        return self != nullptr ? static_cast<CMPICount>((self->*Values)->size()) : 0;
     }
-    CMPIData data = {};
-    const CMPIrc code = takeValue(values->arena(), value, type, data);
-    if (code == CMPI_RC_OK) {
-        setValue(*values, name, data);
+
+    static CMPIStatus add(const Cmpi *object, const char *name, const CMPIValue *value, CMPIType type)
+    {
+        const T *self = behind<T>(object);
+        if (self == nullptr) {
+            return makeStatus(CMPI_RC_ERR_INVALID_HANDLE);
+        }
+        if (name == nullptr || *name == '\0') {
+            return makeStatus(CMPI_RC_ERR_INVALID_PARAMETER);
+        }
+        ArenaList<NamedValue> &values = *(self->*Values);
+        if (values.arena().exhausted()) {
+            return makeStatus(CMPI_RC_ERR_SERVER_LIMITS_EXCEEDED);
+        }
+        CMPIData data = {};
+        const CMPIrc code = takeValue(values.arena(), value, type, data);
+        if (code == CMPI_RC_OK) {
+            setValue(values, name, data);
+        }
+        return makeStatus(code);
     }
-    return makeStatus(code);
-}
+};
 
 } // namespace host
 

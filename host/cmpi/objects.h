@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What stands behind the encapsulated CMPI types. Each structure begins with the CMPI structure that
 // providers see; its handle points back at the structure itself.
 //
@@ -12,8 +13,8 @@
 #include <cmpi/cmpidt.h>
 #include <cmpi/cmpift.h>
 
+#include <array>
 #include <cstdint>
-#include <span>
 #include <string_view>
 
 namespace host
@@ -240,12 +241,39 @@ inline bool isNull(const CMPIData &data)
     return (data.state & (CMPI_nullValue | CMPI_notFound | CMPI_badValue)) != 0;
 }
 
-/** The array that the value holds; null when it holds none. What stands in the place of
- * the pointer may be a number that a client sent, so it is read after a look at the type alone. */
+/** What the value holds behind its pointer; null when it holds no such thing. What stands in the place of the
+ * pointer may be a number that a client sent, so it is read after a look at the type alone, here and nowhere
+ * else. */
+inline const String *stringOf(const CMPIData &data)
+{
+    return data.type == CMPI_string && !isNull(data) ? behind<String>(data.value.string) : nullptr;
+}
+
+inline const Path *pathOf(const CMPIData &data)
+{
+    return data.type == CMPI_ref && !isNull(data) ? behind<Path>(data.value.ref) : nullptr;
+}
+
+inline const DateTime *dateTimeOf(const CMPIData &data)
+{
+    return data.type == CMPI_dateTime && !isNull(data) ? behind<DateTime>(data.value.dateTime) : nullptr;
+}
+
+inline const Instance *instanceOf(const CMPIData &data)
+{
+    return data.type == CMPI_instance && !isNull(data) ? behind<Instance>(data.value.inst) : nullptr;
+}
+
 inline const Array *arrayOf(const CMPIData &data)
 {
     return (data.type & CMPI_ARRAY) != 0 && !isNull(data) ? behind<Array>(data.value.array) : nullptr;
 }
+
+using NumberText = std::array<char, 32>;
+
+/** An integer in decimal, or a real number with the digits that tell it from its neighbours; NaN and the
+ * infinities as CIM-XML writes them. Empty when the value is no number. */
+std::string_view numberText(const CMPIData &data, NumberText &text);
 
 // ------------------------------------------------------------------------------------------- the parts
 

@@ -63,42 +63,16 @@ CMPIString *getClassName(const CMPIObjectPath *path, CMPIStatus *status)
     return self != nullptr ? &self->className->cmpi : nullptr;
 }
 
+using Keys = NamedValues<Path, &Path::keys, CMPI_RC_ERR_NOT_FOUND>;
+
 CMPIStatus addKey(const CMPIObjectPath *path, const char *name, const CMPIValue *value, CMPIType type)
 {
-    const Path *self = behind<Path>(path);
-    if (self == nullptr) {
-        return makeStatus(CMPI_RC_ERR_INVALID_HANDLE);
-    }
-    const CMPIStatus status = addNamed(self->keys, name, value, type);
+    const CMPIStatus status = Keys::add(path, name, value, type);
     if (status.rc == CMPI_RC_OK) {
-        NamedValue *key = findValue(*self->keys, name);
+        NamedValue *key = findValue(*behind<Path>(path)->keys, name);
         key->data.state = static_cast<CMPIValueState>(key->data.state | CMPI_keyValue);
     }
     return status;
-}
-
-CMPIData getKey(const CMPIObjectPath *path, const char *name, CMPIStatus *status)
-{
-    const Path *self = checked<Path>(path, status);
-    if (self == nullptr) {
-        return nullData(CMPI_null, CMPI_badValue);
-    }
-    return namedData(self->keys, name, CMPI_RC_ERR_NOT_FOUND, status);
-}
-
-CMPIData getKeyAt(const CMPIObjectPath *path, CMPICount index, CMPIString **name, CMPIStatus *status)
-{
-    const Path *self = checked<Path>(path, status);
-    if (self == nullptr) {
-        return nullData(CMPI_null, CMPI_badValue);
-    }
-    return dataAt(self->keys, index, name, status);
-}
-
-CMPICount getKeyCount(const CMPIObjectPath *path, CMPIStatus *status)
-{
-    const Path *self = checked<Path>(path, status);
-    return self != nullptr ? static_cast<CMPICount>(self->keys->size()) : 0;
 }
 
 CMPIStatus setNameSpaceFromObjectPath(const CMPIObjectPath *path, const CMPIObjectPath *source)
@@ -256,9 +230,9 @@ const CMPIObjectPathFT PATH_TABLE = {
     setClassNameOfPath,
     getClassName,
     addKey,
-    getKey,
-    getKeyAt,
-    getKeyCount,
+    Keys::get,
+    Keys::getAt,
+    Keys::count,
     setNameSpaceFromObjectPath,
     setHostAndNameSpaceFromObjectPath,
     getClassQualifier,

@@ -36,36 +36,7 @@ CMPIBoolean isInterval(const CMPIDateTime *dateTime, CMPIStatus *status)
 
 // ----------------------------------------------------------------------------------------------- contexts
 
-CMPIData getEntry(const CMPIContext *context, const char *name, CMPIStatus *status)
-{
-    const Context *self = checked<Context>(context, status);
-    if (self == nullptr) {
-        return nullData(CMPI_null, CMPI_badValue);
-    }
-    return namedData(self->entries, name, CMPI_RC_ERR_NO_SUCH_PROPERTY, status);
-}
-
-CMPIData getEntryAt(const CMPIContext *context, CMPICount index, CMPIString **name, CMPIStatus *status)
-{
-    const Context *self = checked<Context>(context, status);
-    if (self == nullptr) {
-        return nullData(CMPI_null, CMPI_badValue);
-    }
-    return dataAt(self->entries, index, name, status);
-}
-
-CMPICount getEntryCount(const CMPIContext *context, CMPIStatus *status)
-{
-    const Context *self = checked<Context>(context, status);
-    return self != nullptr ? static_cast<CMPICount>(self->entries->size()) : 0;
-}
-
-CMPIStatus addEntry(const CMPIContext *context, const char *name, const CMPIValue *value, CMPIType type)
-{
-    const Context *self = behind<Context>(context);
-    return self != nullptr ? addNamed(self->entries, name, value, type)
-                           : makeStatus(CMPI_RC_ERR_INVALID_HANDLE);
-}
+using Entries = NamedValues<Context, &Context::entries, CMPI_RC_ERR_NO_SUCH_PROPERTY>;
 
 // ------------------------------------------------------------------------------------------------ results
 
@@ -179,8 +150,8 @@ const CMPIDateTimeFT DATE_TIME_TABLE = {
 };
 
 const CMPIContextFT CONTEXT_TABLE = {
-    TABLE_VERSION, releaseObject<Context>, cloneObject<Context>, getEntry, getEntryAt, getEntryCount,
-    addEntry,
+    TABLE_VERSION,  releaseObject<Context>, cloneObject<Context>, Entries::get,
+    Entries::getAt, Entries::count,         Entries::add,
 };
 
 const CMPIResultFT RESULT_TABLE = {

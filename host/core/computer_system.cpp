@@ -89,8 +89,7 @@ bool isKey(const CMPIObjectPath *path, const char *key, const char *expected)
 {
     CMPIStatus status = {};
     const CMPIData data = CMGetKey(path, key, &status);
-    return status.rc == CMPI_RC_OK && data.type == CMPI_string && !isNull(data) &&
-           cim::sameName(behind<String>(data.value.string)->view(), expected);
+    return status.rc == CMPI_RC_OK && cim::sameName(textOf(stringOf(data)), expected);
 }
 
 CMPIStatus notFound(const CMPIBroker *broker)

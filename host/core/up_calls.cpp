@@ -19,10 +19,7 @@ Dispatcher *dispatcherOf(const Broker *broker)
 std::string_view textEntry(const Context &context, const char *name)
 {
     const NamedValue *entry = findValue(*context.entries, name);
-    if (entry == nullptr || entry->data.type != CMPI_string || isNull(entry->data)) {
-        return {};
-    }
-    return behind<String>(entry->data.value.string)->view();
+    return entry != nullptr ? textOf(stringOf(entry->data)) : std::string_view();
 }
 
 /** An up-call: a request on behalf of the one that the provider is working on. */
