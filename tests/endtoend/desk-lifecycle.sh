@@ -122,5 +122,5 @@ expect 'it tells its use' '  ./run --check   shows one read and one change, then
     "$("$source_dir/run" --help | grep -e --check)"
 result=0
 answer=$("$source_dir/run" --nothing 2>&1) || result=$?
-expect 'it refuses what it does not know' '2: run: no such option: --nothing (there is --check and --help)' "$result: $answer"
+expect 'it refuses what it does not know' '2: run: no such option: --nothing; see run --help' "$result: $answer"
 report
