@@ -62,6 +62,7 @@ class Process
 
     void signal(int number) const
     {
+        ASSERT_GT(process_, 0) << "it has ended"; // a signal to -1 would end every process there is
         kill(process_, number);
     }
 
