@@ -98,6 +98,10 @@ void addCommands(CLI::App &program, Action &action);
 /* One for each file of commands. */
 void addGet(CLI::App &program, Action &action);
 void addSet(CLI::App &program, Action &action);
+void addTree(CLI::App &program, Action &action);
+void addWatch(CLI::App &program, Action &action);
+void addHistory(CLI::App &program, Action &action);
+void addCompletion(CLI::App &program, Action &action);
 
 } // namespace displayctl::command
 

@@ -8,6 +8,9 @@ namespace displayctl::command
 void addCommands(CLI::App &program, Action &action)
 {
     addGet(program, action);
+    addTree(program, action);
+    addWatch(program, action);
+    addHistory(program, action);
 }
 
 } // namespace displayctl::command

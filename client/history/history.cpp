@@ -109,6 +109,12 @@ std::string now()
     return std::string{text.data(), length} + std::to_string(1000 + milliseconds).substr(1) + 'Z';
 }
 
+/** What every document of displayctl calls the outcome. */
+std::string_view outcomeOf(std::string_view result)
+{
+    return result == "refused" || result == "unknown" ? result : "ok";
+}
+
 Json documentOf(const Change &change, const std::string &time, const std::string &user)
 {
     Json document{{"time", time},
@@ -120,7 +126,11 @@ Json documentOf(const Change &change, const std::string &time, const std::string
                   {"old", change.oldValue},
                   {"new", change.newValue},
                   {"result", change.result},
+                  {"outcome", outcomeOf(change.result)},
                   {"answer", change.answer}};
+    if (document["outcome"] != "ok") {
+        document["message"] = change.answer;
+    }
     if (!change.profile.empty()) {
         document["profile"] = change.profile;
     }

@@ -126,7 +126,7 @@ TEST_F(HistoryFile, AChangeIsOneLineThatIsTiedToTheOneBefore)
     EXPECT_EQ(
         one.dump(),
         R"({"account":"admin","monitor":"suite4-a","address":"127.0.0.1:5989","setting":"preset.3.luminance",)"
-        R"("old":110,"new":120,"result":"set","answer":"","profile":"house.yaml","undoes":7,"number":1,)"
+        R"("old":110,"new":120,"result":"set","outcome":"ok","answer":"","profile":"house.yaml","undoes":7,"number":1,)"
         R"("previous":"0000000000000000000000000000000000000000000000000000000000000000"})");
     EXPECT_EQ(documents[1].at("previous"), hash);
     EXPECT_EQ(documents[1].at("number"), 2);
