@@ -8,6 +8,7 @@
 
 #include <cstdlib>
 #include <iostream>
+#include <map>
 
 namespace displayctl::command
 {
@@ -70,17 +71,19 @@ void Call::print(const site::Monitor &monitor, const Report &report)
         return;
     }
     std::cout << (isMany() ? withName(monitor.name, report.text) : report.text) << std::flush;
+    std::cerr << report.note << std::flush;
     if (!report.message.empty()) {
         std::cerr << (isMany() ? withName(monitor.name, report.message) : "displayctl: " + report.message)
                   << '\n';
     }
 }
 
-int Call::forEachMonitor(const std::function<Report(const site::Monitor &)> &work)
+int Call::forEachMonitor(const std::function<Report(const site::Monitor &)> &work, bool isSummed)
 {
     const std::vector<site::Monitor> &all = monitors();
     std::vector<Report> reports(all.size());
     std::vector<int> codes;
+    std::map<Outcome, std::size_t> counts;
     site::Progress progress(all.size(), options.quiet);
     site::forEach(
         all.size(), options.jobs, [&](std::size_t i) { reports[i] = work(all[i]); },
@@ -88,9 +91,19 @@ int Call::forEachMonitor(const std::function<Report(const site::Monitor &)> &wor
             progress.hide();
             print(all[i], reports[i]);
             codes.push_back(reports[i].exitCode >= 0 ? reports[i].exitCode : exitCodeOf(reports[i].outcome));
+            ++counts[reports[i].outcome];
             reports[i] = Report();
             progress.show(codes.size());
         });
+    progress.hide();
+    if (isSummed && all.size() > 1 && !options.json) {
+        std::string summary;
+        for (const auto &[outcome, count] : counts) {
+            summary +=
+                (summary.empty() ? "" : ", ") + std::to_string(count) + " " + std::string(nameOf(outcome));
+        }
+        std::cout << all.size() << " monitors: " << summary << '\n';
+    }
     return site::combinedExitCode(codes);
 }
 

@@ -52,6 +52,7 @@ struct Report {
     std::string text;               // for standard output
     std::string message;            // what went wrong, for standard error
     std::string documentMessage;    // with --json the member "message"; empty: that message
+    std::string note;               // for standard error as it stands, also of several monitors
     Json document = Json::object(); // with --json, beside "monitor", "outcome" and "message"
     int exitCode = -1;              // -1: that of the outcome
 };
@@ -70,8 +71,9 @@ class Call
     [[nodiscard]] bool isMany();
 
     /** Calls work for each monitor, several at once, prints each report as it comes, and gives the exit code
-     * of the call. */
-    [[nodiscard]] int forEachMonitor(const std::function<Report(const site::Monitor &)> &work);
+     * of the call. isSummed: of several monitors the last line counts the outcomes. */
+    [[nodiscard]] int forEachMonitor(const std::function<Report(const site::Monitor &)> &work,
+                                     bool isSummed = false);
 
     /** Asks on the terminal; true when answered with yes, or with --yes. Without a terminal and without --yes
      * throws UsageError. */
@@ -96,6 +98,10 @@ using Action = std::function<int(Call &)>;
 void addCommands(CLI::App &program, Action &action);
 
 /* One for each file of commands. */
+void addShow(CLI::App &program, Action &action);
+void addExport(CLI::App &program, Action &action);
+void addDiff(CLI::App &program, Action &action);
+void addApply(CLI::App &program, Action &action);
 void addGet(CLI::App &program, Action &action);
 void addSet(CLI::App &program, Action &action);
 void addTree(CLI::App &program, Action &action);

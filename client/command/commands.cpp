@@ -7,7 +7,12 @@ namespace displayctl::command
 
 void addCommands(CLI::App &program, Action &action)
 {
+    addShow(program, action);
     addGet(program, action);
+    addSet(program, action);
+    addExport(program, action);
+    addDiff(program, action);
+    addApply(program, action);
     addTree(program, action);
     addWatch(program, action);
     addHistory(program, action);

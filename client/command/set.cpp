@@ -35,28 +35,7 @@ Report set(Call &call, const site::Monitor &monitor, const std::vector<Assignmen
     session::Work work(session, site::stateDirectory(), {.command = "set", .isDirect = isDirect});
     const session::WorkReport result = work.carryOut(targets, work.plan(targets));
 
-    Report report;
-    report.outcome = result.outcome;
-    const site::CodeNames &names = call.configuration().names;
-    const std::string selector = selectorOf(monitor, call.configuration());
-    if (std::ranges::all_of(result.changes,
-                            [](const auto &each) { return each.result == session::Result::unchanged; })) {
-        report.message = result.message; // nothing was sent, and why
-    }
-    for (const session::Change &change : result.changes) {
-        report.text += changeLine(change, names);
-        if (!change.isGood()) {
-            report.message +=
-                (report.message.empty() ? "" : "\n") + refusalText(change, monitor.name, selector);
-            report.documentMessage += (report.documentMessage.empty() ? "" : "; ") + change.message;
-        }
-    }
-    for (const session::Beside &each : result.beside) {
-        report.text += each.setting->name + "  " + model::textOf(*each.setting, each.before, names) + " -> " +
-                       model::textOf(*each.setting, each.after, names) + "  (beside it)\n";
-    }
-    report.document["changes"] = changesDocument(result.changes, names);
-    return report;
+    return changeReport(call, monitor, result);
 }
 
 } // namespace

@@ -201,6 +201,34 @@ std::string refusalText(const Change &change, const std::string &monitor, const 
     return text;
 }
 
+Report changeReport(Call &call, const site::Monitor &monitor, const session::WorkReport &result)
+{
+    Report report;
+    report.outcome = result.outcome;
+    const site::CodeNames &names = call.configuration().names;
+    const std::string selector = selectorOf(monitor, call.configuration());
+    for (const Change &change : result.changes) {
+        report.text += changeLine(change, names);
+        if (!change.isGood() && !change.wanted.is_null()) {
+            report.note += refusalText(change, monitor.name, selector) + "\n";
+            report.documentMessage += (report.documentMessage.empty() ? "" : "; ") + change.message;
+        }
+    }
+    if (report.note.empty()) {
+        report.message = result.message; // nothing was sent, and why
+    }
+    for (const session::Beside &each : result.beside) {
+        report.text += each.setting->name + "  " + model::textOf(*each.setting, each.before, names) + " -> " +
+                       model::textOf(*each.setting, each.after, names) + "  (beside it)\n";
+    }
+    report.document["changes"] = changesDocument(result.changes, names);
+    for (const std::string &each : result.notRestored) {
+        report.note += "not restored: " + each + "\n";
+        report.document["not-restored"].push_back(each);
+    }
+    return report;
+}
+
 std::string selectorOf(const site::Monitor &monitor, const site::Configuration &configuration)
 {
     if (std::ranges::find(configuration.monitors, monitor.name, &site::Monitor::name) !=

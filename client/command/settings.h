@@ -50,6 +50,10 @@ void addNameClasses(std::span<const Assignment> assignments, session::Classes &c
 [[nodiscard]] std::string refusalText(const session::Change &change, const std::string &monitor,
                                       const std::string &selector);
 
+/** What is told of a change of several settings: a line each, refusals with their way out, the document. */
+[[nodiscard]] Report changeReport(Call &call, const site::Monitor &monitor,
+                                  const session::WorkReport &result);
+
 /** How the monitor is named after -m: as the file has it, else as a URL, quoted for a shell. */
 [[nodiscard]] std::string selectorOf(const site::Monitor &monitor, const site::Configuration &configuration);
 

@@ -187,6 +187,14 @@ bool isNeeded(const State &state, const Target &target)
     return !target.setting->isReadable() || !sameValue(state.value(*target.setting), target.value);
 }
 
+bool canBeSetBack(const State &state, const Setting &setting)
+{
+    const Value now = state.value(setting);
+    const bool isAddress =
+        setting.name == "monitor.name" && now == state.value(*findSetting("network.address"));
+    return setting.isWritable() && setting.isReadable() && !now.is_null() && now != "" && !isAddress;
+}
+
 std::vector<Step> makePlan(const State &state, std::span<const Target> targets)
 {
     return Planner(state, targets).plan();

@@ -28,6 +28,10 @@ struct Step {
 /** Whether the target has to be sent: it differs, or nobody can know. */
 [[nodiscard]] bool isNeeded(const State &state, const Target &target);
 
+/** Whether the value that the setting has now could be set again: the monitor takes no empty text, and a name
+ * that is the address is none. */
+[[nodiscard]] bool canBeSetBack(const State &state, const Setting &setting);
+
 /** The steps that bring the monitor from the state to the targets: an order in which every rule holds, by
  * what the rules and side effects state, with temporary steps where a rule holds neither before nor after. */
 [[nodiscard]] std::vector<Step> makePlan(const State &state, std::span<const Target> targets);

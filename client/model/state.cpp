@@ -88,7 +88,8 @@ Value partsOf(const Setting &setting, const wbem::Instance &object, Value (*read
 }
 
 // The class of the setting data that the association calls current.
-// compat: with a static address the monitor calls the accumulated setting data current, never the static ones.
+// compat: with a static address the monitor calls the accumulated setting data current, never the static
+// ones.
 Value networkModeOf(const std::vector<wbem::Instance> &associations)
 {
     for (const wbem::Instance &association : associations) {

@@ -223,7 +223,9 @@ WorkReport Work::carryOut(const std::vector<Target> &targets, const std::vector<
                 *asked = change;
             }
         }
-        std::ranges::copy(result.beside, std::back_inserter(report.beside));
+        std::ranges::copy_if(result.beside, std::back_inserter(report.beside), [&](const Beside &each) {
+            return std::ranges::find(targets, each.setting, &Target::setting) == targets.end();
+        });
         if (!result.isGood() && options_.isAllOrNothing) {
             takeBack(report);
             break;
@@ -316,6 +318,13 @@ std::vector<Target> Work::borrowedBy(const std::vector<Json> &records)
     return all;
 }
 
+void Work::forgetLeftOver()
+{
+    if (auto journal = history::Journal::open(stateDirectory_, session_.monitor().fileKey())) {
+        journal->finish();
+    }
+}
+
 WorkReport Work::takeBackLeftOver()
 {
     WorkReport report;
@@ -348,7 +357,13 @@ WorkReport Work::takeBackLeftOver()
             worse(report.outcome, change.result == Result::restored ? Outcome::ok : Outcome::unchanged);
         report.changes.push_back(std::move(change));
     }
-    journal_->finish();
+    if (const auto failure = session_.readAgain()) {
+        report.outcome =
+            outcomeOf(*failure); // nobody knows what the state is: the journal stays for the next call
+        report.message = messageOf(*failure);
+    } else {
+        journal_->finish();
+    }
     return report;
 }
 

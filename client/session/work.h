@@ -17,8 +17,8 @@ namespace displayctl::session
 
 /** How a change is carried out. */
 struct WorkOptions {
-    std::string command = {};         ///< as the journal names it: set, apply, undo
-    std::string profile = {};         ///< the file that is applied
+    std::string command = {};    ///< as the journal names it: set, apply, undo
+    std::string profile = {};    ///< the file that is applied
     bool isAllOrNothing = false; ///< take back what was done when a step fails
     bool isDirect = false;       ///< exactly what is asked for: no temporary steps, nothing is put in order
 };
@@ -53,6 +53,9 @@ class Work
     [[nodiscard]] static std::vector<model::Target> borrowedBy(const std::vector<history::Json> &records);
     /** Takes back what a killed process has left. */
     [[nodiscard]] WorkReport takeBackLeftOver();
+
+    /** Empties the journal of a killed process: all is as it was to be. */
+    void forgetLeftOver();
 
     /** Stores an action that was run. */
     void recordAction(const std::string &action, const std::vector<Beside> &changed,

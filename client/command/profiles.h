@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: Apache-2.0
+// What export, diff, apply and the commands that save a profile first share.
+#ifndef DISPLAYCTL_COMMAND_PROFILES_H
+#define DISPLAYCTL_COMMAND_PROFILES_H
+
+#include "command/settings.h"
+#include "profile/profile.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace displayctl::command
+{
+
+/** Today in UTC, as YYYY-MM-DD. */
+[[nodiscard]] std::string today();
+
+/** Every class that a setting is read from that can be written. */
+[[nodiscard]] session::Classes writableClasses();
+
+/** Writes what can be set back to a file of the state directory, and gives its name. The answer that stood in
+ * the way is put in failure. */
+[[nodiscard]] std::string saveBefore(Call &call, session::Session &session,
+                                     std::optional<wbem::Answer> &failure);
+
+/** The settings of a profile that are for this monitor: of several monitors not those that belong to one. */
+struct Selected {
+    std::vector<Assignment> assignments;
+    std::vector<std::string> skipped; ///< names of settings that belong to one monitor
+};
+[[nodiscard]] Selected selectFor(const std::vector<profile::Entry> &entries, bool isMany,
+                                 bool includesIdentity);
+
+} // namespace displayctl::command
+
+#endif
