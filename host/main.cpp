@@ -147,11 +147,11 @@ int serve(const Options &options)
 
     host::CimXmlFrontEnd cimXml(manager.dispatcher());
     host::HttpServer server(accounts, {&cimXml}, options.limits);
-    if (!server.start(options.address, options.port, problem)) {
+    if (!server.start({options.address, options.port}, problem)) {
         host::logLine("%s", problem.c_str());
         return 1;
     }
-    if (!announce(options, server.port(), output)) {
+    if (!announce(options, server.endpoints().front().port, output)) {
         return 1;
     }
     int signal = 0;
@@ -178,7 +178,7 @@ int addAccount(const std::string &accounts, const std::string &user)
         return 1;
     }
     std::string problem;
-    if (!host::Accounts::add(accounts, user, password, problem)) {
+    if (!host::addAccount(accounts, user, password, {}, problem)) {
         host::logLine("%s", problem.c_str());
         return 1;
     }
@@ -214,7 +214,7 @@ int main(int argc, char **argv)
     app.add_option("--max-body", options.limits.bodyBytes, "Bytes of a request body at most")
         ->capture_default_str()
         ->check(CLI::Range(1024, 1 << 30));
-    app.add_option("--max-connections", options.limits.connections, "Connections at most")
+    app.add_option("--max-connections", options.limits.total, "Connections at most")
         ->capture_default_str()
         ->check(CLI::Range(1, 10000));
     app.add_option("--idle-timeout", options.idleSeconds, "Seconds after which a silent connection is closed")

@@ -52,6 +52,11 @@ bool CimXmlFrontEnd::serves(std::string_view path) const
     return path == "/cimom" || path == "/";
 }
 
+bool CimXmlFrontEnd::takes(std::string_view mediaType) const
+{
+    return mediaType == "application/xml" || mediaType == "text/xml";
+}
+
 HttpReply CimXmlFrontEnd::handle(const HttpRequest &request, TextBuffer &out)
 {
     constexpr unsigned OPTIONS = pugi::parse_cdata | pugi::parse_escapes | pugi::parse_wconv_attribute |

@@ -16,6 +16,7 @@ class CimXmlFrontEnd final : public FrontEnd
     explicit CimXmlFrontEnd(Dispatcher &dispatcher, const XmlLimits &limits = {});
 
     bool serves(std::string_view path) const override;
+    bool takes(std::string_view mediaType) const override;
     HttpReply handle(const HttpRequest &request, TextBuffer &out) override;
 
   private:

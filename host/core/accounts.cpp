@@ -1,121 +1,98 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "core/accounts.h"
 
 #include "core/log.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <crypt.h>
-#include <cstdio>
 #include <cstring>
-#include <fcntl.h>
-#include <fstream>
 #include <gnutls/crypto.h>
-#include <memory>
+#include <gnutls/gnutls.h>
 #include <stdexcept>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace host
 {
 namespace
 {
 
-/** crypt(3) of the password; "" when the setting is not one that crypt knows. */
-std::string slowHash(const std::string &password, const std::string &setting)
-{
-    const auto memory = std::make_unique<crypt_data>();
-    const char *hash = crypt_rn(password.c_str(), setting.c_str(), memory.get(), sizeof *memory);
-    std::string result = hash != nullptr ? hash : "";
-    explicit_bzero(memory.get(), sizeof *memory);
-    return result;
-}
-
-/** A setting with a fresh salt for the best method that the system's crypt has. */
-std::string newSetting()
-{
-    char setting[CRYPT_GENSALT_OUTPUT_SIZE];
-    if (crypt_gensalt_rn(nullptr, 0, nullptr, 0, setting, sizeof setting) == nullptr) {
-        throw std::runtime_error("crypt_gensalt failed");
-    }
-    return setting;
-}
-
 /** Compares in a time that does not depend on where the texts differ. */
 bool sameText(const std::string &left, const std::string &right)
 {
-    if (left.size() != right.size()) {
-        return false;
-    }
-    unsigned char difference = 0;
-    for (std::size_t i = 0; i < left.size(); ++i) {
-        difference = static_cast<unsigned char>(difference | (left[i] ^ right[i]));
-    }
-    return difference == 0;
+    return left.size() == right.size() && gnutls_memcmp(left.data(), right.data(), left.size()) == 0;
 }
 
-bool isUserName(std::string_view user)
+bool canBePassword(std::string_view password)
 {
-    if (user.empty() || user.size() > 255) {
-        return false;
-    }
-    for (const char c : user) {
-        if (static_cast<unsigned char>(c) < 0x21 || c == ':' || c == 0x7f) {
-            return false;
-        }
-    }
-    return true;
+    return password.size() <= CRYPT_MAX_PASSPHRASE_SIZE && password.find('\0') == std::string_view::npos;
+}
+
+/** What an account's password is hashed with: a locked account's as if it were not, so that it takes as long;
+ * that of an account with no hash at all with the decoy. */
+std::string settingOf(const Account &account, const std::string &decoy)
+{
+    const std::string &hash = account.hash;
+    const std::string unlocked = hash.substr(std::min(hash.find_first_not_of("!*"), hash.size()));
+    return isUsableHash(unlocked) ? unlocked : decoy;
 }
 
 } // namespace
+
+// ---------------------------------------------------------------------------------------------- the queue
+
+void Turnstile::enter(bool isPreferred)
+{
+    std::unique_lock lock(mutex_);
+    if (isPreferred) {
+        ++preferredWaiting_;
+        free_.wait(lock, [this] { return !taken_; });
+        --preferredWaiting_;
+    } else {
+        free_.wait(lock, [this] { return !taken_ && preferredWaiting_ == 0; });
+    }
+    taken_ = true;
+}
+
+void Turnstile::leave()
+{
+    {
+        const std::lock_guard lock(mutex_);
+        taken_ = false;
+    }
+    free_.notify_all();
+}
+
+// ------------------------------------------------------------------------------------------- the accounts
 
 Accounts::Accounts(std::string file) : file_(std::move(file)), key_{}
 {
     if (gnutls_rnd(GNUTLS_RND_KEY, key_.data(), key_.size()) != 0) {
         throw std::runtime_error("there are no random numbers");
     }
-    dummyHash_ = slowHash("", newSetting());
-}
-
-bool Accounts::read(const std::string &file, Hashes &hashes, std::string &problem)
-{
-    std::ifstream stream(file);
-    if (!stream) {
-        problem = file + ": " + std::strerror(errno);
-        return false;
-    }
-    std::string line;
-    for (std::size_t number = 1; std::getline(stream, line); ++number) {
-        if (line.empty() || line.front() == '#') {
-            continue;
-        }
-        const std::size_t colon = line.find(':');
-        const std::string user = line.substr(0, colon);
-        if (colon == std::string::npos || !isUserName(user)) {
-            problem = file + ":" + std::to_string(number) + ": expected \"user:hash\"";
-            return false;
-        }
-        // What follows another colon is of other programs that use such files.
-        const std::string rest = line.substr(colon + 1);
-        if (!hashes.emplace(user, rest.substr(0, rest.find(':'))).second) {
-            problem = file + ":" + std::to_string(number) + ": the account " + user + " is there twice";
-            return false;
-        }
-    }
-    return true;
 }
 
 bool Accounts::load(std::string &problem)
 {
     struct stat now = {};
-    Hashes hashes;
+    AccountMap accounts;
     if (stat(file_.c_str(), &now) != 0) {
         problem = file_ + ": " + std::strerror(errno);
         return false;
     }
-    if (!read(file_, hashes, problem)) {
+    if (!readAccounts(file_, accounts, problem)) {
         return false;
     }
+    std::string decoy;
+    for (const auto &[user, account] : accounts) {
+        if (isUsableHash(account.hash)) {
+            decoy = account.hash;
+            break;
+        }
+    }
     const std::lock_guard lock(mutex_);
-    hashes_ = std::move(hashes);
+    accounts_ = std::move(accounts);
+    decoy_ = decoy.empty() ? newHashSetting() : decoy;
     remembered_.clear();
     modified_ = now.st_mtim;
     size_ = now.st_size;
@@ -144,7 +121,7 @@ void Accounts::refresh()
     if (!load(problem)) {
         logLine("%s", problem.c_str());
         const std::lock_guard lock(mutex_);
-        hashes_.clear();
+        accounts_.clear();
         remembered_.clear();
         size_ = -1;
     }
@@ -165,87 +142,60 @@ Accounts::Digest Accounts::digestOf(std::string_view user, std::string_view pass
     return digest;
 }
 
-bool Accounts::verify(std::string_view user, std::string_view password)
+std::optional<Role> Accounts::recall(std::string_view user, std::string_view password)
 {
     refresh();
-    if (!isUserName(user) || password.size() > CRYPT_MAX_PASSPHRASE_SIZE ||
-        password.find('\0') != std::string_view::npos) {
-        return false;
+    if (!isUserName(user) || !canBePassword(password)) {
+        return std::nullopt;
     }
     const Digest digest = digestOf(user, password);
-    std::string hash;
+    const std::lock_guard lock(mutex_);
+    const auto known = remembered_.find(user);
+    const auto account = accounts_.find(user);
+    if (known == remembered_.end() || known->second != digest || account == accounts_.end()) {
+        return std::nullopt;
+    }
+    return account->second.role;
+}
+
+std::optional<Role> Accounts::login(std::string_view user, std::string_view password, bool isPreferred)
+{
+    refresh();
+    if (!isUserName(user) || !canBePassword(password)) {
+        return std::nullopt;
+    }
+    Account account;
+    std::string setting;
     {
         const std::lock_guard lock(mutex_);
-        if (const auto known = remembered_.find(user);
-            known != remembered_.end() && known->second == digest) {
-            return true;
+        if (const auto found = accounts_.find(user); found != accounts_.end()) {
+            account = found->second;
         }
-        if (const auto found = hashes_.find(user); found != hashes_.end()) {
-            hash = found->second;
-        }
+        setting = settingOf(account, decoy_);
     }
-    std::string computed;
-    {
-        const std::lock_guard lock(hashMutex_);
-        ++hashCount_;
-        computed = slowHash(std::string(password), hash.empty() ? dummyHash_ : hash);
+    hashing_.enter(isPreferred);
+    ++hashCount_;
+    const std::string computed = slowHash(std::string(password), setting);
+    hashing_.leave();
+    if (!isUsableHash(account.hash) || !sameText(computed, account.hash)) {
+        return std::nullopt;
     }
-    // crypt answers with a text beginning with * when it cannot; a locked account begins with ! or *.
-    if (hash.empty() || hash.front() == '*' || hash.front() == '!' || !sameText(computed, hash)) {
-        return false;
-    }
+    const Digest digest = digestOf(user, password);
     const std::lock_guard lock(mutex_);
-    if (const auto found = hashes_.find(user); found == hashes_.end() || found->second != hash) {
-        return true; // right when it was asked; the account has changed since
+    if (const auto found = accounts_.find(user);
+        found == accounts_.end() || found->second.hash != account.hash) {
+        return account.role; // right when it was asked; the account has changed since
     }
     if (remembered_.size() >= REMEMBERED && remembered_.find(user) == remembered_.end()) {
         remembered_.erase(remembered_.begin());
     }
     remembered_.insert_or_assign(std::string(user), digest);
-    return true;
+    return account.role;
 }
 
-bool Accounts::add(const std::string &file, const std::string &user, const std::string &password,
-                   std::string &problem)
+bool Accounts::verify(std::string_view user, std::string_view password)
 {
-    if (!isUserName(user)) {
-        problem = "a user name has no blanks, control characters or colons";
-        return false;
-    }
-    if (password.empty() || password.size() > CRYPT_MAX_PASSPHRASE_SIZE) {
-        problem = "the password is empty or too long";
-        return false;
-    }
-    Hashes hashes;
-    if (access(file.c_str(), F_OK) == 0 && !read(file, hashes, problem)) {
-        return false;
-    }
-    const std::string hash = slowHash(password, newSetting());
-    if (hash.empty() || hash.front() == '*') {
-        problem = "the password cannot be hashed";
-        return false;
-    }
-    hashes[user] = hash;
-    std::string text;
-    for (const auto &[name, value] : hashes) {
-        text += name + ":" + value + "\n";
-    }
-    // A new file in the place of the old one: a reader sees either, never a part.
-    std::string temporary = file + ".XXXXXX";
-    const int descriptor = mkstemp(temporary.data());
-    if (descriptor < 0) {
-        problem = temporary + ": " + std::strerror(errno);
-        return false;
-    }
-    const bool written = write(descriptor, text.data(), text.size()) == static_cast<ssize_t>(text.size()) &&
-                         fsync(descriptor) == 0;
-    const bool closed = close(descriptor) == 0;
-    if (!written || !closed || rename(temporary.c_str(), file.c_str()) != 0) {
-        problem = file + ": " + std::strerror(errno);
-        unlink(temporary.c_str());
-        return false;
-    }
-    return true;
+    return recall(user, password).has_value() || login(user, password).has_value();
 }
 
 } // namespace host

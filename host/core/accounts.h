@@ -1,12 +1,17 @@
-// The accounts: a file of lines "user:hash", the hash as crypt(3) makes it.
+// SPDX-License-Identifier: Apache-2.0
+// The accounts: a file of lines "user:hash:role", the hash as crypt(3) makes it; accounts_file.h changes it.
 #ifndef HOST_CORE_ACCOUNTS_H
 #define HOST_CORE_ACCOUNTS_H
 
+#include "core/accounts_file.h"
+
 #include <array>
 #include <chrono>
+#include <condition_variable>
 #include <ctime>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <sys/types.h>
@@ -14,24 +19,40 @@
 namespace host
 {
 
+/** Lets in one after the other; of those who wait, the preferred ones first. */
+class Turnstile
+{
+  public:
+    void enter(bool isPreferred);
+    void leave();
+
+  private:
+    std::mutex mutex_;
+    std::condition_variable free_;
+    bool taken_ = false;
+    unsigned preferredWaiting_ = 0;
+};
+
 class Accounts
 {
   public:
-    /** The file is read at once, and again after it has changed. */
+    /** The file is read by load(), and again after it has changed. */
     explicit Accounts(std::string file);
 
-    /** False, with the reason in problem, when the file cannot be read or has a line that is no account. */
-    bool load(std::string &problem);
+    /** False, with the reason in problem, when the file cannot be read, when others can write it, or when a
+     * line is no account or has a weak hash. */
+    [[nodiscard]] bool load(std::string &problem);
 
-    /** True when the password is the user's. The slow hash is computed once for a good pair, which is then
-     * remembered as a keyed digest; it is computed every time for a bad one, and for a user who does not
-     * exist as well, so that neither the answer nor its time tells which of the two was wrong. */
+    /** The role of the user when exactly this password has let him in before; computes no slow hash. */
+    std::optional<Role> recall(std::string_view user, std::string_view password);
+
+    /** The role of the user when the password is his. Computes a slow hash, one at a time, for whoever asks:
+     * a known, a locked and an unknown user take the same time. isPreferred: goes before those who are not,
+     * such as those who have been wrong before. */
+    std::optional<Role> login(std::string_view user, std::string_view password, bool isPreferred = true);
+
+    /** recall() or login(). */
     bool verify(std::string_view user, std::string_view password);
-
-    /** Adds or replaces the account. Writes the file anew, readable for its owner alone. False, with the
-     * reason in problem, on failure. */
-    static bool add(const std::string &file, const std::string &user, const std::string &password,
-                    std::string &problem);
 
     /** Slow hashes computed so far; for tests. */
     unsigned long hashCount() const
@@ -44,23 +65,21 @@ class Accounts
 
     /** HMAC-SHA-256 of user and password under a key that only this process knows. */
     using Digest = std::array<unsigned char, 32>;
-    using Hashes = std::map<std::string, std::string, std::less<>>;
 
-    static bool read(const std::string &file, Hashes &hashes, std::string &problem);
     void refresh();
     Digest digestOf(std::string_view user, std::string_view password) const;
 
     const std::string file_;
     Digest key_;
-    std::string dummyHash_;
     std::mutex mutex_;
-    Hashes hashes_;
+    AccountMap accounts_;
+    std::string decoy_; // what the password of an unknown user is hashed with
     std::map<std::string, Digest, std::less<>> remembered_; // user, digest of user and password
     std::chrono::steady_clock::time_point nextLook_;
     timespec modified_ = {};
     off_t size_ = -1;
     ino_t inode_ = 0;
-    std::mutex hashMutex_; // one slow hash at a time: guessing must not take all processors
+    Turnstile hashing_; // guessing must not take all processors
     unsigned long hashCount_ = 0;
 };
 

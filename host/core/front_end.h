@@ -5,6 +5,7 @@
 #define HOST_CORE_FRONT_END_H
 
 #include "cmpi/memory_budget.h"
+#include "core/role.h"
 #include "core/text_buffer.h"
 
 #include <string>
@@ -28,6 +29,7 @@ class HttpHeaders
 /** A request whose user has been authenticated. */
 struct HttpRequest {
     std::string_view principal;
+    Role role;
     /** The numeric address of the client. */
     std::string_view peer;
     std::string_view path;
@@ -57,6 +59,9 @@ class FrontEnd
 
     /** True when requests to that path are for this front end. */
     virtual bool serves(std::string_view path) const = 0;
+
+    /** True when a body of that media type, "application/xml" for instance, may be a message. */
+    virtual bool takes(std::string_view mediaType) const = 0;
 
     /** Answers the POST request. The body of the reply is put into out, which is empty before. Called by many
      * threads at once. An exception ends the request, and the server answers for the front end. */

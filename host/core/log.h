@@ -1,12 +1,67 @@
+// SPDX-License-Identifier: Apache-2.0
 // Messages of the object manager to its operator, on standard error.
 #ifndef HOST_CORE_LOG_H
 #define HOST_CORE_LOG_H
 
+#include <chrono>
+#include <mutex>
+#include <string>
+#include <string_view>
+
 namespace host
 {
 
-/** Writes one line, "display-host: " in front, in a single write. */
+/** Writes one line in a single write. Until beginLog() it is a program's message, "display-host: " in front;
+ * after it a line of a log, with the time (UTC) and the address of the client whom it concerns, "-" when it
+ * concerns none. Bytes that are no printable characters are shown as question marks. */
 void logLine(const char *format, ...) __attribute__((format(printf, 1, 2)));
+
+/** Keeps lines that clients can cause from filling the log: so many in a second, and then how many more. Safe
+ * to use by many threads. */
+class LogLimiter
+{
+  public:
+    /** what: what there were more of, "failed logins" for instance; a literal. */
+    explicit LogLimiter(const char *what) : what_(what) {}
+
+    /** False when the line is to be left out. */
+    bool permits();
+
+    /** Logs how many were left out; to be called every second or so. */
+    void tellRest();
+
+  private:
+    static constexpr unsigned PER_SECOND = 10;
+
+    const char *what_;
+    std::mutex mutex_;
+    std::chrono::steady_clock::time_point second_;
+    unsigned inSecond_ = 0;
+    unsigned leftOut_ = 0;
+};
+
+/** From now on lines have time and address. */
+void beginLog();
+
+/** The time as logs have it: 2026-11-22T04:45:11.123Z. */
+std::string logTime();
+
+/** As long as it lives, what this thread logs concerns the client with that numeric address, which must
+ * outlive it. */
+class LogClient
+{
+  public:
+    explicit LogClient(std::string_view address);
+    LogClient(const LogClient &) = delete;
+    LogClient &operator=(const LogClient &) = delete;
+    ~LogClient();
+
+  private:
+    std::string_view before_;
+};
+
+/** The address that the present LogClient of this thread has named; "-" without one. */
+std::string_view logClient();
 
 } // namespace host
 

@@ -1,48 +1,43 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "http/server.h"
 
 #include "core/log.h"
+#include "http/welcome.h"
 
 #include <algorithm>
-#include <arpa/inet.h>
 #include <cerrno>
-#include <charconv>
 #include <cstdarg>
 #include <cstring>
+#include <fstream>
+#include <gnutls/gnutls.h>
 #include <microhttpd.h>
-#include <netdb.h>
-#include <netinet/in.h>
-#include <netinet/tcp.h>
-#include <sys/socket.h>
+#include <sstream>
 #include <unistd.h>
 
 namespace host
 {
 
-struct HttpServer::Connection {
-    int socket = -1;
-    bool watched = false; // the client is to send or to receive something
-    std::chrono::steady_clock::time_point deadline;
-};
-
-/** One request on a connection, from its header to its reply. */
-struct HttpServer::Exchange {
-    explicit Exchange(MemoryBudget &budget) : memory(budget), out(memory) {}
-
-    Connection *connection = nullptr;
-    FrontEnd *frontEnd = nullptr;
-    std::string path;
-    std::string principal;
-    unsigned status = 200; // other than 200: what the request is refused with
-    std::size_t received = 0;
-    MemoryShare memory;
-    std::string body;
-    TextBuffer out;
+/** A connection as libmicrohttpd's callbacks find it again. */
+struct HttpServer::Peer {
+    HttpServer &server;
+    ConnectionTable::Connection &entry;
+    gnutls_session_t tls = nullptr; // null: none
+    bool isCertified = false;       // has shown the certificate that it needs
 };
 
 namespace
 {
 
 constexpr const char *REALM = "Basic realm=\"cimom\"";
+constexpr const char *PLAIN_TEXT = "text/plain; charset=utf-8";
+
+/** Forward secrecy and authenticated encryption, nothing else. */
+constexpr const char *TLS_PRIORITIES =
+    "NONE:+VERS-TLS1.3:+VERS-TLS1.2:+ECDHE-ECDSA:+ECDHE-RSA:+AES-256-GCM:+AES-128-GCM:+CHACHA20-POLY1305:"
+    "+AEAD:+COMP-NULL:+GROUP-X25519:+GROUP-SECP256R1:+GROUP-SECP384R1:"
+    "+SIGN-ECDSA-SHA256:+SIGN-ECDSA-SHA384:+SIGN-ECDSA-SECP256R1-SHA256:+SIGN-ECDSA-SECP384R1-SHA384:"
+    "+SIGN-EDDSA-ED25519:+SIGN-RSA-PSS-RSAE-SHA256:+SIGN-RSA-PSS-RSAE-SHA384:+SIGN-RSA-SHA256:"
+    "+SIGN-RSA-SHA384:+CTYPE-X509:%SERVER_PRECEDENCE";
 
 /** The header of a request as libmicrohttpd has it. */
 class ReceivedHeaders final : public HttpHeaders
@@ -67,25 +62,88 @@ T *contextOf(MHD_Connection *connection)
     return info != nullptr ? static_cast<T *>(info->socket_context) : nullptr;
 }
 
+RequestHead headOf(MHD_Connection *connection, const char *method, const char *version, bool isSecure)
+{
+    RequestHead head;
+    head.method = method;
+    head.version = version;
+    head.isSecure = isSecure;
+    const auto add = [](void *fields, MHD_ValueKind, const char *name, const char *value) {
+        static_cast<decltype(RequestHead::fields) *>(fields)->emplace_back(name,
+                                                                           value != nullptr ? value : "");
+        return MHD_YES;
+    };
+    MHD_get_connection_values(connection, MHD_HEADER_KIND, add, &head.fields);
+    return head;
+}
+
+bool hasGoodCertificate(gnutls_session_t session)
+{
+    unsigned status = 0;
+    return gnutls_certificate_verify_peers2(session, &status) == 0 && status == 0;
+}
+
 } // namespace
+
+/** One request on a connection, from its header to its reply. */
+struct HttpServer::Exchange {
+    Exchange(MHD_Connection *on, MemoryBudget &budget)
+        : connection(on), peer(*contextOf<Peer>(on)), memory(budget), out(memory)
+    {
+    }
+
+    void refuse(unsigned with, const char *why = nullptr)
+    {
+        status = with;
+        text = why;
+    }
+
+    MHD_Connection *connection;
+    Peer &peer;
+    FrontEnd *frontEnd = nullptr; // null: the request is refused, or for the page
+    std::string path;
+    std::string principal;
+    Role role = Role::Reader;
+    unsigned status = 200;      // other than 200: what the request is refused with
+    const char *text = nullptr; // that the client reads instead of what a front end has written
+    bool expectsToContinue = false;
+    std::size_t received = 0;
+    MemoryShare memory;
+    std::string body;
+    TextBuffer out;
+};
 
 /** The functions that libmicrohttpd calls. */
 struct HttpCallbacks {
     static MHD_Result handle(void *self, MHD_Connection *connection, const char *url, const char *method,
-                             const char *, const char *data, std::size_t *dataSize, void **exchange)
+                             const char *version, const char *data, std::size_t *dataSize, void **context)
     {
-        return static_cast<HttpServer *>(self)->handle(connection, url, method, data, *dataSize, exchange) !=
-                       0
-                   ? MHD_YES
-                   : MHD_NO;
+        HttpServer &server = *static_cast<HttpServer *>(self);
+        auto *exchange = static_cast<HttpServer::Exchange *>(*context);
+        try {
+            if (exchange == nullptr) {
+                exchange = new HttpServer::Exchange(connection, server.budget_);
+                *context = exchange;
+                const LogClient client(exchange->peer.entry.address);
+                exchange->path = url;
+                return server.begin(*exchange, method, version) != 0 ? MHD_YES : MHD_NO;
+            }
+            const LogClient client(exchange->peer.entry.address);
+            const std::size_t size = *dataSize;
+            *dataSize = 0;
+            return server.goOn(*exchange, {data, size}) != 0 ? MHD_YES : MHD_NO;
+        } catch (const std::exception &problem) { // nothing may pass through the frames of C
+            logLine("a connection is closed: %s", problem.what());
+            return MHD_NO;
+        }
     }
 
     static void completed(void *self, MHD_Connection *, void **context, MHD_RequestTerminationCode)
     {
-        const auto *exchange = static_cast<HttpServer::Exchange *>(*context);
+        auto *exchange = static_cast<HttpServer::Exchange *>(*context);
         if (exchange != nullptr) {
             // The time for the next request begins.
-            static_cast<HttpServer *>(self)->setDeadline(*exchange->connection, true);
+            static_cast<HttpServer *>(self)->connections_.awaitClient(exchange->peer.entry);
             delete exchange;
             *context = nullptr;
         }
@@ -94,17 +152,30 @@ struct HttpCallbacks {
     static void connectionChanged(void *self, MHD_Connection *connection, void **context,
                                   MHD_ConnectionNotificationCode what)
     {
+        HttpServer &server = *static_cast<HttpServer *>(self);
         if (what == MHD_CONNECTION_NOTIFY_STARTED) {
-            static_cast<HttpServer *>(self)->addConnection(connection, context);
+            *context = server.open(connection);
         } else if (*context != nullptr) {
-            static_cast<HttpServer *>(self)->removeConnection(
-                static_cast<HttpServer::Connection *>(*context));
+            server.close(static_cast<HttpServer::Peer *>(*context));
             *context = nullptr;
         }
     }
 
-    static void log(void *, const char *format, va_list arguments) __attribute__((format(printf, 2, 0)))
+    static int giveCertificate(gnutls_session_t session, const gnutls_datum_t *, int,
+                               const gnutls_pk_algorithm_t *, int, gnutls_pcert_st **certificates,
+                               unsigned *count, gnutls_privkey_t *key)
     {
+        // libmicrohttpd makes its connection the pointer of the session.
+        auto *connection = static_cast<MHD_Connection *>(gnutls_session_get_ptr(session));
+        const auto *peer = contextOf<HttpServer::Peer>(connection);
+        return peer != nullptr ? peer->server.certificates_->give(certificates, count, key) : -1;
+    }
+
+    static void log(void *self, const char *format, va_list arguments) __attribute__((format(printf, 2, 0)))
+    {
+        if (!static_cast<HttpServer *>(self)->log_.permits()) {
+            return;
+        }
         char text[512];
         std::vsnprintf(text, sizeof text, format, arguments);
         if (char *end = std::strchr(text, '\n'); end != nullptr) {
@@ -115,8 +186,14 @@ struct HttpCallbacks {
 };
 
 HttpServer::HttpServer(Accounts &accounts, std::vector<FrontEnd *> frontEnds, const HttpLimits &limits)
-    : accounts_(accounts), frontEnds_(std::move(frontEnds)), limits_(limits)
+    : frontEnds_(std::move(frontEnds)), limits_(limits), login_(accounts, limits.logins)
 {
+    char machine[256] = "";
+    if (gethostname(machine, sizeof machine - 1) == 0) {
+        const std::string_view name = machine;
+        names_.add(name);
+        names_.add(name.substr(0, name.find('.')));
+    }
 }
 
 HttpServer::~HttpServer()
@@ -126,230 +203,289 @@ HttpServer::~HttpServer()
 
 // ------------------------------------------------------------------------------------------- start and stop
 
-bool HttpServer::listen(const std::string &address, std::uint16_t port, std::string &problem)
+void HttpServer::addName(std::string_view name)
 {
-    addrinfo hints = {};
-    hints.ai_flags = AI_NUMERICHOST | AI_NUMERICSERV | AI_PASSIVE;
-    hints.ai_socktype = SOCK_STREAM;
-    addrinfo *found = nullptr;
-    if (const int code = getaddrinfo(address.c_str(), std::to_string(port).c_str(), &hints, &found);
-        code != 0) {
-        problem = "the address " + address + " is not a numeric IP address: " + gai_strerror(code);
+    names_.add(name);
+}
+
+void HttpServer::setTask(std::function<void()> task)
+{
+    task_ = std::move(task);
+}
+
+bool HttpServer::setTls(const TlsOptions &options, std::string &problem)
+{
+    certificates_ = std::make_unique<Certificates>(options.certificateFile, options.keyFile);
+    if (!certificates_->load(problem)) {
         return false;
     }
-    const auto fail = [&](const char *what) {
-        problem = std::string(what) + " " + address + " port " + std::to_string(port) + ": " +
-                  (errno == EADDRINUSE ? "another program is listening there" : std::strerror(errno));
-        if (socket_ >= 0) {
-            close(socket_);
-            socket_ = -1;
+    for (const std::string &name : certificates_->names()) {
+        names_.add(name);
+    }
+    if (!options.clientCaFile.empty()) {
+        std::ifstream stream(options.clientCaFile);
+        std::ostringstream text;
+        text << stream.rdbuf();
+        clientCa_ = text.str();
+        if (!stream || clientCa_.find("-----BEGIN CERTIFICATE-----") == std::string::npos) {
+            problem = options.clientCaFile + " holds no certificate";
+            return false;
         }
-        freeaddrinfo(found);
-        return false;
-    };
-    socket_ = socket(found->ai_family, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (socket_ < 0) {
-        return fail("cannot make a socket for");
     }
-    const int on = 1;
-    setsockopt(socket_, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
-    if (bind(socket_, found->ai_addr, found->ai_addrlen) != 0 || ::listen(socket_, 128) != 0) {
-        return fail("cannot listen on");
-    }
-    sockaddr_storage bound = {};
-    socklen_t length = sizeof bound;
-    if (getsockname(socket_, reinterpret_cast<sockaddr *>(&bound), &length) != 0) {
-        return fail("cannot tell the port of");
-    }
-    // The port lies at the same place for both families.
-    port_ = ntohs(reinterpret_cast<const sockaddr_in *>(&bound)->sin_port);
-    freeaddrinfo(found);
     return true;
 }
 
-bool HttpServer::start(const std::string &address, std::uint16_t port, std::string &problem)
+bool HttpServer::start(const Endpoint &endpoint, std::string &problem)
 {
-    if (!listen(address, port, problem)) {
+    return start(endpoint, false, problem);
+}
+
+bool HttpServer::startTls(const Endpoint &endpoint, std::string &problem)
+{
+    return start(endpoint, true, problem);
+}
+
+bool HttpServer::start(const Endpoint &endpoint, bool isSecure, std::string &problem)
+{
+    Endpoint listening = endpoint;
+    if (!listen(listening, problem)) {
         return false;
     }
-    // A few connections more than served ones, so that whoever comes too many is told so.
-    daemon_ = MHD_start_daemon(
-        MHD_USE_THREAD_PER_CONNECTION | MHD_USE_INTERNAL_POLLING_THREAD | MHD_USE_POLL | MHD_USE_ERROR_LOG, 0,
-        nullptr, nullptr, &HttpCallbacks::handle, this, MHD_OPTION_EXTERNAL_LOGGER, &HttpCallbacks::log,
-        nullptr, MHD_OPTION_LISTEN_SOCKET, socket_, MHD_OPTION_CONNECTION_LIMIT, limits_.connections + 8,
-        MHD_OPTION_CONNECTION_TIMEOUT, static_cast<unsigned>(limits_.idle.count()),
-        MHD_OPTION_CONNECTION_MEMORY_LIMIT, limits_.headerBytes, MHD_OPTION_NOTIFY_COMPLETED,
-        &HttpCallbacks::completed, this, MHD_OPTION_NOTIFY_CONNECTION, &HttpCallbacks::connectionChanged,
-        this, MHD_OPTION_END);
-    if (daemon_ == nullptr) {
-        problem = "the HTTP server cannot be started";
-        close(socket_);
-        socket_ = -1;
+    MHD_Daemon *daemon = startDaemon(listening.socket, isSecure);
+    if (daemon == nullptr) {
+        problem = isSecure ? "the HTTPS server cannot be started" : "the HTTP server cannot be started";
+        ::close(listening.socket);
         return false;
     }
-    stopping_ = false;
-    watchdog_ = std::thread([this] { watch(); });
+    daemons_.push_back(daemon);
+    endpoints_.push_back(listening);
+    if (!watchdog_.joinable()) {
+        stopping_ = false;
+        watchdog_ = std::thread([this] { watch(); });
+    }
     return true;
+}
+
+MHD_Daemon *HttpServer::startDaemon(int socket, bool isSecure)
+{
+    // A few connections more than served ones: whoever comes too many is told so, and who has to go may still
+    // be on his way.
+    const unsigned connections = limits_.total + 64;
+    std::vector<MHD_OptionItem> more;
+    if (isSecure) {
+        more.push_back({MHD_OPTION_HTTPS_PRIORITIES, 0, const_cast<char *>(TLS_PRIORITIES)});
+        more.push_back(
+            {MHD_OPTION_HTTPS_CERT_CALLBACK, 0, reinterpret_cast<void *>(&HttpCallbacks::giveCertificate)});
+        if (!clientCa_.empty()) {
+            more.push_back({MHD_OPTION_HTTPS_MEM_TRUST, 0, clientCa_.data()});
+        }
+    }
+    more.push_back({MHD_OPTION_END, 0, nullptr});
+    const unsigned flags = MHD_USE_THREAD_PER_CONNECTION | MHD_USE_INTERNAL_POLLING_THREAD | MHD_USE_POLL |
+                           MHD_USE_ERROR_LOG | (isSecure ? MHD_USE_TLS : MHD_NO_FLAG);
+    return MHD_start_daemon(flags, 0, nullptr, nullptr, &HttpCallbacks::handle, this,
+                            MHD_OPTION_EXTERNAL_LOGGER, &HttpCallbacks::log, this, MHD_OPTION_LISTEN_SOCKET,
+                            socket, MHD_OPTION_CONNECTION_LIMIT, connections, MHD_OPTION_CONNECTION_TIMEOUT,
+                            static_cast<unsigned>(limits_.idle.count()), MHD_OPTION_CONNECTION_MEMORY_LIMIT,
+                            limits_.headerBytes, MHD_OPTION_NOTIFY_COMPLETED, &HttpCallbacks::completed, this,
+                            MHD_OPTION_NOTIFY_CONNECTION, &HttpCallbacks::connectionChanged, this,
+                            MHD_OPTION_ARRAY, more.data(), MHD_OPTION_END);
 }
 
 void HttpServer::stop()
 {
-    if (daemon_ == nullptr) {
-        return;
+    if (watchdog_.joinable()) {
+        {
+            const std::lock_guard lock(mutex_);
+            stopping_ = true;
+        }
+        wake_.notify_one();
+        watchdog_.join();
     }
-    {
-        const std::lock_guard lock(mutex_);
-        stopping_ = true;
+    for (MHD_Daemon *daemon : daemons_) {
+        MHD_stop_daemon(daemon); // closes the listening socket too
     }
-    wake_.notify_one();
-    watchdog_.join();
-    MHD_stop_daemon(daemon_); // closes the listening socket too
-    daemon_ = nullptr;
-    socket_ = -1;
+    daemons_.clear();
+    endpoints_.clear();
 }
 
-// --------------------------------------------------------------------------------------------- connections
-
-void HttpServer::addConnection(MHD_Connection *connection, void **socketContext)
-{
-    const MHD_ConnectionInfo *info = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD);
-    const std::lock_guard lock(mutex_);
-    Connection &added = connections_.emplace_back();
-    added.socket = info != nullptr ? info->connect_fd : -1;
-    added.watched = true;
-    added.deadline = std::chrono::steady_clock::now() + limits_.transfer;
-    *socketContext = &added;
-    ++connectionCount_;
-}
-
-void HttpServer::removeConnection(Connection *connection)
-{
-    const std::lock_guard lock(mutex_);
-    connections_.remove_if([connection](const Connection &each) { return &each == connection; });
-    --connectionCount_;
-}
-
-void HttpServer::setDeadline(Connection &connection, bool watched)
-{
-    const std::lock_guard lock(mutex_);
-    connection.watched = watched;
-    connection.deadline = std::chrono::steady_clock::now() + limits_.transfer;
-}
-
-/** Ends connections whose client takes too long. libmicrohttpd ends those on which nothing moves; a client
- * that sends a byte now and then is up to this. */
+/** libmicrohttpd ends connections on which nothing moves; a client that sends a byte now and then is up to
+ * this. */
 void HttpServer::watch()
 {
-    const auto interval = std::clamp<std::chrono::milliseconds>(
-        limits_.transfer / 4, std::chrono::milliseconds(10), std::chrono::milliseconds(1000));
+    const auto interval =
+        std::clamp<std::chrono::milliseconds>(std::min(limits_.transfer, limits_.login) / 4,
+                                              std::chrono::milliseconds(10), std::chrono::milliseconds(1000));
+    auto nextTick = std::chrono::steady_clock::now();
     std::unique_lock lock(mutex_);
     while (!wake_.wait_for(lock, interval, [this] { return stopping_; })) {
-        const auto now = std::chrono::steady_clock::now();
-        for (Connection &connection : connections_) {
-            if (connection.watched && connection.deadline < now && connection.socket >= 0) {
-                connection.watched = false;
-                shutdown(connection.socket, SHUT_RDWR); // its own thread notices and closes it
-            }
+        connections_.endOverdue();
+        if (const auto now = std::chrono::steady_clock::now(); now >= nextTick) {
+            nextTick = now + std::chrono::seconds(1);
+            tick();
         }
     }
 }
 
+void HttpServer::tick()
+{
+    login_.tick();
+    log_.tellRest();
+    if (certificates_ != nullptr && certificates_->refresh()) {
+        const std::unique_lock lock(namesMutex_);
+        for (const std::string &name : certificates_->names()) {
+            names_.add(name);
+        }
+    }
+    if (task_) {
+        task_();
+    }
+}
+
+// --------------------------------------------------------------------------------------------- connections
+
+HttpServer::Peer *HttpServer::open(MHD_Connection *connection)
+{
+    const MHD_ConnectionInfo *info = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD);
+    const int socket = info != nullptr ? info->connect_fd : -1;
+    info = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CLIENT_ADDRESS);
+    ConnectionTable::Connection &entry =
+        connections_.add(socket, info != nullptr ? numericAddress(info->client_addr) : "-");
+    return new Peer{*this, entry, nullptr, false};
+}
+
+void HttpServer::close(Peer *peer)
+{
+    connections_.remove(peer->entry);
+    delete peer;
+}
+
 // ------------------------------------------------------------------------------------------------ requests
 
-FrontEnd *HttpServer::frontEndOf(const char *url) const
+FrontEnd *HttpServer::frontEndOf(std::string_view path) const
 {
     for (FrontEnd *frontEnd : frontEnds_) {
-        if (frontEnd->serves(url)) {
+        if (frontEnd->serves(path)) {
             return frontEnd;
         }
     }
     return nullptr;
 }
 
-bool HttpServer::authenticate(MHD_Connection *connection, std::string &principal)
+/** The header of a request is there. */
+int HttpServer::begin(Exchange &exchange, const char *method, const char *version)
 {
-    char *password = nullptr;
-    char *user = MHD_basic_auth_get_username_password(connection, &password);
-    const bool good = user != nullptr && password != nullptr && accounts_.verify(user, password);
-    if (good) {
-        principal = user;
-    }
-    if (password != nullptr) {
-        explicit_bzero(password, std::strlen(password));
-    }
-    MHD_free(user);
-    MHD_free(password);
-    return good;
+    check(exchange, method, version);
+    // A client that has to authenticate may send its body first: read it, so that the connection can go on.
+    // Whatever else is refused is refused at once, and so is who waits for leave to send.
+    const bool readsOn = exchange.status == MHD_HTTP_OK ||
+                         (exchange.status == MHD_HTTP_UNAUTHORIZED && !exchange.expectsToContinue);
+    return readsOn ? MHD_YES : answer(exchange);
 }
 
-/** Looks at the header of a request: is there a reason to refuse it? */
-void HttpServer::begin(MHD_Connection *connection, const char *url, const char *method, Exchange &exchange)
+/** Is there a reason to refuse the request? */
+void HttpServer::check(Exchange &exchange, const char *method, const char *version)
 {
-    if (connectionCount_ > limits_.connections) {
-        exchange.status = MHD_HTTP_SERVICE_UNAVAILABLE;
-        return;
+    Peer &peer = exchange.peer;
+    if (peer.entry.isTurnedAway) {
+        return exchange.refuse(MHD_HTTP_SERVICE_UNAVAILABLE, "All connections are busy.");
     }
-    exchange.path = url;
-    exchange.frontEnd = frontEndOf(url);
-    if (exchange.frontEnd == nullptr) {
-        exchange.status = MHD_HTTP_NOT_FOUND;
-        return;
-    }
-    if (std::strcmp(method, MHD_HTTP_METHOD_POST) != 0) {
-        exchange.status = MHD_HTTP_METHOD_NOT_ALLOWED;
-        return;
-    }
-    std::uint64_t bytes = 0;
-    if (const char *length =
-            MHD_lookup_connection_value(connection, MHD_HEADER_KIND, MHD_HTTP_HEADER_CONTENT_LENGTH);
-        length != nullptr) {
-        const char *end = length + std::strlen(length);
-        if (std::from_chars(length, end, bytes).ec != std::errc() || bytes > limits_.bodyBytes) {
-            exchange.status = MHD_HTTP_CONTENT_TOO_LARGE;
-            return;
+    const MHD_ConnectionInfo *info =
+        MHD_get_connection_info(exchange.connection, MHD_CONNECTION_INFO_GNUTLS_SESSION);
+    peer.tls = info != nullptr ? static_cast<gnutls_session_t>(info->tls_session) : nullptr;
+    if (peer.tls != nullptr && !clientCa_.empty() && !peer.isCertified) {
+        peer.isCertified = hasGoodCertificate(peer.tls);
+        if (!peer.isCertified) {
+            return exchange.refuse(MHD_HTTP_FORBIDDEN,
+                                   "A client certificate is needed that this server trusts.");
         }
     }
-    if (!authenticate(connection, exchange.principal)) {
-        exchange.status = MHD_HTTP_UNAUTHORIZED;
+    const RequestHead head = headOf(exchange.connection, method, version, peer.tls != nullptr);
+    {
+        const std::shared_lock lock(namesMutex_);
+        if (const std::optional<Refusal> refusal = checkHead(head, names_)) {
+            return exchange.refuse(refusal->status, refusal->text);
+        }
+    }
+    exchange.expectsToContinue = !head.first(MHD_HTTP_HEADER_EXPECT).empty();
+    choose(exchange, head);
+    if (exchange.frontEnd == nullptr || exchange.status != MHD_HTTP_OK) {
         return;
     }
+    connections_.beginWork(peer.entry); // as long as looking at a password takes is not the client's fault
+    authenticate(exchange, head);
+    connections_.awaitClient(peer.entry);
+}
+
+/** Finds who is to answer the request, if it is of a form that can be answered. */
+void HttpServer::choose(Exchange &exchange, const RequestHead &head)
+{
+    if (exchange.path == "/" && (head.method == MHD_HTTP_METHOD_GET || head.method == MHD_HTTP_METHOD_HEAD)) {
+        return; // the page
+    }
+    FrontEnd *frontEnd = frontEndOf(exchange.path);
+    if (frontEnd == nullptr) {
+        return exchange.refuse(MHD_HTTP_NOT_FOUND);
+    }
+    if (head.method == "M-POST") { // DSP0200 leaves it to the server; clients then use POST
+        return exchange.refuse(MHD_HTTP_NOT_IMPLEMENTED, "M-POST is not implemented; use POST.");
+    }
+    if (head.method != MHD_HTTP_METHOD_POST) {
+        return exchange.refuse(MHD_HTTP_METHOD_NOT_ALLOWED);
+    }
+    if (bodyLength(head).value_or(UINT64_MAX) > limits_.bodyBytes) {
+        return exchange.refuse(MHD_HTTP_CONTENT_TOO_LARGE);
+    }
+    const std::string type = mediaType(head.first(MHD_HTTP_HEADER_CONTENT_TYPE));
+    if (!type.empty() && !frontEnd->takes(type)) {
+        return exchange.refuse(
+            MHD_HTTP_UNSUPPORTED_MEDIA_TYPE,
+            "The body must have the Content-Type of the protocol: application/xml or text/xml "
+            "for CIM-XML, application/soap+xml for WS-Management.");
+    }
+    exchange.frontEnd = frontEnd;
+}
+
+void HttpServer::authenticate(Exchange &exchange, const RequestHead &head)
+{
+    ConnectionTable::Connection &entry = exchange.peer.entry;
+    const char *authorization =
+        MHD_lookup_connection_value(exchange.connection, MHD_HEADER_KIND, MHD_HTTP_HEADER_AUTHORIZATION);
+    const LoginAnswer login = login_.check(authorization, entry.address);
+    if (login.kind == LoginAnswer::Kind::TooManyFailures) {
+        return exchange.refuse(MHD_HTTP_TOO_MANY_REQUESTS,
+                               "Too many wrong passwords came from this address.");
+    }
+    if (login.kind == LoginAnswer::Kind::Wrong) {
+        return exchange.refuse(MHD_HTTP_UNAUTHORIZED);
+    }
+    connections_.logIn(entry);
+    exchange.principal = login.user;
+    exchange.role = login.role;
+    const std::uint64_t bytes = bodyLength(head).value_or(0);
     if (!exchange.memory.take(bytes + 1)) {
-        exchange.status = MHD_HTTP_SERVICE_UNAVAILABLE;
-        return;
+        return exchange.refuse(MHD_HTTP_SERVICE_UNAVAILABLE);
     }
     exchange.body.reserve(bytes + 1);
 }
 
-int HttpServer::handle(MHD_Connection *connection, const char *url, const char *method, const char *data,
-                       std::size_t &dataSize, void **exchangeContext)
+int HttpServer::goOn(Exchange &exchange, std::string_view data)
 {
-    auto *exchange = static_cast<Exchange *>(*exchangeContext);
-    if (exchange == nullptr) {
-        exchange = new Exchange(budget_);
-        exchange->connection = contextOf<Connection>(connection);
-        *exchangeContext = exchange;
-        begin(connection, url, method, *exchange);
-        // A client that has to authenticate may send its body first: read it, so that the connection can go
-        // on. Whatever else is refused is refused at once.
-        const bool readsOn = exchange->status == 200 || exchange->status == MHD_HTTP_UNAUTHORIZED;
-        return readsOn ? MHD_YES : answer(connection, *exchange);
+    if (data.empty()) {
+        return answer(exchange);
     }
-    if (dataSize != 0) {
-        exchange->received += dataSize;
-        if (exchange->received > limits_.bodyBytes) { // only a body without a length gets here
-            exchange->status = MHD_HTTP_CONTENT_TOO_LARGE;
-            exchange->body.clear();
-            if (exchange->received > 4 * limits_.bodyBytes) {
-                return MHD_NO; // it does not end
-            }
+    exchange.received += data.size();
+    if (exchange.received > limits_.bodyBytes) { // only a body without a length gets here
+        exchange.refuse(MHD_HTTP_CONTENT_TOO_LARGE);
+        exchange.body.clear();
+        if (exchange.received > 4 * limits_.bodyBytes) {
+            return MHD_NO; // it does not end
         }
-        if (exchange->status == 200) {
-            appendBody(*exchange, {data, dataSize});
-        }
-        dataSize = 0;
-        return MHD_YES;
     }
-    return answer(connection, *exchange);
+    if (exchange.status == MHD_HTTP_OK && exchange.frontEnd != nullptr) {
+        appendBody(exchange, data);
+    }
+    return MHD_YES;
 }
 
 /** A body without a length grows; what it takes is paid for. */
@@ -359,8 +495,7 @@ void HttpServer::appendBody(Exchange &exchange, std::string_view data)
     if (const std::size_t capacity = exchange.body.capacity(); wanted > capacity) {
         const std::size_t grown = std::max(wanted, 2 * capacity);
         if (!exchange.memory.take(grown - capacity)) {
-            exchange.status = MHD_HTTP_SERVICE_UNAVAILABLE;
-            return;
+            return exchange.refuse(MHD_HTTP_SERVICE_UNAVAILABLE);
         }
         exchange.body.reserve(grown);
     }
@@ -368,59 +503,70 @@ void HttpServer::appendBody(Exchange &exchange, std::string_view data)
 }
 
 /** An exception ends the request, not the process. */
-HttpReply HttpServer::callFrontEnd(MHD_Connection *connection, Exchange &exchange)
+HttpReply HttpServer::callFrontEnd(Exchange &exchange)
 {
     HttpReply reply;
     try {
-        const ReceivedHeaders headers(connection);
-        const HttpRequest request{exchange.principal, {}, exchange.path, headers, exchange.body,
+        const ReceivedHeaders headers(exchange.connection);
+        const HttpRequest request{exchange.principal, exchange.role, exchange.peer.entry.address,
+                                  exchange.path,      headers,       exchange.body,
                                   exchange.memory};
         return exchange.frontEnd->handle(request, exchange.out);
     } catch (const std::bad_alloc &) {
         reply.status = MHD_HTTP_SERVICE_UNAVAILABLE;
+        reply.fields = {{MHD_HTTP_HEADER_RETRY_AFTER, "1"}};
     } catch (const std::exception &problem) {
         logLine("a request of %s ended with an exception: %s", exchange.principal.c_str(), problem.what());
         reply.status = MHD_HTTP_INTERNAL_SERVER_ERROR;
     }
     exchange.out.clear();
-    reply.fields = {{MHD_HTTP_HEADER_CONNECTION, "close"}};
+    reply.fields.push_back({MHD_HTTP_HEADER_CONNECTION, "close"});
     return reply;
 }
 
-int HttpServer::answer(MHD_Connection *connection, Exchange &exchange)
+int HttpServer::answer(Exchange &exchange)
 {
-    Connection &of = *exchange.connection;
     HttpReply what;
     what.status = exchange.status;
     switch (exchange.status) {
-    case 200:
-        setDeadline(of, false); // as long as a provider takes is not the client's fault
-        what = callFrontEnd(connection, exchange);
-        setDeadline(of, true);
+    case MHD_HTTP_OK:
+        if (exchange.frontEnd == nullptr) {
+            what.contentType = "text/html; charset=utf-8";
+            what.fields = {{"Content-Security-Policy", "default-src 'none'; style-src 'unsafe-inline'"},
+                           {"X-Content-Type-Options", "nosniff"}};
+            exchange.text = WELCOME_PAGE;
+            break;
+        }
+        connections_.beginWork(exchange.peer.entry); // nor is as long as a provider takes
+        what = callFrontEnd(exchange);
+        connections_.awaitClient(exchange.peer.entry);
         break;
     case MHD_HTTP_UNAUTHORIZED:
         what.fields = {{MHD_HTTP_HEADER_WWW_AUTHENTICATE, REALM}};
         break;
     case MHD_HTTP_METHOD_NOT_ALLOWED:
-        what.fields = {{MHD_HTTP_HEADER_ALLOW, MHD_HTTP_METHOD_POST}};
+        what.fields = {{MHD_HTTP_HEADER_ALLOW, exchange.path == "/" ? "GET, HEAD, POST" : "POST"}};
         break;
     case MHD_HTTP_SERVICE_UNAVAILABLE:
+    case MHD_HTTP_TOO_MANY_REQUESTS:
         what.fields = {{MHD_HTTP_HEADER_CONNECTION, "close"}, {MHD_HTTP_HEADER_RETRY_AFTER, "1"}};
         break;
-    case MHD_HTTP_CONTENT_TOO_LARGE:
+    default:
         what.fields = {{MHD_HTTP_HEADER_CONNECTION, "close"}};
         break;
-    default:
-        break;
     }
-    return reply(connection, exchange, what);
+    if (exchange.text != nullptr && what.contentType == nullptr) {
+        what.contentType = PLAIN_TEXT;
+    }
+    return reply(exchange, what);
 }
 
-int HttpServer::reply(MHD_Connection *connection, const Exchange &exchange, const HttpReply &what)
+int HttpServer::reply(const Exchange &exchange, const HttpReply &what)
 {
     // The bytes stay where they are, in the exchange, until they are sent.
-    MHD_Response *response = MHD_create_response_from_buffer(
-        exchange.out.size(), const_cast<char *>(exchange.out.view().data()), MHD_RESPMEM_PERSISTENT);
+    const std::string_view body = exchange.text != nullptr ? exchange.text : exchange.out.view();
+    MHD_Response *response =
+        MHD_create_response_from_buffer(body.size(), const_cast<char *>(body.data()), MHD_RESPMEM_PERSISTENT);
     if (response == nullptr) {
         return MHD_NO;
     }
@@ -429,7 +575,7 @@ int HttpServer::reply(MHD_Connection *connection, const Exchange &exchange, cons
     for (const HttpField &field : what.fields) {
         good = good && MHD_add_response_header(response, field.name, field.value) == MHD_YES;
     }
-    good = good && MHD_queue_response(connection, what.status, response) == MHD_YES;
+    good = good && MHD_queue_response(exchange.connection, what.status, response) == MHD_YES;
     MHD_destroy_response(response);
     return good ? MHD_YES : MHD_NO;
 }

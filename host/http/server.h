@@ -1,16 +1,23 @@
-// The HTTP server: connections, authentication and limits. What a request means is up to the front ends.
+// SPDX-License-Identifier: Apache-2.0
+// The HTTP server: connections, TLS, authentication and limits. What a request means is up to the front ends.
 #ifndef HOST_HTTP_SERVER_H
 #define HOST_HTTP_SERVER_H
 
+#include "cmpi/memory_budget.h"
 #include "core/accounts.h"
 #include "core/front_end.h"
+#include "http/certificates.h"
+#include "http/connections.h"
+#include "http/listening.h"
+#include "http/login.h"
+#include "http/request_rules.h"
 
-#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
-#include <list>
+#include <functional>
 #include <mutex>
+#include <shared_mutex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -22,17 +29,24 @@ namespace host
 {
 
 /** What a client can send at most, and how long it can take. */
-struct HttpLimits {
+struct HttpLimits : ConnectionLimits {
     std::size_t bodyBytes = std::size_t{1024} * 1024;
     std::size_t headerBytes = std::size_t{32} * 1024;
-    unsigned connections = 64;
-    /** What all requests together, and one alone, may use of memory: bodies, what is made of them, answers. */
+    /** What all requests together, and one alone, may use of memory: bodies, what is made of them, answers.
+     */
     std::size_t memory = MemoryBudget::DEFAULT_TOTAL;
     std::size_t requestMemory = MemoryBudget::DEFAULT_PER_REQUEST;
     /** Without a byte in either direction. */
     std::chrono::seconds idle{60};
-    /** For a whole request to come in, or a whole reply to go out, however many bytes move meanwhile. */
-    std::chrono::milliseconds transfer{90000};
+    LoginLimits logins;
+};
+
+/** How an endpoint is secured. */
+struct TlsOptions {
+    std::string certificateFile;
+    std::string keyFile;
+    /** Only clients with a certificate of these issuers are answered; empty: all. */
+    std::string clientCaFile;
 };
 
 class HttpServer
@@ -43,14 +57,24 @@ class HttpServer
     HttpServer &operator=(const HttpServer &) = delete;
     ~HttpServer();
 
-    /** Listens. address: numeric IPv4 or IPv6; port 0: any free one. False, with the reason in problem, on
-     * failure. */
-    bool start(const std::string &address, std::uint16_t port, std::string &problem);
+    /** A name by which clients may address this server; "*": any. Before start(). */
+    void addName(std::string_view name);
 
-    /** The port that start() has got. */
-    std::uint16_t port() const
+    /** Reads the certificate for startTls(). False, with the reason in problem, on failure. */
+    [[nodiscard]] bool setTls(const TlsOptions &options, std::string &problem);
+
+    /** Listens, also at several endpoints one after the other. False, with the reason in problem, on
+     * failure. */
+    [[nodiscard]] bool start(const Endpoint &endpoint, std::string &problem);
+    [[nodiscard]] bool startTls(const Endpoint &endpoint, std::string &problem);
+
+    /** What is done every second or so. Before start(). */
+    void setTask(std::function<void()> task);
+
+    /** Where the server listens, in the order of the starts. */
+    const std::vector<Endpoint> &endpoints() const
     {
-        return port_;
+        return endpoints_;
     }
 
     /** Takes no more connections and waits until the present requests are answered. */
@@ -59,41 +83,49 @@ class HttpServer
     /** The connections that there are now. */
     unsigned connectionCount() const
     {
-        return connectionCount_;
+        return connections_.count();
     }
 
   private:
     friend struct HttpCallbacks;
-    struct Connection;
+    struct Peer;
     struct Exchange;
 
-    bool listen(const std::string &address, std::uint16_t port, std::string &problem);
-    void addConnection(MHD_Connection *connection, void **socketContext);
-    void removeConnection(Connection *connection);
+    [[nodiscard]] bool start(const Endpoint &endpoint, bool isSecure, std::string &problem);
+    MHD_Daemon *startDaemon(int socket, bool isSecure);
     void watch();
-    void setDeadline(Connection &connection, bool watched);
-    int handle(MHD_Connection *connection, const char *url, const char *method, const char *data,
-               std::size_t &dataSize, void **exchangeContext);
-    void begin(MHD_Connection *connection, const char *url, const char *method, Exchange &exchange);
-    int answer(MHD_Connection *connection, Exchange &exchange);
-    static void appendBody(Exchange &exchange, std::string_view data);
-    static HttpReply callFrontEnd(MHD_Connection *connection, Exchange &exchange);
-    int reply(MHD_Connection *connection, const Exchange &exchange, const HttpReply &what);
-    bool authenticate(MHD_Connection *connection, std::string &principal);
-    FrontEnd *frontEndOf(const char *url) const;
+    void tick();
 
-    Accounts &accounts_;
+    Peer *open(MHD_Connection *connection);
+    void close(Peer *peer);
+    int begin(Exchange &exchange, const char *method, const char *version);
+    int goOn(Exchange &exchange, std::string_view data);
+    void check(Exchange &exchange, const char *method, const char *version);
+    void choose(Exchange &exchange, const RequestHead &head);
+    void authenticate(Exchange &exchange, const RequestHead &head);
+    int answer(Exchange &exchange);
+    static void appendBody(Exchange &exchange, std::string_view data);
+    static HttpReply callFrontEnd(Exchange &exchange);
+    static int reply(const Exchange &exchange, const HttpReply &what);
+    FrontEnd *frontEndOf(std::string_view path) const;
+
     const std::vector<FrontEnd *> frontEnds_;
     const HttpLimits limits_;
     MemoryBudget budget_{limits_.memory, limits_.requestMemory};
-    MHD_Daemon *daemon_ = nullptr;
-    int socket_ = -1;
-    std::uint16_t port_ = 0;
-    std::atomic<unsigned> connectionCount_ = 0;
+    ConnectionTable connections_{limits_};
+    Login login_;
+    LogLimiter log_{"troubles with connections"};
+    std::function<void()> task_;
 
+    std::unique_ptr<Certificates> certificates_;
+    std::string clientCa_; // PEM
+    std::shared_mutex namesMutex_;
+    ServerNames names_;
+
+    std::vector<Endpoint> endpoints_;
+    std::vector<MHD_Daemon *> daemons_;
     std::mutex mutex_;
     std::condition_variable wake_;
-    std::list<Connection> connections_;
     bool stopping_ = false;
     std::thread watchdog_;
 };

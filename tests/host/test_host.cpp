@@ -178,6 +178,13 @@ HttpAnswer Client::receive(int seconds)
     return answer;
 }
 
+std::string Client::receiveBytes(int seconds)
+{
+    char bytes[4096];
+    const ssize_t received = wait(seconds) ? recv(socket_, bytes, sizeof bytes, MSG_DONTWAIT) : 0;
+    return received > 0 ? std::string(bytes, static_cast<std::size_t>(received)) : std::string();
+}
+
 HttpAnswer Client::exchange(std::string_view bytes)
 {
     send(bytes);
@@ -297,7 +304,7 @@ TestServer::TestServer(const host::HttpLimits &limits, const host::XmlLimits &xm
     frontEnd_ = std::make_unique<host::CimXmlFrontEnd>(manager_->dispatcher(), xmlLimits);
     server_ = std::make_unique<host::HttpServer>(*accounts_, std::vector<host::FrontEnd *>{frontEnd_.get()},
                                                  limits);
-    EXPECT_TRUE(server_->start("127.0.0.1", 0, problem)) << problem;
+    EXPECT_TRUE(server_->start({}, problem)) << problem;
 }
 
 HttpAnswer TestServer::exchange(std::string_view bytes)

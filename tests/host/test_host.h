@@ -95,6 +95,9 @@ class Client
     /** The next answer; waits for at most that many seconds. */
     HttpAnswer receive(int seconds = 20);
 
+    /** What has come in next, answer or not; waits for at most that many seconds. */
+    std::string receiveBytes(int seconds = 20);
+
     /** send() and receive(). */
     HttpAnswer exchange(std::string_view bytes);
 
@@ -144,7 +147,7 @@ class TestServer
 
     std::uint16_t port() const
     {
-        return server_->port();
+        return server_->endpoints().front().port;
     }
 
     host::ObjectManager &manager()

@@ -49,7 +49,9 @@ class Malformed : public testing::Test
     static host::HttpLimits manyConnections()
     {
         host::HttpLimits limits;
-        limits.connections = 1000;
+        limits.total = 1000;
+        limits.perAddress = 1000;
+        limits.anonymous = 1000;
         return limits;
     }
 

@@ -93,7 +93,7 @@ TEST_F(Accounts, ChangesAreNoticed)
     std::string problem;
     ASSERT_TRUE(accounts.load(problem)) << problem;
     EXPECT_TRUE(accounts.verify("one", "first"));
-    ASSERT_TRUE(host::Accounts::add(file(), "one", "changed", problem)) << problem;
+    ASSERT_TRUE(host::addAccount(file(), "one", "changed", {}, problem)) << problem;
     // The file is looked at once a second.
     for (int i = 0; i < 600 && accounts.verify("one", "first"); ++i) {
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
@@ -112,9 +112,9 @@ TEST_F(Accounts, ChangesAreNoticed)
 TEST_F(Accounts, AreAdded)
 {
     std::string problem;
-    ASSERT_TRUE(host::Accounts::add(file(), "one", "first", problem)) << problem;
-    ASSERT_TRUE(host::Accounts::add(file(), "two", "second", problem)) << problem;
-    ASSERT_TRUE(host::Accounts::add(file(), "one", "third", problem)) << problem;
+    ASSERT_TRUE(host::addAccount(file(), "one", "first", {}, problem)) << problem;
+    ASSERT_TRUE(host::addAccount(file(), "two", "second", {}, problem)) << problem;
+    ASSERT_TRUE(host::addAccount(file(), "one", "third", {}, problem)) << problem;
     struct stat status = {};
     stat(file().c_str(), &status);
     EXPECT_EQ(status.st_mode & 0777, 0600u);
@@ -131,18 +131,18 @@ TEST_F(Accounts, AreAdded)
 TEST_F(Accounts, BadAccountsAreNotAdded)
 {
     std::string problem;
-    EXPECT_FALSE(host::Accounts::add(file(), "a:b", "x", problem));
-    EXPECT_FALSE(host::Accounts::add(file(), "", "x", problem));
-    EXPECT_FALSE(host::Accounts::add(file(), "a b", "x", problem));
-    EXPECT_FALSE(host::Accounts::add(file(), "a\n", "x", problem));
+    EXPECT_FALSE(host::addAccount(file(), "a:b", "x", {}, problem));
+    EXPECT_FALSE(host::addAccount(file(), "", "x", {}, problem));
+    EXPECT_FALSE(host::addAccount(file(), "a b", "x", {}, problem));
+    EXPECT_FALSE(host::addAccount(file(), "a\n", "x", {}, problem));
     EXPECT_EQ(problem, "a user name has no blanks, control characters or colons");
-    EXPECT_FALSE(host::Accounts::add(file(), "a", "", problem));
+    EXPECT_FALSE(host::addAccount(file(), "a", "", {}, problem));
     EXPECT_EQ(problem, "the password is empty or too long");
-    EXPECT_FALSE(host::Accounts::add(file(), "a", std::string(10000, 'x'), problem));
-    EXPECT_FALSE(host::Accounts::add("/nonexistent/accounts", "a", "x", problem));
+    EXPECT_FALSE(host::addAccount(file(), "a", std::string(10000, 'x'), {}, problem));
+    EXPECT_FALSE(host::addAccount("/nonexistent/accounts", "a", "x", {}, problem));
     EXPECT_THAT(problem, HasSubstr("/nonexistent/accounts"));
     test::writeFile(file(), "broken");
-    EXPECT_FALSE(host::Accounts::add(file(), "a", "x", problem)) << "a file that is not understood is kept";
+    EXPECT_FALSE(host::addAccount(file(), "a", "x", {}, problem)) << "a file that is not understood is kept";
     EXPECT_EQ(test::readFile(file()), "broken");
 }
 

@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: Apache-2.0
+// What an account may do, as far as the host is concerned; the library decides on top of that.
+#ifndef HOST_CORE_ROLE_H
+#define HOST_CORE_ROLE_H
+
+#include <array>
+#include <optional>
+#include <string_view>
+
+namespace host
+{
+
+enum class Role {
+    Administrator,
+    Operator,
+    Reader, // changes nothing and calls no method
+};
+
+/** The names that roles have in the accounts file, in the order of Role. */
+inline constexpr std::array<const char *, 3> ROLE_NAMES = {"administrator", "operator", "reader"};
+
+inline const char *roleName(Role role)
+{
+    return ROLE_NAMES[static_cast<std::size_t>(role)];
+}
+
+inline std::optional<Role> roleNamed(std::string_view name)
+{
+    for (std::size_t i = 0; i < ROLE_NAMES.size(); ++i) {
+        if (name == ROLE_NAMES[i]) {
+            return static_cast<Role>(i);
+        }
+    }
+    return std::nullopt;
+}
+
+} // namespace host
+
+#endif
