@@ -16,6 +16,7 @@ void addCommands(CLI::App &program, Action &action)
     addTree(program, action);
     addWatch(program, action);
     addHistory(program, action);
+    addCompletion(program, action);
 }
 
 } // namespace displayctl::command
