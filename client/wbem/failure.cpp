@@ -39,6 +39,7 @@ std::string certificateProblem(const Endpoint &endpoint, const Ending &ending)
         return subject + " has expired; it has to be renewed there";
     case X509_V_ERR_CERT_NOT_YET_VALID:
         return subject + " is not valid yet; is the clock right, here and there?";
+    case X509_V_ERR_UNSPECIFIED: // the name is compared before libcurl asks for the result
     case X509_V_OK:
     case X509_V_ERR_HOSTNAME_MISMATCH:
     case X509_V_ERR_IP_ADDRESS_MISMATCH:
@@ -97,6 +98,9 @@ Ending endingOf(CURL *handle, CURLcode result, const char *problem)
     curl_easy_getinfo(handle, CURLINFO_OS_ERRNO, &ending.systemError);
     curl_easy_getinfo(handle, CURLINFO_SSL_VERIFYRESULT, &ending.certificateError);
     ending.wasSent = bytesSent(handle) > 0;
+    long connections = 0;
+    curl_easy_getinfo(handle, CURLINFO_NUM_CONNECTS, &connections);
+    ending.wasKept = connections == 0;
     curl_header *header = nullptr;
     if (curl_easy_header(handle, "CIMError", 0, CURLH_HEADER, -1, &header) == CURLHE_OK) {
         ending.cimErrorHeader = header->value;
@@ -139,7 +143,8 @@ Answer failure(const Endpoint &endpoint, const Ending &ending)
         break;
     default:
         answer = failed(Status::noAnswer,
-                        server + " closed the connection without an answer (" + ending.problem + ")");
+                        server + " closed the connection without an answer (" + ending.problem + ")" +
+                            (endpoint.tls || ending.wasKept ? "" : "; is it an https: URL?"));
     }
     answer.maybeDone = ending.wasSent;
     return answer;

@@ -21,6 +21,7 @@ struct Ending {
     long systemError = 0;       // errno of a failed connection
     long certificateError = 0;  // X509_V_ERR_...
     bool wasSent = false;
+    bool wasKept = false; // whether the connection had served before
 };
 
 [[nodiscard]] Ending endingOf(CURL *handle, CURLcode result, const char *problem);

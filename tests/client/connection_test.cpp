@@ -305,7 +305,9 @@ TEST(Connection, BrokenAnswersAreNamed)
 
     answer = answerTo("", true);
     EXPECT_EQ(answer.status, Status::noAnswer);
-    EXPECT_EQ(answer.message, name + " closed the connection without an answer (Empty reply from server)");
+    EXPECT_EQ(answer.message,
+              name +
+                  " closed the connection without an answer (Empty reply from server); is it an https: URL?");
     EXPECT_TRUE(answer.maybeDone);
 
     answer = answerTo(responder::http(std::string((16U << 20U) + 1, ' ')).bytes, false);
