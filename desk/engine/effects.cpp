@@ -27,7 +27,7 @@ std::string storeValue(Settings &settings, const SettingRow &row, const wire::En
     if (row.access == Access::ReadOnly)
         return "cannot be written";
     const bool isAddress = row.kind == Kind::Address;
-    if (entry.type != (isAddress ? wire::EntryAddress : wire::EntryNumber))
+    if (entry.type != (isAddress ? wire::entryAddress : wire::entryNumber))
         return isAddress ? "takes an address" : "takes a number";
     const std::string value = isAddress ? address(entry) : std::to_string(entry.value);
     if (const std::string wrong = complaint(row, value); !wrong.empty())
@@ -260,7 +260,7 @@ std::string nextSourceScaling(Settings &settings, const wire::Entry &)
 std::string setIpAddress(Settings &settings, const wire::Entry &entry)
 {
     const int first = entry.octets[0];
-    if (entry.type == wire::EntryAddress && (first == 0 || first == 127 || first >= 224))
+    if (entry.type == wire::entryAddress && (first == 0 || first == 127 || first >= 224))
         return address(entry) + " is not an address of a host";
     return storeRegister(settings, 87, RemoteGroup, entry);
 }
@@ -271,7 +271,7 @@ std::string setSubnetMask(Settings &settings, const wire::Entry &entry)
                                static_cast<std::uint32_t>(entry.octets[1]) << 16 |
                                static_cast<std::uint32_t>(entry.octets[2]) << 8 | entry.octets[3];
     const std::uint32_t hosts = ~mask;
-    if (entry.type == wire::EntryAddress && (mask == 0 || (hosts & (hosts + 1)) != 0))
+    if (entry.type == wire::entryAddress && (mask == 0 || (hosts & (hosts + 1)) != 0))
         return address(entry) + " is not a subnet mask";
     return storeRegister(settings, 88, RemoteGroup, entry);
 }
@@ -320,35 +320,35 @@ struct Effect {
 constexpr int anyType = -1;
 
 constexpr Effect effects[] = {
-    {0, ColorSpaceGroup, wire::EntryNumber, setLuminance},
-    {19, ResetGroup, wire::EntryNumber, resetToFactoryCalibration},
-    {20, ResetGroup, wire::EntryNumber, resetToLastCalibration},
+    {0, ColorSpaceGroup, wire::entryNumber, setLuminance},
+    {19, ResetGroup, wire::entryNumber, resetToFactoryCalibration},
+    {20, ResetGroup, wire::entryNumber, resetToLastCalibration},
     {51, PipGroup, anyType, setPipPosition},
-    {52, PipGroup, wire::EntryNumber, setPipPositionX},
-    {53, PipGroup, wire::EntryNumber, setPipPositionY},
+    {52, PipGroup, wire::entryNumber, setPipPositionX},
+    {53, PipGroup, wire::entryNumber, setPipPositionY},
     {54, PipGroup, anyType, setPipSize},
     {55, PipGroup, anyType, setPipHeight},
-    {58, PipGroup, wire::EntryNumber, swapInputs},
+    {58, PipGroup, wire::entryNumber, swapInputs},
     {87, RemoteGroup, anyType, setIpAddress},
     {88, RemoteGroup, anyType, setSubnetMask},
-    {140, ResetGroup, wire::EntryNumber, factoryReset},
+    {140, ResetGroup, wire::entryNumber, factoryReset},
     {142, ResetGroup, anyType,
      [](Settings &s, const wire::Entry &e) { return storeRegister(s, 79, ManagementGroup, e); }},
-    {144, ResetGroup, wire::EntryNumber, resetDisplaySettings},
-    {150, QuickActionGroup, wire::EntryNumber, resetColorSpaces},
-    {151, QuickActionGroup, wire::EntryNumber, nextSourceScaling},
-    {152, QuickActionGroup, wire::EntryNumber, nextActiveInput},
-    {153, QuickActionGroup, wire::EntryNumber,
+    {144, ResetGroup, wire::entryNumber, resetDisplaySettings},
+    {150, QuickActionGroup, wire::entryNumber, resetColorSpaces},
+    {151, QuickActionGroup, wire::entryNumber, nextSourceScaling},
+    {152, QuickActionGroup, wire::entryNumber, nextActiveInput},
+    {153, QuickActionGroup, wire::entryNumber,
      [](Settings &s, const wire::Entry &) { return toggle(s, "use_video_levels"); }},
-    {154, QuickActionGroup, wire::EntryNumber,
+    {154, QuickActionGroup, wire::entryNumber,
      [](Settings &s, const wire::Entry &) { return toggle(s, "overscan"); }},
-    {155, QuickActionGroup, wire::EntryNumber,
+    {155, QuickActionGroup, wire::entryNumber,
      [](Settings &s, const wire::Entry &) { return toggle(s, "show_blue_channel"); }},
-    {156, QuickActionGroup, wire::EntryNumber, nextCorner},
-    {157, QuickActionGroup, wire::EntryNumber, pipOnOff},
-    {158, QuickActionGroup, wire::EntryNumber, swapInputs},
-    {159, QuickActionGroup, wire::EntryNumber, nextPipCorner},
-    {180, GeneralGroup, wire::EntryNumber, softPowerOff},
+    {156, QuickActionGroup, wire::entryNumber, nextCorner},
+    {157, QuickActionGroup, wire::entryNumber, pipOnOff},
+    {158, QuickActionGroup, wire::entryNumber, swapInputs},
+    {159, QuickActionGroup, wire::entryNumber, nextPipCorner},
+    {180, GeneralGroup, wire::entryNumber, softPowerOff},
 };
 
 } // namespace

@@ -5,22 +5,19 @@
 #define DESK_ENGINE_ENGINE_H
 
 #include "engine/wire.h"
+#include "support/board.h"
 #include "support/store.h"
 
 #include <sys/types.h>
 
+#include <array>
 #include <chrono>
 #include <csignal>
+#include <memory>
 #include <string>
 
 namespace desk
 {
-
-/** The kernel's form of a message. */
-struct QueueMessage {
-    long type;
-    std::uint8_t bytes[8192]; // the longest message a queue takes by default
-};
 
 class Engine
 {
@@ -32,30 +29,42 @@ class Engine
         bool verbose;
     };
 
+    /** Throws when another engine serves the queues, and when queues or store cannot be used. */
     explicit Engine(Options options);
 
-    /** Works until *stop is set; signals interrupt the waiting. Throws std::runtime_error when the queues
-     * cannot be used. */
+    /** Works until stop is set; signals interrupt the waiting. Throws when the queues cannot be used. */
     void run(const volatile sig_atomic_t &stop);
 
-    /** Removes the request and the reply queue. */
+    /** Removes the queues, and what else belongs to their key. */
     void removeQueues();
 
   private:
+    /** A request that was taken from the queue. */
+    struct Work {
+        Ticket ticket;
+        wire::Request request;
+        wire::Bytes answer;     // the request's bytes, with what became of each entry
+        Clock::time_point sent; // zero when unknown
+    };
+    using Accepted = std::array<bool, wire::mostEntries>;
+
     Store &store();
     void openQueues();
-    bool senderWaits(const wire::Request &request) const;
-    void handle(const QueueMessage &message, std::size_t size, const volatile sig_atomic_t &stop);
-    void apply(const wire::Request &request, wire::Bytes &answer);
-    void waitWhenSlow(const volatile sig_atomic_t &stop);
-    bool loseReply();
-    void reply(const wire::Bytes &bytes);
-    void clearForgottenReplies();
+    void handle(Ticket ticket, const wire::Bytes &bytes, const volatile sig_atomic_t &stop);
+    Outcome serve(Work &work, const volatile sig_atomic_t &stop);
+    Outcome answer(const Work &work, const Faults &faults);
+    void apply(Work &work);
+    void loseReply();
+    void reply(const Work &work);
+    void clearForgotten();
 
-    Options options;
-    std::unique_ptr<Store> opened;
-    int requests = -1;
-    int replies = -1;
+    Options options_;
+    EnginePlace place_;
+    Clock::time_point started_;
+    std::unique_ptr<Board> board_;
+    std::unique_ptr<Store> opened_;
+    int requests_ = -1;
+    int replies_ = -1;
 };
 
 } // namespace desk

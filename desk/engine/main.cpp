@@ -6,11 +6,8 @@
 
 #include <CLI/CLI.hpp>
 
-#include <sys/socket.h>
 #include <sys/time.h>
-#include <sys/un.h>
 
-#include <cstddef>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
@@ -40,27 +37,9 @@ void onSignal(int signal, void (*handler)(int))
  * is not missed. */
 void startTimer()
 {
-    constexpr suseconds_t microseconds = 250'000;
-    const itimerval period{{0, microseconds}, {0, microseconds}};
+    const itimerval period{{1, 0}, {1, 0}};
     onSignal(SIGALRM, interruptWait);
     setitimer(ITIMER_REAL, &period, nullptr);
-}
-
-/** False when another engine serves these queues: the two would take one another's requests. The name is
- * bound while the process lives and gone with it, however it ends. */
-bool claimQueues(key_t key)
-{
-    sockaddr_un name{};
-    name.sun_family = AF_UNIX;
-    const int length =
-        snprintf(name.sun_path + 1, sizeof name.sun_path - 1, "desk-engine-%x", static_cast<unsigned>(key));
-    const int claim = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (claim == -1) {
-        return false;
-    }
-    const auto size =
-        static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + static_cast<std::size_t>(length));
-    return bind(claim, reinterpret_cast<const sockaddr *>(&name), size) == 0;
 }
 
 struct Options {
@@ -106,11 +85,6 @@ int serve(const Options &options)
     if (!key) {
         fprintf(stderr, "desk-engine: %s is not a usable queue key\n", getenv("DESK_MONITOR_QUEUE_KEY"));
         return 2;
-    }
-    if (!claimQueues(*key)) {
-        fprintf(stderr, "desk-engine: another engine serves the queues of key 0x%x\n",
-                static_cast<unsigned>(*key));
-        return 1;
     }
     onSignal(SIGTERM, requestStop);
     onSignal(SIGINT, requestStop);

@@ -3,6 +3,7 @@
 
 #include "support/dates.h"
 #include "support/environment.h"
+#include "support/kernel_objects.h"
 #include "support/store.h"
 #include "support/usage_error.h"
 #include "support/values.h"
@@ -113,7 +114,11 @@ void removeQueues()
     if (!key) {
         throw UsageError("DESK_MONITOR_QUEUE_KEY holds no usable key");
     }
-    for (int queue = 0; queue < queueCount; ++queue) {
+    removeSharedMemory(*key);
+    EnginePlace::removeUnused(*key);
+    // The requests' last: an engine that waits there makes all of them again.
+    std::string removed;
+    for (int queue = queueCount - 1; queue >= 0; --queue) {
         const int identifier = msgget(*key + queue, 0);
         if (identifier == -1 && errno == ENOENT) {
             continue;
@@ -121,8 +126,9 @@ void removeQueues()
         if (identifier == -1 || msgctl(identifier, IPC_RMID, nullptr) == -1) {
             throw std::runtime_error("queue " + std::to_string(queue) + ": " + strerror(errno));
         }
-        printf("queue %d removed\n", queue);
+        removed.insert(0, "queue " + std::to_string(queue) + " removed\n");
     }
+    printf("%s", removed.c_str());
 }
 
 } // namespace desk

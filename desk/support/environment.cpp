@@ -3,6 +3,7 @@
 
 #include "support/values.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -45,12 +46,29 @@ std::string storePath()
 void makeStoreDirectory()
 {
     namespace fs = std::filesystem;
-    if (variable("DESK_MONITOR_STORE") != nullptr)
+    if (variable("DESK_MONITOR_STORE") != nullptr) {
         return;
+    }
+    const fs::path directory = defaultStoreDirectory();
     // A directory that cannot be made shows when the store is opened in it.
     std::error_code ignored;
-    if (fs::create_directories(defaultStoreDirectory(), ignored))
-        fs::permissions(defaultStoreDirectory(), fs::perms::owner_all, ignored);
+    if (fs::create_directories(directory, ignored)) {
+        fs::permissions(directory, fs::perms::owner_all, ignored);
+    }
+    // Somebody else may have been first, as below /var/tmp everybody can.
+    struct stat status {
+    };
+    if (lstat(directory.c_str(), &status) != 0) {
+        return;
+    }
+    const char *wrong = !S_ISDIR(status.st_mode)       ? " is no directory"
+                        : status.st_uid != geteuid()   ? " belongs to another user"
+                        : (status.st_mode & 0022) != 0 ? " can be written by other users"
+                                                       : nullptr;
+    if (wrong != nullptr) {
+        throw StoreError("the directory " + directory.string() + wrong +
+                         "; remove it, or name another store with DESK_MONITOR_STORE");
+    }
 }
 
 std::optional<key_t> parseQueueKey(const std::string &text)

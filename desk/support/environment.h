@@ -7,10 +7,16 @@
 
 #include <chrono>
 #include <optional>
+#include <stdexcept>
 #include <string>
 
 namespace desk
 {
+
+/** The settings store cannot be used; the text says which and why. */
+struct StoreError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
 
 /** Queue n has the key of the base plus n. */
 inline constexpr key_t defaultQueueKey = 0x4d4f4e30;
@@ -20,7 +26,8 @@ inline constexpr int queueCount = 4;
  * ($XDG_STATE_HOME, ~/.local/state), else below /var/tmp. */
 std::string storePath();
 
-/** Creates the directory of the default path; a path that somebody chose must have its directory already. */
+/** Creates the directory of the default path; a path that somebody chose must have its directory already.
+ * Throws StoreError when the default directory is not the user's own alone. */
 void makeStoreDirectory();
 
 /** Base key of the message queues, DESK_MONITOR_QUEUE_KEY: decimal, or hexadecimal with 0x. Nothing when the

@@ -48,14 +48,9 @@ Session::Session() : lock_(connection().mutex) {}
 
 Store &Session::store()
 {
-    std::unique_ptr<Store> &store = connection().store;
-    const std::string path = storePath();
-    if (store == nullptr || store->path() != path || !store->inPlace()) {
-        store.reset();
-        makeStoreDirectory();
-        store = std::make_unique<Store>(path);
-    }
-    return *store;
+    return openedStore(connection().store, storePath(), [](const std::string &line) {
+        fprintf(stderr, "monitor_support: %s\n", line.c_str());
+    });
 }
 
 void report(std::string_view function, const char *reason) noexcept

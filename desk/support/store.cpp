@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/store.h"
 
+#include "support/environment.h"
+
 #include <sqlite3.h>
 
 #include <sys/stat.h>
@@ -55,6 +57,17 @@ struct Transaction {
         }
     }
 };
+
+/** As they are shown: "root (administrator), operator". */
+std::string factoryUsers()
+{
+    std::string names;
+    for (const UserRow &row : userRows) {
+        names += (names.empty() ? "" : ", ") + std::string(row.name) +
+                 (row.administrator ? " (administrator)" : "");
+    }
+    return names;
+}
 
 } // namespace
 
@@ -312,6 +325,24 @@ void Store::write(const Contents &before, const Contents &after)
             run(user);
         }
     }
+}
+
+Store &openedStore(std::unique_ptr<Store> &store, const std::string &path, void (*say)(const std::string &))
+{
+    if (store != nullptr && store->path() == path && store->inPlace()) {
+        return *store;
+    }
+    const bool vanished = store != nullptr && store->path() == path;
+    store.reset();
+    makeStoreDirectory();
+    store = std::make_unique<Store>(path);
+    if (store->isNew()) {
+        say("settings store " + path + (vanished ? " has vanished; a new one" : " is new; it") +
+            " begins with factory settings and the factory's users: " + factoryUsers());
+    } else if (vanished) {
+        say("settings store " + path + " was replaced; settings and users are those of the new file");
+    }
+    return *store;
 }
 
 } // namespace desk

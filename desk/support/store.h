@@ -7,6 +7,7 @@
 #ifndef DESK_SUPPORT_STORE_H
 #define DESK_SUPPORT_STORE_H
 
+#include "support/environment.h"
 #include "support/faults.h"
 #include "support/settings.h"
 
@@ -16,7 +17,6 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <stdexcept>
 #include <string>
 
 struct sqlite3;
@@ -24,10 +24,6 @@ struct sqlite3_stmt;
 
 namespace desk
 {
-
-struct StoreError : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
 
 /** All that the store holds. */
 struct Contents {
@@ -112,6 +108,11 @@ class Store
     std::uint64_t version_ = 0;
     Contents contents_;
 };
+
+/** The store at the path: the one that is open, or opened, when there is none, it is of another path, or its
+ * file was removed or replaced. What is to be known of a store that is not the one it was is said with the
+ * function. */
+Store &openedStore(std::unique_ptr<Store> &store, const std::string &path, void (*say)(const std::string &));
 
 } // namespace desk
 

@@ -1,5 +1,6 @@
 #include "desk_test.h"
 
+#include "support/board.h"
 #include "support/shell.h"
 
 #include <monitor_support.h>
@@ -29,7 +30,7 @@ constexpr std::size_t MessageSize = 40;
 constexpr std::size_t TypeSize = 4;
 
 struct KernelMessage {
-    long type;
+    long ticket;
     std::uint8_t bytes[8192];
 };
 
@@ -128,6 +129,8 @@ void DeskTest::TearDown()
     for (int queue = 0; queue < 4; ++queue)
         if (const int identifier = queueIdentifier(queue, false); identifier != -1)
             msgctl(identifier, IPC_RMID, nullptr);
+    desk::removeSharedMemory(queueKey);
+    desk::EnginePlace::removeUnused(queueKey);
     std::filesystem::remove_all(directory);
     unsetenv("DESK_MONITOR_STORE");
     unsetenv("DESK_MONITOR_QUEUE_KEY");
@@ -180,21 +183,26 @@ void DeskTest::makeQueue(int queue)
     ASSERT_NE(queueIdentifier(queue, true), -1);
 }
 
-void DeskTest::sendRaw(long type, const std::vector<std::uint8_t> &bytes)
+long DeskTest::sendRaw(long type, const std::vector<std::uint8_t> &bytes)
 {
     KernelMessage message;
-    message.type = type;
-    ASSERT_LE(bytes.size(), sizeof message.bytes);
-    std::copy(bytes.begin(), bytes.end(), message.bytes);
-    ASSERT_EQ(msgsnd(queueIdentifier(0, true), &message, bytes.size(), IPC_NOWAIT), 0) << strerror(errno);
+    message.ticket = static_cast<long>(desk::Board(queueKey).open());
+    EXPECT_GT(message.ticket, 0) << "too many requests under way";
+    for (std::size_t i = 0; i < TypeSize; ++i) {
+        message.bytes[i] = static_cast<std::uint8_t>(type >> (8 * i));
+    }
+    const std::size_t size = std::min(bytes.size(), sizeof message.bytes - TypeSize);
+    std::copy_n(bytes.begin(), size, message.bytes + TypeSize);
+    EXPECT_EQ(msgsnd(queueIdentifier(0, true), &message, TypeSize + size, IPC_NOWAIT), 0) << strerror(errno);
+    return message.ticket;
 }
 
-void DeskTest::sendRaw(const char *fortyBytes)
+long DeskTest::sendRaw(const char *fortyBytes)
 {
     const std::vector<std::uint8_t> bytes = bytesOf(fortyBytes);
-    ASSERT_EQ(bytes.size(), MessageSize) << fortyBytes;
+    EXPECT_EQ(bytes.size(), MessageSize) << fortyBytes;
     const long type = bytes[0] | bytes[1] << 8 | bytes[2] << 16 | bytes[3] << 24;
-    sendRaw(type, {bytes.begin() + TypeSize, bytes.end()});
+    return sendRaw(type, {bytes.begin() + TypeSize, bytes.end()});
 }
 
 std::optional<RawMessage> DeskTest::receiveRaw()
@@ -206,9 +214,12 @@ std::optional<RawMessage> DeskTest::receiveRaw()
         size = msgrcv(queue, &message, sizeof message.bytes, 0, IPC_NOWAIT);
         return size != -1;
     });
-    if (!came)
+    if (!came || size < static_cast<ssize_t>(TypeSize))
         return std::nullopt;
-    return RawMessage{message.type, {message.bytes, message.bytes + size}};
+    desk::Board(queueKey).close(static_cast<desk::Ticket>(message.ticket));
+    const long type =
+        message.bytes[0] | message.bytes[1] << 8 | message.bytes[2] << 16 | message.bytes[3] << 24;
+    return RawMessage{type, {message.bytes + TypeSize, message.bytes + size}, message.ticket};
 }
 
 unsigned long DeskTest::waiting(int queue)
@@ -223,10 +234,13 @@ RawMessage DeskTest::request(const char *hex)
     std::vector<std::uint8_t> bytes = bytesOf(hex);
     EXPECT_LE(bytes.size(), MessageSize) << hex;
     bytes.resize(MessageSize);
-    sendRaw(bytes[0], {bytes.begin() + TypeSize, bytes.end()});
+    const long ticket = sendRaw(bytes[0], {bytes.begin() + TypeSize, bytes.end()});
     const std::optional<RawMessage> reply = receiveRaw();
     EXPECT_TRUE(reply.has_value()) << "no reply to " << hex;
-    return reply.value_or(RawMessage{0, std::vector<std::uint8_t>(MessageSize - TypeSize, 0xee)});
+    if (reply) {
+        EXPECT_EQ(reply->ticket, ticket) << "another request's reply";
+    }
+    return reply.value_or(RawMessage{0, std::vector<std::uint8_t>(MessageSize - TypeSize, 0xee), 0});
 }
 
 std::string DeskTest::registerText(int registerId, int group)

@@ -15,10 +15,11 @@
 #include <string>
 #include <vector>
 
-/* A queue message as it lies on the queue. */
+/** A message as it came from a queue: the first four of its 40 bytes, and the others. */
 struct RawMessage {
     long type;
     std::vector<std::uint8_t> bytes;
+    long ticket;
 };
 
 /* Bytes from hexadecimal text; blanks are skipped. */
@@ -61,12 +62,13 @@ class DeskTest : public testing::Test
     std::string commandErrors;
 
     /* Raw access to the queues, past the support library. The first four of the 40 bytes are the type. */
-    void sendRaw(const char *fortyBytes);
-    void sendRaw(long type, const std::vector<std::uint8_t> &bytes);
+    long sendRaw(const char *fortyBytes);
+    long sendRaw(long type, const std::vector<std::uint8_t> &bytes);
     std::optional<RawMessage> receiveRaw();
     unsigned long waiting(int queue);
     void makeQueue(int queue);
-    /* Sends a request and expects its reply; the bytes that follow the given ones are zero up to 40. */
+    /* Sends a request and expects its reply, with its ticket; the bytes that follow the given ones are zero
+     * up to 40. */
     RawMessage request(const char *hex);
 
     static std::string registerText(int registerId, int group);

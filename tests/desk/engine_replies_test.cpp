@@ -1,7 +1,11 @@
-/* Who is answered, what is dropped, and how the engine starts, misbehaves and ends. */
+// SPDX-License-Identifier: Apache-2.0
+// Who is answered, what is dropped, and how the engine starts, misbehaves and ends.
 #include "desk_test.h"
 
 #include <monitor_support.h>
+
+#include <sys/ipc.h>
+#include <sys/msg.h>
 
 #include <csignal>
 
@@ -133,18 +137,23 @@ TEST_F(EngineReplies, DoNotGoToWhatIsNoMessage)
     for (std::size_t size : {std::size_t{0}, std::size_t{1}, std::size_t{7}, std::size_t{35}}) {
         sendRaw(1, {whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)});
         expectNoReplySoFar();
-        EXPECT_TRUE(engineLogged("a message of type 1 and " + std::to_string(size) + " bytes"));
+        EXPECT_TRUE(
+            engineLogged("a message of " + std::to_string(size + 4) + " bytes instead of 40; dropped"));
     }
     std::vector<std::uint8_t> longer = whole;
     longer.resize(37);
     sendRaw(1, longer);
-    longer.resize(8192);
+    longer.resize(8188);
     sendRaw(1, longer);
-    sendRaw(2, whole);
+    for (long type : {2L, 0L, -1L, 257L})
+        sendRaw(type, whole);
     expectNoReplySoFar();
-    EXPECT_TRUE(engineLogged("a message of type 1 and 37 bytes"));
-    EXPECT_TRUE(engineLogged("a message of type 1 and 8192 bytes"));
-    EXPECT_TRUE(engineLogged("a message of type 2 and 36 bytes"));
+    EXPECT_TRUE(engineLogged("a message of 41 bytes instead of 40; dropped"));
+    EXPECT_TRUE(engineLogged("a message of 8192 bytes instead of 40; dropped"));
+    EXPECT_TRUE(engineLogged("a message of type 2 instead of 1; dropped"));
+    EXPECT_TRUE(engineLogged("a message of type 0 instead of 1; dropped"));
+    EXPECT_TRUE(engineLogged("a message of type -1 instead of 1; dropped"));
+    EXPECT_TRUE(engineLogged("a message of type 257 instead of 1; dropped"));
     EXPECT_EQ(registerText(25, 1), "0");
 }
 
@@ -308,13 +317,38 @@ TEST_F(EngineProcess, FailsWithoutAStore)
     EXPECT_NE(contentOf(log).find("cannot be opened"), std::string::npos) << contentOf(log);
 }
 
-TEST_F(EngineProcess, TakesRequestsThatWaitedForIt)
+/* Whoever sent them has been refused, or thinks that nobody listens. */
+TEST_F(EngineProcess, DropsRequestsOlderThanItself)
 {
     sendRaw("01000000 0300 0700 00 01 01 00 19 00 02000000 00 00 00 00000000"
             "00 00 00 00000000 00 00 00 00000000 00");
+    sendRaw("01000000 0300 0700 00 01 04 00 55 00 00000000 00 00 00 00000000"
+            "00 00 00 00000000 00 00 00 00000000 00"); /* one that is not waited for */
     startEngine();
-    EXPECT_TRUE(receiveRaw());
-    EXPECT_EQ(registerText(25, 1), "2");
+    EXPECT_EQ(request(GetGroup9).bytes.at(0), 8);
+    EXPECT_TRUE(engineLogged("a request of group 1 is older than this engine; dropped"));
+    EXPECT_TRUE(engineLogged("a request of group 4 is older than this engine; dropped"));
+    EXPECT_EQ(registerText(25, 1), "0");
+    EXPECT_EQ(registerText(85, 4), "1");
+    EXPECT_EQ(waiting(0), 0u);
+    EXPECT_EQ(waiting(3), 0u);
+}
+
+/* What a queue holds that no ticket stands for was put there by nobody who waits for it. */
+TEST_F(EngineProcess, DropsRequestsWithoutATicket)
+{
+    startEngine();
+    const long ticket = sendRaw(GetGroup9);
+    ASSERT_TRUE(receiveRaw());
+    struct {
+        long ticket;
+        std::uint8_t bytes[40];
+    } message{ticket, {1, 0, 0, 0, 3, 0, 7, 0, 0, 1, 1, 0, 25, 0, 2}};
+    ASSERT_EQ(msgsnd(msgget(queueKey, 0), &message, sizeof message.bytes, 0), 0);
+    EXPECT_TRUE(
+        engineLogged("a request of group 1 was taken back, as its sender waits no longer; not applied"));
+    EXPECT_EQ(registerText(25, 1), "0");
+    EXPECT_EQ(waiting(3), 0u);
 }
 
 } // namespace

@@ -1,4 +1,5 @@
-/* The message queues through the support library, with and without an engine. */
+// SPDX-License-Identifier: Apache-2.0
+// The message queues through the support library, with and without an engine.
 #include "desk_test.h"
 
 #include <monitor_support.h>
@@ -100,13 +101,13 @@ TEST_F(Queues, CarryTheMessageByteForByte)
 {
     ASSERT_EQ(SendStatusMessagetoSource(selectInput(2), requests), 0);
     struct {
-        long type;
+        long ticket;
         std::uint8_t bytes[64];
     } message;
-    ASSERT_EQ(msgrcv(requests, &message, sizeof message.bytes, 0, IPC_NOWAIT), 36);
-    EXPECT_EQ(message.type, 1);
-    const std::uint8_t expected[36] = {3, 0, 7, 0, 0, 1, 1, 0, 25, 0, 2, 0};
-    EXPECT_EQ(memcmp(message.bytes, expected, 36), 0);
+    ASSERT_EQ(msgrcv(requests, &message, sizeof message.bytes, 0, IPC_NOWAIT), 40);
+    EXPECT_GT(message.ticket, 0);
+    const std::uint8_t expected[40] = {1, 0, 0, 0, 3, 0, 7, 0, 0, 1, 1, 0, 25, 0, 2, 0};
+    EXPECT_EQ(memcmp(message.bytes, expected, 40), 0);
 }
 
 TEST_F(Queues, RefuseAMessageWithoutAType)
@@ -184,33 +185,126 @@ TEST_F(Queues, RemovedWhileWaitingFailAtOnce)
     EXPECT_EQ(endOf(remover), 0);
 }
 
-/* What answers an earlier request is gone before the next one is sent. */
-TEST_F(Queues, AreClearedOfStaleRepliesBeforeARequest)
+/* Replies that nobody has fetched are not those to the next request. */
+TEST_F(Queues, DoNotBringTheReplyToAnEarlierRequest)
 {
     startEngine();
     ASSERT_EQ(SendStatusMessagetoSource(selectInput(1), requests), 0);
     ASSERT_EQ(SendStatusMessagetoSource(selectInput(2), requests), 0);
     ASSERT_EQ(SendStatusMessagetoSource(selectInput(1), requests), 0);
     ASSERT_TRUE(eventually([&] { return registerText(25, 1) == "1" && waiting(0) == 0; }));
-    ASSERT_TRUE(eventually([&] { return waiting(3) >= 1; }));
+    ASSERT_TRUE(eventually([&] { return waiting(3) == 3; }));
     ASSERT_EQ(command("fault silent on"), 0);
     shortTimeout("0.2");
-    ASSERT_EQ(SendStatusMessagetoSource(getRequest(), requests), 0);
+    ASSERT_EQ(SendStatusMessagetoSource(selectInput(1), requests), 0);
     EXPECT_NE(RecvMessageFromSource(SpearMessage{}, replies), 0) << "a reply to an earlier request was taken";
+    EXPECT_EQ(waiting(3), 3u);
 }
 
-/* A reply that comes after its sender gave up is not taken for the answer of the next request. */
-TEST_F(Queues, DoNotBringALateReply)
+/* What was refused is never applied later, whether the engine has not seen it yet or is slow. */
+TEST_F(Queues, TakeBackARequestThatIsNotAnsweredInTime)
 {
     shortTimeout("0.2");
     startEngine();
-    ASSERT_EQ(command("fault slow on 0.4"), 0);
+    ASSERT_EQ(command("fault slow on 0.6"), 0);
     ASSERT_EQ(SendStatusMessagetoSource(selectInput(1), requests), 0);
+    ASSERT_TRUE(eventually([&] { return waiting(0) == 0; })) << "the engine has it";
     EXPECT_NE(RecvMessageFromSource(SpearMessage{}, replies), 0);
     ASSERT_EQ(SendStatusMessagetoSource(selectInput(2), requests), 0);
+    EXPECT_NE(RecvMessageFromSource(SpearMessage{}, replies), 0) << "it waits on the queue";
+    EXPECT_EQ(waiting(0), 0u) << "and was taken off";
+    EXPECT_TRUE(
+        engineLogged("a request of group 1 was taken back, as its sender waits no longer; not applied"));
+    ASSERT_EQ(command("fault clear"), 0);
+    shortTimeout("5");
+    ASSERT_EQ(SendStatusMessagetoSource(getRequest(), requests), 0);
+    EXPECT_EQ(RecvMessageFromSource(SpearMessage{}, replies), 0);
+    EXPECT_EQ(registerText(25, 1), "0");
+    EXPECT_EQ(waiting(3), 0u);
+}
+
+TEST_F(Queues, TakeBackARequestWhoseReplyCannotBeReceived)
+{
+    startEngine();
+    kill(engineProcess(), SIGSTOP);
+    ASSERT_EQ(SendStatusMessagetoSource(selectInput(1), requests), 0);
+    ASSERT_EQ(command("fault fail-receive on"), 0);
     EXPECT_NE(RecvMessageFromSource(SpearMessage{}, replies), 0);
-    EXPECT_TRUE(eventually([&] { return registerText(25, 1) == "2"; })) << "slow, but applied";
-    EXPECT_TRUE(engineLogged("its sender has given up and is not answered"));
+    EXPECT_EQ(waiting(0), 0u);
+    ASSERT_EQ(command("fault clear"), 0);
+    ASSERT_EQ(SendStatusMessagetoSource(selectInput(2), requests), 0);
+    ASSERT_EQ(command("fault fail-queue on 3"), 0);
+    int identifier = -1;
+    EXPECT_NE(SpearEngineMessageQueueCreate(MSG_QUEUE_WSMAN, &identifier), 0);
+    EXPECT_EQ(waiting(0), 0u);
+    kill(engineProcess(), SIGCONT);
+    ASSERT_EQ(command("fault clear"), 0);
+    ASSERT_EQ(SendStatusMessagetoSource(getRequest(), requests), 0);
+    EXPECT_EQ(RecvMessageFromSource(SpearMessage{}, replies), 0);
+    EXPECT_EQ(registerText(25, 1), "0");
+}
+
+/* An engine of the test's own, whose answers are wrong in one way each. */
+class QueuesWithFalseReplies : public Queues
+{
+  protected:
+    struct Message {
+        long ticket;
+        std::uint8_t bytes[64];
+    };
+
+    /** Sends a request and takes it from the queue. */
+    Message taken()
+    {
+        Message message{};
+        EXPECT_EQ(SendStatusMessagetoSource(selectInput(2), requests), 0);
+        EXPECT_EQ(msgrcv(requests, &message, sizeof message.bytes, 0, IPC_NOWAIT), 40);
+        return message;
+    }
+    void answer(const Message &message, std::size_t size = 40)
+    {
+        ASSERT_EQ(msgsnd(replies, &message, size, IPC_NOWAIT), 0);
+    }
+};
+
+TEST_F(QueuesWithFalseReplies, AreNotTaken)
+{
+    shortTimeout("0.1");
+    const auto refused = [&](const char *what, auto spoil, std::size_t size = 40) {
+        Message message = taken();
+        spoil(message);
+        answer(message, size);
+        EXPECT_NE(RecvMessageFromSource(SpearMessage{}, replies), 0) << what;
+    };
+    refused("another ticket", [](Message &m) { m.ticket += 100; });
+    refused("the type of a message as ticket", [](Message &m) { m.ticket = 1; });
+    refused(
+        "an empty message", [](Message &) {}, 0);
+    refused(
+        "a byte too few", [](Message &) {}, 39);
+    refused(
+        "a byte too many", [](Message &) {}, 41);
+    refused("another message type", [](Message &m) { m.bytes[0] = 2; });
+    refused("another command", [](Message &m) { m.bytes[4] = 8; });
+    refused("another source", [](Message &m) { m.bytes[6] = 1; });
+    refused("another sequence number", [](Message &m) { m.bytes[8] = 1; });
+    refused("another count", [](Message &m) { m.bytes[9] = 2; });
+    refused("another group", [](Message &m) { m.bytes[10] = 2; });
+    refused("another register", [](Message &m) { m.bytes[12] = 26; });
+    refused("another value", [](Message &m) { m.bytes[14] = 1; });
+    refused("another entry", [](Message &m) { m.bytes[39] = 1; });
+}
+
+TEST_F(QueuesWithFalseReplies, DoNotKeepARightOneOut)
+{
+    shortTimeout("5");
+    Message right = taken(), wrong = right;
+    wrong.bytes[10] = 2;
+    answer(wrong);
+    answer(wrong, 0);
+    right.bytes[13] = 1; /* what became of the entry may be said */
+    answer(right);
+    EXPECT_EQ(RecvMessageFromSource(SpearMessage{}, replies), 0);
     EXPECT_EQ(waiting(3), 0u);
 }
 
@@ -272,11 +366,12 @@ TEST_F(Queues, FailWhenToldTo)
     EXPECT_EQ(RecvMessageFromSource(SpearMessage{}, replies), 0);
 }
 
-TEST_F(Queues, FailWithoutAStore)
+TEST_F(Queues, SendAndReceiveNothingWithoutAStore)
 {
     int identifier = -1;
     setenv("DESK_MONITOR_STORE", (directory + "/none/store.db").c_str(), 1);
-    EXPECT_NE(SpearEngineMessageQueueCreate(0, &identifier), 0);
+    EXPECT_EQ(SpearEngineMessageQueueCreate(0, &identifier), 0) << "a queue does not need a store";
+    EXPECT_EQ(identifier, requests);
     EXPECT_NE(SendStatusMessagetoSource(getRequest(), requests), 0);
     EXPECT_NE(RecvMessageFromSource(getRequest(), replies), 0);
 }

@@ -1,4 +1,5 @@
-/* The store: several processes, sudden ends, damaged and replaced files, and what the libraries export. */
+// SPDX-License-Identifier: Apache-2.0
+// The store: several processes, sudden ends, damaged and replaced files, and what the libraries export.
 #include "desk_test.h"
 
 #include "support/shell.h"
@@ -203,6 +204,75 @@ TEST_F(Store, MayBeRemovedAndBeginsAnew)
     for (const char *suffix : {"", "-wal", "-shm"})
         std::filesystem::remove(store + suffix);
     EXPECT_EQ(registerText(25, 1), "0");
+}
+
+/* Whoever wonders where his settings and users have gone finds it in the logs of the processes. */
+TEST_F(Store, ThatVanishedAndBeganAnewIsSaid)
+{
+    const std::string news = "settings store " + store +
+                             " has vanished; a new one begins with factory settings and the factory's users: "
+                             "root (administrator), admin (administrator), operator\n";
+    const std::string fresh = "settings store " + store +
+                              " is new; it begins with factory settings and the factory's users: "
+                              "root (administrator), admin (administrator), operator\n";
+    const auto vanish = [&] {
+        for (const char *suffix : {"", "-wal", "-shm"})
+            std::filesystem::remove(store + suffix);
+    };
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(registerText(25, 1), "0");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "monitor_support: " + fresh);
+    vanish();
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(registerText(25, 1), "0");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "monitor_support: " + news);
+
+    startEngine();
+    EXPECT_EQ(engineLog().find("settings store " + store + " "), std::string::npos) << "it is there";
+    EXPECT_EQ(registerText(25, 1), "0");
+    vanish();
+    const char *getGroup9 = "01000000 0800 0700 00 00 09";
+    request(getGroup9);
+    EXPECT_TRUE(engineLogged("desk-engine: " + news)) << engineLog();
+    ASSERT_EQ(command("--store " + directory + "/other.db show settings"), 0);
+    std::filesystem::rename(directory + "/other.db", store);
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(registerText(25, 1), "0");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "monitor_support: settings store " + store +
+                  " was replaced; settings and users are those of the new file\n");
+}
+
+/* Below /var/tmp everybody can make a directory of that name first. */
+TEST_F(Store, IsNotMadeInADirectoryThatIsNotTheUsersAlone)
+{
+    unsetenv("DESK_MONITOR_STORE");
+    setenv("XDG_STATE_HOME", directory.c_str(), 1);
+    const std::string own = directory + "/desk-monitor";
+    const auto complaint = [&] {
+        EXPECT_EQ(command("show settings"), 1);
+        EXPECT_EQ(registerText(25, 1), "failure");
+        EXPECT_FALSE(std::filesystem::exists(own + "/store.db"));
+        return commandErrors;
+    };
+    const std::string remedy = "; remove it, or name another store with DESK_MONITOR_STORE\n";
+    ASSERT_TRUE(std::filesystem::create_directory(own));
+    std::filesystem::permissions(own, std::filesystem::perms(0777));
+    EXPECT_EQ(complaint(), "desk-monitor: the directory " + own + " can be written by other users" + remedy);
+    std::filesystem::permissions(own, std::filesystem::perms(0755));
+    if (geteuid() == 0) { /* who else could give it away? */
+        ASSERT_EQ(chown(own.c_str(), 65534, 65534), 0);
+        EXPECT_EQ(complaint(), "desk-monitor: the directory " + own + " belongs to another user" + remedy);
+        ASSERT_EQ(chown(own.c_str(), 0, 0), 0);
+    }
+    std::filesystem::remove(own);
+    ASSERT_TRUE(std::filesystem::create_directory(directory + "/elsewhere"));
+    std::filesystem::create_symlink(directory + "/elsewhere", own);
+    EXPECT_EQ(complaint(), "desk-monitor: the directory " + own + " is no directory" + remedy);
+    std::filesystem::remove(own);
+    ASSERT_TRUE(std::filesystem::create_directory(own));
+    EXPECT_EQ(registerText(25, 1), "0");
+    unsetenv("XDG_STATE_HOME");
 }
 
 TEST_F(Store, ThatIsNoStoreFails)

@@ -115,6 +115,7 @@ other_gone() { ! is_alive "$other_engine" && ! is_alive "$other_host" && no_queu
 eventually 'its processes and queues are gone' other_gone
 expect 'neither process is left' no "$(is_alive "$other_engine" || is_alive "$other_host" && echo yes || echo no)"
 expect 'no queue is left' '' "$(queues_of "$other_key")"
+expect 'nor memory, nor a semaphore' '' "$(memory_of "$other_key")"
 rm -r "$scratch/killed"
 
 echo 'The script run'

@@ -64,6 +64,11 @@ is_alive() { kill -0 "$1" 2>/dev/null; }
 
 # ---- queues ----
 
+# Of the shared memory and the semaphore of a base key: what exists.
+memory_of() {
+    awk -v key="$1" 'FNR > 1 && $1 == key { print FILENAME }' /proc/sysvipc/shm /proc/sysvipc/sem
+}
+
 # The queues, of the four that a base key stands for, that exist: one key and the number of messages per line.
 queues_of() {
     awk -v base="$1" 'NR > 1 && $1 >= base && $1 < base + 4 { print $1, $5 }' /proc/sysvipc/msg
@@ -163,6 +168,7 @@ desk_stop() { # desk_stop [NAME]
     host_stop
     engine_stop
     no_queue_of "${desk_key[$desk]}" || failed "queues of desk $desk are left: $(queues_of "${desk_key[$desk]}")"
+    [ -z "$(memory_of "${desk_key[$desk]}")" ] || failed "of desk $desk is left: $(memory_of "${desk_key[$desk]}")"
     if grep -hE 'ERROR: (Address|Leak)Sanitizer|runtime error:' "$directory"/*.log; then
         failed "a sanitizer has found the above on desk $desk"
         show_logs
@@ -201,7 +207,7 @@ desk_end() {
     done
     [ "$result" = 0 ] || show_logs
     for name in "${!desk_key[@]}"; do
-        no_queue_of "${desk_key[$name]}" || "$DESK_COMMAND" --queue-key "${desk_key[$name]}" queues remove
+        "$DESK_COMMAND" --queue-key "${desk_key[$name]}" queues remove >/dev/null
     done
     rm -rf "$scratch"
     exit "$result"

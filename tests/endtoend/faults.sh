@@ -37,8 +37,13 @@ expect_readable() { # expect_readable OBJECT
     expect "$1 can be read" "\"ZT_Marovelton_${1%%/*}\"" "$value"
 }
 
-# To a request whose sender has not waited: its reply lies in the queue.
-the_engine_answers() { eventually 'the engine answers' queue_holds 3 1; }
+# An engine that sees no request until it goes on.
+engine_pauses() { kill -s STOP "${desk_engine[$desk]}"; }
+engine_goes_on() { kill -s CONT "${desk_engine[$desk]}"; }
+# What was refused is not left for the engine, nor is a reply left for the next one.
+expect_empty_queues() {
+    expect 'no request and no reply is left' yes "$(queue_holds 0 0 && queue_holds 3 0 && echo yes)"
+}
 
 export DESK_MONITOR_RECEIVE_TIMEOUT=$long
 desk_start
@@ -141,22 +146,24 @@ expect_refusal BezelButton SetButtonColor 'ButtonColor="2"' 'error 1: Unable to 
 expect_refusal BezelButton SetButtonAutoFadeMode 'ButtonAutoFadeMode="0"' \
     'error 1: Failed to process. Unable to create a message queue for sending message.'
 monitor fault fail-queue on 3
+engine_pauses
 expect_read Monitor gi 'error 1: Unable to create a message queue for receiving message.'
-the_engine_answers
+expect_empty_queues
 expect_refusal BezelButton SetButtonColor 'ButtonColor="2"' 'error 1: Unable to create a message queue for receving message.'
-the_engine_answers
+expect_empty_queues
 monitor fault clear
+engine_goes_on
+expect_property BezelButton ButtonColor 1
 monitor fault fail-send on
 expect_read Monitor gi 'error 1: Unable to send value to SPEAr.'
 expect_refusal Monitor SetAutoSwitchSource 'AutoSwitchSource="1"' 'error 1: Unable to send value to SPEAr.'
 monitor fault clear
 monitor fault fail-receive on
 expect_read Monitor gi 'error 1: Failed to read the value from spear.'
-the_engine_answers
+expect_empty_queues
 expect_refusal TestPatternGenerator SetTestPattern 'TestPattern="3"' 'error 1: Failed to set the value to PowerSaverState.'
-the_engine_answers
+expect_empty_queues
 monitor fault clear
-# The reply that nobody received is not taken for the next one.
 expect_success TestPatternGenerator SetTestPattern 'TestPattern="4"'
 expect_property TestPatternGenerator TestPattern 4
 expect_readable Monitor
@@ -185,19 +192,20 @@ echo 'A reply that comes too late'
 wait_for_replies $short
 monitor fault slow on 2
 expect_refusal ImageAdjustment SetUseVideoLevels 'UseVideoLevels="1"' 'error 1: Failed to set the value to video level.'
-the_engine_answers
-expect_property ImageAdjustment UseVideoLevels TRUE
+eventually 'the engine finds that it was taken back' grep -q 'a request of group 2 was taken back' "$directory/engine.log"
+expect_empty_queues
+expect_property ImageAdjustment UseVideoLevels FALSE
 monitor fault slow off
-# It is not the answer to the next request, which the engine cannot even see now.
-kill -s STOP "${desk_engine[$desk]}"
+# Nor is anything applied later that the engine could not even see in time.
+engine_pauses
 expect_refusal ImageAdjustment SetShowBlueChannel 'ShowBlueChannel="1"' 'error 1: Failed to set the value to ShowBlueChannel.'
 expect_read Monitor gi 'error 1: Failed to read the value from spear.'
 expect_property ImageAdjustment ShowBlueChannel FALSE
-kill -s CONT "${desk_engine[$desk]}"
-eventually 'the engine has done what was asked meanwhile, and answers' queue_holds 3 2
+expect_empty_queues
+engine_goes_on
 wait_for_replies $long
-expect_property ImageAdjustment ShowBlueChannel TRUE
-expect_method viewer ImageAdjustment SetShowBlueChannel 'ShowBlueChannel="0"' 0 ShowBlueChannel TRUE FALSE
+expect_method viewer ImageAdjustment SetShowBlueChannel 'ShowBlueChannel="1"' 0 ShowBlueChannel FALSE TRUE
+expect_property ImageAdjustment UseVideoLevels FALSE
 
 echo 'No engine'
 wait_for_replies $short
@@ -213,8 +221,7 @@ expect 'none of them waited for ever' yes "$( ((SECONDS - started < patience)) &
 # What needs no engine goes on.
 expect_readable ColorSpace/7
 expect_success Monitor SetDeploymentLocation 'DeploymentLocation="Stage 3"'
-# The requests above wait for an engine; one that starts is not to find them.
-monitor queues remove >/dev/null
+expect_empty_queues
 
 echo 'An engine started again'
 wait_for_replies $long
@@ -229,7 +236,7 @@ engine_start
 host_start
 expect_property Monitor AutoSwitchSource TRUE
 expect_property Monitor DeploymentLocation '"Stage 3"'
-expect_property BezelButton ButtonColor 2
+expect_property BezelButton ButtonColor 1
 expect_property OSDMenuAndMessages Language 5
 expect_method viewer Monitor SetActiveColorSpace "ColorSpace=$(reference ColorSpace/7)" 0 ColorSpace/7:Active FALSE TRUE
 report
