@@ -1,30 +1,65 @@
 // SPDX-License-Identifier: Apache-2.0
-// Queries.
+// Queries: the object manager enumerates the class after FROM and its subclasses, and keeps what the
+// condition admits.
 #include "core/operations.h"
+
+#include "core/projection.h"
+#include "core/query.h"
 
 namespace host
 {
 namespace
 {
 
-/** The word after FROM; DSP0200 tells the class of a query nowhere else. */
-std::string_view classOfQuery(std::string_view query)
+/** The query of the request, bound to its class; nothing, with the error in the answer, when it is none. */
+std::optional<Query> queryOf(const Work &work, const cim::Class *&klass)
 {
-    constexpr std::string_view BLANKS = " \t\r\n";
-    bool afterFrom = false;
-    while (true) {
-        const std::size_t first = query.find_first_not_of(BLANKS);
-        if (first == std::string_view::npos) {
-            return {};
+    const std::optional<QueryLanguage> language = queryLanguage(work.request.queryLanguage);
+    if (!language) {
+        fail(work.call, work.answer, CMPI_RC_ERR_QUERY_LANGUAGE_NOT_SUPPORTED,
+             "The query language %.*s is not supported; WQL and DMTF:CQL are.",
+             shown(work.request.queryLanguage), work.request.queryLanguage);
+        return std::nullopt;
+    }
+    std::string problem;
+    std::optional<Query> query = Query::parse(work.request.query, *language, problem);
+    if (query) {
+        klass = classOf(work, query->className());
+        if (klass == nullptr) {
+            return std::nullopt;
         }
-        query.remove_prefix(first);
-        const std::size_t end = std::min(query.find_first_of(BLANKS), query.size());
-        const std::string_view word = query.substr(0, end);
-        if (afterFrom) {
-            return word;
+        if (query->bind(*klass, *work.nameSpace.classes, problem)) {
+            return query;
         }
-        afterFrom = cim::sameName(word, "from");
-        query.remove_prefix(end);
+    }
+    fail(work.call, work.answer, CMPI_RC_ERR_INVALID_QUERY, "%s", problem.c_str());
+    return std::nullopt;
+}
+
+/** Keeps what the query admits, and of it what the query selects. */
+void select(const Work &work, const Query &query)
+{
+    ArenaList<Instance *> &instances = work.answer.instances;
+    std::size_t kept = 0;
+    for (Instance *instance : instances) {
+        if (query.admits(*instance)) {
+            instances[kept++] = instance;
+        }
+    }
+    instances.truncate(kept);
+    if (query.selected().empty()) {
+        return;
+    }
+    std::vector<const char *> names;
+    for (const std::string &name : query.selected()) {
+        names.push_back(name.c_str());
+    }
+    names.push_back(nullptr);
+    Request selection = work.request;
+    selection.propertyList = names.data();
+    Projection projection(work.arena(), selection, nullptr);
+    for (Instance *instance : instances) {
+        projection.apply(*instance);
     }
 }
 
@@ -32,21 +67,18 @@ std::string_view classOfQuery(std::string_view query)
 
 void execQuery(const Work &work)
 {
-    const std::string_view className = classOfQuery(work.request.query);
-    if (className.empty()) {
-        fail(work.call, work.answer, CMPI_RC_ERR_INVALID_QUERY, "The query names no class after FROM.");
+    const cim::Class *klass = nullptr;
+    const std::optional<Query> query = queryOf(work, klass);
+    if (!query) {
         return;
     }
-    const cim::Class *klass = classOf(work, className);
-    const Provider *provider = klass != nullptr ? work.providers.instanceProvider(*klass) : nullptr;
-    if (provider == nullptr) {
-        return;
+    Request all = work.request;
+    all.operation = Operation::EnumerateInstances;
+    all.className = klass->name;
+    enumerate(work.with(all));
+    if (work.answer.ok()) {
+        select(work, *query);
     }
-    Path *path = makePath(work.arena(), work.nameSpaces, work.request.nameSpace, klass->name);
-    work.callProvider(Collector::Kind::Instances, [&](const CMPIContext *context, const CMPIResult *result) {
-        return provider->instanceTable.execQuery(provider->instance, context, result, &path->cmpi,
-                                                 work.request.query, work.request.queryLanguage);
-    });
 }
 
 } // namespace host

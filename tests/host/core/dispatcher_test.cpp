@@ -321,22 +321,6 @@ TEST_F(Dispatch, InstancesAreCreated)
     EXPECT_EQ(error(run(made)), "11 the thing is there already");
 }
 
-TEST_F(Dispatch, QueriesReachTheProviderOfTheirClass)
-{
-    Request made = request(Operation::ExecQuery);
-    made.query = "SELECT * FROM Test_Thing WHERE ElementName = 'thing2'";
-    made.queryLanguage = "DMTF:CQL";
-    EXPECT_EQ(run(made).instances.size(), 1u);
-    made.queryLanguage = "WQL";
-    EXPECT_EQ(error(run(made)), "14 only DMTF:CQL");
-    made.query = "SELECT * FROM Test_Nope";
-    EXPECT_EQ(error(run(made)), "5 The class Test_Nope does not exist.");
-    made.query = "SELECT * FROM";
-    EXPECT_EQ(error(run(made)), "15 The query names no class after FROM.");
-    made.query = "";
-    EXPECT_EQ(error(run(made)), "15 The query names no class after FROM.");
-}
-
 TEST_F(Dispatch, TheComputerSystemIsThere)
 {
     const Answer all = enumerate("Linux_ComputerSystem");
