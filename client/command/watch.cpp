@@ -182,7 +182,7 @@ class Watch
             const std::string shown = model::textOf(setting, value, names_);
             return shown.empty() ? "-" : shown;
         };
-        std::cout << timeOfDay() << "  " << (watched_.size() > 1 ? monitor + "  " : "") << setting.name
+        std::cout << timeOfDay() << "  " << (watched_.size() > 1 ? monitor + "  " : "") << difference.name
                   << "  " << text(difference.before) << " -> " << text(difference.after) << '\n';
     }
 
