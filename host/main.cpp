@@ -5,6 +5,7 @@
 #include "core/log.h"
 #include "core/object_manager.h"
 #include "http/server.h"
+#include "wsman/wsman.h"
 
 #include <CLI/CLI.hpp>
 
@@ -146,7 +147,8 @@ int serve(const Options &options)
     manager.dispatcher().setPatience(std::chrono::seconds(options.patienceSeconds));
 
     host::CimXmlFrontEnd cimXml(manager.dispatcher());
-    host::HttpServer server(accounts, {&cimXml}, options.limits);
+    host::WsmanFrontEnd wsman(manager.dispatcher());
+    host::HttpServer server(accounts, {&cimXml, &wsman}, options.limits);
     if (!server.start({options.address, options.port}, problem)) {
         host::logLine("%s", problem.c_str());
         return 1;

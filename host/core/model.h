@@ -8,6 +8,8 @@
 
 #include "cmpi/objects.h"
 
+#include <chrono>
+#include <optional>
 #include <string_view>
 
 namespace host
@@ -53,6 +55,9 @@ struct Request {
     /** Who asks; never empty: nothing is dispatched without a principal. */
     std::string_view principal;
 
+    /** How long the request may wait for its turn with the providers; none: as long as any. */
+    std::optional<std::chrono::milliseconds> patience;
+
     /** The class of an enumeration or of a class operation. Empty: all classes (EnumerateClasses). */
     std::string_view className;
     /** The instance (or, without keys, the class) that the operation is about. */
@@ -88,6 +93,8 @@ struct Answer {
     CMPIrc code = CMPI_RC_OK;
     /** The text of the error; null: there is none. */
     const char *message = nullptr;
+    /** The error is that the request has waited for its turn for too long. */
+    bool timedOut = false;
 
     ArenaList<Instance *> instances;
     ArenaList<Path *> paths;

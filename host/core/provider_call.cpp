@@ -96,7 +96,10 @@ bool ProviderCall::begin()
              ProviderAccess::MAX_DEPTH);
         return false;
     }
-    if (!access_.gate.enter(call_.request, access_.patience)) {
+    const std::chrono::milliseconds patience =
+        request_.patience ? std::min(*request_.patience, access_.patience) : access_.patience;
+    if (!access_.gate.enter(call_.request, patience)) {
+        answer_.timedOut = true;
         fail(call_, answer_, CMPI_RC_ERR_FAILED,
              "Another request has been keeping the providers busy for too long.");
         return false;

@@ -57,6 +57,12 @@ class TextBuffer
         size_ += bytes;
     }
 
+    /** Takes back what was appended after that size. */
+    void truncate(std::size_t size)
+    {
+        size_ = size;
+    }
+
     /** Empties the buffer; its memory is used again. */
     void clear()
     {

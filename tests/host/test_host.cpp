@@ -302,8 +302,11 @@ TestServer::TestServer(const host::HttpLimits &limits, const host::XmlLimits &xm
     accounts_ = std::make_unique<host::Accounts>(directory_.file("accounts"));
     EXPECT_TRUE(accounts_->load(problem)) << problem;
     frontEnd_ = std::make_unique<host::CimXmlFrontEnd>(manager_->dispatcher(), xmlLimits);
-    server_ = std::make_unique<host::HttpServer>(*accounts_, std::vector<host::FrontEnd *>{frontEnd_.get()},
-                                                 limits);
+    host::WsmanOptions wsmanOptions;
+    wsmanOptions.xml = xmlLimits;
+    wsman_ = std::make_unique<host::WsmanFrontEnd>(manager_->dispatcher(), wsmanOptions);
+    server_ = std::make_unique<host::HttpServer>(
+        *accounts_, std::vector<host::FrontEnd *>{frontEnd_.get(), wsman_.get()}, limits);
     EXPECT_TRUE(server_->start({}, problem)) << problem;
 }
 

@@ -8,6 +8,7 @@
 #include "core/accounts.h"
 #include "core/object_manager.h"
 #include "http/server.h"
+#include "wsman/wsman.h"
 
 #include <gtest/gtest.h>
 
@@ -178,6 +179,7 @@ class TestServer
     std::unique_ptr<host::ObjectManager> manager_;
     std::unique_ptr<host::Accounts> accounts_;
     std::unique_ptr<host::CimXmlFrontEnd> frontEnd_;
+    std::unique_ptr<host::WsmanFrontEnd> wsman_;
     std::unique_ptr<host::HttpServer> server_;
 };
 

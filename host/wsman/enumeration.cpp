@@ -1,0 +1,393 @@
+// SPDX-License-Identifier: Apache-2.0
+// Enumerate, Pull and Release.
+#include "wsman/duration.h"
+#include "wsman/exchange.h"
+#include "wsman/filter.h"
+#include "wsman/uris.h"
+#include "wsman/xml.h"
+
+#include <algorithm>
+#include <charconv>
+#include <span>
+
+namespace host::wsman
+{
+namespace
+{
+
+/** The kind of WS-Management's enumerations among all that are open. */
+constexpr int CONTEXT_KIND = 0x100;
+
+/** What comes after the items of an answer at most. */
+constexpr std::size_t TAIL = 512;
+
+/** Of one answer, when the client sets no limit. */
+constexpr std::size_t MOST_ITEMS = 1024;
+
+enum class Mode : char { Object = 'o', Endpoint = 'e', Both = 'b' };
+
+struct Order {
+    Mode mode = Mode::Object;
+    /** The class whose properties alone are shown; null: each object is shown as what it is. */
+    const cim::Class *as = nullptr;
+    bool exactClass = false;
+    bool isOptimized = false;
+    std::size_t maxElements = 1; // as WS-Enumeration has it
+    std::chrono::milliseconds lifetime{};
+    bool tellsLifetime = false;
+};
+
+/** The objects that are handed out, as instances or as paths. */
+struct Items {
+    std::span<Instance *const> instances;
+    std::span<Path *const> paths;
+
+    std::size_t size() const
+    {
+        return instances.size() + paths.size();
+    }
+};
+
+/** Writes objects, from one on, as many as may and fit. Returns the number; false in fits when the first one
+ * alone is too long. */
+std::size_t writeItems(Writer &writer, const Items &items, std::size_t first, const Order &order,
+                       std::size_t limit, bool &fits)
+{
+    TextBuffer &buffer = writer.buffer();
+    std::size_t written = 0;
+    fits = true;
+    for (std::size_t i = first; i < items.size() && written < order.maxElements; ++i) {
+        const std::size_t before = buffer.size();
+        const Path &path = items.paths.empty() ? *items.instances[i]->path : *items.paths[i];
+        if (order.mode == Mode::Both) {
+            writer.raw("<wsman:Item>");
+        }
+        if (order.mode != Mode::Endpoint) {
+            writer.instance(*items.instances[i], order.as);
+        }
+        if (order.mode != Mode::Object) {
+            writer.endpoint(path);
+        }
+        if (order.mode == Mode::Both) {
+            writer.raw("</wsman:Item>");
+        }
+        if (buffer.size() > limit) {
+            buffer.truncate(before);
+            fits = written != 0;
+            break;
+        }
+        ++written;
+    }
+    return written;
+}
+
+bool tooLong(Exchange &exchange)
+{
+    return exchange.refuse(FaultKind::EncodingLimit, "MaxEnvelopeSize",
+                           "An object is longer than the MaxEnvelopeSize of the request allows.");
+}
+
+/** A number that a client gives; none, or more than there are: the most. */
+bool readCount(Exchange &exchange, pugi::xml_node element, std::size_t &count)
+{
+    if (!element) {
+        return true;
+    }
+    const std::string_view text = trimmedText(element, exchange.arena);
+    std::uint64_t number = 0;
+    const auto [end, problem] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (end != text.data() + text.size() || number == 0 || problem == std::errc::invalid_argument) {
+        return exchange.refuse(FaultKind::SchemaValidationError, "",
+                               std::string(localName(element)) + " is no number greater than 0.");
+    }
+    count = problem == std::errc() ? static_cast<std::size_t>(std::min<std::uint64_t>(number, MOST_ITEMS))
+                                   : MOST_ITEMS;
+    return true;
+}
+
+// ------------------------------------------------------------------------------------------------- the order
+
+bool readMode(Exchange &exchange, pugi::xml_node enumerate, Order &order)
+{
+    const pugi::xml_node element = childOf(enumerate, uri::WSMAN, "EnumerationMode");
+    const std::string_view mode = trimmedText(element, exchange.arena);
+    if (mode == "EnumerateEPR") {
+        order.mode = Mode::Endpoint;
+    } else if (mode == "EnumerateObjectAndEPR") {
+        order.mode = Mode::Both;
+    } else if (element) {
+        return exchange.refuse(FaultKind::UnsupportedFeature, "EnumerationMode",
+                               "There is no enumeration mode " + std::string(mode.substr(0, 200)) +
+                                   "; there are EnumerateEPR and EnumerateObjectAndEPR.");
+    }
+    return true;
+}
+
+bool readPolymorphism(Exchange &exchange, pugi::xml_node enumerate, const Target &target, Order &order)
+{
+    const pugi::xml_node element = childOf(enumerate, uri::BINDING, "PolymorphismMode");
+    const std::string_view mode = trimmedText(element, exchange.arena);
+    if (mode == "ExcludeSubClassProperties") {
+        order.as = target.klass;
+    } else if (mode == "None") {
+        order.exactClass = true;
+    } else if (element && mode != "IncludeSubClassProperties") {
+        return exchange.refuse(FaultKind::UnsupportedFeature, "",
+                               "There is no polymorphism mode " + std::string(mode.substr(0, 200)) +
+                                   "; there are IncludeSubClassProperties, ExcludeSubClassProperties and "
+                                   "None.");
+    }
+    return true;
+}
+
+bool readLifetime(Exchange &exchange, pugi::xml_node enumerate, Order &order)
+{
+    const pugi::xml_node element = childOf(enumerate, uri::ENUMERATION, "Expires");
+    order.lifetime = exchange.service.contexts.limits().lifetime;
+    if (!element) {
+        return true;
+    }
+    const std::string_view text = trimmedText(element, exchange.arena);
+    const std::optional<std::chrono::milliseconds> wanted = readDuration(text);
+    if (!wanted && !cimDateTime(text).empty()) {
+        return exchange.refuse(FaultKind::UnsupportedExpirationType, "",
+                               "Expires is a duration here, such as PT60S, and no time of the day.");
+    }
+    if (!wanted || wanted->count() == 0) {
+        return exchange.refuse(FaultKind::InvalidExpirationTime, "",
+                               "Expires is no duration greater than 0, such as PT60S.");
+    }
+    order.lifetime = std::min(order.lifetime, *wanted);
+    order.tellsLifetime = true;
+    return true;
+}
+
+bool readOrder(Exchange &exchange, pugi::xml_node enumerate, const Target &target, Order &order)
+{
+    order.isOptimized = !childOf(enumerate, uri::WSMAN, "OptimizeEnumeration").empty();
+    return readMode(exchange, enumerate, order) && readPolymorphism(exchange, enumerate, target, order) &&
+           readLifetime(exchange, enumerate, order) &&
+           readCount(exchange, childOf(enumerate, uri::WSMAN, "MaxElements"), order.maxElements);
+}
+
+// ------------------------------------------------------------------------------------------------- contexts
+
+/** What a pull must know stands in the note: the mode, the base of the URIs, and the class that is shown. */
+std::string noteOf(const Exchange &exchange, const Target &target, const Order &order)
+{
+    std::string note(1, static_cast<char>(order.mode));
+    note += std::string(exchange.vendorBase) + " " + std::string(target.nameSpace) + " ";
+    return order.as != nullptr ? note + order.as->name : note;
+}
+
+void readNote(Exchange &exchange, std::string_view note, Order &order)
+{
+    order.mode = static_cast<Mode>(note.front());
+    note.remove_prefix(1);
+    const std::size_t base = note.find(' ');
+    const std::size_t nameSpace = note.find(' ', base + 1);
+    exchange.vendorBase = exchange.arena.copyText(note.substr(0, base));
+    const std::string_view className = note.substr(nameSpace + 1);
+    if (!className.empty()) {
+        order.as = exchange.service.dispatcher.nameSpaces().findClass(
+            note.substr(base + 1, nameSpace - base - 1), className);
+    }
+}
+
+/** Keeps what is left after the first ones; the name of the context, or "" with the fault. */
+std::string keepOpen(Exchange &exchange, const Target &target, const Order &order, const Items &items,
+                     std::size_t first)
+{
+    std::unique_ptr<OpenEnumeration> rest = exchange.service.contexts.make();
+    rest->kind = CONTEXT_KIND;
+    rest->note = noteOf(exchange, target, order);
+    bool fits = true;
+    for (std::size_t i = first; i < items.size() && fits; ++i) {
+        fits = items.paths.empty() ? rest->add(*items.instances[i]) : rest->add(*items.paths[i]);
+    }
+    std::string name;
+    if (fits) {
+        name = exchange.service.contexts.open(exchange.http.principal, std::move(rest), order.lifetime);
+    }
+    if (name.empty()) {
+        exchange.refuse(FaultKind::QuotaLimit, "",
+                        fits ? "There are too many open enumerations; pull them to their end, release them, "
+                               "or ask for everything at once with OptimizeEnumeration and MaxElements."
+                             : "The open enumerations hold too much; ask for everything at once with "
+                               "OptimizeEnumeration and MaxElements.");
+    }
+    return name;
+}
+
+/** Leaves out what is not of exactly the class. */
+void keepExactClass(const Target &target, Answer &answer)
+{
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i < answer.instances.size(); ++i) {
+        if (answer.instances[i]->klass == target.klass) {
+            answer.instances[kept++] = answer.instances[i];
+        }
+    }
+    answer.instances.truncate(kept);
+    kept = 0;
+    for (std::size_t i = 0; i < answer.paths.size(); ++i) {
+        if (answer.paths[i]->klass == target.klass) {
+            answer.paths[kept++] = answer.paths[i];
+        }
+    }
+    answer.paths.truncate(kept);
+}
+
+std::size_t room(const Exchange &exchange, std::size_t used)
+{
+    const std::size_t most = exchange.message.maxEnvelopeSize;
+    return most > used + TAIL ? most - used - TAIL : 0;
+}
+
+void writeCount(Exchange &exchange, Writer &writer, std::size_t count)
+{
+    if (exchange.message.wantsItemCount) {
+        writer.element("wsman:TotalItemsCountEstimate", std::to_string(count));
+    }
+}
+
+bool answerEnumerate(Exchange &exchange, const Target &target, const Order &order, const Items &items)
+{
+    Writer writer = exchange.writer();
+    writer.open(exchange.message.action, "Response", exchange.message.messageId);
+    writeCount(exchange, writer, items.size());
+    writer.beginBody();
+    writer.raw("<wsen:EnumerateResponse>");
+    TextBuffer buffer(exchange.http.memory); // the items, which come after the name of the context
+    std::size_t written = 0;
+    if (order.isOptimized) {
+        Writer itemWriter(buffer, exchange.service.fragments, exchange.vendorBase);
+        bool fits = true;
+        written = writeItems(itemWriter, items, 0, order, room(exchange, writer.buffer().size()), fits);
+        if (!fits) {
+            return tooLong(exchange);
+        }
+    }
+    const bool isWhole = order.isOptimized && written == items.size();
+    std::string context;
+    if (!isWhole) {
+        context = keepOpen(exchange, target, order, items, written);
+        if (context.empty()) {
+            return false;
+        }
+    }
+    if (order.tellsLifetime) {
+        writer.element("wsen:Expires", durationText(order.lifetime));
+    }
+    writer.element("wsen:EnumerationContext", context);
+    if (order.isOptimized) {
+        writer.raw("<wsman:Items>");
+        writer.raw(buffer.view());
+        writer.raw(isWhole ? "</wsman:Items><wsman:EndOfSequence/>" : "</wsman:Items>");
+    }
+    writer.raw("</wsen:EnumerateResponse>");
+    writer.end();
+    return true;
+}
+
+} // namespace
+
+bool enumerate(Exchange &exchange)
+{
+    const pugi::xml_node element = childOf(exchange.message.body, uri::ENUMERATION, "Enumerate");
+    if (!element) {
+        return exchange.refuse(FaultKind::SchemaValidationError, "", "The body holds no wsen:Enumerate.");
+    }
+    Target target;
+    const bool isOfAll = namesAllClasses(exchange.message.resource.resourceUri);
+    if (isOfAll ? !findNameSpace(exchange, exchange.message.resource.selectors, target.nameSpace)
+                : !findClass(exchange, exchange.message.resource, target)) {
+        return false;
+    }
+    Order order;
+    Filter filter(exchange.arena);
+    if (!readOrder(exchange, element, target, order) ||
+        !readFilter(exchange, element, target, order.mode == Mode::Endpoint, filter)) {
+        return false;
+    }
+    Answer answer(exchange.arena);
+    if (!exchange.run(filter.request, answer) || !filter.apply(exchange, answer)) {
+        return false;
+    }
+    if (order.exactClass && target.klass != nullptr) {
+        keepExactClass(target, answer);
+    }
+    const Items items = {{answer.instances.begin(), answer.instances.size()},
+                         {answer.paths.begin(), answer.paths.size()}};
+    return answerEnumerate(exchange, target, order, items);
+}
+
+bool pull(Exchange &exchange)
+{
+    const pugi::xml_node element = childOf(exchange.message.body, uri::ENUMERATION, "Pull");
+    const std::string_view name =
+        trimmedText(childOf(element, uri::ENUMERATION, "EnumerationContext"), exchange.arena);
+    Order order;
+    std::size_t characters = SIZE_MAX;
+    if (!element) {
+        return exchange.refuse(FaultKind::SchemaValidationError, "", "The body holds no wsen:Pull.");
+    }
+    if (!readCount(exchange, childOf(element, uri::ENUMERATION, "MaxElements"), order.maxElements)) {
+        return false;
+    }
+    if (const pugi::xml_node limit = childOf(element, uri::ENUMERATION, "MaxCharacters")) {
+        characters = limit.text().as_ullong();
+    }
+    const ContextUse use(exchange.service.contexts, exchange.http.principal, std::string(name), CONTEXT_KIND);
+    if (use.get() == nullptr) {
+        return exchange.refuse(FaultKind::InvalidEnumerationContext, "", "");
+    }
+    OpenEnumeration &open = *use.get();
+    readNote(exchange, open.note, order);
+    Writer writer = exchange.writer();
+    writer.open(exchange.message.action, "Response", exchange.message.messageId);
+    writeCount(exchange, writer, open.instances.size() + open.paths.size());
+    writer.beginBody();
+    writer.raw("<wsen:PullResponse>");
+    TextBuffer buffer(exchange.http.memory);
+    Writer itemWriter(buffer, exchange.service.fragments, exchange.vendorBase);
+    bool fits = true;
+    const Items items = {{open.instances.begin(), open.instances.size()},
+                         {open.paths.begin(), open.paths.size()}};
+    const std::size_t written =
+        writeItems(itemWriter, items, open.next, order,
+                   std::min(characters, room(exchange, writer.buffer().size())), fits);
+    if (!fits) {
+        return tooLong(exchange);
+    }
+    const bool isLast = open.remaining() == written;
+    if (!isLast) { // compat: clients pull on while the answer names a context, whatever else it says
+        writer.element("wsen:EnumerationContext", use.name());
+    }
+    writer.raw("<wsen:Items>");
+    writer.raw(buffer.view());
+    writer.raw(isLast ? "</wsen:Items><wsen:EndOfSequence/></wsen:PullResponse>"
+                      : "</wsen:Items></wsen:PullResponse>");
+    writer.end();
+    open.next += written;
+    return true;
+}
+
+bool release(Exchange &exchange)
+{
+    const pugi::xml_node element = childOf(exchange.message.body, uri::ENUMERATION, "Release");
+    const std::string_view name =
+        trimmedText(childOf(element, uri::ENUMERATION, "EnumerationContext"), exchange.arena);
+    ContextUse use(exchange.service.contexts, exchange.http.principal, std::string(name), CONTEXT_KIND);
+    if (use.get() == nullptr) {
+        return exchange.refuse(FaultKind::InvalidEnumerationContext, "", "");
+    }
+    use.close();
+    Writer writer = exchange.writer();
+    writer.open(exchange.message.action, "Response", exchange.message.messageId);
+    writer.beginBody();
+    writer.end();
+    return true;
+}
+
+} // namespace host::wsman

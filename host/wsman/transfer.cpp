@@ -1,0 +1,304 @@
+// SPDX-License-Identifier: Apache-2.0
+// Identify, and the operations on one object: Get, Put, Create, Delete.
+#include "wsman/exchange.h"
+#include "wsman/uris.h"
+#include "wsman/xml.h"
+
+#include <charconv>
+
+namespace host::wsman
+{
+namespace
+{
+
+class Properties final : public Declarations
+{
+  public:
+    explicit Properties(const cim::Class &klass) : klass_(klass) {}
+
+    Declared find(std::string_view name) const override
+    {
+        const std::size_t place = klass_.placeOf(name);
+        if (place == cim::NO_PROPERTY) {
+            return {};
+        }
+        return {klass_.properties[place].type, klass_.properties[place].isArray};
+    }
+
+  private:
+    const cim::Class &klass_;
+};
+
+/** What a fragment transfer is about. */
+struct Fragment {
+    std::size_t place = 0; // of the property
+    std::size_t index = 0; // of the element of an array, from 1; 0: all of the property
+    bool textOnly = false;
+};
+
+/** Takes "[3]" off the end of the text; false when there is a bracket, but no number in it. */
+bool takeIndex(std::string_view &text, std::size_t &index)
+{
+    if (!text.ends_with(']')) {
+        return true;
+    }
+    const std::size_t open = text.rfind('[');
+    if (open == std::string_view::npos) {
+        return false;
+    }
+    const std::string_view number = text.substr(open + 1, text.size() - open - 2);
+    const auto [end, problem] = std::from_chars(number.data(), number.data() + number.size(), index);
+    text = text.substr(0, open);
+    return problem == std::errc() && end == number.data() + number.size() && index != 0;
+}
+
+/** Reads the part of XPath that names a property: [/Class/]Property[n][/text()], with or without prefixes. */
+bool readFragment(Exchange &exchange, const cim::Class &klass, Fragment &fragment)
+{
+    constexpr std::string_view TEXT = "/text()";
+    std::string_view text = *exchange.message.fragment;
+    if (text.ends_with(TEXT)) {
+        fragment.textOnly = true;
+        text.remove_suffix(TEXT.size());
+    }
+    const bool isGood = takeIndex(text, fragment.index);
+    const std::size_t slash = text.rfind('/');
+    if (slash != std::string_view::npos) {
+        text.remove_prefix(slash + 1);
+    }
+    text.remove_prefix(text.find(':') + 1); // npos + 1 is 0
+    fragment.place = klass.placeOf(text);
+    if (!isGood || fragment.place == cim::NO_PROPERTY) {
+        return exchange.refuse(FaultKind::InvalidRepresentation, "InvalidFragment",
+                               "The fragment " + std::string(exchange.message.fragment->substr(0, 200)) +
+                                   " names no property of the class " + klass.name + ".");
+    }
+    return true;
+}
+
+/** The property list with that one property. */
+const char **listOf(Exchange &exchange, const cim::Class &klass, std::size_t place)
+{
+    const char **list = exchange.arena.makeArray<const char *>(2);
+    list[0] = klass.properties[place].name.c_str();
+    return list;
+}
+
+void writeFragmentHeader(Exchange &exchange, Writer &writer)
+{
+    writer.raw("<wsman:FragmentTransfer s:mustUnderstand=\"true\">");
+    writer.escaped(*exchange.message.fragment);
+    writer.raw("</wsman:FragmentTransfer>");
+}
+
+/** Reads the object and writes the answer to a Get or Put. */
+bool answerWithObject(Exchange &exchange, const Target &target, const Fragment &fragment)
+{
+    const Message &message = exchange.message;
+    Request request;
+    request.operation = Operation::GetInstance;
+    request.nameSpace = target.nameSpace;
+    request.path = target.path;
+    if (message.fragment) {
+        request.propertyList = listOf(exchange, *target.klass, fragment.place);
+    }
+    Answer answer(exchange.arena);
+    if (!exchange.run(request, answer)) {
+        return false;
+    }
+    const Instance &found = *answer.instances[0];
+    Writer writer = exchange.writer();
+    writer.open(message.action, "Response", message.messageId);
+    if (message.fragment) {
+        writeFragmentHeader(exchange, writer);
+    }
+    writer.beginBody();
+    if (!message.fragment) {
+        writer.instance(found);
+    } else {
+        // The object may be of a subclass, where the property stands elsewhere.
+        const std::size_t place = found.klass->placeOf(target.klass->properties[fragment.place].name);
+        writer.fragment(found, place, fragment.index, fragment.textOnly);
+    }
+    writer.end();
+    return true;
+}
+
+/** The instance that stands in the body. needsTarget: it is the one of the target, whose keys it cannot
+ * change. */
+Instance *readInstance(Exchange &exchange, const Target &target, bool needsTarget)
+{
+    const pugi::xml_node element = firstElement(exchange.message.body);
+    if (localName(element) != target.klass->name) {
+        exchange.refuse(FaultKind::InvalidRepresentation, "InvalidNamespace",
+                        "The body holds no object of the class " + target.klass->name + ".");
+        return nullptr;
+    }
+    ArenaList<ValueText> values(exchange.arena);
+    if (!readValues(exchange, element, Properties(*target.klass), FaultKind::InvalidRepresentation, values)) {
+        return nullptr;
+    }
+    Typing typing(exchange.arena, exchange.service.dispatcher.nameSpaces());
+    Instance *instance = typing.instance(*target.path, values);
+    if (instance == nullptr) {
+        exchange.refuse(FaultKind::InvalidRepresentation, "InvalidValues", typing.error());
+        exchange.fault.code = typing.code();
+        return nullptr;
+    }
+    if (needsTarget && !samePath(*instance->path, *target.path)) {
+        exchange.refuse(FaultKind::InvalidRepresentation, "InvalidValues",
+                        "The keys of an object cannot be changed.");
+        return nullptr;
+    }
+    return instance;
+}
+
+/** The instance with the one property of the fragment, which is in the body. */
+Instance *readFragmentInstance(Exchange &exchange, const Target &target, const Fragment &fragment)
+{
+    const cim::Property &property = target.klass->properties[fragment.place];
+    const pugi::xml_node element = childOf(exchange.message.body, uri::WSMAN, "XmlFragment");
+    if (!element) {
+        exchange.refuse(FaultKind::InvalidRepresentation, "MissingValues",
+                        "The body holds no wsman:XmlFragment.");
+        return nullptr;
+    }
+    if (fragment.index != 0) {
+        exchange.refuse(FaultKind::UnsupportedFeature, "FragmentLevelAccess",
+                        "A single element of an array cannot be put.");
+        return nullptr;
+    }
+    ArenaList<ValueText> values(exchange.arena);
+    if (firstElement(element)) {
+        if (!readValues(exchange, element, Properties(*target.klass), FaultKind::InvalidRepresentation,
+                        values)) {
+            return nullptr;
+        }
+    } else {
+        ValueText value;
+        value.name = property.name;
+        value.isArray = property.isArray;
+        if (!readItem(exchange, element, property.type, FaultKind::InvalidRepresentation, value.item)) {
+            return nullptr;
+        }
+        value.isNull = value.item.isNull || property.isArray;
+        values.append(value);
+    }
+    if (values.size() != 1 || !cim::sameName(values[0].name, property.name)) {
+        exchange.refuse(FaultKind::InvalidRepresentation, "InvalidFragment",
+                        "The body holds something else than the property " + property.name + ".");
+        return nullptr;
+    }
+    Typing typing(exchange.arena, exchange.service.dispatcher.nameSpaces());
+    Instance *instance = typing.instance(*target.path, values);
+    if (instance == nullptr) {
+        exchange.refuse(FaultKind::InvalidRepresentation, "InvalidValues", typing.error());
+        exchange.fault.code = typing.code();
+    }
+    return instance;
+}
+
+} // namespace
+
+bool identify(Exchange &exchange)
+{
+    exchange.out.append("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                        "<s:Envelope xmlns:s=\"http://www.w3.org/2003/05/soap-envelope\""
+                        " xmlns:wsmid=\"http://schemas.dmtf.org/wbem/wsman/identity/1/wsmanidentity.xsd\">"
+                        "<s:Header/><s:Body><wsmid:IdentifyResponse>");
+    Writer writer = exchange.writer();
+    writer.element("wsmid:ProtocolVersion", uri::WSMAN);
+    writer.element("wsmid:ProductVendor", exchange.service.vendor);
+    writer.element("wsmid:ProductVersion", exchange.service.version);
+    exchange.out.append("</wsmid:IdentifyResponse></s:Body></s:Envelope>\n");
+    return true;
+}
+
+bool get(Exchange &exchange)
+{
+    Target target;
+    Fragment fragment;
+    return findTarget(exchange, exchange.message.resource, true, target) &&
+           (!exchange.message.fragment || readFragment(exchange, *target.klass, fragment)) &&
+           answerWithObject(exchange, target, fragment);
+}
+
+bool put(Exchange &exchange)
+{
+    Target target;
+    Fragment fragment;
+    if (!findTarget(exchange, exchange.message.resource, true, target) ||
+        (exchange.message.fragment && !readFragment(exchange, *target.klass, fragment))) {
+        return false;
+    }
+    Request request;
+    request.operation = Operation::ModifyInstance;
+    request.nameSpace = target.nameSpace;
+    request.path = target.path;
+    if (exchange.message.fragment) {
+        request.instance = readFragmentInstance(exchange, target, fragment);
+        request.propertyList = listOf(exchange, *target.klass, fragment.place);
+    } else {
+        request.instance = readInstance(exchange, target, true);
+    }
+    Answer answer(exchange.arena);
+    if (request.instance == nullptr || !exchange.run(request, answer)) {
+        return false;
+    }
+    if (!answerWithObject(exchange, target, fragment)) { // changed all the same
+        exchange.fault = {};
+        Writer writer = exchange.writer();
+        writer.open(exchange.message.action, "Response", exchange.message.messageId);
+        writer.beginBody();
+        writer.end();
+    }
+    return true;
+}
+
+bool create(Exchange &exchange)
+{
+    Target target;
+    if (!findTarget(exchange, exchange.message.resource, false, target)) {
+        return false;
+    }
+    Request request;
+    request.operation = Operation::CreateInstance;
+    request.nameSpace = target.nameSpace;
+    request.path = target.path;
+    request.instance = readInstance(exchange, target, false);
+    Answer answer(exchange.arena);
+    if (request.instance == nullptr || !exchange.run(request, answer)) {
+        return false;
+    }
+    Writer writer = exchange.writer();
+    writer.open(exchange.message.action, "Response", exchange.message.messageId);
+    writer.beginBody();
+    writer.raw("<wxf:ResourceCreated>");
+    writer.endpointParts(*answer.paths[0]);
+    writer.raw("</wxf:ResourceCreated>");
+    writer.end();
+    return true;
+}
+
+bool remove(Exchange &exchange)
+{
+    Target target;
+    if (!findTarget(exchange, exchange.message.resource, true, target)) {
+        return false;
+    }
+    Request request;
+    request.operation = Operation::DeleteInstance;
+    request.nameSpace = target.nameSpace;
+    request.path = target.path;
+    Answer answer(exchange.arena);
+    if (!exchange.run(request, answer)) {
+        return false;
+    }
+    Writer writer = exchange.writer();
+    writer.open(exchange.message.action, "Response", exchange.message.messageId);
+    writer.beginBody();
+    writer.end();
+    return true;
+}
+
+} // namespace host::wsman

@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "wsman/wsman.h"
+
+#include "wsman/uris.h"
+
+namespace host
+{
+namespace
+{
+
+using wsman::Exchange;
+using wsman::FaultKind;
+
+constexpr std::size_t FIRST_CHUNK = std::size_t{32} * 1024; // of a request's memory
+
+struct Action {
+    std::string_view name;
+    bool (*run)(Exchange &exchange);
+    bool changes; // then the answer may be too long, but what was done is done
+};
+
+constexpr Action ACTIONS[] = {
+    {wsman::uri::GET, wsman::get, false},         {wsman::uri::PUT, wsman::put, true},
+    {wsman::uri::CREATE, wsman::create, true},    {wsman::uri::DELETE, wsman::remove, true},
+    {wsman::uri::PULL, wsman::pull, false},       {wsman::uri::ENUMERATE, wsman::enumerate, false},
+    {wsman::uri::RELEASE, wsman::release, false},
+};
+
+constexpr Action INVOKE = {"", wsman::invoke, true};
+
+const Action &actionOf(std::string_view name)
+{
+    for (const Action &action : ACTIONS) {
+        if (action.name == name) {
+            return action;
+        }
+    }
+    return INVOKE;
+}
+
+/** Does what the message asks. False with the fault when it cannot be done. */
+bool answer(Exchange &exchange)
+{
+    const wsman::Message &message = exchange.message;
+    if (message.isIdentify) {
+        return wsman::identify(exchange);
+    }
+    const Action &action = actionOf(message.action);
+    if (message.fragment && message.action != wsman::uri::GET && message.action != wsman::uri::PUT) {
+        return exchange.refuse(FaultKind::UnsupportedFeature, "FragmentLevelAccess",
+                               "Get and Put have fragments, other actions have not.");
+    }
+    if (!action.run(exchange)) {
+        return false;
+    }
+    if (exchange.out.size() > message.maxEnvelopeSize) {
+        return exchange.refuse(FaultKind::EncodingLimit,
+                               action.changes ? "UnreportableSuccess" : "MaxEnvelopeSize",
+                               "The answer is longer than the MaxEnvelopeSize of the request allows.");
+    }
+    return true;
+}
+
+} // namespace
+
+WsmanFrontEnd::WsmanFrontEnd(Dispatcher &dispatcher, const WsmanOptions &options)
+    : limits_(options.xml), service_{dispatcher,
+                                     Contexts(options.contexts, options.now),
+                                     wsman::FragmentCache(dispatcher.nameSpaces()),
+                                     options.vendorBase,
+                                     options.vendor,
+                                     options.version}
+{
+}
+
+bool WsmanFrontEnd::serves(std::string_view path) const
+{
+    return path == "/wsman";
+}
+
+bool WsmanFrontEnd::takes(std::string_view mediaType) const
+{
+    return mediaType == "application/soap+xml";
+}
+
+HttpReply WsmanFrontEnd::handle(const HttpRequest &request, TextBuffer &out)
+{
+    constexpr unsigned OPTIONS = pugi::parse_cdata | pugi::parse_escapes | pugi::parse_wconv_attribute |
+                                 pugi::parse_eol |
+                                 pugi::parse_ws_pcdata_single; // a value may consist of blanks
+    pugi::xml_document document;
+    Arena arena(FIRST_CHUNK, request.memory);
+    Exchange exchange(service_, request, arena, out);
+    HttpReply reply;
+    reply.contentType = "application/soap+xml;charset=UTF-8";
+    const bool isXml =
+        checkXml(request.body, limits_) &&
+        document.load_buffer_inplace(request.body.data(), request.body.size(), OPTIONS, pugi::encoding_utf8);
+    if (!isXml) {
+        exchange.refuse(FaultKind::SchemaValidationError, "", "The document is no well-formed XML.");
+    }
+    if (!isXml || !wsman::readMessage(document, arena, exchange.message, exchange.fault) ||
+        !answer(exchange)) {
+        out.clear();
+        reply.status = wsman::httpStatus(exchange.fault.kind);
+        exchange.writer().fault(exchange.fault, exchange.message.messageId);
+    }
+    return reply;
+}
+
+} // namespace host

@@ -1,0 +1,176 @@
+// SPDX-License-Identifier: Apache-2.0
+// WS-Management: recorded requests of two clients, replayed, and the answers they need.
+#include "wsman/wsman_client.h"
+
+#include <gmock/gmock.h>
+
+namespace
+{
+
+using test::Client;
+using test::FaultSeen;
+using test::HttpAnswer;
+using testing::HasSubstr;
+
+/** A recorded request, and the pull that the client goes on with; null: none. */
+struct Recording {
+    const char *request;
+    const char *pull = nullptr;
+};
+
+void PrintTo(const Recording &recording, std::ostream *stream)
+{
+    *stream << recording.request;
+}
+
+class WsmanReplay : public testing::TestWithParam<Recording>
+{
+};
+
+/** The text with the name of this host replaced, so that answers are the same everywhere. */
+std::string withoutHostName(std::string text, host::ObjectManager &manager)
+{
+    const std::string name = ">" + manager.dispatcher().hostName() + "<";
+    const std::string standIn = ">this-host<";
+    for (std::size_t place = text.find(name); place != std::string::npos;
+         place = text.find(name, place + 1)) {
+        text.replace(place, name.size(), standIn);
+    }
+    return text;
+}
+
+/** All answers, one after the other. */
+std::string exchangeAll(test::TestServer &server, const Recording &recording)
+{
+    Client client(server.port());
+    HttpAnswer answer = client.exchange(test::recordedWsman(recording.request));
+    std::string all = test::withoutIds(answer.body);
+    // As the clients do: for as long as an answer names a context.
+    for (std::string context = test::textOf(answer.body, "wsen:EnumerationContext");
+         recording.pull != nullptr && !context.empty();
+         context = test::textOf(answer.body, "wsen:EnumerationContext")) {
+        answer = client.exchange(test::recordedWsman(recording.pull, context));
+        EXPECT_EQ(answer.status, 200) << answer.body;
+        all += test::withoutIds(answer.body);
+    }
+    return withoutHostName(all, server.manager());
+}
+
+TEST_P(WsmanReplay, IsAnsweredToTheByte)
+{
+    test::TestServer server;
+    const std::string answers = exchangeAll(server, GetParam());
+    std::string name = GetParam().request;
+    name.replace(name.find('/'), 1, "-");
+    if (getenv("UPDATE")) { // UPD
+        test::writeFile(TEST_DATA_DIR "/answers/" + name + ".xml", answers);
+    }
+    EXPECT_EQ(answers, test::readData("answers/" + name + ".xml"));
+}
+
+std::string nameOf(const testing::TestParamInfo<Recording> &info)
+{
+    std::string name = info.param.request;
+    for (char &c : name) {
+        if (c == '-' || c == '/' || c == '.') {
+            c = '_';
+        }
+    }
+    return name;
+}
+
+constexpr const char *PULL = "ws-command-line/enumerate-instances.4";
+constexpr const char *PULL_20 = "ws-command-line/associators.4";
+constexpr const char *SCRIPT_PULL = "ws-scripts/enumerate-instances.3";
+
+constexpr Recording RECORDINGS[] = {
+    {"ws-command-line/associators", PULL_20},
+    {"ws-command-line/associators-epr", PULL_20},
+    {"ws-command-line/associators-filtered", PULL_20},
+    {"ws-command-line/create"},
+    {"ws-command-line/delete"},
+    {"ws-command-line/enumerate-class-names"},
+    {"ws-command-line/enumerate-count", PULL},
+    {"ws-command-line/enumerate-instances", PULL},
+    {"ws-command-line/enumerate-instances-optimized"},
+    {"ws-command-line/enumerate-names-epr", PULL},
+    {"ws-command-line/enumerate-names-superclass-epr", PULL},
+    {"ws-command-line/enumerate-namespace"},
+    {"ws-command-line/enumerate-objepr", PULL},
+    {"ws-command-line/enumerate-selector-filter", PULL},
+    {"ws-command-line/enumerate-superclass-exclude", PULL_20},
+    {"ws-command-line/enumerate-superclass-include", PULL_20},
+    {"ws-command-line/error-bad-context"},
+    {"ws-command-line/error-invalid-class"},
+    {"ws-command-line/error-missing-selectors"},
+    {"ws-command-line/error-not-found"},
+    {"ws-command-line/get"},
+    {"ws-command-line/get-class"},
+    {"ws-command-line/get-fragment"},
+    {"ws-command-line/get-namespace"},
+    {"ws-command-line/get-unmapped-uri"},
+    {"ws-command-line/identify"},
+    {"ws-command-line/invoke-error"},
+    {"ws-command-line/invoke-noargs"},
+    {"ws-command-line/invoke-reference"},
+    {"ws-command-line/invoke-static-class"},
+    {"ws-command-line/invoke-string"},
+    {"ws-command-line/invoke-string-special"},
+    {"ws-command-line/invoke-types-file"},
+    {"ws-command-line/invoke-types-k"},
+    {"ws-command-line/invoke-unknown-method"},
+    {"ws-command-line/put-file"},
+    {"ws-command-line/put-fragment"},
+    {"ws-command-line/references", PULL_20},
+    {"ws-command-line/references-epr", PULL_20},
+    {"ws-scripts/enumerate-class-names"},
+    {"ws-scripts/enumerate-instances", SCRIPT_PULL},
+    {"ws-scripts/enumerate-instances-optimized", SCRIPT_PULL},
+    {"ws-scripts/enumerate-names-epr", SCRIPT_PULL},
+    {"ws-scripts/enumerate-objepr", SCRIPT_PULL},
+    {"ws-scripts/error-invalid-class"},
+    {"ws-scripts/get"},
+    {"ws-scripts/identify"},
+    {"ws-scripts/invoke-reference"},
+    {"ws-scripts/invoke-string"},
+    {"ws-scripts/invoke-string-inst"},
+    {"ws-scripts/invoke-string-spaces"},
+    {"ws-scripts/invoke-types"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Recorded, WsmanReplay, testing::ValuesIn(RECORDINGS), nameOf);
+
+TEST(WsmanReplayed, CredentialsAreAskedForOnAConnectionThatStaysOpen)
+{
+    test::TestServer server;
+    Client client(server.port());
+    const HttpAnswer refused = client.exchange(test::readData("recorded/ws-command-line/get.http"));
+    EXPECT_EQ(refused.status, 401);
+    EXPECT_THAT(refused.header("WWW-Authenticate"), HasSubstr("Basic realm=\""));
+    EXPECT_NE(refused.header("Connection"), "close");
+    const HttpAnswer answer = client.exchange(test::recordedWsman("ws-command-line/get"));
+    EXPECT_EQ(answer.status, 200);
+    EXPECT_EQ(test::textOf(answer.body, "p:DeviceID"), "thing3");
+    EXPECT_EQ(answer.header("Content-Type"), "application/soap+xml;charset=UTF-8");
+}
+
+TEST(WsmanReplayed, WhatWasGotIsPutWithOneChange)
+{
+    // The command-line client changes a property of what it got and puts the whole back.
+    test::TestServer server;
+    Client client(server.port());
+    const std::string got = client.exchange(test::recordedWsman("ws-command-line/get")).body;
+    std::string object = test::textOf(got, "s:Body");
+    const std::size_t label = object.find("label-3");
+    ASSERT_NE(label, std::string::npos);
+    object.replace(label, 7, "from put");
+    object.insert(object.find("xmlns:p="), "xmlns:cim=\"http://schemas.dmtf.org/wbem/wscim/1/common\" ");
+    const HttpAnswer put = client.exchange(test::postWsman(test::envelope(
+        std::string(test::TRANSFER) + "Put", test::THING_URI, test::thingSelectors(3), object)));
+    EXPECT_EQ(put.status, 200) << put.body;
+    EXPECT_EQ(test::textOf(put.body, "p:Label"), "from put");
+    const std::string after = client.exchange(test::recordedWsman("ws-command-line/get")).body;
+    EXPECT_EQ(test::textOf(after, "p:Label"), "from put");
+}
+
+} // namespace
