@@ -36,7 +36,7 @@ file(REMOVE ${manifests} ${records})
 list(REMOVE_DUPLICATES directories)
 foreach(directory IN LISTS directories)
     # Our own directories, and lib/cmpi unless others use it; never those that every system has.
-    while(directory MATCHES "/(cmpi|mof|docs|libcmpi[Dd]isplay[Mm]anagement)$" AND IS_DIRECTORY ${directory})
+    while(directory MATCHES "/(cmpi|mof|docs|libcmpi[Dd]isplay[Mm]anagement[-a-z]*|display-host|displayctl)$" AND IS_DIRECTORY ${directory})
         file(GLOB content LIST_DIRECTORIES true ${directory}/* ${directory}/.*)
         list(FILTER content EXCLUDE REGEX "/\\.\\.?$")
         if(content)

@@ -1,45 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "contract.h"
+#include "every_class.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <iterator>
-
-#define EVERY_CLASS(DO)                                                                                      \
-    DO(Monitor)                                                                                              \
-    DO(DisplayManagement)                                                                                    \
-    DO(VideoInput)                                                                                           \
-    DO(ImageAdjustment)                                                                                      \
-    DO(PictureInPicture)                                                                                     \
-    DO(OSDMenuAndMessages)                                                                                   \
-    DO(ColorSpace)                                                                                           \
-    DO(BezelButton)                                                                                          \
-    DO(FunctionButton)                                                                                       \
-    DO(TestPatternGenerator)                                                                                 \
-    DO(RemoteManagementService)                                                                              \
-    DO(WSManagementService)                                                                                  \
-    DO(IPProtocolEndpoint)                                                                                   \
-    DO(IPNetworkConnection)                                                                                  \
-    DO(IPConfigurationService)                                                                               \
-    DO(ExtendedStaticIPAssignmentSettingData)                                                                \
-    DO(DHCPSettingData)                                                                                      \
-    DO(IPVersionSettingData)                                                                                 \
-    DO(IPAssignmentSettingData)                                                                              \
-    DO(TestPattern)                                                                                          \
-    DO(PIPFunctionality)                                                                                     \
-    DO(OnScreenDisplay)                                                                                      \
-    DO(Management)                                                                                           \
-    DO(InputSource)                                                                                          \
-    DO(ImageAdjustmentModel)                                                                                 \
-    DO(ColorModel)                                                                                           \
-    DO(Button)                                                                                               \
-    DO(SystemDevice)                                                                                         \
-    DO(ElementSettingData)                                                                                   \
-    DO(HostedAccessPoint)                                                                                    \
-    DO(ProvidesEndpoint)                                                                                     \
-    DO(SAPSAPDependency)                                                                                     \
-    DO(OrderedComponent)
 
 // Weak: a factory that the library does not have is null instead of an error of the linker, so that the
 // registration can be compared with what is there.

@@ -1,12 +1,13 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # Installs by component into a scratch root, looks at what is there, uninstalls, and finds nothing.
 #
-#   install_test.sh CMAKE BUILD_DIR SOURCE_DIR READELF
+#   install_test.sh CMAKE BUILD_DIR SOURCE_DIR READELF PACKAGE
 set -eu
 here=$(dirname "$0")
 . "$here/check.sh"
 . "$here/installed_files.sh"
-cmake=$1 build=$2 source=$3 readelf=$4
+cmake=$1 build=$2 source=$3 readelf=$4 package=$5
 scratch
 root=$scratch/root
 prefix=$root/opt/display
@@ -30,10 +31,11 @@ install() {
 
 install provider
 expect 'the files of the component provider' "$(provider_files)" "$(files_below "$prefix")"
-expect 'its documentation' "$(documentation_files "$source")" "$(documentation_below "$prefix")"
 expect 'no directory without a file' '' "$(cd "$prefix" && find . -type d -empty)"
+expect 'its copyright and changes' "$(package_files "$package")" "$(common_files_below "$prefix")"
+install registration
 install development
-expect 'the files of the component development' "$( (provider_files; development_files) | LC_ALL=C sort)" \
+expect 'the files of the three components' "$( (provider_files; registration_files "$source"; development_files) | LC_ALL=C sort)" \
     "$(files_below "$prefix")"
 
 library=$prefix/lib/cmpi/libcmpiDisplayManagement.so

@@ -682,7 +682,7 @@ class Page
                 values += " " + names->value.items[i];
         }
         if (!values.empty())
-            lines.push_back(words(values));
+            lines.push_back(words(values + (names ? "" : " (what they mean is not documented)")));
         static const std::vector<std::pair<std::string, std::string>> others = {
             {"MinValue", "at least "},
             {"MaxValue", "at most "},
@@ -728,7 +728,8 @@ class Page
                                     : Line{message(constant)});
         if (constants.empty())
             return words("varies");
-        Line line = words(constants.size() == 1 ? "always " : "in turn ");
+        const bool onlyKey = found == facts.properties.end();
+        Line line = words(std::string(onlyKey ? "none; in the path " : "") + (constants.size() == 1 ? "always " : "in turn "));
         line += joined(constants, ", ");
         return line;
     }

@@ -55,6 +55,10 @@ td.status code { background: none; padding: 0; }
 [hidden] { display: none !important; }
 @media (max-width: 60rem) { body { display: block; } nav { position: static; height: auto; max-height: 45vh; }
   main { padding: 1rem; } }
+@media (max-width: 40rem) { main, code { overflow-wrap: anywhere; } thead { display: none; }
+  table, tbody, tr, td { display: block; } tr { padding: .4rem 0; border-bottom: 1px solid var(--line); }
+  td { border: 0; padding: .1rem 0; } td:empty { display: none; } td.number { display: inline; padding-right: .4rem; }
+  td.status { white-space: normal; } td[title]::before { content: attr(title) ": "; color: var(--soft); } }
 @media print { nav { display: none; } body { display: block; } }
 )css";
 
@@ -63,6 +67,7 @@ constexpr const char *script = R"js(
 (function () {
   var all = function (selector, from) { return Array.prototype.slice.call((from || document).querySelectorAll(selector)); };
   var box = document.getElementById('filter');
+  var nothing = document.getElementById('nothing');
   var rows = all('main tbody tr, main li').map(function (row) { return { row: row, text: row.textContent.toLowerCase() }; });
   var sections = all('main section').map(function (section) {
     var heading = section.firstElementChild;
@@ -75,7 +80,9 @@ constexpr const char *script = R"js(
   });
   var shown = function (row) { return !row.hidden; };
   var apply = function () {
-    var wanted = box.value.trim().toLowerCase();
+    // What a client prints around a text goes: "* wbemcli: Cim: (7) CIM_ERR_NOT_SUPPORTED: text".
+    var wanted = box.value.trim().replace(/^[*\s]*wbemcli:\s*/i, '')
+      .replace(/^cim:\s*\(\d+\)\s*(CIM_ERR_\w+\s*:\s*)?/i, '').trim().toLowerCase();
     rows.forEach(function (r) { r.row.hidden = wanted !== '' && r.text.indexOf(wanted) === -1; });
     sections.forEach(function (s) {
       s.titled = wanted !== '' && s.named && s.title.indexOf(wanted) !== -1;
@@ -85,9 +92,16 @@ constexpr const char *script = R"js(
     tables.forEach(function (t) { t.table.hidden = !t.rows.some(shown); });
     entries.forEach(function (e) { e.entry.hidden = e.section.hidden; });
     all('nav details').forEach(function (details) { details.open = wanted !== ''; });
+    nothing.hidden = wanted === '' || sections.some(function (s) { return !s.section.hidden; });
   };
   var timer;
   box.addEventListener('input', function () { clearTimeout(timer); timer = setTimeout(apply, 120); });
+  document.addEventListener('keydown', function (event) {
+    if (event.key !== '/' || event.ctrlKey || event.metaKey || event.altKey || event.target === box) { return; }
+    event.preventDefault();
+    box.focus();
+    box.select();
+  });
   box.hidden = false;
 }());
 )js";
@@ -168,9 +182,11 @@ std::string table(const Block &block)
         result += "<tr" + idAttribute(row.id) + ">";
         for (size_t i = 0; i < row.cells.size(); ++i) {
             const std::string &name = block.head[i];
-            result += named && name.empty()                  ? "<td class=\"number\">"
-                      : name == "Status" || name == "Return" ? "<td class=\"status\">"
-                                                             : "<td>";
+            result += named && name.empty()                  ? "<td class=\"number\""
+                      : name == "Status" || name == "Return" ? "<td class=\"status\""
+                                                             : "<td";
+            // A narrow screen has no line of heads: each cell says what it is.
+            result += i > 0 && !name.empty() ? " title=\"" + escaped(name) + "\">" : ">";
             result += text(row.cells[i]) + "</td>";
         }
         result += "</tr>\n";
@@ -219,7 +235,8 @@ std::string html(const Document &document)
         title + "</title>\n<style>" + style + "</style>\n</head>\n<body>\n<nav>\n<strong>" +
         anchor("top", title) +
         "</strong>\n<input id=\"filter\" type=\"search\" hidden=\"hidden\" "
-        "placeholder=\"Filter: class, method, text\" aria-label=\"Filter\" />\n" +
+        "placeholder=\"Search: class, method, text ( / )\" aria-label=\"Search\" />\n" +
+        "<p id=\"nothing\" hidden=\"hidden\">Nothing found.</p>\n" +
         contents(document) + "</nav>\n<main>\n";
     std::vector<int> open; // the levels of the sections around
     for (const Block &block : document) {

@@ -1,13 +1,16 @@
-// make-reference DIRECTORY            writes reference.md and reference.html
-// make-reference --check DIRECTORY    tells whether the two files are as they would be written
+// make-reference FILE...            writes each file, as Markdown or HTML by its suffix, .md or .html
+// make-reference --check FILE...    tells whether the files are as they would be written
 
 #include "content.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <string>
+#include <vector>
 
 // The test support keeps what the library prints; here it goes nowhere.
 namespace test_support
@@ -29,6 +32,11 @@ struct File {
     std::filesystem::path path;
     std::string content;
 };
+
+bool isPage(const std::filesystem::path &path)
+{
+    return path.extension() == ".md" || path.extension() == ".html";
+}
 
 bool write(const File &file)
 {
@@ -66,16 +74,22 @@ bool isCurrent(const File &file)
 
 int main(int argc, char **argv)
 {
-    const bool check = argc == 3 && strcmp(argv[1], "--check") == 0;
-    if (argc != 2 && !check) {
-        fprintf(stderr, "usage: %s [--check] DIRECTORY\n", argv[0]);
+    constexpr const char *usage = "usage: make-reference [--check] FILE...    each FILE ends in .md or .html\n";
+    const std::vector<std::string> arguments(argv + 1, argv + argc);
+    if (arguments == std::vector<std::string>{"--help"} || arguments == std::vector<std::string>{"--version"}) {
+        fputs(arguments[0] == "--help" ? usage : "make-reference " VERSION "\n", stdout);
+        return 0;
+    }
+    const bool check = !arguments.empty() && arguments[0] == "--check";
+    const std::vector<std::filesystem::path> paths(arguments.begin() + (check ? 1 : 0), arguments.end());
+    if (paths.empty() || !std::all_of(paths.begin(), paths.end(), isPage)) {
+        fputs(usage, stderr);
         return 2;
     }
     if (!freopen("/dev/null", "w", stdout)) {
         perror("/dev/null");
         return 2;
     }
-    const std::filesystem::path directory = argv[argc - 1];
     const reference::Document document = reference::referencePage();
     // The test support expects things of the library and of its callers on the way.
     const testing::TestResult &expectations = testing::UnitTest::GetInstance()->ad_hoc_test_result();
@@ -84,8 +98,9 @@ int main(int argc, char **argv)
     if (expectations.Failed())
         return 2;
     bool right = true;
-    for (const File &file : {File{directory / "reference.md", reference::markdown(document)},
-                             File{directory / "reference.html", reference::html(document)}})
+    for (const std::filesystem::path &path : paths) {
+        const File file = {path, path.extension() == ".md" ? reference::markdown(document) : reference::html(document)};
         right &= check ? isCurrent(file) : write(file);
+    }
     return right ? 0 : 1;
 }

@@ -2,7 +2,7 @@
 #ifndef REFERENCE_REQUEST_H
 #define REFERENCE_REQUEST_H
 
-#include "contract/contract.h"
+#include "contract.h"
 #include "probe.h"
 #include <functional>
 #include <set>

@@ -1,4 +1,5 @@
-// The reference in docs/: whole, readable by machines, and complete beside the class definitions and the
+// SPDX-License-Identifier: Apache-2.0
+// The reference in both forms: whole, readable by machines, and complete beside the class definitions and the
 // sources.
 
 #include "mof_classes.h"
@@ -21,7 +22,7 @@ namespace
 
 const std::string &markdownPage()
 {
-    static const std::string page = contentOf(DOCS_DIR "/reference.md");
+    static const std::string page = contentOf(MARKDOWN_PAGE);
     return page;
 }
 
@@ -29,7 +30,7 @@ const pugi::xml_document &htmlPage()
 {
     static pugi::xml_document page;
     static const pugi::xml_parse_result parsed =
-        page.load_file(DOCS_DIR "/reference.html", pugi::parse_default | pugi::parse_ws_pcdata);
+        page.load_file(HTML_PAGE, pugi::parse_default | pugi::parse_ws_pcdata);
     EXPECT_TRUE(parsed) << parsed.description() << " at character " << parsed.offset;
     return page;
 }
@@ -81,7 +82,7 @@ TEST(Reference, HtmlIsWellFormedAndNeedsNoOtherFile)
     const pugi::xml_document &page = htmlPage();
     EXPECT_STREQ(page.document_element().name(), "html");
     EXPECT_TRUE(page.select_nodes("//link | //img | //iframe | //*[@src]").empty());
-    std::string text = contentOf(DOCS_DIR "/reference.html");
+    std::string text = contentOf(HTML_PAGE);
     text.erase(text.find("http://www.w3.org/1999/xhtml"), 4); // a name, not a place
     for (const char *elsewhere : {"http", "url(", "@import", "fetch("})
         EXPECT_EQ(text.find(elsewhere), std::string::npos) << elsewhere;
@@ -123,6 +124,31 @@ TEST(Reference, BothPagesHaveTheSameAnchors)
         ofHtml.insert(node.attribute().value());
     const std::vector<std::string> ofMarkdown = found(markdownPage(), "<a id=\"([^\"]*)\"></a>");
     EXPECT_EQ(ofHtml, std::set<std::string>(ofMarkdown.begin(), ofMarkdown.end()));
+}
+
+TEST(Reference, SearchesWhatAClientPrintedAndSaysWhenNothingIsFound)
+{
+    const pugi::xml_node nothing = elementOf("nothing");
+    EXPECT_STREQ(nothing.child_value(), "Nothing found.");
+    EXPECT_STREQ(nothing.attribute("hidden").value(), "hidden");
+    const std::string script = textOf(htmlPage().select_node("//script").node());
+    // The page's own expressions take off what stands before the text.
+    const std::vector<std::string> expressions = found(script, "replace\\(/\\^(.*)/i, ''\\)");
+    ASSERT_EQ(expressions.size(), 2u);
+    std::string line = "* wbemcli: Cim: (7) CIM_ERR_NOT_SUPPORTED: SetNothing";
+    for (const std::string &expression : expressions)
+        line = std::regex_replace(line, std::regex("^" + expression, std::regex::icase), "");
+    EXPECT_EQ(line, "SetNothing");
+    EXPECT_NE(script.find("event.key !== '/'"), std::string::npos);
+}
+
+TEST(Reference, SaysWhereValuesComeFrom)
+{
+    EXPECT_NE(textOf(elementOf("IPVersionSettingData.InstanceID"))
+                  .find("none; in the path always ZT_Marovelton_IPVersionSettingData"),
+              std::string::npos);
+    EXPECT_NE(textOf(elementOf("OSDMenuAndMessages.Language")).find("(what they mean is not documented)"),
+              std::string::npos);
 }
 
 // ---- beside the class definitions ----
