@@ -12,10 +12,10 @@ guide=docs/integrator.md
 part() { sed -n "/^##* $1\$/,/^##* /p" "$guide"; }
 
 expect 'the functions of the object manager' \
-    "$(grep -ohE '\bC[MB][A-Z][A-Za-z]+\(' src/*.cpp src/*.h | tr -d '(' | grep -v 'MIStub$' | LC_ALL=C sort -u)" \
+    "$(grep -rohE '\bC[MB][A-Z][A-Za-z]+\(' src --include='*.cpp' --include='*.h' | tr -d '(' | grep -v 'MIStub$' | LC_ALL=C sort -u)" \
     "$(part 'What the library calls' | grep '^|' | grep -oE '\bC[MB][A-Z][A-Za-z]+' | grep -v '^CMPI' | LC_ALL=C sort -u)"
 expect 'functions that are called past the macros' getCharPtr \
-    "$(grep -ohE 'ft->[a-zA-Z]+\(' src/*.cpp src/*.h | sed 's/ft->//; s/(//' | LC_ALL=C sort -u)"
+    "$(grep -rohE 'ft->[a-zA-Z]+\(' src --include='*.cpp' --include='*.h' | sed 's/ft->//; s/(//' | LC_ALL=C sort -u)"
 part 'What the library calls' | grep -q '`getCharPtr`' || failed 'getCharPtr is not told'
 
 expect 'the functions of the support library' \
