@@ -62,9 +62,6 @@ TEST_P(WsmanReplay, IsAnsweredToTheByte)
     const std::string answers = exchangeAll(server, GetParam());
     std::string name = GetParam().request;
     name.replace(name.find('/'), 1, "-");
-    if (getenv("UPDATE")) { // UPD
-        test::writeFile(TEST_DATA_DIR "/answers/" + name + ".xml", answers);
-    }
     EXPECT_EQ(answers, test::readData("answers/" + name + ".xml"));
 }
 
