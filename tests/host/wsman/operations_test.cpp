@@ -340,9 +340,8 @@ TEST_F(Wsman, MaxEnvelopeSizeIsKept)
 TEST_F(Wsman, OperationTimeoutEndsTheWaitForAnotherRequest)
 {
     test::Client napper(server_.port());
-    const std::string nap =
-        envelope(THING + "/Nap", THING, thingSelectors(3),
-                 "<p:Nap_INPUT xmlns:p=\"" + THING + "\"><p:ms>300</p:ms></p:Nap_INPUT>");
+    const std::string nap = envelope(THING + "/Nap", THING, thingSelectors(3),
+                                     "<p:Nap_INPUT xmlns:p=\"" + THING + "\"><p:ms>300</p:ms></p:Nap_INPUT>");
     const std::string body = envelope(
         GET, THING, thingSelectors(3) + "<wsman:OperationTimeout>PT0.01S</wsman:OperationTimeout>", "");
     HttpAnswer answer;

@@ -97,6 +97,7 @@ constexpr Recording RECORDINGS[] = {
     {"ws-command-line/enumerate-selector-filter", PULL},
     {"ws-command-line/enumerate-superclass-exclude", PULL_20},
     {"ws-command-line/enumerate-superclass-include", PULL_20},
+    {"ws-command-line/enumerate-wql", PULL_20},
     {"ws-command-line/error-bad-context"},
     {"ws-command-line/error-invalid-class"},
     {"ws-command-line/error-missing-selectors"},
@@ -121,6 +122,7 @@ constexpr Recording RECORDINGS[] = {
     {"ws-command-line/references", PULL_20},
     {"ws-command-line/references-epr", PULL_20},
     {"ws-scripts/enumerate-class-names"},
+    {"ws-scripts/enumerate-cql", SCRIPT_PULL},
     {"ws-scripts/enumerate-instances", SCRIPT_PULL},
     {"ws-scripts/enumerate-instances-optimized", SCRIPT_PULL},
     {"ws-scripts/enumerate-names-epr", SCRIPT_PULL},
@@ -133,6 +135,7 @@ constexpr Recording RECORDINGS[] = {
     {"ws-scripts/invoke-string-inst"},
     {"ws-scripts/invoke-string-spaces"},
     {"ws-scripts/invoke-types"},
+    {"ws-scripts/put.1"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Recorded, WsmanReplay, testing::ValuesIn(RECORDINGS), nameOf);
