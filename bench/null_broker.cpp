@@ -233,14 +233,14 @@ CMPIObjectPath *newPath(const CMPIBroker *, const char *, const char *, CMPIStat
 
 CMPIString *newString(const CMPIBroker *, const char *text, CMPIStatus *)
 {
-    static CMPIString string;
+    thread_local CMPIString string;
     string = stringOf(text);
     return &string;
 }
 
 CMPIDateTime *newDateTime(const CMPIBroker *, CMPIUint64, CMPIBoolean, CMPIStatus *)
 {
-    static CMPIDateTime fixed = {};
+    thread_local CMPIDateTime fixed = {};
     return &fixed;
 }
 

@@ -5,6 +5,7 @@ option(DISPLAY_CLIENT "Build displayctl, the tool for those who look after monit
 option(DISPLAY_TESTS "Build the tests" ON)
 option(DISPLAY_BENCH "Build the benchmarks" OFF)
 option(DISPLAY_SANITIZE "Address and undefined-behaviour sanitizers" OFF)
+option(DISPLAY_SANITIZE_THREADS "Thread sanitizer; not together with the others" OFF)
 option(DISPLAY_COVERAGE "Line and branch coverage" OFF)
 option(DISPLAY_OWN_CMPI_HEADERS "Use include/cmpi even where the system has CMPI headers" OFF)
 set(MONITOR_SUPPORT_LIBRARY "" CACHE FILEPATH
@@ -22,6 +23,10 @@ if(DISPLAY_SANITIZE)
     # to optimise, and compiling is most of what ./test does.
     add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer -O0 -g1)
     add_link_options(-fsanitize=address,undefined)
+endif()
+if(DISPLAY_SANITIZE_THREADS)
+    add_compile_options(-fsanitize=thread -O1 -g1)
+    add_link_options(-fsanitize=thread)
 endif()
 if(DISPLAY_COVERAGE)
     add_compile_options(--coverage -O0)

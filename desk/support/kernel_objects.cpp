@@ -128,10 +128,16 @@ void EnginePlace::remove()
     semctl(identifier_, 0, IPC_RMID);
 }
 
+bool EnginePlace::isTaken(key_t key)
+{
+    const int identifier = semget(key, 1, 0);
+    return identifier != -1 && semctl(identifier, 0, GETVAL) > 0;
+}
+
 void EnginePlace::removeUnused(key_t key)
 {
     const int identifier = semget(key, 1, 0);
-    if (identifier != -1 && semctl(identifier, 0, GETVAL) == 0) {
+    if (identifier != -1 && !isTaken(key)) {
         semctl(identifier, 0, IPC_RMID);
     }
 }

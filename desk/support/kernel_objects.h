@@ -72,6 +72,8 @@ class EnginePlace
     ~EnginePlace();
     EnginePlace(const EnginePlace &) = delete;
     EnginePlace &operator=(const EnginePlace &) = delete;
+    /** True when an engine has the place of the key. */
+    static bool isTaken(key_t key);
     /** Removes the semaphore of the key unless an engine has its place there. */
     static void removeUnused(key_t key);
     void remove();

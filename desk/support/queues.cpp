@@ -32,6 +32,7 @@ static_assert(sizeof(SpearMessage) == messageSize);
 struct Request {
     std::shared_ptr<Board> board;
     Ticket ticket = noTicket;
+    key_t key = 0; // of the board
     int queue = -1;
     SpearMessage message{};
 };
@@ -140,6 +141,10 @@ Look fetch(const Request &request, int queueId)
 /** A queue can be removed while somebody waits for it: so often is that looked at. */
 constexpr std::chrono::milliseconds longestPause(100);
 
+/** An engine that has claimed a request is about to answer, or has been killed. It may have to wait for the
+ * store. */
+constexpr std::chrono::seconds longestApplying(30);
+
 /** Ends a request whose caller waits no longer. Unless the engine has claimed it already it is taken back,
  * and never applied; otherwise the engine is about to answer, and that is waited for. True when the reply has
  * come after all. */
@@ -154,8 +159,9 @@ bool giveUp(const Request &request, int queueId)
                IPC_NOWAIT | MSG_NOERROR);
         return false;
     }
-    const Clock::time_point end = Clock::now() + receiveTimeout();
-    while (request.board->stage(request.ticket) == Stage::Claimed && Clock::now() < end) {
+    const Clock::time_point end = Clock::now() + longestApplying;
+    while (request.board->stage(request.ticket) == Stage::Claimed && EnginePlace::isTaken(request.key) &&
+           Clock::now() < end) {
         request.board->waitForChange(request.ticket, Stage::Claimed, longestPause);
     }
     const bool came = fetch(request, queueId) == Look::Came;
@@ -244,7 +250,8 @@ int SendStatusMessagetoSource(SpearMessage message, int queueId)
         if (isTold("fail-send")) {
             return FAILURE;
         }
-        Request request{boardOf(baseKey()), noTicket, queueId, message};
+        const key_t key = baseKey();
+        Request request{boardOf(key), noTicket, key, queueId, message};
         request.ticket = request.board->open();
         if (request.ticket == noTicket) {
             report("SendStatusMessagetoSource", "too many requests are under way");

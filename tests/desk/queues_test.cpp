@@ -2,6 +2,8 @@
 // The message queues through the support library, with and without an engine.
 #include "desk_test.h"
 
+#include "support/board.h"
+
 #include <monitor_support.h>
 
 #include <sys/ipc.h>
@@ -11,6 +13,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstring>
+#include <thread>
 
 namespace
 {
@@ -242,6 +245,46 @@ TEST_F(Queues, TakeBackARequestWhoseReplyCannotBeReceived)
     ASSERT_EQ(SendStatusMessagetoSource(getRequest(), requests), 0);
     EXPECT_EQ(RecvMessageFromSource(SpearMessage{}, replies), 0);
     EXPECT_EQ(registerText(25, 1), "0");
+}
+
+/* An engine that was killed while it applied a request does not keep its sender. */
+TEST_F(Queues, DoNotWaitForAnEngineThatWasKilled)
+{
+    shortTimeout("0.1");
+    ASSERT_EQ(SendStatusMessagetoSource(selectInput(1), requests), 0);
+    struct {
+        long ticket;
+        char bytes[40];
+    } message;
+    ASSERT_EQ(msgrcv(requests, &message, sizeof message.bytes, 0, IPC_NOWAIT), 40);
+    ASSERT_TRUE(desk::Board(queueKey).claim(static_cast<desk::Ticket>(message.ticket)));
+    const Clock::time_point start = Clock::now();
+    EXPECT_NE(RecvMessageFromSource(SpearMessage{}, replies), 0);
+    EXPECT_LT(Clock::now() - start, std::chrono::seconds(25));
+}
+
+/* One that has begun is waited for: what it applies is not refused. */
+TEST_F(Queues, WaitForAnEngineThatIsApplyingARequest)
+{
+    shortTimeout("0.1");
+    desk::Board board(queueKey);
+    const desk::EnginePlace place(queueKey);
+    ASSERT_EQ(SendStatusMessagetoSource(selectInput(1), requests), 0);
+    struct {
+        long ticket;
+        char bytes[40];
+    } message;
+    ASSERT_EQ(msgrcv(requests, &message, sizeof message.bytes, 0, IPC_NOWAIT), 40);
+    const auto ticket = static_cast<desk::Ticket>(message.ticket);
+    ASSERT_TRUE(board.claim(ticket));
+    std::thread served([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(400));
+        ASSERT_EQ(msgsnd(replies, &message, sizeof message.bytes, IPC_NOWAIT), 0);
+        board.finish(ticket);
+    });
+    EXPECT_EQ(RecvMessageFromSource(SpearMessage{}, replies), 0);
+    served.join();
+    EXPECT_EQ(board.stage(ticket), desk::Stage::Closed);
 }
 
 /* An engine of the test's own, whose answers are wrong in one way each. */
