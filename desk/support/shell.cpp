@@ -5,11 +5,14 @@
 #include <poll.h>
 #include <spawn.h>
 #include <sys/mman.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -119,7 +122,8 @@ Descriptor openInput(char **input)
     return file;
 }
 
-/** Starts the shell with these three descriptors and no other. -1 when it cannot be started. */
+/** Starts the shell with these three descriptors and no other, in a process group of its own. -1 when it
+ * cannot be started. */
 pid_t startShell(const char *command, int input, int output, int errors)
 {
     posix_spawn_file_actions_t actions;
@@ -146,33 +150,84 @@ pid_t startShell(const char *command, int input, int output, int errors)
         posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1) == 0 &&
         posix_spawnattr_setsigmask(&attributes, &none) == 0 &&
         posix_spawnattr_setsigdefault(&attributes, &defaults) == 0 &&
-        posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF) == 0 &&
+        posix_spawnattr_setpgroup(&attributes, 0) == 0 &&
+        posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF |
+                                                  POSIX_SPAWN_SETPGROUP) == 0 &&
         posix_spawn(&child, "/bin/sh", &actions, &attributes, arguments, environ) == 0;
     posix_spawnattr_destroy(&attributes);
     posix_spawn_file_actions_destroy(&actions);
     return started ? child : -1;
 }
 
-/** Reads both outputs to their ends, whichever has something. */
-void drain(Output &out, Output &err)
+using Clock = std::chrono::steady_clock;
+
+/** How long a command may take: DESK_SHELL_TIMEOUT in seconds, with fractions; 30 unless it is set to a time.
+ */
+Clock::duration timeLimit()
+{
+    constexpr double usual = 30, longest = 24 * 3600;
+    const char *text = getenv("DESK_SHELL_TIMEOUT");
+    double seconds = usual;
+    if (text != nullptr) {
+        const char *end = text + strlen(text);
+        const auto [rest, error] = std::from_chars(text, end, seconds);
+        if (error != std::errc() || rest != end || !(seconds >= 0)) {
+            seconds = usual;
+        }
+    }
+    return std::chrono::nanoseconds(static_cast<long long>(std::min(seconds, longest) * 1e9));
+}
+
+/** Waits for one of the descriptors; false when the time is over. */
+bool pollUntil(Clock::time_point end, pollfd *descriptors, nfds_t count)
+{
+    for (;;) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
+        const int result = poll(descriptors, count, static_cast<int>(std::max<long long>(left, 0)));
+        if (result > 0 || (result == -1 && errno != EINTR)) {
+            return true;
+        }
+        if (left <= 0) {
+            return false;
+        }
+    }
+}
+
+/** Reads both outputs to their ends, whichever has something. False when the time is over. */
+bool drain(Output &out, Output &err, Clock::time_point end)
 {
     while (out.readEnd.valid() || err.readEnd.valid()) {
         pollfd ends[] = {{out.readEnd.number(), POLLIN, 0}, {err.readEnd.number(), POLLIN, 0}};
-        if (poll(ends, 2, -1) == -1 && errno != EINTR)
-            return;
-        if (ends[0].revents != 0)
+        if (!pollUntil(end, ends, 2)) {
+            return false;
+        }
+        if (ends[0].revents != 0) {
             out.take();
-        if (ends[1].revents != 0)
+        }
+        if (ends[1].revents != 0) {
             err.take();
+        }
     }
+    return true;
+}
+
+/** Waits for the end of a process that may have closed its outputs long before. False when the time is over.
+ */
+bool endsUntil(Clock::time_point end, pid_t child)
+{
+    const Descriptor process(static_cast<int>(syscall(SYS_pidfd_open, child, 0)));
+    pollfd descriptor{process.number(), POLLIN, 0};
+    return !process.valid() || pollUntil(end, &descriptor, 1);
 }
 
 int waitForEnd(pid_t child)
 {
     int status = 0;
-    while (waitpid(child, &status, 0) == -1)
-        if (errno != EINTR)
+    while (waitpid(child, &status, 0) == -1) {
+        if (errno != EINTR) {
             return -1;
+        }
+    }
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
@@ -214,7 +269,12 @@ int run(const char *command, char **input, char ***out, char ***err)
     errors.writeEnd.close();
     if (child == -1)
         return -1;
-    drain(output, errors);
+    const Clock::time_point end = Clock::now() + timeLimit();
+    if (!drain(output, errors, end) || !endsUntil(end, child)) {
+        kill(-child, SIGKILL); // with all that it has started
+        waitForEnd(child);
+        return -1;
+    }
     output.readEnd.close();
     errors.readEnd.close();
     const int status = waitForEnd(child);

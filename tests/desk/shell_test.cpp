@@ -1,4 +1,5 @@
-/* The stand-in of the shell helper. */
+// SPDX-License-Identifier: Apache-2.0
+// The stand-in of the shell helper.
 #include "support/shell.h"
 
 #include <gtest/gtest.h>
@@ -8,8 +9,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -140,6 +144,64 @@ TEST(Shell, BoundsWhatItKeeps)
     const Lines lines = take(out);
     ASSERT_EQ(lines.size(), 1u);
     EXPECT_EQ(lines[0].size(), 16u * 1024 * 1024);
+}
+
+/* However it keeps its caller: by running, by running without outputs, or by what it has left behind. */
+TEST(Shell, KillsACommandThatTakesTooLong)
+{
+    setenv("DESK_SHELL_TIMEOUT", "0.3", 1);
+    const int before = openDescriptors();
+    const auto start = std::chrono::steady_clock::now();
+    for (const char *command : {"echo out; sleep 600", "exec >&- 2>&-; sleep 600", "sleep 600 & echo out",
+                                "trap '' TERM INT HUP; while :; do sleep 600; done"}) {
+        char **out = nullptr, **err = nullptr;
+        EXPECT_EQ(runcommand(command, nullptr, &out, &err), -1) << command;
+        EXPECT_EQ(out, nullptr);
+        EXPECT_EQ(err, nullptr);
+    }
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(4 * 300));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(500));
+    EXPECT_EQ(openDescriptors(), before);
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child is left";
+    unsetenv("DESK_SHELL_TIMEOUT");
+}
+
+TEST(Shell, KillsWhatTheCommandHasStartedToo)
+{
+    char name[] = "/tmp/desk-shell-XXXXXX";
+    const int file = mkstemp(name);
+    ASSERT_NE(file, -1);
+    char text[32] = "";
+    for (int limit = 1; text[0] == '\0'; limit *= 2) { /* until the command comes so far */
+        ASSERT_LT(limit, 100);
+        setenv("DESK_SHELL_TIMEOUT", std::to_string(limit).c_str(), 1);
+        EXPECT_EQ(runcommand((std::string("sleep 600 & echo $! >") + name + "; wait").c_str(), nullptr,
+                             nullptr, nullptr),
+                  -1);
+        ASSERT_NE(pread(file, text, sizeof text - 1, 0), -1);
+    }
+    unsetenv("DESK_SHELL_TIMEOUT");
+    const std::string started = "/proc/" + std::to_string(atoi(text)) + "/stat";
+    const auto alive = [&] { /* an orphan that is dead may wait for its reaper */
+                             std::ifstream stream(started);
+                             std::string identifier, program, state;
+                             stream >> identifier >> program >> state;
+                             return stream.good() && state != "Z" && state != "X";
+    };
+    for (int i = 0; alive() && i < 10'000; ++i)
+        usleep(1000);
+    EXPECT_FALSE(alive());
+    close(file);
+    unlink(name);
+}
+
+TEST(Shell, TakesATimeLimitThatIsNoneAsTheUsualOne)
+{
+    for (const char *limit : {"", "soon", "-1", "nan", "1e"}) {
+        setenv("DESK_SHELL_TIMEOUT", limit, 1);
+        EXPECT_EQ(runcommand("exit 3", nullptr, nullptr, nullptr), 3) << limit;
+    }
+    unsetenv("DESK_SHELL_TIMEOUT");
 }
 
 TEST(Shell, LeavesNoDescriptorAndNoChildBehind)

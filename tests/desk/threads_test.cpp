@@ -14,7 +14,7 @@
 
 #include <cstdio>
 #include <cstring>
-#include <fstream>
+#include <iterator>
 #include <thread>
 
 #define METHOD_FACTORY(Class)                                                                                \
@@ -64,12 +64,23 @@ constexpr Setting Settings[] = {
      ZT_Marovelton_ColorSpace_Create_MethodMI, 0, 0, 48, 1, 203},
 };
 
+/** What an object manager holds of the library: it calls the factories once. */
+struct Providers {
+    CMPIMethodMI *methods[std::size(Settings)];
+    CMPIInstanceMI *monitor;
+
+    Providers() : monitor(ZT_Marovelton_Monitor_Create_InstanceMI(&broker, &bench::context, nullptr))
+    {
+        for (std::size_t i = 0; i < std::size(Settings); ++i) {
+            methods[i] = Settings[i].factory(&broker, &bench::context, nullptr);
+        }
+    }
+};
+
 /** Makes so many calls, half of them changes and half of them reads, which ask the engine twice. What was
  * wrong is counted, and said. */
-int call(const Setting &setting, int calls)
+int call(const Setting &setting, CMPIMethodMI *methods, CMPIInstanceMI *reader, int calls)
 {
-    CMPIMethodMI *methods = setting.factory(&broker, &bench::context, nullptr);
-    CMPIInstanceMI *reader = ZT_Marovelton_Monitor_Create_InstanceMI(&broker, &bench::context, nullptr);
     const Path object(setting.className, {{"InstanceID", setting.instance}});
     const Path monitor("ZT_Marovelton_Monitor", {{"DeviceID", "ZT:Marovelton_Monitor"},
                                                  {"CreationClassName", "ZT_Marovelton_Monitor"},
@@ -105,10 +116,13 @@ int call(const Setting &setting, int calls)
 /** As many threads as settings from the first on, each with its own; how many calls were wrong. */
 int callFromThreads(std::size_t first, std::size_t count, int calls)
 {
+    const Providers providers;
     std::vector<std::thread> threads;
     std::vector<int> wrong(count);
     for (std::size_t i = 0; i < count; ++i) {
-        threads.emplace_back([&, i] { wrong[i] = call(Settings[first + i], calls); });
+        threads.emplace_back([&, i] {
+            wrong[i] = call(Settings[first + i], providers.methods[first + i], providers.monitor, calls);
+        });
     }
     int sum = 0;
     for (std::size_t i = 0; i < count; ++i) {
