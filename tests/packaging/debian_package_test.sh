@@ -77,6 +77,7 @@ fi
 if has displayctl; then
     unpack "$scratch/packages/displayctl_1.0.0_$architecture.deb"
     [ -x "$content/usr/bin/displayctl" ] || failed 'displayctl cannot be run'
+    expect 'the files of displayctl' "$(displayctl_files)" "$(files_below "$content/usr")"
 fi
 
 if command -v lintian >/dev/null; then

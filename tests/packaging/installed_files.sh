@@ -25,6 +25,16 @@ host_files() {
     echo share/man/man8/display-host.8.gz
 }
 
+displayctl_files() {
+    cat <<'FILES'
+bin/displayctl
+share/bash-completion/completions/displayctl
+share/fish/vendor_completions.d/displayctl.fish
+share/man/man1/displayctl.1.gz
+share/zsh/vendor-completions/_displayctl
+FILES
+}
+
 # The guides, from what is in the source directory, and the reference as one page, which is built.
 documentation_files() { # documentation_files SOURCE_DIR
     (cd "$1" && find README.md CHANGELOG.md SECURITY.md docs -maxdepth 1 ! -type d \( -name '*.md' -o -name '*.svg' \)
