@@ -173,7 +173,7 @@ class Apply
     [[nodiscard]] Report tell(const site::Monitor &monitor, const session::WorkReport &result,
                               const std::string &before) const
     {
-        Report report = changeReport(call_, monitor, result);
+        Report report = changeReport(call_, monitor, result, false);
         if (call_.isMany() || report.outcome == Outcome::unchanged || result.isTakenBack) {
             report.text = summary(result);
         }

@@ -10,13 +10,18 @@ void addCommands(CLI::App &program, Action &action)
     addShow(program, action);
     addGet(program, action);
     addSet(program, action);
+    addWhy(program, action);
+    addRun(program, action);
     addExport(program, action);
     addDiff(program, action);
     addApply(program, action);
+    addUndo(program, action);
     addTree(program, action);
     addWatch(program, action);
     addHistory(program, action);
     addCompletion(program, action);
+    addNames(program, action);
+    addHelp(program, action);
 }
 
 } // namespace displayctl::command

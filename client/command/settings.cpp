@@ -26,6 +26,13 @@ std::string labelled(std::string_view label, const std::string &text)
            "\n";
 }
 
+bool isActivePreset(const Assignment &assignment)
+{
+    return assignment.named.isActive;
+}
+
+} // namespace
+
 std::string quotedForShell(const std::string &text)
 {
     const bool isPlain =
@@ -40,13 +47,6 @@ std::string quotedForShell(const std::string &text)
     }
     return result + "'";
 }
-
-bool isActivePreset(const Assignment &assignment)
-{
-    return assignment.named.isActive;
-}
-
-} // namespace
 
 Assignment parseAssignment(std::string_view text, const site::CodeNames &names)
 {
@@ -176,11 +176,26 @@ std::string changeLine(const Change &change, const site::CodeNames &names)
     return {};
 }
 
-std::string refusalText(const Change &change, const std::string &monitor, const std::string &selector)
+std::string commandFor(const std::string &selector, const std::vector<std::string> &ways)
 {
+    const bool isAction = !ways.empty() && ways.front().find('=') == std::string::npos;
+    if (isAction) {
+        return "displayctl -m " + selector + " run " + ways.front();
+    }
+    std::string command = "displayctl -m " + selector + " set";
+    for (const std::string &way : ways) {
+        command += " " + quotedForShell(way);
+    }
+    return command;
+}
+
+std::string refusalText(const Refusal &refusal, const std::string &monitor, const std::string &selector)
+{
+    const Change &change = refusal.change;
+
     const bool isRefused = change.result == Result::refused;
     std::string text =
-        std::string(isRefused ? "refused: " : "unknown: ") + change.setting->name + " (" + monitor + ")\n";
+        std::string(isRefused ? "refused: " : "unknown: ") + refusal.what + " (" + monitor + ")\n";
     const bool isMonitors =
         isRefused && (change.outcome == Outcome::refused || change.outcome == Outcome::busy ||
                       change.outcome == Outcome::login);
@@ -193,7 +208,7 @@ std::string refusalText(const Change &change, const std::string &monitor, const 
         text += labelled("the rule", change.rule);
     }
     if (!change.first.empty()) {
-        text += labelled("first", "displayctl -m " + selector + " set " + quotedForShell(change.first));
+        text += labelled("first", commandFor(selector, {change.first}));
     } else if (change.outcome == Outcome::refused && !change.rule.empty()) {
         text += labelled("first", "nothing: there is no way out");
     }
@@ -201,16 +216,17 @@ std::string refusalText(const Change &change, const std::string &monitor, const 
     return text;
 }
 
-Report changeReport(Call &call, const site::Monitor &monitor, const session::WorkReport &result)
+Report changeReport(Call &call, const site::Monitor &monitor, const session::WorkReport &result,
+                    bool tellsUnchanged)
 {
     Report report;
     report.outcome = result.outcome;
     const site::CodeNames &names = call.configuration().names;
     const std::string selector = selectorOf(monitor, call.configuration());
     for (const Change &change : result.changes) {
-        report.text += changeLine(change, names);
+        report.text += change.result != Result::unchanged || tellsUnchanged ? changeLine(change, names) : "";
         if (!change.isGood() && !change.wanted.is_null()) {
-            report.note += refusalText(change, monitor.name, selector) + "\n";
+            report.note += refusalText({change.setting->name, change}, monitor.name, selector) + "\n";
             report.documentMessage += (report.documentMessage.empty() ? "" : "; ") + change.message;
         }
     }

@@ -45,14 +45,24 @@ void addNameClasses(std::span<const Assignment> assignments, session::Classes &c
 [[nodiscard]] Json changesDocument(std::span<const session::Change> changes, const site::CodeNames &names);
 /** One line of text for a change that was made or was not needed; empty for one that failed. */
 [[nodiscard]] std::string changeLine(const session::Change &change, const site::CodeNames &names);
-/** What a person is told about a change that failed; selector: how the monitor is named on the command line.
- */
-[[nodiscard]] std::string refusalText(const session::Change &change, const std::string &monitor,
+/** What failed, a setting or an action, and why. */
+struct Refusal {
+    std::string what;
+    session::Change change;
+};
+/** What a person is told about it; selector: how the monitor is named on the command line. */
+[[nodiscard]] std::string refusalText(const Refusal &refusal, const std::string &monitor,
                                       const std::string &selector);
 
+/** The command that takes ways out as model::wayOut() gives them: changes of settings, or an action. */
+[[nodiscard]] std::string commandFor(const std::string &selector, const std::vector<std::string> &ways);
+
+/** The text as one word of a shell's command line. */
+[[nodiscard]] std::string quotedForShell(const std::string &text);
+
 /** What is told of a change of several settings: a line each, refusals with their way out, the document. */
-[[nodiscard]] Report changeReport(Call &call, const site::Monitor &monitor,
-                                  const session::WorkReport &result);
+[[nodiscard]] Report changeReport(Call &call, const site::Monitor &monitor, const session::WorkReport &result,
+                                  bool tellsUnchanged = true);
 
 /** How the monitor is named after -m: as the file has it, else as a URL, quoted for a shell. */
 [[nodiscard]] std::string selectorOf(const site::Monitor &monitor, const site::Configuration &configuration);

@@ -55,7 +55,7 @@ class Planner
     [[nodiscard]] std::vector<const Rule *> dependencies(const Setting &setting) const
     {
         auto rules = rulesOf(setting.row->name);
-        std::erase_if(rules, [](const Rule *rule) { return rule->on.empty(); });
+        std::erase_if(rules, [](const Rule *rule) { return findSetting(rule->on) == nullptr; });
         return rules;
     }
 

@@ -258,7 +258,8 @@ constexpr Rule rules[] = {
      toOtherInput, false},
 
     {"reset-calibration last", "Operation not allowed.Current store have user-adjusted luminance",
-     "the preset is as it was calibrated last; no class tells this beforehand", "", isNotPublished, noWay},
+     "only while the user has not adjusted the luminance of the preset; no class tells this beforehand",
+     "reset-calibration factory", isNotPublished, noWay, false},
     {"reset-calibration last", "ResetToLastCalibration allowed for active colorspace only.", activeNeeded,
      "monitor.preset", isActivePreset, toThisPreset},
     {"reset-calibration factory", "Operation not allowed.Current store is same as factory store",
@@ -354,6 +355,9 @@ const Rule *ruleOf(std::string_view subject, std::string_view refusal)
 
 std::string wayOut(const Rule &rule, const View &view, int number, const Value &value)
 {
+    if (findSetting(rule.on) == nullptr) {
+        return std::string(rule.on);
+    }
     const std::vector<Value> ways = rule.ways(view, number, value);
     if (ways.empty() || rule.on.empty()) {
         return {};
@@ -380,7 +384,7 @@ std::vector<const Setting *> sideEffectsOf(std::string_view subject, int number)
 void addRuleClasses(std::string_view subject, std::set<std::string> &classes)
 {
     for (const Rule *rule : rulesOf(subject)) {
-        if (rule->on.empty()) {
+        if (findSetting(rule->on) == nullptr) {
             continue;
         }
         addClasses(*findSetting(rule->on), classes);

@@ -43,7 +43,8 @@ struct Rule {
     std::string_view subject; ///< the row of the setting, or the action
     std::string_view refusal; ///< what the monitor's refusal begins with; "" where it gives no text
     std::string_view meaning; ///< the rule in words
-    std::string_view on;      ///< the setting it depends on; empty: there is no way out
+    std::string_view
+        on; ///< the setting it depends on, or the action that unlocks it; empty: there is no way out
     /** Whether the monitor would accept the value; none where no class publishes what it depends on. */
     std::optional<bool> (*holds)(const View &view, int number, const Value &value);
     /** Values of `on` with which it would, the best first; empty where there is none. */

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "profile/profile.h"
 
+#include "model/plan.h"
 #include "model/values.h"
 
 #include <yaml-cpp/yaml.h>
@@ -190,7 +191,7 @@ std::string write(const model::State &state, const std::string &monitor, const s
         // What has no value, and what cannot be set back to the empty text that it has, is there to be read
         // only.
         const std::string text = model::textOf(setting, value, names);
-        const bool isGiven = !value.is_null() && !text.empty();
+        const bool isGiven = model::canBeSetBack(state, setting);
         result += std::string(2 * parts.size(), ' ') + (isGiven ? "" : "# ") + parts.back() + ": " +
                   (isGiven ? yamlText(model::documentOf(setting, value, names), text) : "") +
                   comment(setting, names) + "\n";

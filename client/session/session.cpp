@@ -195,6 +195,9 @@ void addChangeClasses(const Setting &setting, Classes &classes)
     if (setting.kind() == Kind::preset) {
         classes.insert("ColorSpace");
     }
+    if (setting.name == "monitor.name") {
+        classes.insert("ExtendedStaticIPAssignmentSettingData"); // tells whether the name is but the address
+    }
 }
 
 } // namespace displayctl::session
