@@ -20,17 +20,27 @@ using model::Setting;
 using model::Target;
 using session::Result;
 
-// The N-th last change of this monitor, or null.
-Json changeOf(const site::Monitor &monitor, unsigned number)
+// The changes of this monitor that stand: what was taken back does not count, nor does taking it back.
+std::vector<Json> changesOf(const site::Monitor &monitor)
 {
-    const std::vector<Json> lines = history::History(site::stateDirectory()).read();
-    for (auto line = lines.rbegin(); line != lines.rend(); ++line) {
-        const bool isHere = line->value("address", "") == monitor.endpoint.authority();
-        if (isHere && line->value("result", "") != "refused" && --number == 0) {
-            return *line;
+    std::vector<Json> changes;
+    for (const Json &line : history::History(site::stateDirectory()).read()) {
+        if (line.value("address", "") != monitor.endpoint.authority()) {
+            continue;
+        }
+        if (line.value("result", "") != "restored") {
+            changes.push_back(line);
+            continue;
+        }
+        const auto undone = std::find_if(changes.rbegin(), changes.rend(), [&](const Json &change) {
+            return line.contains("undoes") ? change.value("number", Json()) == line["undoes"]
+                                           : change.value("setting", "") == line.value("setting", "");
+        });
+        if (undone != changes.rend()) {
+            changes.erase(std::next(undone).base());
         }
     }
-    return nullptr;
+    return changes;
 }
 
 /** One setting of a change: what it was, and what it became. */
@@ -82,10 +92,14 @@ class Undo
         if (!session::Work::leftOver(monitor, site::stateDirectory()).empty()) {
             return takeBackLeftOver(monitor, work);
         }
-        const Json change = changeOf(monitor, number_);
-        if (change.is_null()) {
-            return refusal("the history has no such change of this monitor");
+        const std::vector<Json> changes = changesOf(monitor);
+        if (changes.size() < number_) {
+            return refusal(changes.empty() ? "the history has no change of this monitor to take back"
+                                           : "the history has only " + std::to_string(changes.size()) +
+                                                 " changes of this monitor to take back");
         }
+        const Json &change = changes[changes.size() - number_];
+        work.undoes(change.value("number", Json()));
         const std::vector<Part> parts = partsOf(change);
         if (parts.empty() || !std::ranges::any_of(parts, canBeRestored)) {
             return refusal(change.value("setting", "") +

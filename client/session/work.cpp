@@ -130,17 +130,21 @@ void Work::record(const StepResult &result, bool isRestored)
         if (change.result == Result::refused || change.result == Result::unchanged) {
             continue;
         }
-        history::Change line{.monitor = session_.monitor().name,
-                             .address = session_.monitor().endpoint.authority(),
-                             .account = session_.monitor().endpoint.user,
-                             .setting = change.setting->name,
-                             .oldValue = change.before,
-                             .newValue = change.after,
-                             .result = std::string(isRestored && change.result == Result::set
-                                                       ? nameOf(Result::restored)
-                                                       : nameOf(change.result)),
-                             .answer = change.message,
-                             .profile = options_.profile};
+        history::Change line{
+            .monitor = session_.monitor().name,
+            .address = session_.monitor().endpoint.authority(),
+            .account = session_.monitor().endpoint.user,
+            .setting = change.setting->name,
+            .oldValue = change.before,
+            .newValue = change.after,
+            .result = std::string((isRestored || !undoes_.is_null()) && change.result == Result::set
+                                      ? nameOf(Result::restored)
+                                      : nameOf(change.result)),
+            .answer = change.message,
+            .profile = options_.profile};
+        if (!undoes_.is_null()) {
+            line.more["undoes"] = undoes_;
+        }
         for (const Beside &each : result.beside) {
             line.more["beside"][each.setting->name] = {{"old", each.before}, {"new", each.after}};
         }

@@ -54,6 +54,12 @@ class Work
     /** Takes back what a killed process has left. */
     [[nodiscard]] WorkReport takeBackLeftOver();
 
+    /** What is carried out takes this line of the history back. */
+    void undoes(history::Json number)
+    {
+        undoes_ = std::move(number);
+    }
+
     /** Empties the journal of a killed process: all is as it was to be. */
     void forgetLeftOver();
 
@@ -71,6 +77,7 @@ class Work
     Session &session_;
     std::filesystem::path stateDirectory_;
     WorkOptions options_;
+    history::Json undoes_; ///< the number of the line of the history that is taken back
     std::optional<history::Journal> journal_;
 };
 
