@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // ZT_Marovelton_Button: ties the monitor to its function buttons and its bezel buttons.
 
-#include "frame/association.h"
+#include "associations/modules.h"
 
 namespace
 {
@@ -13,7 +13,8 @@ constexpr const char *_RefLeftClass = "ZT_Marovelton_Monitor";
 constexpr const char *_RefRight = "Dependent";
 constexpr const char *_RefRightClass[] = {"ZT_Marovelton_FunctionButton", "ZT_Marovelton_BezelButton"};
 
-constexpr AssociationClass association = {_ClassName, _RefLeft, _RefRight, _RefLeftClass, _RefRightClass};
+constexpr frame::AssociationClass association = {_ClassName, _RefLeft, _RefRight, _RefLeftClass,
+                                                 _RefRightClass};
 
 } // namespace
 

@@ -2,7 +2,8 @@
 // ZT_Marovelton_ElementSettingData: ties the network connection to its settings, and tells which is the
 // current one.
 
-#include "frame/association.h"
+#include "associations/matchers.h"
+#include "associations/modules.h"
 
 namespace
 {
@@ -16,7 +17,8 @@ constexpr const char *_RefRightClass[] = {"ZT_Marovelton_IPAssignmentSettingData
                                           "ZT_Marovelton_DHCPSettingData",
                                           "ZT_Marovelton_ExtendedStaticIPAssignmentSettingData"};
 
-constexpr AssociationClass association = {_ClassName, _RefLeft, _RefRight, _RefLeftClass, _RefRightClass};
+constexpr frame::AssociationClass association = {_ClassName,    _RefLeft,       _RefRight,
+                                                 _RefLeftClass, _RefRightClass, &associations::currentByEnds};
 
 } // namespace
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // ZT_Marovelton_HostedAccessPoint: ties the hosting computer system to its network connection.
 
-#include "frame/association.h"
+#include "associations/modules.h"
 
 namespace
 {
@@ -13,7 +13,8 @@ constexpr const char *_RefLeftClass = "Linux_ComputerSystem";
 constexpr const char *_RefRight = "Dependent";
 constexpr const char *_RefRightClass[] = {"ZT_Marovelton_IPNetworkConnection"};
 
-constexpr AssociationClass association = {_ClassName, _RefLeft, _RefRight, _RefLeftClass, _RefRightClass};
+constexpr frame::AssociationClass association = {_ClassName, _RefLeft, _RefRight, _RefLeftClass,
+                                                 _RefRightClass};
 
 } // namespace
 

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // ZT_Marovelton_OrderedComponent: ties the accumulated setting data to the setting data it is made of.
 
-#include "frame/association.h"
+#include "associations/matchers.h"
+#include "associations/modules.h"
 
 namespace
 {
@@ -14,7 +15,8 @@ constexpr const char *_RefRight = "PartComponent";
 constexpr const char *_RefRightClass[] = {"ZT_Marovelton_DHCPSettingData",
                                           "ZT_Marovelton_ExtendedStaticIPAssignmentSettingData"};
 
-constexpr AssociationClass association = {_ClassName, _RefLeft, _RefRight, _RefLeftClass, _RefRightClass};
+constexpr frame::AssociationClass association = {_ClassName,    _RefLeft,       _RefRight,
+                                                 _RefLeftClass, _RefRightClass, &associations::sequence};
 
 } // namespace
 

@@ -3,7 +3,8 @@
 // are reached. From a service or an endpoint only the endpoint of the management interface is found; an
 // enumeration lists all.
 
-#include "frame/association.h"
+#include "associations/matchers.h"
+#include "associations/modules.h"
 
 namespace
 {
@@ -16,8 +17,15 @@ constexpr const char *_RefRight = "Antecedent";
 constexpr const char *_RefRightClass[] = {"ZT_Marovelton_RemoteManagementService",
                                           "ZT_Marovelton_WSManagementService"};
 
-constexpr AssociationClass association = {
-    _ClassName, _RefLeft, _RefRight, _RefLeftClass, _RefRightClass, _assoc_create_refs_1toN_ProvideEndpoint};
+constexpr frame::AssociationClass association = {
+    .name = _ClassName,
+    .refLeft = _RefLeft,
+    .refRight = _RefRight,
+    .leftClass = _RefLeftClass,
+    .rightClasses = _RefRightClass,
+    .matcher = &associations::endpointOfServices,
+    .traces = &associations::endpointTraces,
+};
 
 } // namespace
 

@@ -2,7 +2,8 @@
 // ZT_Marovelton_SAPSAPDependency: ties the network connection to its protocol endpoint. From either only the
 // endpoint of the management interface is found; an enumeration lists all.
 
-#include "frame/association.h"
+#include "associations/matchers.h"
+#include "associations/modules.h"
 
 namespace
 {
@@ -14,8 +15,15 @@ constexpr const char *_RefLeftClass = "ZT_Marovelton_IPNetworkConnection";
 constexpr const char *_RefRight = "Dependent";
 constexpr const char *_RefRightClass[] = {"ZT_Marovelton_IPProtocolEndpoint"};
 
-constexpr AssociationClass association = {
-    _ClassName, _RefLeft, _RefRight, _RefLeftClass, _RefRightClass, _assoc_create_refs_1toN_ProvideEndpoint};
+constexpr frame::AssociationClass association = {
+    .name = _ClassName,
+    .refLeft = _RefLeft,
+    .refRight = _RefRight,
+    .leftClass = _RefLeftClass,
+    .rightClasses = _RefRightClass,
+    .matcher = &associations::endpointOfConnection,
+    .traces = &associations::endpointTraces,
+};
 
 } // namespace
 

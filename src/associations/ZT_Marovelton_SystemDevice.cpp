@@ -2,7 +2,7 @@
 // ZT_Marovelton_SystemDevice: ties the computer system that hosts the management controller, whose object
 // another provider serves, to the monitor.
 
-#include "frame/association.h"
+#include "associations/modules.h"
 
 namespace
 {
@@ -14,7 +14,8 @@ constexpr const char *_RefLeftClass = "Linux_ComputerSystem";
 constexpr const char *_RefRight = "PartComponent";
 constexpr const char *_RefRightClass[] = {"ZT_Marovelton_Monitor"};
 
-constexpr AssociationClass association = {_ClassName, _RefLeft, _RefRight, _RefLeftClass, _RefRightClass};
+constexpr frame::AssociationClass association = {_ClassName, _RefLeft, _RefRight, _RefLeftClass,
+                                                 _RefRightClass};
 
 } // namespace
 

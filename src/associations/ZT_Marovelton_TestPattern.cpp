@@ -2,7 +2,7 @@
 // ZT_Marovelton_TestPattern: ties the test-pattern generator to the monitor. Its references are named after
 // the component, not by role.
 
-#include "frame/association.h"
+#include "associations/modules.h"
 
 namespace
 {
@@ -14,7 +14,8 @@ constexpr const char *_RefLeftClass = "ZT_Marovelton_TestPatternGenerator";
 constexpr const char *_RefRight = "Monitor";
 constexpr const char *_RefRightClass[] = {"ZT_Marovelton_Monitor"};
 
-constexpr AssociationClass association = {_ClassName, _RefLeft, _RefRight, _RefLeftClass, _RefRightClass};
+constexpr frame::AssociationClass association = {_ClassName, _RefLeft, _RefRight, _RefLeftClass,
+                                                 _RefRightClass};
 
 } // namespace
 

@@ -2,7 +2,10 @@
 // ZT_Marovelton_BezelButton: the buttons of the front bezel, one object. Their illumination and the mode of
 // the function buttons, and the methods that change these.
 
-#include "frame/provider.h"
+#include "display/modules.h"
+#include "engine/steps.h"
+
+using namespace frame;
 
 namespace
 {
@@ -25,7 +28,9 @@ CMPIInstance *_makeInst_ZT_Marovelton_BezelButton(const CMPIObjectPath *referenc
     BezelButtonInfo info = {};
     MonitorInfo monitor = {};
     int buttonMode = 0;
-    InstanceBuilder buttons(_broker, _ClassName, reference, _InstanceID, status);
+    InstanceBuilder buttons(_broker, _ClassName,
+                            newPath(_broker, _ClassName, reference, status, {{"InstanceID", _InstanceID}}),
+                            status);
     if (!buttons ||
         !buttons.require(GetBezelButtonInfo(&info) == 0,
                          "Faied to get BezelButton information from database.") ||
@@ -40,11 +45,8 @@ CMPIInstance *_makeInst_ZT_Marovelton_BezelButton(const CMPIObjectPath *referenc
                                      "Failed to get Function Button information from database."))
         return nullptr;
     buttons.uint16Array("ButtonMode", {buttonMode});
-    buttons.text("Caption", _ClassName);
-    buttons.text("ElementName", _ClassName);
-    buttons.text("InstanceID", _InstanceID);
-    buttons.text(
-        "Description",
+    buttons.describe(
+        _InstanceID,
         "A class derived from Logical Element that represents the single node container of the Display Managemet System.");
     buttons.formatted("Name", "%s-BezelButton", systemName(monitor).text);
     return buttons.finish();
@@ -99,9 +101,8 @@ bool runSetButtonBrightness(Call &call)
         !requireRange(call, brightness,
                       {0, 20, "Invalid input value range. Valid values are between 0 and 20."}))
         return false;
-    if (brightness % 2 != 0)
-        return fail(call, CMPI_RC_ERR_INVALID_PARAMETER,
-                    "Invalid Button Brightness Value. Valid values are between 0,2,4,6,8,10,12,14 upto 20.");
+    if (checkStep(BEZEL_BUTTON_BRIGHTNESS, brightness, call.errorText) != 0)
+        return fail(call, CMPI_RC_ERR_INVALID_PARAMETER, call.errorText);
     return settled(call, setButtonBrightness(brightness, call.errorText));
 }
 
@@ -125,10 +126,10 @@ constexpr Method methods[] = {
 constexpr ProviderClass provider = {
     .name = _ClassName,
     .key = {.name = "InstanceID", .value = _InstanceID},
-    .makePath = _makePath_ZT_Marovelton_BezelButton,
-    .makeInst = _makeInst_ZT_Marovelton_BezelButton,
-    .methods = packed<methods>,
-    .missingKeyValue = 1,
+    .builders = {.path = _makePath_ZT_Marovelton_BezelButton,
+                 .instance = _makeInst_ZT_Marovelton_BezelButton},
+    .methods = methods,
+    .refusals = {.missingKeyValue = 1},
 };
 
 } // namespace

@@ -3,9 +3,11 @@
 // gamma and luminance, which of them is in use, and the methods that set the luminance and reset the
 // calibration.
 
-#include "frame/provider.h"
+#include "display/modules.h"
 
 #include <cstdio>
+
+using namespace frame;
 
 namespace
 {
@@ -76,11 +78,8 @@ CMPIInstance *_makeInst_ZT_Marovelton_ColorSpace(const CMPIObjectPath *reference
     preset.field("WhitePointV", info.WhitePointV);
     preset.field("WhitePointX", info.WhitePointX);
     preset.field("WhitePointY", info.WhitePointY);
-    preset.text("Caption", _ClassName);
-    preset.text("ElementName", _ClassName);
-    preset.text("InstanceID", InstanceID(_InstanceID, index).text);
-    preset.text(
-        "Description",
+    preset.describe(
+        InstanceID(_InstanceID, index).text,
         "A class derived from Logical Element that represents the single node container of the Display Management System.");
     preset.text("Name", name);
     return preset.finish();
@@ -176,13 +175,12 @@ constexpr Method methods[] = {
 
 constexpr ProviderClass provider = {
     .name = _ClassName,
-    .instances = presets,
     .key = {.name = "InstanceID", .validate = ValidateColorSpaceInstanceID},
-    .makePathAt = _makePath_ZT_Marovelton_ColorSpace,
-    .makeInstAt = _makeInst_ZT_Marovelton_ColorSpace,
-    .methods = packed<methods>,
-    .wrongKeyCode = CMPI_RC_ERR_INVALID_PARAMETER,
-    .missingKeyValue = 1,
+    .builders = {.pathAt = _makePath_ZT_Marovelton_ColorSpace,
+                 .instanceAt = _makeInst_ZT_Marovelton_ColorSpace,
+                 .count = presets},
+    .methods = methods,
+    .refusals = {.wrongKey = CMPI_RC_ERR_INVALID_PARAMETER, .missingKeyValue = 1},
 };
 
 } // namespace

@@ -2,7 +2,9 @@
 // ZT_Marovelton_DisplayManagement: the monitor's management switches, one object. Power saver, power-on
 // recall, DDC/CI, EDID update, hot plug, calibration support and Display Port, with one method per switch.
 
-#include "frame/provider.h"
+#include "display/modules.h"
+
+using namespace frame;
 
 namespace
 {
@@ -25,11 +27,11 @@ CMPIInstance *_makeInst_ZT_Marovelton_DisplayManagement(const CMPIObjectPath *re
     InstanceBuilder switches(_broker, _ClassName,
                              _makePath_ZT_Marovelton_DisplayManagement(reference, status), status);
     ManagementInfo info = {};
-    MonitorInfo monitor = {};
+    SystemName system;
     if (!switches ||
         !switches.require(GetDisplayManagementInfo(&info) == 0,
                           "Failed to get display management information from database.") ||
-        !switches.require(GetMoinitorInfo(&monitor) == 0, "Could not get monitor information from database."))
+        !switches.readSystemName("Could not get monitor information from database.", &system))
         return nullptr;
 
     switches.boolean("AutoEDIDUpdateEnabled", info.EDIDUpdateEnabled);
@@ -39,13 +41,10 @@ CMPIInstance *_makeInst_ZT_Marovelton_DisplayManagement(const CMPIObjectPath *re
     switches.boolean("PowerOnRecallEnabled", info.PowerOnRecallEnabled);
     switches.boolean("PowerSaverEnabled", info.PowerSaverEnabled);
     switches.uint16("DisplayPortHotPlugDetection", info.DisplayPortHotPlugDetection);
-    switches.text("Caption", _ClassName);
-    switches.text("ElementName", _ClassName);
-    switches.text("InstanceID", _InstanceID);
-    switches.text(
-        "Description",
+    switches.describe(
+        _InstanceID,
         "A class derived from Logical Element that represents the single node container of the Display Management System.");
-    switches.formatted("Name", "%s-DisplayManagement", systemName(monitor).text);
+    switches.formatted("Name", "%s-DisplayManagement", system.text);
     return switches.finish();
 }
 
@@ -152,9 +151,9 @@ constexpr Method methods[] = {
 constexpr ProviderClass provider = {
     .name = _ClassName,
     .key = {.name = "InstanceID", .value = _InstanceID},
-    .makePath = _makePath_ZT_Marovelton_DisplayManagement,
-    .makeInst = _makeInst_ZT_Marovelton_DisplayManagement,
-    .methods = packed<methods>,
+    .builders = {.path = _makePath_ZT_Marovelton_DisplayManagement,
+                 .instance = _makeInst_ZT_Marovelton_DisplayManagement},
+    .methods = methods,
 };
 
 } // namespace

@@ -2,7 +2,9 @@
 // ZT_Marovelton_FunctionButton: the four programmable function buttons, one instance each, with the action
 // that is assigned to each and the method that assigns another.
 
-#include "frame/provider.h"
+#include "display/modules.h"
+
+using namespace frame;
 
 namespace
 {
@@ -37,18 +39,17 @@ CMPIInstance *_makeInst_ZT_Marovelton_FunctionButton(const CMPIObjectPath *refer
 {
     const InstanceID instanceID(_InstanceID, index);
     FunctionButtonInfo info = {};
-    InstanceBuilder button(_broker, _ClassName, reference, instanceID.text, status);
+    InstanceBuilder button(_broker, _ClassName,
+                           newPath(_broker, _ClassName, reference, status, {{"InstanceID", instanceID.text}}),
+                           status);
     if (!button || !button.require(GetFunctionButtonInfoById(&info, index) == 0,
                                    "Failed to get Function Button information from database."))
         return nullptr;
 
     button.field("Name", info.Name);
     button.uint16Array("Setting", {info.Setting});
-    button.text("Caption", _ClassName);
-    button.text("ElementName", _ClassName);
-    button.text("InstanceID", instanceID.text);
-    button.text(
-        "Description",
+    button.describe(
+        instanceID.text,
         "A class derived from Logical Element that represents the single node container of the Display Managemet System.");
     return button.finish();
 }
@@ -84,14 +85,12 @@ constexpr Method methods[] = {
 
 constexpr ProviderClass provider = {
     .name = _ClassName,
-    .instances = buttonCount,
     .key = {.name = "InstanceID", .validate = ValidateFunctionButtonInstanceID},
-    .makePathAt = _makePath_ZT_Marovelton_FunctionButton,
-    .makeInstAt = _makeInst_ZT_Marovelton_FunctionButton,
-    .methods = packed<methods>,
-    .methodsCheckValue = false,
-    .unknownMethodValue = 0,
-    .missingKeyValue = 1,
+    .builders = {.pathAt = _makePath_ZT_Marovelton_FunctionButton,
+                 .instanceAt = _makeInst_ZT_Marovelton_FunctionButton,
+                 .count = buttonCount},
+    .methods = methods,
+    .refusals = {.checkKeyValue = false, .unknownMethodValue = 0, .missingKeyValue = 1},
 };
 
 } // namespace

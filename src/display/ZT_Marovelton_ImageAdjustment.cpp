@@ -3,9 +3,11 @@
 // cropped region, video levels, overscan, blue channel, overdrive, deinterlacer, cadence detection and the
 // region of a 4K source, with one method per setting.
 
-#include "frame/provider.h"
+#include "display/modules.h"
 
 #include <cstdio>
+
+using namespace frame;
 
 namespace
 {
@@ -28,11 +30,11 @@ CMPIInstance *_makeInst_ZT_Marovelton_ImageAdjustment(const CMPIObjectPath *refe
     InstanceBuilder picture(_broker, _ClassName, _makePath_ZT_Marovelton_ImageAdjustment(reference, status),
                             status);
     ImageAdjustment image = {};
-    MonitorInfo monitor = {};
+    SystemName system;
     if (!picture ||
         !picture.require(GetImageAdjustmentInfo(&image) == 0,
                          "Failed to get Image Adjustment information from database.") ||
-        !picture.require(GetMoinitorInfo(&monitor) == 0, "Could not get monitor information from database."))
+        !picture.readSystemName("Could not get monitor information from database.", &system))
         return nullptr;
 
     picture.uint16("Region4KPositionX", image.Region4KPositionX);
@@ -49,13 +51,10 @@ CMPIInstance *_makeInst_ZT_Marovelton_ImageAdjustment(const CMPIObjectPath *refe
     picture.uint16Array("DCIImageRegion", {image.CurrentDCIOptions});
     // Not the record's field of that name: the scaling in use is among the options for 4K.
     picture.uint16Array("SourceScaling4K", {image.CurrentDCIOptions4K});
-    picture.text("Caption", _ClassName);
-    picture.text("ElementName", _ClassName);
-    picture.text("InstanceID", _InstanceID);
-    picture.text(
-        "Description",
+    picture.describe(
+        _InstanceID,
         "A class derived from Logical Element that represents the single node container of the Display Management System.");
-    picture.formatted("Name", "%s-ImageAdjustment", systemName(monitor).text);
+    picture.formatted("Name", "%s-ImageAdjustment", system.text);
     return picture.finish();
 }
 
@@ -344,9 +343,9 @@ constexpr Method methods[] = {
 constexpr ProviderClass provider = {
     .name = _ClassName,
     .key = {.name = "InstanceID", .value = _InstanceID},
-    .makePath = _makePath_ZT_Marovelton_ImageAdjustment,
-    .makeInst = _makeInst_ZT_Marovelton_ImageAdjustment,
-    .methods = packed<methods>,
+    .builders = {.path = _makePath_ZT_Marovelton_ImageAdjustment,
+                 .instance = _makeInst_ZT_Marovelton_ImageAdjustment},
+    .methods = methods,
 };
 
 } // namespace

@@ -2,7 +2,9 @@
 // ZT_Marovelton_Monitor: the monitor itself, one object. Its identity, running figures, current input and
 // resolution, and the methods that rename it, choose its colour space and input, and switch it.
 
-#include "frame/provider.h"
+#include "display/modules.h"
+
+using namespace frame;
 
 namespace
 {
@@ -11,13 +13,13 @@ const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_Monitor";
 constexpr const char *_DeviceID = "ZT:Marovelton_Monitor";
 
-void addMonitorKeys(const CMPIObjectPath *path, const SystemName &system)
-{
-    addKeys(path, {{"DeviceID", _DeviceID},
-                   {"CreationClassName", _ClassName},
-                   {"SystemName", system.text},
-                   {"SystemCreationClassName", "Linux_ComputerSystem"}});
-}
+// The system name stands for %s.
+constexpr Key keys[] = {
+    {"DeviceID", _DeviceID},
+    {"CreationClassName", _ClassName},
+    {"SystemName", "%s"},
+    {"SystemCreationClassName", "Linux_ComputerSystem"},
+};
 
 } // namespace
 
@@ -25,15 +27,8 @@ void addMonitorKeys(const CMPIObjectPath *path, const SystemName &system)
 
 CMPIObjectPath *_makePath_ZT_Marovelton_Monitor(const CMPIObjectPath *reference, CMPIStatus *status)
 {
-    trace("--- %s makePath called\n", _ClassName);
-    CMPIObjectPath *path = newPath(_broker, _ClassName, reference, status);
-    if (!path)
-        return nullptr;
-    SystemName system;
-    // Without the record the path goes out without keys and the request ends with this status.
-    if (readSystemName(_broker, status, "Failed to get monitor information from database.", &system))
-        addMonitorKeys(path, system);
-    return path;
+    return makePathBySystemName(_broker, _ClassName, reference, keys,
+                                "Failed to get monitor information from database.", status);
 }
 
 CMPIInstance *_makeInst_ZT_Marovelton_Monitor(const CMPIObjectPath *reference, CMPIStatus *status)
@@ -48,9 +43,10 @@ CMPIInstance *_makeInst_ZT_Marovelton_Monitor(const CMPIObjectPath *reference, C
         return nullptr;
     }
     const SystemName system = systemName(info);
-    addMonitorKeys(path, system);
+    addSystemKeys(path, keys, system);
 
     InstanceBuilder monitor(_broker, _ClassName, path, status);
+    monitor.ownKeys(keys, system);
     monitor.boolean("SoftPowerState", info.SoftPowerState);
     monitor.uint16("VideoPipelineDelay", info.VideoPipelineDelay);
     monitor.uint16("LastCalibration", info.LastCalibration);
@@ -293,19 +289,21 @@ constexpr ReadTraces traces = {
     .instancesLeft = nullptr,
 };
 
+constexpr SystemKeyed systemKeyed = {_ClassName, nullptr};
+
 constexpr ProviderClass provider = {
     .name = _ClassName,
-    .systemKeys = true,
+    .systemKeys = &systemKeyed,
     .key = {.name = "DeviceID",
             .value = _DeviceID,
             .missing = "Could not get DeviceID of instance.",
             .wrong = "This class name does not exist (wrong DeviceID)."},
-    .refresh = refreshedGroups,
-    .traces = &traces,
-    .makePath = _makePath_ZT_Marovelton_Monitor,
-    .makeInst = _makeInst_ZT_Marovelton_Monitor,
-    .methods = packed<methods>,
-    .wrongClass = nullptr,
+    .builders = {.path = _makePath_ZT_Marovelton_Monitor,
+                 .instance = _makeInst_ZT_Marovelton_Monitor,
+                 .refresh = refreshedGroups,
+                 .traces = &traces},
+    .methods = methods,
+    .refusals = {.wrongClass = nullptr},
 };
 
 } // namespace

@@ -2,12 +2,15 @@
 // ZT_Marovelton_OSDMenuAndMessages: the on-screen display, one object. Its menu's look, language and place,
 // when it shows information, and the methods that change these.
 
-#include "frame/provider.h"
+#include "display/modules.h"
+#include "engine/steps.h"
 
 #include <climits>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+
+using namespace frame;
 
 namespace
 {
@@ -29,12 +32,14 @@ CMPIObjectPath *_makePath_ZT_Marovelton_OSDMenuAndMessages(const CMPIObjectPath 
 CMPIInstance *_makeInst_ZT_Marovelton_OSDMenuAndMessages(const CMPIObjectPath *reference, CMPIStatus *status)
 {
     OSDMenuAndMessageInfo info = {};
-    MonitorInfo monitor = {};
-    InstanceBuilder osd(_broker, _ClassName, reference, _InstanceID, status);
+    SystemName system;
+    InstanceBuilder osd(_broker, _ClassName,
+                        newPath(_broker, _ClassName, reference, status, {{"InstanceID", _InstanceID}}),
+                        status);
     if (!osd ||
         !osd.require(GetOSDMenuAndMessagesInfo(&info) == 0,
                      "Failed to get OSDmenu and messages information from database.") ||
-        !osd.require(GetMoinitorInfo(&monitor) == 0, "Could not get monitor information from database."))
+        !osd.readSystemName("Could not get monitor information from database.", &system))
         return nullptr;
 
     osd.uint16("MenuAndMessageTimeOut", info.MenuMessageTimeOut);
@@ -48,13 +53,10 @@ CMPIInstance *_makeInst_ZT_Marovelton_OSDMenuAndMessages(const CMPIObjectPath *r
     // The engine's code, although SetLanguage takes the numbering of the class definition.
     osd.uint16Array("Language", {info.Language});
     osd.uint16Array("DisplayRotation", {info.DisplayRotation});
-    osd.text("Caption", _ClassName);
-    osd.text("ElementName", _ClassName);
-    osd.text("InstanceID", _InstanceID);
-    osd.text(
-        "Description",
+    osd.describe(
+        _InstanceID,
         "A class derived from Logical Element that represents the single node container of the Display Management System.");
-    osd.formatted("Name", "%s-OSDMenuAndMessages", systemName(monitor).text);
+    osd.formatted("Name", "%s-OSDMenuAndMessages", system.text);
     return osd.finish();
 }
 
@@ -119,13 +121,8 @@ int SetOpacity(float opacity, char *errorText)
     if (engineIsBusy(texts.busy, errorText))
         return -1;
     const int16_t hundredths = static_cast<int16_t>(truncated(static_cast<double>(opacity) * 100.0));
-    if (hundredths % 625 != 0) {
-        // Steps of 6.25 %. The list leaves out 75, which is accepted.
-        copyText(
-            errorText, ERROR_TEXT_SIZE,
-            "Invalid Opacity Value. valid opacity values are 25, 31.25, 37.50, 43.75, 50, 56.25, 62.50, 68.75, 81.25, 87.50, 93.75, 100");
+    if (checkStep(OPACITY_VALUE, hundredths, errorText) != 0)
         return -1;
-    }
     return exchange(setRequest(MENU_SETTINGS_ID, {{OPACITY_VALUE, hundredths}}), texts, errorText);
 }
 
@@ -235,11 +232,11 @@ constexpr Method methods[] = {
 constexpr ProviderClass provider = {
     .name = _ClassName,
     .key = {.name = "InstanceID", .value = _InstanceID},
-    .makePath = _makePath_ZT_Marovelton_OSDMenuAndMessages,
-    .makeInst = _makeInst_ZT_Marovelton_OSDMenuAndMessages,
-    .methods = packed<methods>,
-    .wrongClass = nullptr,
+    .builders = {.path = _makePath_ZT_Marovelton_OSDMenuAndMessages,
+                 .instance = _makeInst_ZT_Marovelton_OSDMenuAndMessages},
+    .methods = methods,
     .returnType = CMPI_uint8,
+    .refusals = {.wrongClass = nullptr},
 };
 
 } // namespace

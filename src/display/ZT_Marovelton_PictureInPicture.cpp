@@ -3,9 +3,11 @@
 // mode, size, position and input, and the methods that change these. Most methods ask the engine first
 // whether there is a second picture to change.
 
-#include "frame/provider.h"
+#include "display/modules.h"
 
 #include <cstdio>
+
+using namespace frame;
 
 namespace
 {
@@ -26,12 +28,14 @@ CMPIObjectPath *_makePath_ZT_Marovelton_PictureInPicture(const CMPIObjectPath *r
 CMPIInstance *_makeInst_ZT_Marovelton_PictureInPicture(const CMPIObjectPath *reference, CMPIStatus *status)
 {
     PexalPIPSettings info = {};
-    MonitorInfo monitor = {};
-    InstanceBuilder pip(_broker, _ClassName, reference, _InstanceID, status);
+    SystemName system;
+    InstanceBuilder pip(_broker, _ClassName,
+                        newPath(_broker, _ClassName, reference, status, {{"InstanceID", _InstanceID}}),
+                        status);
     if (!pip ||
         !pip.require(GetPIPSettingsInfo(&info) == 0,
                      "Failed to get PIPSettings information from database.") ||
-        !pip.require(GetMoinitorInfo(&monitor) == 0, "Could not get monitor information from database."))
+        !pip.readSystemName("Could not get monitor information from database.", &system))
         return nullptr;
 
     pip.boolean("PIPOverscanEnabled", info.OverScan);
@@ -43,13 +47,10 @@ CMPIInstance *_makeInst_ZT_Marovelton_PictureInPicture(const CMPIObjectPath *ref
     pip.boolean("ShowDCICroppedRegion", info.ShowCroppedRegion);
     pip.uint16Array("DigitalCinemaOption", {info.ImageRegion});
     pip.uint16Array("PIPInputSource", {info.PipInputSource});
-    pip.text("Caption", _ClassName);
-    pip.text("ElementName", _ClassName);
-    pip.text("InstanceID", _InstanceID);
-    pip.text(
-        "Description",
+    pip.describe(
+        _InstanceID,
         "A class derived from Logical Element that represents the single node container of the Display Management System.");
-    pip.formatted("Name", "%s-PictureInPicture", systemName(monitor).text);
+    pip.formatted("Name", "%s-PictureInPicture", system.text);
     return pip.finish();
 }
 
@@ -67,6 +68,19 @@ int GetPIPSize()
 {
     int size = 0;
     return readRegister(PIP_SIZE, PIP_INFO_ID, &size) == 0 ? size : -1;
+}
+
+/** The active resolution of the inset, in pixels. Returns 0, or -1 on failure. */
+int GetResolution(int *horizontal, int *vertical)
+{
+    int width = 0;
+    int height = 0;
+    if (readRegister(PIP_HORIZONTAL_ACTIVE, PIP_INFO_ID, &width) == -1 ||
+        readRegister(PIP_VERTICAL_ACTIVE, PIP_INFO_ID, &height) == -1)
+        return -1;
+    *horizontal = width;
+    *vertical = height;
+    return 0;
 }
 
 // ---- settings ----
@@ -272,10 +286,10 @@ constexpr Method methods[] = {
 constexpr ProviderClass provider = {
     .name = _ClassName,
     .key = {.name = "InstanceID", .value = _InstanceID},
-    .makePath = _makePath_ZT_Marovelton_PictureInPicture,
-    .makeInst = _makeInst_ZT_Marovelton_PictureInPicture,
-    .methods = packed<methods>,
-    .wrongClass = nullptr,
+    .builders = {.path = _makePath_ZT_Marovelton_PictureInPicture,
+                 .instance = _makeInst_ZT_Marovelton_PictureInPicture},
+    .methods = methods,
+    .refusals = {.wrongClass = nullptr},
 };
 
 } // namespace

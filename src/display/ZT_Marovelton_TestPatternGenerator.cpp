@@ -2,7 +2,9 @@
 // ZT_Marovelton_TestPatternGenerator: the built-in test-pattern generator, one object. Its pattern and
 // levels, and the methods that switch it, choose the pattern and set the levels.
 
-#include "frame/provider.h"
+#include "display/modules.h"
+
+using namespace frame;
 
 namespace
 {
@@ -24,20 +26,18 @@ CMPIObjectPath *_makePath_ZT_Marovelton_TestPatternGenerator(const CMPIObjectPat
 CMPIInstance *_makeInst_ZT_Marovelton_TestPatternGenerator(const CMPIObjectPath *reference,
                                                            CMPIStatus *status)
 {
-    MonitorInfo monitor = {};
+    SystemName system;
     TestPatternInfo info = {};
-    InstanceBuilder generator(_broker, _ClassName, reference, _InstanceID, status);
-    if (!generator || !generator.require(GetMoinitorInfo(&monitor) == 0,
-                                         "Failed to get monitor information from database."))
+    InstanceBuilder generator(_broker, _ClassName,
+                              newPath(_broker, _ClassName, reference, status, {{"InstanceID", _InstanceID}}),
+                              status);
+    if (!generator || !generator.readSystemName("Failed to get monitor information from database.", &system))
         return nullptr;
 
-    generator.text("Caption", _ClassName);
-    generator.text("ElementName", _ClassName);
-    generator.text("InstanceID", _InstanceID);
-    generator.text(
-        "Description",
+    generator.describe(
+        _InstanceID,
         "A class derived from Logical Element that represents the single node container of the Display Management System.");
-    generator.formatted("Name", "%s-TestPatternGenerator", systemName(monitor).text);
+    generator.formatted("Name", "%s-TestPatternGenerator", system.text);
     if (!generator.require(GetTestPatternInfo(&info) == 0,
                            "Failed to get test pattern information from database."))
         return nullptr;
@@ -110,13 +110,11 @@ constexpr Method methods[] = {
 constexpr ProviderClass provider = {
     .name = _ClassName,
     .key = {.name = "InstanceID", .value = _InstanceID},
-    .makePath = _makePath_ZT_Marovelton_TestPatternGenerator,
-    .makeInst = _makeInst_ZT_Marovelton_TestPatternGenerator,
-    .methods = packed<methods>,
+    .builders = {.path = _makePath_ZT_Marovelton_TestPatternGenerator,
+                 .instance = _makeInst_ZT_Marovelton_TestPatternGenerator},
+    .methods = methods,
     .compareMethodNames = strcasecmp,
-    .wrongClass = nullptr,
-    .unknownMethodCode = CMPI_RC_ERR_NOT_SUPPORTED,
-    .unknownMethodValue = 0,
+    .refusals = {.wrongClass = nullptr, .unknownMethod = CMPI_RC_ERR_NOT_SUPPORTED, .unknownMethodValue = 0},
 };
 
 } // namespace

@@ -2,7 +2,9 @@
 // ZT_Marovelton_VideoInput: the monitor's three video inputs, one instance each. Which of them is shown is
 // chosen with SetSelectedVideoInput of the monitor, so the class has no working method of its own.
 
-#include "frame/provider.h"
+#include "display/modules.h"
+
+using namespace frame;
 
 namespace
 {
@@ -51,7 +53,9 @@ CMPIInstance *_makeInst_ZT_Marovelton_VideoInput(const CMPIObjectPath *reference
     const InstanceID instanceID(_InstanceID, index);
     PexalPIPSettings settings = {};
     int selected = 0;
-    InstanceBuilder input(_broker, _ClassName, reference, instanceID.text, status);
+    InstanceBuilder input(_broker, _ClassName,
+                          newPath(_broker, _ClassName, reference, status, {{"InstanceID", instanceID.text}}),
+                          status);
     if (!input || !input.require(GetPIPSettingsInfo(&settings) == 0 &&
                                      readRegister(VIDEO_INPUT, VIDEO_INPUT_ID, &selected) == 0,
                                  "Failed to get videosource information from database."))
@@ -60,11 +64,8 @@ CMPIInstance *_makeInst_ZT_Marovelton_VideoInput(const CMPIObjectPath *reference
     input.boolean("Selected", selected == index);
     input.text("Name", inputs[index].name);
     input.boolean("Active", settings.*inputs[index].active);
-    input.text("Caption", _ClassName);
-    input.text("ElementName", _ClassName);
-    input.text("InstanceID", instanceID.text);
-    input.text(
-        "Description",
+    input.describe(
+        instanceID.text,
         "A class derived from Logical Element that represents the single node container of the Display Management System.");
     return input.finish();
 }
@@ -78,11 +79,11 @@ constexpr uint8_t refreshedGroups[] = {VIDEO_INPUT_ID};
 
 constexpr ProviderClass provider = {
     .name = _ClassName,
-    .instances = inputCount,
     .key = {.name = "InstanceID", .validate = ValidateVideoInputInstanceID},
-    .refresh = refreshedGroups,
-    .makePathAt = _makePath_ZT_Marovelton_VideoInput,
-    .makeInstAt = _makeInst_ZT_Marovelton_VideoInput,
+    .builders = {.pathAt = _makePath_ZT_Marovelton_VideoInput,
+                 .instanceAt = _makeInst_ZT_Marovelton_VideoInput,
+                 .count = inputCount,
+                 .refresh = refreshedGroups},
 };
 
 } // namespace

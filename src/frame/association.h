@@ -3,23 +3,14 @@
 //
 // An association class owns no data: its objects are found by asking the object manager for the objects at
 // the far end. The engine serves one-to-many associations: to one source it ties every object of the other
-// end's class.
-//
-// An association module holds five constants (the last a list, for there may be several right ends), one
-// AssociationClass made of them, and one STAMP line.
-#ifndef ZT_MAROVELTON_ASSOCIATION_H
-#define ZT_MAROVELTON_ASSOCIATION_H
+// end's class, or those that the association's matcher lets through.
+#ifndef FRAME_ASSOCIATION_H
+#define FRAME_ASSOCIATION_H
 
-#include "frame/provider.h"
+#include "frame/paths.h"
+#include <cstdint>
+#include <span>
 #include <string_view>
-
-// Object managers load other providers with an engine of the same origin, whose functions have these names
-// and other parameters. Neither library may ever be bound to the other's.
-#pragma GCC visibility push(hidden)
-
-// ---- the engine ----
-// Flags: `left` enumerates the left end as sources, else the right end; `inst` 1 gives instances, 0 object
-// paths; `associators` 1 gives the far-end objects, 0 the association's own.
 
 /** In which direction an association is followed. */
 enum ASSOC_TYPE {
@@ -28,73 +19,125 @@ enum ASSOC_TYPE {
 };
 using ASSOC_TYPE_E = ASSOC_TYPE;
 
+namespace frame
+{
+
+/** What an operation has from the object manager. */
+struct Request {
+    const CMPIBroker *broker;
+    const CMPIContext *context;
+    const CMPIResult *result;
+    CMPIStatus *status;
+};
+
+/** An association class between two classes. */
+struct Ends {
+    const char *className;
+    const char *leftClass;
+    const char *rightClass;
+    const char *refLeft;
+    const char *refRight;
+};
+
+/** What is asked for; `nothing` lists the names at the far end and hands none over. */
+enum class WalkKind : uint8_t { associators, associatorNames, references, referenceNames, nothing };
+
+// ---- what an association has of its own, as data ----
+
+/** What the functions of an association note during one walk; the engine looks at `match` alone. */
+struct Notes {
+    int match = 0;
+    int count = 0;
+    int mode = 0;
+    char current = 0;
+};
+
+/** Which keys of a source and of a candidate are compared. */
+struct KeyPair {
+    const char *sourceClass; // null: every other class
+    int direction;
+    const char *sourceKey;
+    const char *targetKey;
+};
+
+/** Which of the candidates an association ties to a source. */
+struct Matcher {
+    std::span<const KeyPair> keys = {}; // the first that fits the source; without any nothing matches
+    /** Sets `match` where the two keys belong together, and never clears it. Returns 0. */
+    int (*match)(const char *sourceKey, const char *targetKey, int direction, Notes &notes) = nullptr;
+    const char *countTrace = nullptr;
+};
+
+/** The properties of an association that are not references. */
+struct OwnProperties {
+    /** Reads what they depend on; false, with the status set, when it cannot be read. Null: nothing to read.
+     */
+    bool (*read)(const CMPIBroker *broker, CMPIStatus *status, Notes &notes);
+    void (*set)(const CMPIInstance *association, const Ends &ends, const Notes &notes);
+};
+
+struct WalkTraces {
+    const char *called = "--- _assoc_create_refs_1toN() called \n---";
+    const char *left = "--- _assoc_create_refs_1toN() leave \n---";
+};
+inline constexpr WalkTraces usualWalkTraces = {};
+
+/** One walk from a source to the objects at its far end. */
+struct Walk {
+    Ends ends;
+    WalkKind kind;
+    const Matcher *matcher = nullptr;   // null: every candidate
+    const OwnProperties *own = nullptr; // null: none
+    const WalkTraces *traces = &usualWalkTraces;
+};
+
+void setUint16(const CMPIInstance *instance, const char *name, int value);
+void setUint64(const CMPIInstance *instance, const char *name, uint64_t value);
+
+// ---- the engine ----
+
 /** The class at the far end from `ref`, one of the two given pointers; where both ends fit, `ref` is the left
- *  one. Null, with `rc` set, on failure. */
-const char *_assoc_targetClass_Name(const CMPIBroker *broker, const CMPIObjectPath *ref,
-                                    const char *leftClass, const char *rightClass, CMPIStatus *rc);
+ *  one. Null, with `status` set, on failure. */
+const char *farEndClass(const CMPIBroker *broker, const CMPIObjectPath *ref, const char *leftClass,
+                        const char *rightClass, CMPIStatus *status);
 
-/** A new path of the far-end class in the namespace of `ref`. Null, or a path without a handle, with `rc`
+/** A new path of the far-end class in the namespace of `ref`. Null, or a path without a handle, with `status`
  * set, on failure. */
-CMPIObjectPath *_assoc_targetClass_OP(const CMPIBroker *broker, const CMPIObjectPath *ref,
-                                      const char *leftClass, const char *rightClass, CMPIStatus *rc);
+CMPIObjectPath *farEndPath(const CMPIBroker *broker, const CMPIObjectPath *ref, const char *leftClass,
+                           const char *rightClass, CMPIStatus *status);
 
-/** Whether the filters of a request (each may be null) admit this association for the source `cop`: 1 or 0.
- *  Names are compared without regard to case. `rc` is set only where that cannot be told. */
-int _assoc_check_parameter_const(const CMPIBroker *broker, const CMPIObjectPath *cop, const char *refLeft,
-                                 const char *refRight, const char *leftClass, const char *rightClass,
-                                 const char *resultClass, const char *role, const char *resultRole,
-                                 CMPIStatus *rc);
+/** The filters of a request for what a source is tied to; each may be null. */
+struct AssociationFilters {
+    const char *associationClass;
+    const char *resultClass;
+    const char *role;
+    const char *resultRole;
+};
 
-/** Answers a request for one source object. Returns 0, also when nothing was found, or -1 with `rc` set. */
-int _assoc_create_refs_1toN(const CMPIBroker *broker, const CMPIContext *ctx, const CMPIResult *rslt,
-                            const CMPIObjectPath *ref, const char *className, const char *leftClass,
-                            const char *rightClass, const char *refLeft, const char *refRight, int inst,
-                            int associators, CMPIStatus *rc);
+/** Whether the filters admit the association for the source. Names are compared without regard to case.
+ *  `status` is set only where that cannot be told. */
+[[nodiscard]] bool admits(const CMPIBroker *broker, const CMPIObjectPath *source, const Ends &ends,
+                          const AssociationFilters &filters, CMPIStatus *status);
 
-/** Enumerates the association itself: the references of every source object. Returns -1 when the sources
- *  cannot be listed, else what the last source's references gave. */
-int _assoc_create_inst_1toN(const CMPIBroker *broker, const CMPIContext *ctx, const CMPIResult *rslt,
-                            const CMPIObjectPath *cop, const char *className, const char *leftClass,
-                            const char *rightClass, const char *refLeft, const char *refRight, int left,
-                            int inst, CMPIStatus *rc);
+/** Matches a candidate, an instance or a path, by the keys. False, with the status set, when one is missing.
+ */
+[[nodiscard]] bool matchCandidate(const Matcher &matcher, const CMPIBroker *broker,
+                                  const CMPIObjectPath *source, const CMPIInstance *targetInstance,
+                                  const CMPIObjectPath *targetPath, CMPIStatus *status, Notes &notes);
 
-/** The association instance that `cop` names, once both its ends are found to exist. Null, with `rc` set, on
- *  failure; without a right end in `cop` the left end's instance, with `rc` set. */
-CMPIInstance *_assoc_get_inst(const CMPIBroker *broker, const CMPIContext *ctx, const CMPIObjectPath *cop,
-                              const char *className, const char *refLeft, const char *refRight,
-                              CMPIStatus *rc);
+/** Answers a request for one source object. True also when nothing was found, else false with the status set.
+ */
+[[nodiscard]] bool walkFrom(const CMPIObjectPath *source, const Walk &walk, const Request &request);
 
-// ---- associations of the network objects: candidates are matched by their keys ----
+/** Answers for every object of the class `sources`. False when they cannot be listed, else what the last one
+ *  gave. */
+[[nodiscard]] bool walkFromAll(const CMPIObjectPath *reference, const char *sources, const Walk &walk,
+                               const Request &request);
 
-/** Sets `match` where the endpoint among the two keys is that of the management interface; never clears it.
- *  Always 0. */
-int match_instance(const char *key1, const char *key2, int *match, int direction);
-
-/** Sets `match` for a setting: the one that belongs to the mode once in a request, every other one always.
- *  Always 0. */
-int match_instance_elementsetting(const char *key1, const char *key2, int *match, int direction,
-                                  int *ipConfigCount, int ipMode);
-
-/** Reads the keys of the source and of a candidate, an instance or a path, and matches them by the rule of
- * the association class. Returns 0, or -1 with `status` set. */
-int get_instance_from_key(const CMPIObjectPath *source, const CMPIInstance *targetInstance,
-                          const CMPIObjectPath *targetPath, const CMPIBroker *broker, CMPIStatus *status,
-                          int *match, const char *assocClass, int *ipConfigCount, int ipMode,
-                          char *isCurrent);
-
-/** _assoc_create_refs_1toN for the candidates that match alone. */
-int _assoc_create_refs_1toN_ProvideEndpoint(const CMPIBroker *broker, const CMPIContext *ctx,
-                                            const CMPIResult *rslt, const CMPIObjectPath *ref,
-                                            const char *className, const char *leftClass,
-                                            const char *rightClass, const char *refLeft, const char *refRight,
-                                            int inst, int associators, CMPIStatus *rc);
-
-/** The same for the settings of the network connection, with the configuration mode taken into account. */
-int _assoc_create_refs_1toN_ElementSetting(const CMPIBroker *broker, const CMPIContext *ctx,
-                                           const CMPIResult *rslt, const CMPIObjectPath *ref,
-                                           const char *className, const char *leftClass,
-                                           const char *rightClass, const char *refLeft, const char *refRight,
-                                           int inst, int associators, CMPIStatus *rc);
+/** The association instance that `path` names, once both its ends are found to exist. Null, with the status
+ * set, on failure; without a right end in `path` the left end's instance, with the status set. */
+CMPIInstance *associationAt(const CMPIObjectPath *path, const char *className, const char *refLeft,
+                            const char *refRight, const Request &request);
 
 // ---- the frame of the association modules ----
 
@@ -105,101 +148,36 @@ struct AssociationClass {
     const char *refRight;
     const char *leftClass;
     std::span<const char *const> rightClasses; // every operation runs once for each, in order
-    decltype(&_assoc_create_refs_1toN) createRefs = _assoc_create_refs_1toN; // answers for one source
+    const OwnProperties *own = nullptr;
+    // An enumeration ties every candidate; from a source, those that match.
+    const Matcher *matcher = nullptr;
+    const WalkTraces *traces = &usualWalkTraces;
 };
 
 /** An association that the frame can serve: every name there, the ends told apart. */
 constexpr bool associationIsSound(const AssociationClass &association)
 {
     const auto empty = [](const char *text) { return !text || *text == '\0'; };
-    for (const char *rightClass : association.rightClasses)
-        if (empty(rightClass))
+    for (const char *rightClass : association.rightClasses) {
+        if (empty(rightClass)) {
             return false;
+        }
+    }
     return !association.rightClasses.empty() && !empty(association.name) && !empty(association.leftClass) &&
            !empty(association.refLeft) && !empty(association.refRight) &&
            std::string_view(association.refLeft) != association.refRight;
 }
 
-/** The filters of a request for what a source is tied to; each may be null. */
-struct AssociationFilters {
-    const char *associationClass;
-    const char *resultClass;
-    const char *role;
-    const char *resultRole;
-};
-
 CMPIStatus enumAssociation(const AssociationClass &association, const CMPIBroker *broker,
-                           const CMPIContext *ctx, const CMPIResult *result, const CMPIObjectPath *reference,
-                           int inst);
+                           const CMPIContext *context, const CMPIResult *result,
+                           const CMPIObjectPath *reference, WalkKind kind);
 CMPIStatus getAssociation(const AssociationClass &association, const CMPIBroker *broker,
-                          const CMPIContext *ctx, const CMPIResult *result, const CMPIObjectPath *reference);
+                          const CMPIContext *context, const CMPIResult *result,
+                          const CMPIObjectPath *reference);
 CMPIStatus followAssociation(const AssociationClass &association, const CMPIBroker *broker,
-                             const CMPIContext *ctx, const CMPIResult *result, const CMPIObjectPath *source,
-                             const AssociationFilters &filters, int inst, int associators);
+                             const CMPIContext *context, const CMPIResult *result,
+                             const CMPIObjectPath *source, const AssociationFilters &filters, WalkKind kind);
 
-#pragma GCC visibility pop
-
-#define STAMP_ASSOCIATION_READS(Class, association)                                                          \
-    CMPIStatus Class##EnumInstanceNames(CMPIInstanceMI *, const CMPIContext *ctx, const CMPIResult *result,  \
-                                        const CMPIObjectPath *reference)                                     \
-    {                                                                                                        \
-        return enumAssociation(association, _broker, ctx, result, reference, 0);                             \
-    }                                                                                                        \
-    CMPIStatus Class##EnumInstances(CMPIInstanceMI *, const CMPIContext *ctx, const CMPIResult *result,      \
-                                    const CMPIObjectPath *reference, const char **)                          \
-    {                                                                                                        \
-        return enumAssociation(association, _broker, ctx, result, reference, 1);                             \
-    }                                                                                                        \
-    CMPIStatus Class##GetInstance(CMPIInstanceMI *, const CMPIContext *ctx, const CMPIResult *result,        \
-                                  const CMPIObjectPath *reference, const char **)                            \
-    {                                                                                                        \
-        return getAssociation(association, _broker, ctx, result, reference);                                 \
-    }
-
-#define STAMP_ASSOCIATIONS(Class, association)                                                               \
-    CMPIStatus Class##Associators(CMPIAssociationMI *, const CMPIContext *ctx, const CMPIResult *result,     \
-                                  const CMPIObjectPath *source, const char *assocClass,                      \
-                                  const char *resultClass, const char *role, const char *resultRole,         \
-                                  const char **)                                                             \
-    {                                                                                                        \
-        return followAssociation(association, _broker, ctx, result, source,                                  \
-                                 {assocClass, resultClass, role, resultRole}, 1, 1);                         \
-    }                                                                                                        \
-    CMPIStatus Class##AssociatorNames(CMPIAssociationMI *, const CMPIContext *ctx, const CMPIResult *result, \
-                                      const CMPIObjectPath *source, const char *assocClass,                  \
-                                      const char *resultClass, const char *role, const char *resultRole)     \
-    {                                                                                                        \
-        return followAssociation(association, _broker, ctx, result, source,                                  \
-                                 {assocClass, resultClass, role, resultRole}, 0, 1);                         \
-    }                                                                                                        \
-    CMPIStatus Class##References(CMPIAssociationMI *, const CMPIContext *ctx, const CMPIResult *result,      \
-                                 const CMPIObjectPath *source, const char *resultClass, const char *role,    \
-                                 const char **)                                                              \
-    {                                                                                                        \
-        return followAssociation(association, _broker, ctx, result, source,                                  \
-                                 {resultClass, nullptr, role, nullptr}, 1, 0);                               \
-    }                                                                                                        \
-    CMPIStatus Class##ReferenceNames(CMPIAssociationMI *, const CMPIContext *ctx, const CMPIResult *result,  \
-                                     const CMPIObjectPath *source, const char *resultClass,                  \
-                                     const char *role)                                                       \
-    {                                                                                                        \
-        return followAssociation(association, _broker, ctx, result, source,                                  \
-                                 {resultClass, nullptr, role, nullptr}, 0, 0);                               \
-    }
-
-#define STAMP_ASSOCIATION_FACTORY(Class)                                                                     \
-    STAMP_CLEANUP(Class, CMPIAssociationMI, AssociationCleanup)                                              \
-    _Pragma("GCC visibility push(default)") CMAssociationMIStub(Class, Class, _broker, CMNoHook)             \
-        _Pragma("GCC visibility pop")
-
-// A whole instance and association provider over one AssociationClass.
-#define STAMP_INSTANCE_AND_ASSOCIATION_PROVIDER(Class, association)                                          \
-    static_assert(associationIsSound(association));                                                          \
-    STAMP_ASSOCIATION_READS(Class, association)                                                              \
-    STAMP_MODIFY_NOT_SUPPORTED(Class, ModifyInstance)                                                        \
-    STAMP_NOT_SUPPORTED(Class)                                                                               \
-    STAMP_ASSOCIATIONS(Class, association)                                                                   \
-    STAMP_INSTANCE_FACTORY(Class)                                                                            \
-    STAMP_ASSOCIATION_FACTORY(Class)
+} // namespace frame
 
 #endif

@@ -2,7 +2,9 @@
 // ZT_Marovelton_DHCPSettingData: the setting that takes the IPv4 configuration from a DHCP server, one
 // object.
 
-#include "frame/provider.h"
+#include "network/modules.h"
+
+using namespace frame;
 
 namespace
 {
@@ -45,8 +47,8 @@ namespace
 constexpr ProviderClass provider = {
     .name = _ClassName,
     .key = {.name = "InstanceID", .value = _InstanceID},
-    .makePath = _makePath_ZT_Marovelton_DHCPSettingData,
-    .makeInst = _makeInst_ZT_Marovelton_DHCPSettingData,
+    .builders = {.path = _makePath_ZT_Marovelton_DHCPSettingData,
+                 .instance = _makeInst_ZT_Marovelton_DHCPSettingData},
 };
 
 } // namespace

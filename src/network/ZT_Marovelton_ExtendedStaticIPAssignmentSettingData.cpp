@@ -2,7 +2,10 @@
 // ZT_Marovelton_ExtendedStaticIPAssignmentSettingData: the static address, mask and gateway of the management
 // interface, one object, the only setting data that can be modified.
 
+#include "network/modules.h"
 #include "network/network_objects.h"
+
+using namespace frame;
 
 namespace
 {
@@ -139,8 +142,8 @@ namespace
 constexpr ProviderClass provider = {
     .name = _ClassName,
     .key = {.name = "InstanceID", .value = _InstanceID},
-    .makePath = _makePath_ZT_Marovelton_ExtendedStaticIPAssignmentSettingData,
-    .makeInst = _makeInst_ZT_Marovelton_ExtendedStaticIPAssignmentSettingData,
+    .builders = {.path = _makePath_ZT_Marovelton_ExtendedStaticIPAssignmentSettingData,
+                 .instance = _makeInst_ZT_Marovelton_ExtendedStaticIPAssignmentSettingData},
 };
 
 } // namespace

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // ZT_Marovelton_IPAssignmentSettingData: the accumulated IPv4 configuration, one object.
 
-#include "frame/provider.h"
+#include "network/modules.h"
+
+using namespace frame;
 
 namespace
 {
@@ -39,8 +41,8 @@ namespace
 constexpr ProviderClass provider = {
     .name = _ClassName,
     .key = {.name = "InstanceID", .value = _InstanceID},
-    .makePath = _makePath_ZT_Marovelton_IPAssignmentSettingData,
-    .makeInst = _makeInst_ZT_Marovelton_IPAssignmentSettingData,
+    .builders = {.path = _makePath_ZT_Marovelton_IPAssignmentSettingData,
+                 .instance = _makeInst_ZT_Marovelton_IPAssignmentSettingData},
 };
 
 } // namespace

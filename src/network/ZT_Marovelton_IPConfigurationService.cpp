@@ -2,7 +2,10 @@
 // ZT_Marovelton_IPConfigurationService: switches the management interface between DHCP and the static IPv4
 // configuration, one object.
 
+#include "network/modules.h"
 #include "network/network_objects.h"
+
+using namespace frame;
 
 namespace
 {
@@ -11,8 +14,7 @@ const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_IPConfigurationService";
 
 constexpr NetworkObject service = {
-    .className = _ClassName,
-    .nameFormat = "%s-IPConfigurationService",
+    .keyed = {_ClassName, "%s-IPConfigurationService"},
     .instanceID = "ZT:Marovelton_IPConfigurationService",
     .description =
         "A class derived from CIM IPConfigurationService that represents the single node container of the Display management.",
@@ -65,17 +67,14 @@ namespace
 /** The setting data that can be applied, and the value of IP_CONFIGURATION_MODE that applies it. */
 struct AppliedSetting {
     const char *className;
-    const char *instanceID;
     const char *keyMissing;
     int mode;
 };
 
 constexpr AppliedSetting appliedSettings[] = {
     {"ZT_Marovelton_ExtendedStaticIPAssignmentSettingData",
-     "ZT:Marovelton_ExtendedStaticIPAssignmentSettingData",
      "Could not get key of instance(ZT_Marovelton_ExtendedStaticIPAssignmentSettingData).", 1},
-    {"ZT_Marovelton_DHCPSettingData", "ZT:Marovelton_DHCPSettingData",
-     "Could not get key of instance(ZT_Marovelton_DHCPSettingData).", 0},
+    {"ZT_Marovelton_DHCPSettingData", "Could not get key of instance(ZT_Marovelton_DHCPSettingData).", 0},
 };
 
 const AppliedSetting *findSetting(const char *className)
@@ -105,7 +104,7 @@ const AppliedSetting *requireSettingData(Call &call)
         fail(call, CMPI_RC_ERR_INVALID_PARAMETER, "Invalid classname for SettingData");
     else if (!instanceID)
         fail(call, CMPI_RC_ERR_INVALID_PARAMETER, setting->keyMissing);
-    else if (strcmp(instanceID, setting->instanceID) != 0)
+    else if (strcmp(instanceID, appliedSettingID(setting->mode)) != 0)
         fail(call, CMPI_RC_ERR_INVALID_PARAMETER, "This Input class does not exist (wrong InstanceID).");
     else
         return setting;
@@ -153,11 +152,11 @@ constexpr Method methods[] = {
 
 constexpr ProviderClass provider = {
     .name = _ClassName,
-    .systemKeys = true,
-    .makePath = _makePath_ZT_Marovelton_IPConfigurationService,
-    .makeInst = _makeInst_ZT_Marovelton_IPConfigurationService,
-    .methods = packed<methods>,
-    .failureValue = 1,
+    .systemKeys = &service.keyed,
+    .builders = {.path = _makePath_ZT_Marovelton_IPConfigurationService,
+                 .instance = _makeInst_ZT_Marovelton_IPConfigurationService},
+    .methods = methods,
+    .refusals = {.failureValue = 1},
 };
 
 } // namespace

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // ZT_Marovelton_IPNetworkConnection: the monitor's network connection, one object.
 
+#include "network/modules.h"
 #include "network/network_objects.h"
+
+using namespace frame;
 
 namespace
 {
@@ -10,8 +13,7 @@ const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_IPNetworkConnection";
 
 constexpr NetworkObject connection = {
-    .className = _ClassName,
-    .nameFormat = "%s-IPNetworkConnection",
+    .keyed = {_ClassName, "%s-IPNetworkConnection"},
     .instanceID = "ZT:Marovelton_IPNetworkConnection",
     .description =
         "A class derived from CIM IPNetworkConnectiom that represents the single node container of the Display management.",
@@ -35,9 +37,9 @@ namespace
 
 constexpr ProviderClass provider = {
     .name = _ClassName,
-    .systemKeys = true,
-    .makePath = _makePath_ZT_Marovelton_IPNetworkConnection,
-    .makeInst = _makeInst_ZT_Marovelton_IPNetworkConnection,
+    .systemKeys = &connection.keyed,
+    .builders = {.path = _makePath_ZT_Marovelton_IPNetworkConnection,
+                 .instance = _makeInst_ZT_Marovelton_IPNetworkConnection},
 };
 
 } // namespace

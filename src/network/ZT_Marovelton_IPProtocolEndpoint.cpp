@@ -3,10 +3,12 @@
 // class that reads no record of the monitor: it runs the shell tools and parses what they print.
 
 #include "network/ZT_Marovelton_IPProtocolEndpoint.h"
-#include "frame/provider.h"
+#include "network/modules.h"
 
 #include <cstdio>
 #include <cstdlib>
+
+using namespace frame;
 
 namespace
 {
@@ -45,11 +47,13 @@ struct CommandOutput {
 };
 
 /** Puts an interface name into a command. A command reaches a shell, and the kernel allows names with shell
- *  characters: false for a name with anything but letters, digits and . _ - @, whose commands are not run. */
+ *  characters: false for a name with anything but letters, digits and . _ - @, or one that the command would
+ * take for an option; its commands are not run. */
 bool formatCommand(char *command, size_t size, const char *format, const char *ifName)
 {
     const size_t length = strlen(ifName);
-    if (length == 0 || length >= interfaceNameSize || strspn(ifName, safeInCommands) != length)
+    if (length == 0 || length >= interfaceNameSize || *ifName == '-' ||
+        strspn(ifName, safeInCommands) != length)
         return false;
     snprintf(command, size, format, ifName);
     return true;

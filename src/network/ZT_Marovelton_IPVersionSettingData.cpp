@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // ZT_Marovelton_IPVersionSettingData: the IP version setting, one object without any property.
 
-#include "frame/provider.h"
+#include "network/modules.h"
+
+using namespace frame;
 
 namespace
 {
@@ -31,8 +33,8 @@ namespace
 constexpr ProviderClass provider = {
     .name = _ClassName,
     .key = {.name = "InstanceID", .value = "ZT:Marovelton_IPVersionSettingData"},
-    .makePath = _makePath_ZT_Marovelton_IPVersionSettingData,
-    .makeInst = _makeInst_ZT_Marovelton_IPVersionSettingData,
+    .builders = {.path = _makePath_ZT_Marovelton_IPVersionSettingData,
+                 .instance = _makeInst_ZT_Marovelton_IPVersionSettingData},
 };
 
 } // namespace

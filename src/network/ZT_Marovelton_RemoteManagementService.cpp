@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // ZT_Marovelton_RemoteManagementService: the embedded web server used for remote management, one object.
 
+#include "network/modules.h"
 #include "network/network_objects.h"
+
+using namespace frame;
 
 namespace
 {
@@ -10,8 +13,7 @@ const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_RemoteManagementService";
 
 constexpr SwitchedService service = {
-    .className = _ClassName,
-    .nameFormat = "%s-RemoteManagementService",
+    .keyed = {_ClassName, "%s-RemoteManagementService"},
     .instanceID = "ZT:Marovelton_RemoteManagementService",
     .enabled = &RemoteManagementServer::RemoteManagementEnabled,
     .showsIdentify = false,
@@ -61,12 +63,12 @@ constexpr Method methods[] = {
 
 constexpr ProviderClass provider = {
     .name = _ClassName,
-    .systemKeys = true,
-    .makePath = _makePath_ZT_Marovelton_RemoteManagementService,
-    .makeInst = _makeInst_ZT_Marovelton_RemoteManagementService,
-    .methods = packed<methods>,
+    .systemKeys = &service.keyed,
+    .builders = {.path = _makePath_ZT_Marovelton_RemoteManagementService,
+                 .instance = _makeInst_ZT_Marovelton_RemoteManagementService},
+    .methods = methods,
     .compareMethodNames = strcasecmp,
-    .wrongClass = nullptr,
+    .refusals = {.wrongClass = nullptr},
 };
 
 } // namespace

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // ZT_Marovelton_WSManagementService: the WS-Management listener and its WS-Identify answer, one object.
 
+#include "network/modules.h"
 #include "network/network_objects.h"
+
+using namespace frame;
 
 namespace
 {
@@ -10,8 +13,7 @@ const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_WSManagementService";
 
 constexpr SwitchedService service = {
-    .className = _ClassName,
-    .nameFormat = "%s-WSManagementService",
+    .keyed = {_ClassName, "%s-WSManagementService"},
     .instanceID = "ZT:Marovelton_WSManagementService",
     .enabled = &RemoteManagementServer::WSManagementStatus,
     .showsIdentify = true,
@@ -77,12 +79,12 @@ constexpr Method methods[] = {
 
 constexpr ProviderClass provider = {
     .name = _ClassName,
-    .systemKeys = true,
-    .makePath = _makePath_ZT_Marovelton_WSManagementService,
-    .makeInst = _makeInst_ZT_Marovelton_WSManagementService,
-    .methods = packed<methods>,
+    .systemKeys = &service.keyed,
+    .builders = {.path = _makePath_ZT_Marovelton_WSManagementService,
+                 .instance = _makeInst_ZT_Marovelton_WSManagementService},
+    .methods = methods,
     .compareMethodNames = strcasecmp,
-    .wrongClass = nullptr,
+    .refusals = {.wrongClass = nullptr},
 };
 
 } // namespace

@@ -1,43 +1,33 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "network/network_objects.h"
 
-#include <cstdio>
+using namespace frame;
 
-namespace
+const char *appliedSettingID(int mode)
 {
-
-/** The value of `Name`. */
-struct ObjectName {
-    ObjectName(const char *format, const SystemName &system)
-    {
-        snprintf(text, sizeof text, format, system.text);
-    }
-    char text[100];
-};
-
-} // namespace
+    return mode == 0   ? "ZT:Marovelton_DHCPSettingData"
+           : mode == 1 ? "ZT:Marovelton_ExtendedStaticIPAssignmentSettingData"
+                       : nullptr;
+}
 
 // ---- services ----
 
 CMPIObjectPath *makeServicePath(const CMPIBroker *broker, const SwitchedService &service,
                                 const CMPIObjectPath *reference, CMPIStatus *status)
 {
-    trace("--- %s makePath called\n", service.className);
-    CMPIObjectPath *path = newPath(broker, service.className, reference, status);
-    SystemName system;
-    if (path && readSystemName(broker, status, "Failed to get monitor information from database.", &system))
-        addKeys(path, {{"SystemName", system.text},
-                       {"SystemCreationClassName", "Linux_ComputerSystem"},
-                       {"CreationClassName", service.className},
-                       {"Name", ObjectName(service.nameFormat, system).text}});
-    return path;
+    const Key keys[] = {{"SystemName", "%s"},
+                        {"SystemCreationClassName", "Linux_ComputerSystem"},
+                        {"CreationClassName", service.keyed.className},
+                        {"Name", service.keyed.nameFormat}};
+    return makePathBySystemName(broker, service.keyed.className, reference, keys,
+                                "Failed to get monitor information from database.", status);
 }
 
 CMPIInstance *makeServiceInst(const CMPIBroker *broker, const SwitchedService &service,
                               const CMPIObjectPath *reference, CMPIStatus *status)
 {
-    InstanceBuilder instance(broker, service.className, newPath(broker, service.className, reference, status),
-                             status);
+    InstanceBuilder instance(broker, service.keyed.className,
+                             newPath(broker, service.keyed.className, reference, status), status);
     RemoteManagementServer server = {};
     SystemName system;
     if (!instance ||
@@ -51,13 +41,10 @@ CMPIInstance *makeServiceInst(const CMPIBroker *broker, const SwitchedService &s
     instance.uint16("EnabledState", server.*service.enabled == 1 ? 2 : 3);
     instance.text("SystemName", system.text);
     instance.text("SystemCreationClassName", "Linux_ComputerSystem");
-    instance.text("CreationClassName", service.className);
-    instance.formatted("Name", service.nameFormat, system.text);
-    instance.text("Caption", service.className);
-    instance.text("ElementName", service.className);
-    instance.text("InstanceID", service.instanceID);
-    instance.text(
-        "Description",
+    instance.text("CreationClassName", service.keyed.className);
+    instance.formatted("Name", service.keyed.nameFormat, system.text);
+    instance.describe(
+        service.instanceID,
         "A class derived from CIM Service that represents the single node container of the Display Management System.");
     instance.uint16Array("AvailableRequestedStates", {2, 3});
     return instance.finish();
@@ -73,7 +60,7 @@ int requestServiceState(const SwitchedService &service, int requestedState,
     }
     const bool nothingToDo = server.*service.enabled == 1 && requestedState == 2;
     if (!nothingToDo)
-        setEnabledState(requestedState, errorText);
+        static_cast<void>(setEnabledState(requestedState, errorText));
     return 0;
 }
 
@@ -88,30 +75,27 @@ int sendServiceState(int registerId, int requestedState, char *errorText)
 CMPIObjectPath *makeNetworkObjectPath(const CMPIBroker *broker, const NetworkObject &object,
                                       const CMPIObjectPath *reference, CMPIStatus *status)
 {
-    trace("--- %s makePath called\n", object.className);
-    CMPIObjectPath *path = newPath(broker, object.className, reference, status);
-    SystemName system;
-    if (path && readSystemName(broker, status, "Could not get monitor information from database.", &system))
-        addKeys(path, {{"CreationClassName", object.className},
-                       {"Name", ObjectName(object.nameFormat, system).text},
-                       {"SystemName", system.text},
-                       {"SystemCreationClassName", "Linux_ComputerSystem"}});
-    return path;
+    const Key keys[] = {{"CreationClassName", object.keyed.className},
+                        {"Name", object.keyed.nameFormat},
+                        {"SystemName", "%s"},
+                        {"SystemCreationClassName", "Linux_ComputerSystem"}};
+    return makePathBySystemName(broker, object.keyed.className, reference, keys,
+                                "Could not get monitor information from database.", status);
 }
 
 InstanceBuilder makeNetworkObjectInst(const CMPIBroker *broker, const NetworkObject &object,
                                       const CMPIObjectPath *reference, CMPIStatus *status)
 {
-    InstanceBuilder instance(broker, object.className, newPath(broker, object.className, reference, status),
-                             status);
+    InstanceBuilder instance(broker, object.keyed.className,
+                             newPath(broker, object.keyed.className, reference, status), status);
     SystemName system;
     if (!instance || !instance.readSystemName("Could not get monitor information from database.", &system))
         return instance;
     instance.text("SystemCreationClassName", "Linux_ComputerSystem");
-    instance.text("CreationClassName", object.className);
-    instance.text("ElementName", object.className);
+    instance.text("CreationClassName", object.keyed.className);
+    instance.text("ElementName", object.keyed.className);
     instance.text("InstanceID", object.instanceID);
-    instance.formatted("Name", object.nameFormat, system.text);
+    instance.formatted("Name", object.keyed.nameFormat, system.text);
     instance.text("Status", "OK");
     instance.text("SystemName", system.text);
     instance.text("Description", object.description);

@@ -9,13 +9,16 @@
 /** The answers of `IsCurrent` and `IsNext`. */
 enum SettingsState { DONT_CHANGE = 0, YES = 1, NO = 2 };
 
+/** The identifier of the setting data that a value of IP_CONFIGURATION_MODE applies; null when there is none.
+ */
+const char *appliedSettingID(int mode);
+
 /** A setting of the remote-management group whose sender does not wait for the engine. */
-inline constexpr ChannelTexts unansweredSetting = {.reply = nullptr, .onlyMinusOneFails = true};
+inline constexpr frame::ChannelTexts unansweredSetting = {.reply = nullptr, .onlyMinusOneFails = true};
 
 /** A service that can be switched: the web server, the WS-Management listener. */
 struct SwitchedService {
-    const char *className;
-    const char *nameFormat; // of `Name`, with the system name for %s
+    frame::SystemKeyed keyed;
     const char *instanceID;
     int32_t RemoteManagementServer::*enabled;
     bool showsIdentify; // has WSIdentifySupportEnabled
@@ -38,8 +41,7 @@ int sendServiceState(int registerId, int requestedState, char *errorText);
 
 /** The singleton that stands for the network connection or its configuration service. */
 struct NetworkObject {
-    const char *className;
-    const char *nameFormat; // of `Name`, with the system name for %s
+    frame::SystemKeyed keyed;
     const char *instanceID;
     const char *description;
 };
@@ -48,7 +50,7 @@ CMPIObjectPath *makeNetworkObjectPath(const CMPIBroker *broker, const NetworkObj
                                       const CMPIObjectPath *reference, CMPIStatus *status);
 /** Starts the instance and sets all properties that both classes have; the builder has failed when it is
  * null. */
-InstanceBuilder makeNetworkObjectInst(const CMPIBroker *broker, const NetworkObject &object,
-                                      const CMPIObjectPath *reference, CMPIStatus *status);
+frame::InstanceBuilder makeNetworkObjectInst(const CMPIBroker *broker, const NetworkObject &object,
+                                             const CMPIObjectPath *reference, CMPIStatus *status);
 
 #endif

@@ -2,14 +2,11 @@
 // The recording broker, the scripted monitor and the checks, so that a check that could not fail would show.
 
 #include "checks.h"
+#include "display/modules.h"
 #include <gtest/gtest-spi.h>
 
 METHOD_CLASS(DisplayManagement);
 METHOD_CLASS(Monitor);
-
-CMPIObjectPath *_makePath_ZT_Marovelton_DisplayManagement(const CMPIObjectPath *reference,
-                                                          CMPIStatus *status);
-CMPIInstance *_makeInst_ZT_Marovelton_DisplayManagement(const CMPIObjectPath *reference, CMPIStatus *status);
 
 namespace
 {

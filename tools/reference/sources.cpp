@@ -170,7 +170,7 @@ class Reader
 
     static bool isAnswer(const std::string &text, const std::string &call)
     {
-        static const std::set<std::string> ending = {"fail", "fails", "setStatus"};
+        static const std::set<std::string> ending = {"fail", "failed", "failedWith", "fails", "setStatus"};
         static const std::set<std::string> printing = {"printf", "puts", "trace", "judge"};
         static const std::set<std::string> other = {"static_assert", "output",    "formatCommand",
                                                     "sizeof",        "sscanf",    "strspn",

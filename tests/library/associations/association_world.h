@@ -3,7 +3,7 @@
 #ifndef TEST_LIBRARY_ASSOCIATION_WORLD_H
 #define TEST_LIBRARY_ASSOCIATION_WORLD_H
 
-#include "frame/association.h"
+#include "by_name.h"
 #include "checks.h"
 
 namespace association_world

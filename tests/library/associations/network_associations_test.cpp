@@ -2,8 +2,8 @@
 // The associations of the network objects: how candidates are matched, and the classes through their
 // factories.
 
-#include "network/network_objects.h"
 #include "library/associations/association_world.h"
+#include "network/network_objects.h"
 
 using namespace association_world;
 
@@ -632,10 +632,9 @@ TEST(ProvideEndpointWalk, FailsAsTheEngineDoes)
 
         ClassScript &target = broker.classes["ZT_Marovelton_IPProtocolEndpoint"];
         target.enumerateRc = CMPI_RC_ERR_FAILED;
-        const bool instances = inst == 1 && associators == 1;
         expectResult(walk(inst, associators), -1, CMPI_RC_ERR_FAILED,
-                     instances ? "CBEnumInstances( _broker, ctx, op, rc)"
-                               : "CBEnumInstanceNames( _broker, ctx, op, rc)");
+                     inst ? "CBEnumInstances( _broker, ctx, op, rc)"
+                          : "CBEnumInstanceNames( _broker, ctx, op, rc)");
         target.enumerateRc = CMPI_RC_OK;
         target.emptyElement = 0;
         expectResult(walk(inst, associators), -1, CMPI_RC_ERR_FAILED, "CMGetNext( en, rc)");
@@ -657,6 +656,16 @@ TEST(ProvideEndpointWalk, FailsAsTheEngineDoes)
             createRefs(_assoc_create_refs_1toN_ProvideEndpoint, provides, monitorPath(), inst, associators),
             0, CMPI_RC_ERR_FAILED, "referenced Class is not covered by this Association.");
     }
+    // References look at the instances of the endpoints, and take the path of each.
+    for (const Fault flaw : everyFlaw) {
+        SCOPED_TRACE(describe(flaw));
+        faults.arm("getObjectPath", 1, flaw);
+        expectResult(walk(1, 0), -1, CMPI_RC_ERR_FAILED, "CMGetObjectPath(ci,rc)");
+        faults.disarm();
+    }
+    EXPECT_EQ(walk(1, 0).upCalls.back(), "enumerateInstances(root/cimv2:ZT_Marovelton_IPProtocolEndpoint)");
+    EXPECT_EQ(walk(0, 0).upCalls.back(),
+              "enumerateInstanceNames(root/cimv2:ZT_Marovelton_IPProtocolEndpoint)");
     // An inst that is neither hands nothing over, and matches nothing.
     const EngineAnswer nothing = walk(2, 1);
     expectResult(nothing, 0, CMPI_RC_OK, "");

@@ -2,13 +2,7 @@
 // ZT_Marovelton_BezelButton: the buttons of the front bezel and the methods that change them.
 
 #include "checks.h"
-
-int setButtonAutoFadeMode(int value, char *errorText);
-int setButtonBrightness(int value, char *errorText);
-int setButtonColor(int value, char *errorText);
-int SetButtonMode(int value, char *errorText);
-CMPIObjectPath *_makePath_ZT_Marovelton_BezelButton(const CMPIObjectPath *reference, CMPIStatus *status);
-CMPIInstance *_makeInst_ZT_Marovelton_BezelButton(const CMPIObjectPath *reference, CMPIStatus *status);
+#include "display/modules.h"
 
 METHOD_CLASS(BezelButton);
 

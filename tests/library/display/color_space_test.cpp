@@ -1,20 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 // ZT_Marovelton_ColorSpace: the seven presets, their luminance and the calibration resets.
 
+#include "display/modules.h"
 #include "support/checks.h"
 
 #include <climits>
 
 METHOD_CLASS(ColorSpace);
-
-int ValidateColorSpaceInstanceID(const char *instanceID, char *errorText, int *index);
-CMPIObjectPath *_makePath_ZT_Marovelton_ColorSpace(const CMPIObjectPath *reference, int index,
-                                                   CMPIStatus *status);
-CMPIInstance *_makeInst_ZT_Marovelton_ColorSpace(const CMPIObjectPath *reference, int index,
-                                                 CMPIStatus *status);
-int SetDisplayLuminance(int luminance, char *errorText);
-int ResetToLastCalibration(char *errorText);
-int ResetToFactoryCalibration(char *errorText);
 
 namespace
 {

@@ -1,21 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // ZT_Marovelton_DisplayManagement: the management switches and their methods.
 
+#include "display/modules.h"
 #include "support/checks.h"
 
 METHOD_CLASS(DisplayManagement);
-
-CMPIObjectPath *_makePath_ZT_Marovelton_DisplayManagement(const CMPIObjectPath *reference,
-                                                          CMPIStatus *status);
-CMPIInstance *_makeInst_ZT_Marovelton_DisplayManagement(const CMPIObjectPath *reference, CMPIStatus *status);
-int setAutoEDIDUpdateState(int value, char *errorText);
-int setCalibrationState(int value, char *errorText);
-int setDDCCICommunicationsState(int value, char *errorText);
-int setHotPlugInitiateState(int value, char *errorText);
-int setPowerOnRecallState(int value, char *errorText);
-int setPowerSaverState(int value, char *errorText);
-int setDisplayPortHotPlugDetection(int value, char *errorText);
-int setDisplayPortComapatibility(int value, char *errorText);
 
 namespace
 {

@@ -2,13 +2,7 @@
 // ZT_Marovelton_FunctionButton: the four function buttons and the method that assigns their actions.
 
 #include "checks.h"
-
-int SetButtonSetting(int value, int registerId, char *errorText);
-int ValidateFunctionButtonInstanceID(const char *instanceID, char *errorText, int *index);
-CMPIObjectPath *_makePath_ZT_Marovelton_FunctionButton(const CMPIObjectPath *reference, int index,
-                                                       CMPIStatus *status);
-CMPIInstance *_makeInst_ZT_Marovelton_FunctionButton(const CMPIObjectPath *reference, int index,
-                                                     CMPIStatus *status);
+#include "display/modules.h"
 
 METHOD_CLASS(FunctionButton);
 

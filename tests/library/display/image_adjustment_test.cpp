@@ -1,30 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 // ZT_Marovelton_ImageAdjustment: how the picture is shown, and the region of a 4K source.
 
+#include "display/modules.h"
 #include "support/checks.h"
 
 // Not METHOD_CLASS: ImageAdjustment is the name of the monitor's record.
 TESTED_FACTORY(ImageAdjustment, Instance);
 TESTED_FACTORY(ImageAdjustment, Method);
-
-CMPIObjectPath *_makePath_ZT_Marovelton_ImageAdjustment(const CMPIObjectPath *reference, CMPIStatus *status);
-CMPIInstance *_makeInst_ZT_Marovelton_ImageAdjustment(const CMPIObjectPath *reference, CMPIStatus *status);
-int setCroppedRegionOpacity(int value, char *errorText);
-int setDCIImageRegion(int value, char *errorText);
-int setDisplayAspectRatio(int value, char *errorText);
-int setDisplayed4KCorner(char *errorText);
-int setOverscanFrame(int value, char *errorText);
-int Set4KRegionPosition(int x, int y, char *errorText);
-int setShowBlueChannel(int value, char *errorText);
-int setShowCroppedRegionForImageAdjustment(int value, char *errorText);
-int setUseVideoLevels(int value, char *errorText);
-int setOverdrive(int value, char *errorText);
-int setDeinterlacer(int value, char *errorText);
-int setCadence(int value, char *errorText);
-int set4KSourceScaling(int value, char *errorText);
-int setDisplayMode4K(int value, char *errorText);
-int setShow4KPositionOverlay(int value, char *errorText);
-int Get4kState();
 
 namespace
 {

@@ -2,21 +2,10 @@
 // The monitor: its one instance and its methods.
 
 #include "checks.h"
+#include "display/modules.h"
 #include <climits>
 
 METHOD_CLASS(Monitor);
-
-CMPIObjectPath *_makePath_ZT_Marovelton_Monitor(const CMPIObjectPath *reference, CMPIStatus *status);
-CMPIInstance *_makeInst_ZT_Marovelton_Monitor(const CMPIObjectPath *reference, CMPIStatus *status);
-int setDisplayName(const char *name, char *errorText);
-int setDeploymentDate(const char *text, char *errorText);
-int setDeploymentLocation(const char *text, char *errorText);
-int setAutoSwitchSource(int value, char *errorText);
-int SetActiveColorSpace(int index, char *errorText);
-int SetSelectedVideoInput(int index, char *errorText);
-int DoRecalibrationAlarmDuration(int value, char *errorText);
-int DoSoftPowerState(int value, char *errorText);
-int FactoryReset(char *errorText);
 
 namespace
 {
@@ -854,8 +843,10 @@ TEST(Monitor, TortureOfReads)
 {
     for (const Read &read : reads) {
         SCOPED_TRACE(read.name);
-        checkTorture(read.run);
-        checkTorture(read.run, {.prepare = [] { setField(seam.monitor.DisplayName, ""); }});
+        // Where the keys cannot be seen in the instance they are set.
+        checkTorture(read.run, {.harmless = {"getProperty"}});
+        checkTorture(read.run, {.prepare = [] { setField(seam.monitor.DisplayName, ""); },
+                                .harmless = {"getProperty"}});
     }
 }
 

@@ -2,21 +2,8 @@
 // ZT_Marovelton_OSDMenuAndMessages: the on-screen display and the methods that change it.
 
 #include "checks.h"
+#include "display/modules.h"
 #include <limits>
-
-int SetMenuAndMessageTimeOut(int seconds, char *errorText);
-int SetLanguage(int language, char *errorText);
-int SetNotifyWhenRecalibrationIsDueState(int value, char *errorText);
-int SetOSDPosition(int x, int y, char *errorText);
-int SetOpacity(float opacity, char *errorText);
-int SetShowInfoWhenColorSpaceChangeState(int value, char *errorText);
-int SetShowInfoWhenInputSourceChangeState(int value, char *errorText);
-int SetShowInfoWhenPoweredOnState(int value, char *errorText);
-int setDisplayRotation(int value, char *errorText);
-int GetLanguageValue(int language);
-CMPIObjectPath *_makePath_ZT_Marovelton_OSDMenuAndMessages(const CMPIObjectPath *reference,
-                                                           CMPIStatus *status);
-CMPIInstance *_makeInst_ZT_Marovelton_OSDMenuAndMessages(const CMPIObjectPath *reference, CMPIStatus *status);
 
 METHOD_CLASS(OSDMenuAndMessages);
 

@@ -2,20 +2,8 @@
 // ZT_Marovelton_PictureInPicture: the second picture and the methods that change it.
 
 #include "checks.h"
+#include "display/modules.h"
 #include <algorithm>
-
-int SetPIPInputSource(int value, char *errorText);
-int SetSwapInputSource(char *errorText);
-int SetPIPPosition(int x, int y, char *errorText);
-int SetPIPSize(int value, char *errorText);
-int SetPIPMode(int value, char *errorText);
-int SetOverScan(int value, char *errorText);
-int SetUseVideoLevels(int value, char *errorText);
-int SetDigitalCinemaOption(int value, char *errorText);
-int GetPIPMode();
-int GetPIPSize();
-CMPIObjectPath *_makePath_ZT_Marovelton_PictureInPicture(const CMPIObjectPath *reference, CMPIStatus *status);
-CMPIInstance *_makeInst_ZT_Marovelton_PictureInPicture(const CMPIObjectPath *reference, CMPIStatus *status);
 
 METHOD_CLASS(PictureInPicture);
 

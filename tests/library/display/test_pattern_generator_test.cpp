@@ -2,14 +2,7 @@
 // ZT_Marovelton_TestPatternGenerator: the test-pattern generator and the methods that drive it.
 
 #include "checks.h"
-
-int SetTestPatternEnable(int value, char *errorText);
-int SetTestPattern(int pattern, char *errorText);
-int SetRGBValue(int red, int green, int blue, char *errorText);
-CMPIObjectPath *_makePath_ZT_Marovelton_TestPatternGenerator(const CMPIObjectPath *reference,
-                                                             CMPIStatus *status);
-CMPIInstance *_makeInst_ZT_Marovelton_TestPatternGenerator(const CMPIObjectPath *reference,
-                                                           CMPIStatus *status);
+#include "display/modules.h"
 
 METHOD_CLASS(TestPatternGenerator);
 

@@ -2,12 +2,7 @@
 // ZT_Marovelton_VideoInput: the three video inputs.
 
 #include "checks.h"
-
-int ValidateVideoInputInstanceID(const char *instanceID, char *errorText, int *index);
-CMPIObjectPath *_makePath_ZT_Marovelton_VideoInput(const CMPIObjectPath *reference, int index,
-                                                   CMPIStatus *status);
-CMPIInstance *_makeInst_ZT_Marovelton_VideoInput(const CMPIObjectPath *reference, int index,
-                                                 CMPIStatus *status);
+#include "display/modules.h"
 
 METHOD_CLASS(VideoInput);
 

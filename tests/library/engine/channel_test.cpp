@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 // The message channel to the display engine: batches of register writes and requests for a group.
 
-#include "engine/common.h"
 #include "checks.h"
+#include "display/modules.h"
+#include "engine/exchange.h"
+#include "engine/register_batch.h"
 #include <climits>
 #include <memory>
+
+using namespace engine;
 
 namespace
 {

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // The range of every register that can be written through the channel, and the texts of refused values.
 
-#include "engine/common.h"
 #include "checks.h"
+#include "engine/exchange.h"
+#include "engine/register_batch.h"
 #include <climits>
 #include <set>
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // The association engine, function by function.
 
-#include "network/network_objects.h"
 #include "library/associations/association_world.h"
+#include "network/network_objects.h"
 
 using namespace association_world;
 

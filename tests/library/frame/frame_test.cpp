@@ -2,9 +2,12 @@
 // The frame of every class: the key check of the objects keyed to the monitor's system name, the system name
 // itself, and the reader of the inset's resolution.
 
-#include "engine/common.h"
+#include "by_name.h"
 #include "checks.h"
+#include "display/modules.h"
 #include <climits>
+
+using namespace frame;
 
 namespace
 {

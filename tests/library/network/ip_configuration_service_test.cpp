@@ -1,20 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // ZT_Marovelton_IPConfigurationService and ZT_Marovelton_IPNetworkConnection.
 
+#include "network/modules.h"
 #include "support/checks.h"
 
 METHOD_CLASS(IPConfigurationService);
 METHOD_CLASS(IPNetworkConnection);
-
-CMPIObjectPath *_makePath_ZT_Marovelton_IPConfigurationService(const CMPIObjectPath *reference,
-                                                               CMPIStatus *status);
-CMPIInstance *_makeInst_ZT_Marovelton_IPConfigurationService(const CMPIObjectPath *reference,
-                                                             CMPIStatus *status);
-CMPIObjectPath *_makePath_ZT_Marovelton_IPNetworkConnection(const CMPIObjectPath *reference,
-                                                            CMPIStatus *status);
-CMPIInstance *_makeInst_ZT_Marovelton_IPNetworkConnection(const CMPIObjectPath *reference,
-                                                          CMPIStatus *status);
-int mode_to_iscurrent_isnext(int mode, int *isCurrent, int *isNext);
 
 namespace
 {

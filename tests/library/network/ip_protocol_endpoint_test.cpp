@@ -2,18 +2,12 @@
 // ZT_Marovelton_IPProtocolEndpoint: the network interfaces as the shell tools print them.
 
 #include "network/ZT_Marovelton_IPProtocolEndpoint.h"
+#include "network/modules.h"
 #include "support/checks.h"
 
 #include <cstdlib>
 
 METHOD_CLASS(IPProtocolEndpoint);
-
-CMPIObjectPath *_makePath_ZT_Marovelton_IPProtocolEndpoint(const CMPIObjectPath *reference,
-                                                           const cim_ipProtocolEndpoint *record,
-                                                           CMPIStatus *status);
-CMPIInstance *_makeInst_ZT_Marovelton_IPProtocolEndpoint(const CMPIObjectPath *reference,
-                                                         const cim_ipProtocolEndpoint *record,
-                                                         CMPIStatus *status);
 
 namespace
 {

@@ -1,23 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // The four classes of IP setting data.
 
+#include "network/modules.h"
 #include "support/checks.h"
 
 METHOD_CLASS(ExtendedStaticIPAssignmentSettingData);
 METHOD_CLASS(DHCPSettingData);
 METHOD_CLASS(IPAssignmentSettingData);
 METHOD_CLASS(IPVersionSettingData);
-
-CMPIObjectPath *_makePath_ZT_Marovelton_ExtendedStaticIPAssignmentSettingData(const CMPIObjectPath *reference,
-                                                                              CMPIStatus *status);
-CMPIInstance *_makeInst_ZT_Marovelton_ExtendedStaticIPAssignmentSettingData(const CMPIObjectPath *reference,
-                                                                            CMPIStatus *status);
-CMPIObjectPath *_makePath_ZT_Marovelton_DHCPSettingData(const CMPIObjectPath *reference, CMPIStatus *status);
-CMPIInstance *_makeInst_ZT_Marovelton_DHCPSettingData(const CMPIObjectPath *reference, CMPIStatus *status);
-CMPIObjectPath *_makePath_ZT_Marovelton_IPAssignmentSettingData(const CMPIObjectPath *reference,
-                                                                CMPIStatus *status);
-CMPIInstance *_makeInst_ZT_Marovelton_IPAssignmentSettingData(const CMPIObjectPath *reference,
-                                                              CMPIStatus *status);
 
 namespace
 {

@@ -2,22 +2,11 @@
 // ZT_Marovelton_RemoteManagementService and ZT_Marovelton_WSManagementService: the two services that can be
 // switched.
 
+#include "network/modules.h"
 #include "support/checks.h"
 
 METHOD_CLASS(RemoteManagementService);
 METHOD_CLASS(WSManagementService);
-
-CMPIObjectPath *_makePath_ZT_Marovelton_RemoteManagementService(const CMPIObjectPath *reference,
-                                                                CMPIStatus *status);
-CMPIInstance *_makeInst_ZT_Marovelton_RemoteManagementService(const CMPIObjectPath *reference,
-                                                              CMPIStatus *status);
-CMPIObjectPath *_makePath_ZT_Marovelton_WSManagementService(const CMPIObjectPath *reference,
-                                                            CMPIStatus *status);
-CMPIInstance *_makeInst_ZT_Marovelton_WSManagementService(const CMPIObjectPath *reference,
-                                                          CMPIStatus *status);
-int SetRemoteManagementEnabledState(int requestedState, char *errorText);
-int SetWSManagementEnabledState(int requestedState, char *errorText);
-int SetWSIdentifyEnabledState(int enabled, char *errorText);
 
 namespace
 {

@@ -1,0 +1,182 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "associations/matchers.h"
+#include "network/network_objects.h"
+
+#include <cstdio>
+#include <cstring>
+
+namespace associations
+{
+
+using namespace frame;
+
+namespace
+{
+
+/** Compares exactly; nothing is equal to a text that is not there. */
+bool same(const char *a, const char *b)
+{
+    return a && b && strcmp(a, b) == 0;
+}
+
+/** A text as a trace line shows it. */
+const char *shown(const char *text)
+{
+    return text ? text : "(null)";
+}
+
+} // namespace
+
+// ---- endpoints ----
+
+void matchEndpoint(const char *key1, const char *key2, int direction, int *match)
+{
+    printf("--- match_instance called---\n");
+    printf("--- match_instance key1-> %s key2 -> %s---\n", shown(key1), shown(key2));
+    if ((direction == ASSOC_RIGHT_LEFT && same(key2, "IPv4_eth0")) ||
+        (direction == ASSOC_LEFT_RIGHT && same(key1, "IPv4_eth0"))) {
+        *match = 1;
+    }
+}
+
+namespace
+{
+
+int endpointMatches(const char *sourceKey, const char *targetKey, int direction, Notes &notes)
+{
+    matchEndpoint(sourceKey, targetKey, direction, &notes.match);
+    return 0;
+}
+
+constexpr KeyPair keysOfServices[] = {
+    {"ZT_Marovelton_RemoteManagementService", ASSOC_RIGHT_LEFT, "CreationClassName", "Name"},
+    {"ZT_Marovelton_WSManagementService", ASSOC_RIGHT_LEFT, "CreationClassName", "Name"},
+    {nullptr, ASSOC_LEFT_RIGHT, "Name", "CreationClassName"},
+};
+
+constexpr KeyPair keysOfConnection[] = {
+    {"ZT_Marovelton_IPNetworkConnection", ASSOC_RIGHT_LEFT, "CreationClassName", "Name"},
+    {"ZT_Marovelton_WSManagementService", ASSOC_RIGHT_LEFT, "CreationClassName", "Name"},
+    {nullptr, ASSOC_LEFT_RIGHT, "Name", "CreationClassName"},
+};
+
+} // namespace
+
+constexpr Matcher endpointOfServices = {.keys = keysOfServices, .match = endpointMatches};
+constexpr Matcher endpointOfConnection = {.keys = keysOfConnection, .match = endpointMatches};
+
+// ---- settings ----
+
+void matchSetting(const char *key1, const char *key2, int direction, int mode, int *match, int *count)
+{
+    static constexpr const char *function = "match_instance_elementsetting";
+    const char *expected = appliedSettingID(mode);
+    printf("--- %s called---\n", function);
+    printf("--- %s key1-> %s key2 -> %s IPConfig_Count -> %d--- IP Mode -> %d\n", function, shown(key1),
+           shown(key2), *count, mode);
+    printf("InstanceID is %s\n", expected ? expected : "");
+    if (direction == ASSOC_RIGHT_LEFT ||
+        (direction == ASSOC_LEFT_RIGHT && !same(key2, expected ? expected : ""))) {
+        *match = 1;
+    } else if (direction == ASSOC_LEFT_RIGHT && *count == 0) {
+        // The setting of the mode matches once in a request, all others every time.
+        printf("IPConfig_Count is 0 .Returning instance %s**\n", shown(key2));
+        *match = 1;
+        *count = 1;
+    }
+}
+
+namespace
+{
+
+/** The IsCurrent of a setting that matched. */
+SettingsState stateByKeys(const char *sourceKey, const char *targetKey, int mode)
+{
+    printf("IP_Mode is %d,key2 is %s, key1 is %s \n", mode, targetKey, sourceKey);
+    const char *current = appliedSettingID(mode);
+    if (same(sourceKey, current) || same(targetKey, current)) {
+        puts("***Setting IsCurrent as 1*****");
+        return YES;
+    }
+    puts("***else case Setting IsCurrent as 2*****");
+    return NO;
+}
+
+int settingMatches(const char *sourceKey, const char *targetKey, int direction, Notes &notes)
+{
+    matchSetting(sourceKey, targetKey, direction, notes.mode, &notes.match, &notes.count);
+    const SettingsState state = notes.match == 1 ? stateByKeys(sourceKey, targetKey, notes.mode) : NO;
+    notes.current = static_cast<char>(state);
+    return 0;
+}
+
+constexpr KeyPair keysOfSettings[] = {
+    {"ZT_Marovelton_IPNetworkConnection", ASSOC_LEFT_RIGHT, "CreationClassName", "InstanceID"},
+    {nullptr, ASSOC_RIGHT_LEFT, "InstanceID", "CreationClassName"},
+};
+
+/** Which setting is the current one, by the ends of the association. compat: with a static address clients
+ * look for the accumulated setting data; the static setting data is never the current one. */
+constexpr struct {
+    int mode;
+    const char *one;
+    const char *other;
+} currentSettings[] = {
+    {0, "ZT_Marovelton_IPNetworkConnection", "ZT_Marovelton_DHCPSettingData"},
+    {1, "ZT_Marovelton_IPAssignmentSettingData", "ZT_Marovelton_IPNetworkConnection"},
+};
+
+SettingsState stateByEnds(const Ends &ends, int mode)
+{
+    for (const auto &current : currentSettings) {
+        if (mode == current.mode &&
+            ((same(ends.leftClass, current.one) && same(ends.rightClass, current.other)) ||
+             (same(ends.leftClass, current.other) && same(ends.rightClass, current.one)))) {
+            return YES;
+        }
+    }
+    return NO;
+}
+
+bool readMode(const CMPIBroker *broker, CMPIStatus *status, Notes &notes)
+{
+    RemoteManagementServer info = {};
+    if (GetRemoteManagementServerInfo(&info) != 0) {
+        setStatus(broker, status, CMPI_RC_ERR_FAILED, "Failed to get remote management info.");
+        return false;
+    }
+    notes.mode = info.IPConfigurationMode;
+    printf("IP mode is %d\n", notes.mode);
+    return true;
+}
+
+void setStates(const CMPIInstance *association, int isCurrent)
+{
+    setUint16(association, "IsNext", NO);
+    setUint16(association, "IsCurrent", isCurrent);
+}
+
+void setByEnds(const CMPIInstance *association, const Ends &ends, const Notes &notes)
+{
+    setStates(association, stateByEnds(ends, notes.mode));
+}
+
+void setByKeys(const CMPIInstance *association, const Ends &, const Notes &notes)
+{
+    setStates(association, notes.current);
+}
+
+void setSequence(const CMPIInstance *association, const Ends &, const Notes &)
+{
+    setUint64(association, "AssignedSequence", 0);
+}
+
+} // namespace
+
+constexpr Matcher settingsOfConnection = {
+    .keys = keysOfSettings, .match = settingMatches, .countTrace = "%s: IPConfig_Count is %d\n"};
+constexpr OwnProperties currentByEnds = {readMode, setByEnds};
+constexpr OwnProperties currentByKeys = {readMode, setByKeys};
+constexpr OwnProperties sequence = {nullptr, setSequence};
+
+} // namespace associations

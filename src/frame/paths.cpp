@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "frame/paths.h"
+
+#include <cstdio>
+#include <cstring>
+#include <strings.h>
+
+namespace frame
+{
+
+CMPIObjectPath *newPath(const CMPIBroker *broker, const char *className, const CMPIObjectPath *reference,
+                        CMPIStatus *status, std::initializer_list<Key> keys)
+{
+    const char *nameSpace = textOf(CMGetNameSpace(reference, nullptr));
+    CMPIObjectPath *path = nameSpace ? CMNewObjectPath(broker, nameSpace, className, status) : nullptr;
+    if (isNullObject(path)) {
+        setStatus(broker, status, CMPI_RC_ERR_FAILED, "Create CMPIObjectPath failed.");
+        return nullptr;
+    }
+    addKeys(path, keys);
+    return path;
+}
+
+void addKeys(const CMPIObjectPath *path, std::initializer_list<Key> keys)
+{
+    for (const Key &key : keys)
+        CMAddKey(path, key.name, charsValue(key.value), CMPI_chars);
+}
+
+CMPIObjectPath *makePathByInstanceID(const CMPIBroker *broker, const char *className,
+                                     const CMPIObjectPath *reference, const char *instanceID,
+                                     CMPIStatus *status)
+{
+    trace("--- %s makePath called\n", className);
+    return newPath(broker, className, reference, status, {{"InstanceID", instanceID}});
+}
+
+InstanceID::InstanceID(const char *format, int index)
+{
+    snprintf(text, sizeof text, format, index + 1);
+}
+
+int matchInstanceID(const char *instanceID, const char *format, int count, char *errorText, int *index)
+{
+    for (int i = 0; i < count; ++i) {
+        if (strcmp(instanceID, InstanceID(format, i).text) == 0) {
+            *index = i;
+            return 0;
+        }
+    }
+    copyText(errorText, ERROR_TEXT_SIZE, "This class name does not exist (wrong InstanceID).");
+    return -1;
+}
+
+const char *keyText(const CMPIObjectPath *path, const char *name)
+{
+    CMPIStatus read = {CMPI_RC_OK, nullptr};
+    const CMPIData data = CMGetKey(path, name, &read);
+    return textOf(data, read);
+}
+
+bool isOfClass(const CMPIObjectPath *path, const char *className)
+{
+    const char *name = textOf(CMGetClassName(path, nullptr));
+    return name && strcasecmp(name, className) == 0;
+}
+
+} // namespace frame
