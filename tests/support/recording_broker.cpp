@@ -3,9 +3,11 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <gtest/gtest.h>
+#include <sstream>
 #include <strings.h>
 
 namespace test_support
@@ -400,7 +402,7 @@ CMPIData instanceGetProperty(const CMPIInstance *argument, const char *name, CMP
     if (!object)
         return nothing();
     const Entry *property = findEntry(object->instance.properties, name);
-    if (!property)
+    if (!property && !broker.manners.keepsKeysInPaths)
         property = findEntry(object->instance.path.keys, name);
     return handOut(property, CMPI_RC_ERR_NO_SUCH_PROPERTY, visit);
 }
@@ -592,7 +594,10 @@ CMPIData enumerationGetNext(const CMPIEnumeration *argument, CMPIStatus *status)
         report(status, CMPI_RC_NO_MORE_ELEMENTS);
         return nothing();
     }
-    return broker.dataOf(object->elements[object->next++], visit.fault);
+    CMPIData data = broker.dataOf(object->elements[object->next++], visit.fault);
+    if (broker.manners.marksElementsNull)
+        data.state |= CMPI_nullValue;
+    return data;
 }
 
 CMPIBoolean enumerationHasNext(const CMPIEnumeration *argument, CMPIStatus *status)
@@ -1012,12 +1017,37 @@ RecordingBroker::RecordingBroker() : CMPIBroker{}
     mft = &memoryTable;
 }
 
+namespace
+{
+
+/** Those that the environment names; a name that is none ends the program. */
+Manners usualManners()
+{
+    Manners usual;
+    const char *names = getenv("BROKER_MANNERS");
+    std::istringstream words(names ? names : "");
+    for (std::string word; words >> word;) {
+        if (word == "marks-elements-null") {
+            usual.marksElementsNull = true;
+        } else if (word == "keeps-keys-in-paths") {
+            usual.keepsKeysInPaths = true;
+        } else {
+            fprintf(stderr, "BROKER_MANNERS: there is no manner %s\n", word.c_str());
+            exit(2);
+        }
+    }
+    return usual;
+}
+
+} // namespace
+
 void RecordingBroker::reset()
 {
     freeObjects();
     classes.clear();
     superclasses.clear();
     classPathIsAYes.reset();
+    manners = usualManners();
 }
 
 void RecordingBroker::freeObjects()

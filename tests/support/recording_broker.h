@@ -89,6 +89,14 @@ struct ClassScript {
     bool noInstance = false; // getInstance gives null with the status OK
 };
 
+/** What object managers do differently, each within the standard. All are off unless the program is started
+ * with BROKER_MANNERS, which names some of them, or a test sets them; every suite passes with each. */
+struct Manners {
+    bool marksElementsNull =
+        false;                     // an element of an enumeration has its object and the state CMPI_nullValue
+    bool keepsKeysInPaths = false; // newInstance shows the keys of its path by no property of the instance
+};
+
 class RecordingBroker : public CMPIBroker
 {
   public:
@@ -101,6 +109,7 @@ class RecordingBroker : public CMPIBroker
         classes; // a class that is not here is unknown: CMPI_RC_ERR_INVALID_CLASS
     std::map<std::string, std::string> superclasses; // the hierarchy of classPathIsA: class, its superclass
     std::optional<CMPIBoolean> classPathIsAYes;      // what classPathIsA answers instead of 1
+    Manners manners;
 
     // ---- the record ----
     std::vector<std::string> upCalls; // "enumerateInstances(root/cimv2:Class)" and the like, in order

@@ -50,6 +50,7 @@ TEST(Monitor, Skeleton)
 
 TEST(Monitor, Properties)
 {
+    broker.manners.keepsKeysInPaths = false;
     const Entries expected = {
         {"SoftPowerState", boolean(1)},
         {"VideoPipelineDelay", uint16(17)},
@@ -76,6 +77,23 @@ TEST(Monitor, Properties)
         EXPECT_STATUS(answer, CMPI_RC_OK, "");
         EXPECT_EQ(answer.done, 1);
         EXPECT_PROPERTIES(answer.instance(), {expected});
+    }
+}
+
+TEST(Monitor, KeysArePropertiesWhereTheObjectManagerKeepsThemInThePath)
+{
+    broker.manners.keepsKeysInPaths = true;
+    for (const Read *read : {&reads[1], &reads[2]}) {
+        SCOPED_TRACE(read->name);
+        const Answer answer = read->run();
+        EXPECT_STATUS(answer, CMPI_RC_OK, "");
+        Entries properties = answer.instance().properties;
+        ASSERT_EQ(properties.size(), 20u);
+        properties.resize(4);
+        EXPECT_EQ(properties, (Entries{{"DeviceID", chars("ZT:Marovelton_Monitor")},
+                                       {"CreationClassName", chars("ZT_Marovelton_Monitor")},
+                                       {"SystemName", chars("Studio 7")},
+                                       {"SystemCreationClassName", chars("Linux_ComputerSystem")}}));
     }
 }
 

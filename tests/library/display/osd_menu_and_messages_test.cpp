@@ -474,7 +474,9 @@ TEST(OSDMenuAndMessages, OpacityIsSentInHundredths)
     sends("5e1", "01 00 00 00 03 00 07 00 00 01 06 00 6C 00 88 13 ...");
     sends("+50", "01 00 00 00 03 00 07 00 00 01 06 00 6C 00 88 13 ...");
     sends(" 50", "01 00 00 00 03 00 07 00 00 01 06 00 6C 00 88 13 ...");
-    sends("25.001", "01 00 00 00 03 00 07 00 00 01 06 00 6C 00 C4 09 ..."); // cut off to 2500
+    sends("25.001", "01 00 00 00 03 00 07 00 00 01 06 00 6C 00 C4 09 ...");     // cut off to 2500
+    sends("25.009", "01 00 00 00 03 00 07 00 00 01 06 00 6C 00 C4 09 ...");     // not rounded to 2501
+    sends("99.9999999", "01 00 00 00 03 00 07 00 00 01 06 00 6C 00 10 27 ..."); // 100 as a float, 99 percent
     // Whole percents are tested in 16 bits, in which this is 25, and hundredths in which it is 2500.
     sends("65561", "01 00 00 00 03 00 07 00 00 01 06 00 6C 00 C4 09 ...");
 }

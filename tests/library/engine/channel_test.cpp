@@ -119,6 +119,26 @@ TEST(Channel, GroupTravelsInItsLowByte)
     EXPECT_SENT(request(0x103), {"01 00 00 00  08 00  07 00  00 00 03  ..."});
 }
 
+TEST(Channel, TheRangeIsThatOfTheWholeValueAndTheLow16BitsTravel)
+{
+    // 65636 and -65436 have the low 16 bits of 100, which is a luminance.
+    for (const int value : {65636, -65436, 0x7FFF0064}) {
+        const SetterAnswer answer = writeBatch({{LUMINANCE, value}}, COLOR_SPACE_ID);
+        expectRefused(answer, "Invalid DisplayLuminance value. Valid values are between 48 and 250.");
+        EXPECT_SENT(answer, {});
+    }
+    const auto sends = [](int value, const char *golden) {
+        SCOPED_TRACE(value);
+        EXPECT_SENT(call([=](char *text) {
+                        return sendSetting(COLOR_SPACE_ID, {{LUMINANCE, value}}, "No reply.", text);
+                    }),
+                    {golden});
+    };
+    sends(65636, "01 00 00 00  03 00  07 00  00 01 00  00 00 00 64 00 ...");
+    sends(0x12345678, "01 00 00 00  03 00  07 00  00 01 00  00 00 00 78 56 ...");
+    sends(-1, "01 00 00 00  03 00  07 00  00 01 00  00 00 00 FF FF ...");
+}
+
 TEST(Channel, OpacityGoesInStepsOf625)
 {
     for (const int value : {2500, 3125, 3750, 4375, 5000, 5625, 6250, 6875, 7500, 8125, 8750, 9375, 10000}) {

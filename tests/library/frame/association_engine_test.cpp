@@ -503,6 +503,18 @@ TEST_F(AssociationEngine, OtherFlagsThanZeroAndOne)
     EXPECT_EQ(createRefs(_assoc_create_refs_1toN, association, monitorPath(), 2, 0).instances().size(), 2u);
 }
 
+TEST_F(AssociationEngine, AnElementThatIsMarkedAsNullAndHasAnObjectIsTaken)
+{
+    broker.manners.marksElementsNull = true;
+    for (const auto &[inst, associators] :
+         {std::pair(1, 1), std::pair(0, 1), std::pair(1, 0), std::pair(0, 0)}) {
+        const EngineAnswer answer =
+            createRefs(_assoc_create_refs_1toN, association, monitorPath(), inst, associators);
+        expectResult(answer, 0, CMPI_RC_OK, "");
+        EXPECT_EQ(answer.returned.size(), 2u);
+    }
+}
+
 // ---- _assoc_create_refs_1toN: failures ----
 
 TEST_F(AssociationEngine, ASourceThatCannotBeFetched)

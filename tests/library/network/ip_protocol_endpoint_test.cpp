@@ -317,9 +317,9 @@ TEST_F(Endpoints, AnInterfaceWhoseCommandsCannotRun)
 
 TEST_F(Endpoints, NamesThatAShellWouldReadAreNeverPutIntoACommand)
 {
-    for (const char *name :
-         {"a;reboot", "$(id)", "`id`", "a|b", "a&b", "a b", "a>b", "a'b", "a\"b", "a\\b",      "a*b",
-          "a?b",      "a(b",   "a#b",  "a!b", "a~b", "a%b", "a=b", "a,b", "a+b",  "\xC3\xA9th"}) {
+    for (const char *name : {"a;reboot", "$(id)", "`id`", "a|b", "a&b",    "a b", "a>b", "a'b",
+                             "a\"b",     "a\\b",  "a*b",  "-a",  "--help", "-",   "a?b", "a(b",
+                             "a#b",      "a!b",   "a~b",  "a%b", "a=b",    "a,b", "a+b", "\xC3\xA9th"}) {
         SCOPED_TRACE(name);
         interfaces({std::string(name) + ": 1 2 3\n"});
         const Answer answer = enumerate(IPProtocolEndpoint, enumeration);
