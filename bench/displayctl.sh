@@ -37,6 +37,7 @@ measure show_all $runs -m "http://admin@127.0.0.1:$port" show --all
 measure get_luminance $runs -m "http://admin@127.0.0.1:$port" get luminance
 
 for size in "${sizes[@]}"; do
+    # shellcheck disable=SC2034 # it is stopped by its process, and nothing is read from it
     coproc many { exec "$build/bench/many-monitors" "$size" "$directory/many.yaml"; }
     many_process=$!
     eventually "$size monitors listen" test -s "$directory/many.yaml"
@@ -48,6 +49,7 @@ done
 
 if [ -z "$smoke" ]; then
     printf '%-28s %12s %12s %12s\n' call 'fastest (ms)' 'median (ms)' 'memory (MB)'
+    # shellcheck disable=SC2046,SC2183 # a row is four words
     printf '%-28s %12s %12s %12s\n' $(printf '%s ' "${rows[@]}")
 fi
 report

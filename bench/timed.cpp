@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// timed RUNS COMMAND [ARGUMENT...]: runs a program so many times, its output thrown away, and prints the milliseconds of
-// the fastest and of the median run, and the most memory in MB that one of them had. It fails when one of them does.
+// timed RUNS COMMAND [ARGUMENT...]: runs a program so many times, its output thrown away, and prints the
+// milliseconds of the fastest and of the median run, and the most memory in MB that one of them had. It fails
+// when one of them does.
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # The CMPI interface headers: the system's where it has them, ours otherwise. Target: cmpi_headers.
 
 add_library(cmpi_headers INTERFACE)

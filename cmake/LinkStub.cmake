@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # A library to link with where the real one stands only on the controller: it has the real one's name and
 # functions, and nothing runs in it. It is not installed.
 #

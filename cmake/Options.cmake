@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # The settings of the build and the flags that every target shares.
 
 option(DISPLAY_DESK "Build the desk monitor and the desk object manager" ON)

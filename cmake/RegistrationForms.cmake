@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # The registration of the providers in the forms of the object managers in use, all made from the stanza form,
 # mof/libcmpiDisplayManagement.reg, which is the one list of classes. A line that is not understood ends the
 # configuration.

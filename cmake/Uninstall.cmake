@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Removes what `cmake --install` wrote, whole or by component, and the directories that are empty then.
 # BUILD_DIR is the build directory that it was installed from. Without a DESTDIR in the environment that of the
 # installation counts: what was installed into a root elsewhere is never removed from this machine.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // display-host: the desk object manager as a program.
 #include "cim/mof_reader.h"
 #include "cimxml/cimxml.h"

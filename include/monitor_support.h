@@ -1,5 +1,5 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* The seam between the library and the monitor.
- *
  * Every record, enumeration and function that the monitor's support library shares with
  * libcmpiDisplayManagement. On the controller the monitor's own support library supplies the functions, on a
  * desk the substitute in desk/support does. The library resolves them through the dynamic linker alone, so a

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # GoogleTest for a cross build: built from the sources that Debian's googletest package installs, since there are
 # no built libraries for the target. Defines GTest::gtest, GTest::gtest_main and GTest::gmock.
 

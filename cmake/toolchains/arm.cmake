@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # What both ARM toolchains have in common: Debian's cross compiler for the given triplet, and an emulator that
 # runs what it builds. Set before this file is read: ARM_TRIPLET, DISPLAY_DEBIAN_ARCHITECTURE.
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # The controller's processor and its like: ARMv5TE without a floating-point unit. Thumb code is a third smaller.
 # GCC's notes about what changed in version 7 (psabi) are of no use where all is built by one compiler.
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # ARMv7 with a floating-point unit.
 
 set(ARM_TRIPLET arm-linux-gnueabihf)

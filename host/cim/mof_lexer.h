@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The words of a MOF text, one after another (DSP0004, Annex A).
 #ifndef HOST_CIM_MOF_LEXER_H
 #define HOST_CIM_MOF_LEXER_H

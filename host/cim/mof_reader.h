@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reader of the Managed Object Format (DSP0004, version 2): qualifier declarations and classes into a
 // repository.
 #ifndef HOST_CIM_MOF_READER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The class model of the desk object manager: what the MOF files declare, with everything inherited already
 // resolved, so that its readers (GetClass, typing of keys and arguments, association traversal) only look up.
 //

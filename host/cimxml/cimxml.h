@@ -1,11 +1,12 @@
+// SPDX-License-Identifier: Apache-2.0
 // CIM-XML over HTTP (DSP0200, DSP0201) as a front end of the dispatcher.
 #ifndef HOST_CIMXML_CIMXML_H
 #define HOST_CIMXML_CIMXML_H
 
 #include "cimxml/writer.h"
-#include "core/xml_text.h"
 #include "core/dispatcher.h"
 #include "core/front_end.h"
+#include "core/xml_text.h"
 
 namespace host
 {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The reader of CIM-XML messages (DSP0201): from the parsed XML to a request.
 #ifndef HOST_CIMXML_READER_H
 #define HOST_CIMXML_READER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "cimxml/writer.h"
 
 #include "core/xml_text.h"

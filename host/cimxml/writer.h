@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The writer of CIM-XML messages (DSP0201): appends straight to the bytes that are sent.
 //
 // The form is the one that every client reads: elements are not self-closed where a client cannot stand it,

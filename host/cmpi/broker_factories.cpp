@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The broker's encapsulation table: makes objects, asks about them, writes messages.
 #include "cmpi/broker.h"
 #include "cmpi/call.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The broker's tables of the operating system (threads, locks) and of memory.
 #include "cmpi/broker.h"
 #include "cmpi/call.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The call that the current thread is working on. The broker functions that make objects are given no more
 // than the broker; what they make belongs to the call of the thread that asks.
 #ifndef HOST_CMPI_CALL_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The function tables of arrays, arguments and enumerations.
 #include "cmpi/object_tables.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Dates and intervals as CIM writes them (DSP0004, datetime): 25 characters,
 // "yyyymmddhhmmss.mmmmmmsutc" for a point in time, "ddddddddhhmmss.mmmmmm:000" for an interval.
 #ifndef HOST_CMPI_DATE_TIME_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The function table of extended errors (CIM_Error).
 #include "cmpi/object_tables.h"
 

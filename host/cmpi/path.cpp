@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The function table of object paths.
 #include "cmpi/object_tables.h"
 

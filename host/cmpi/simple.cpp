@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The function tables of strings, dates, contexts, results and select expressions.
 #include "cmpi/object_tables.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The instance provider of Linux_ComputerSystem: the computer that the object manager runs on. Elsewhere it
 // belongs to the operating system's providers; associations lean on it.
 #ifndef HOST_CORE_COMPUTER_SYSTEM_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A request and its answer as the dispatcher knows them, whatever protocol they came by. A protocol is a
 // front end: it turns what a client sent into a Request (see typing.h for values, which travel as text) and
 // an Answer into what it sends back.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The object manager as a whole: classes, broker, providers and dispatcher, put together in the right order.
 #ifndef HOST_CORE_OBJECT_MANAGER_H
 #define HOST_CORE_OBJECT_MANAGER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The providers: loading them, and finding the one that serves a class.
 #ifndef HOST_CORE_PROVIDER_MANAGER_H
 #define HOST_CORE_PROVIDER_MANAGER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "core/registration.h"
 
 #include "cim/schema.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The registration of providers: which library serves which class, and in which roles.
 //
 //     [Some_Class]

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Values that arrive as text, and the types they take. No protocol tells the type of everything it carries,
 // so the class definition decides: of a key, of a property, of an argument.
 #ifndef HOST_CORE_TYPING_H

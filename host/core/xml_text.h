@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // XML as text: a look at what comes in before it is parsed, and the escaping of what goes out.
 #ifndef HOST_CORE_XML_TEXT_H
 #define HOST_CORE_XML_TEXT_H

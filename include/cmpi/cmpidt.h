@@ -1,5 +1,5 @@
-/**
- * @file
+/* SPDX-License-Identifier: Apache-2.0 */
+/** @file
  * CMPI 2.0 types, constants and structures (DMTF/The Open Group, Common Manageability Programming Interface).
  *
  * Usable from C11 and C++20. CMPI_VERSION chooses the version of the interface (200, the only one here);

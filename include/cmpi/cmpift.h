@@ -1,5 +1,5 @@
-/**
- * @file
+/* SPDX-License-Identifier: Apache-2.0 */
+/** @file
  * CMPI 2.0 function tables (DMTF/The Open Group, Common Manageability Programming Interface).
  *
  * The order of the members is binary interface: a broker and a provider that were built apart meet here.

@@ -1,5 +1,5 @@
-/**
- * @file
+/* SPDX-License-Identifier: Apache-2.0 */
+/** @file
  * CMPI 2.0 convenience macros (DMTF/The Open Group, Common Manageability Programming Interface).
  *
  * CMNew* go to the broker's table of encapsulated objects, CB* to the broker's own table, the other CM* to

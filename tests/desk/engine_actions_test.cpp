@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Register writes that do more than store their value. */
 #include "desk_test.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Users, names, dates and the checks of arguments. */
 #include "desk_test.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The readers of the support library: what a new monitor holds, and their failures. */
 #include "desk_test.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* GetRegisterValue: every register in its group. */
 #include "desk_test.h"
 

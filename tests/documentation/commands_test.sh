@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: Apache-2.0
 # The commands of docs/administrator.md print what it says: each block "sh" is run, in the order of the page and in one
 # shell, on a desk of the test's own, and what it prints is compared with the block "text" that follows it. There, a line
 # "..." stands for any lines, and "..." within a line for any text.

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # The Markdown pages: every relative link leads to a file, every anchor to a heading, and every path of the repository
 # that a page names is there.
 #

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # The manual pages against the programs: the options of --help are those of the page, the environment variables that the
 # program reads are those of the page, and the page is formatted without a warning.
 #

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # What docs/integrator.md says of the library's needs is what the code has: the functions of the object manager that it
 # calls, the functions of the support library, and the sizes of the records.
 #

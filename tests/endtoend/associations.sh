@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: Apache-2.0
 # The associations: followed from both ends by every operation, enumerated, and read one by one.
 set -euo pipefail
 # shellcheck source=desk.sh

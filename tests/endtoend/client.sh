@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # shellcheck shell=bash disable=SC2034,SC2154 # variables of desk.sh and of the scripts
 # The standard client wbemcli on the current desk, and checks of what it answers. Sourced after desk.sh.
 #

@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: Apache-2.0
 # Starting and ending: two desks that do not meet, processes that leave nothing behind however they end, and what the
 # script run says about itself.
 set -euo pipefail

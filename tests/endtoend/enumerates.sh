@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: Apache-2.0
 # Every class that is registered answers an enumeration of its names and of its instances, with as many objects as it
 # has and with all properties that it publishes.
 set -euo pipefail

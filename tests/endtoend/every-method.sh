@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: Apache-2.0
 # Every method of every class, called by a client on a running desk, with its effect read back. What needs no
 # administrator is called by the ordinary user. The values before are those of the factory.
 set -euo pipefail

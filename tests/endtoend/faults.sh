@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: Apache-2.0
 # A display engine that is busy, slow, silent or gone, a monitor that cannot be read, and what the client is told.
 #
 # Where an answer of the engine is expected the processes wait long for it, where none is to come they wait briefly:

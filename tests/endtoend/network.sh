@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: Apache-2.0
 # The network settings and services, changed by a client, and the endpoints of this machine.
 set -euo pipefail
 # shellcheck source=desk.sh

@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: Apache-2.0
 # The tool that prints what can be reached from the monitor.
 set -euo pipefail
 # shellcheck source=desk.sh

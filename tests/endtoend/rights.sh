@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: Apache-2.0
 # What administrators alone may do, and who is served at all.
 set -euo pipefail
 # shellcheck source=desk.sh

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // display-host as a program: its options, its messages, and the command-line client wbemcli against it.
 #include "test_host.h"
 
@@ -100,8 +101,9 @@ const std::string NAMES =
 /** A whole request with the credentials of these tests. */
 std::string post(const std::string &body)
 {
-    return "POST /cimom HTTP/1.1\r\nHost: localhost\r\nAuthorization: Basic " + test::base64("operator:secret") +
-           "\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
+    return "POST /cimom HTTP/1.1\r\nHost: localhost\r\nAuthorization: Basic " +
+           test::base64("operator:secret") + "\r\nContent-Length: " + std::to_string(body.size()) +
+           "\r\n\r\n" + body;
 }
 
 class Program : public testing::Test

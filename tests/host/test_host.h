@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the tests of the object manager share: an object manager with the test classes and providers, a server
 // on a port of its own, and a client that sends bytes as they are.
 #ifndef TESTS_HOST_TEST_HOST_H

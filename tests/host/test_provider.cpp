@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Providers for the tests of the object manager: seven things, a pair association between neighbours, an
 // association with the computer system, and providers that do what a provider should not.
 #include <cmpi/cmpidt.h>

@@ -1,6 +1,7 @@
+// SPDX-License-Identifier: Apache-2.0
 // The classes in mof/ against what the providers publish: one row per class, typed here once more.
-#include "mof_classes.h"
 #include "cim/mof_reader.h"
+#include "mof_classes.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

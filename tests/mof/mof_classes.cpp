@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "mof_classes.h"
 
 #include "cim/mof_reader.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The class definitions in mof/ for tests: loaded, and compared with what a provider sets or takes.
 #ifndef TESTS_MOF_MOF_CLASSES_H
 #define TESTS_MOF_MOF_CLASSES_H

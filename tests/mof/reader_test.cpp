@@ -1,6 +1,7 @@
+// SPDX-License-Identifier: Apache-2.0
 // The MOF reader: what it takes, what it says about what it does not take, and that nothing brings it down.
-#include "mof_classes.h"
 #include "cim/mof_reader.h"
+#include "mof_classes.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

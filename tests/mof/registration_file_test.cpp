@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The registration file as the strictest object manager reads it: a blank or a carriage return at the end of
 // a line, or a last line without its end, keeps it from starting.
 #include "mof_classes.h"

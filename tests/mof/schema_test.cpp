@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The class model: types, names and the repository's look-ups.
 #include "cim/schema.h"
 

@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: Apache-2.0
 // The classes in mof/ against the facts of the standard schema: that they compile where the object manager
 // has all of it, and that the shortened superclasses for the desk say nothing else than it does.
 //
 // What the reader refuses is refused here too: its rules are shown at work on the standard classes below. The
 // rules that it has not, because an object manager can do without them, are functions of this file.
-#include "mof_classes.h"
 #include "cim/mof_reader.h"
+#include "mof_classes.h"
 
 #include <gtest/gtest.h>
 

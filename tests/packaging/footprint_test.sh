@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # The library stays as small as the controller needs it: file, memory that every process has for itself, stack.
 #
 #   footprint_test.sh STRIP SIZE LIBRARY BUILD_DIR SOURCE_DIR

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # The library as a file: what it needs, what it exports, what it imports.
 #
 #   library_file_test.sh READELF LIBRARY SUPPORT_LIBRARY SHELL_HELPER

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # register-providers with the commands of object managers that only write down how they are called.
 #
 #   register_providers_test.sh SOURCE_DIR REGISTRATION_DIR

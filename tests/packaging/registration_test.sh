@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # The registration in its three forms: as typed here, all of one mind, and in the strictest form of a text file.
 #
 #   registration_test.sh DIRECTORY    with the three files

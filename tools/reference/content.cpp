@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "content.h"
 
 #include "mof_classes.h"
@@ -729,7 +730,8 @@ class Page
         if (constants.empty())
             return words("varies");
         const bool onlyKey = found == facts.properties.end();
-        Line line = words(std::string(onlyKey ? "none; in the path " : "") + (constants.size() == 1 ? "always " : "in turn "));
+        Line line = words(std::string(onlyKey ? "none; in the path " : "") +
+                          (constants.size() == 1 ? "always " : "in turn "));
         line += joined(constants, ", ");
         return line;
     }

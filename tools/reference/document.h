@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A page as a list of blocks, written as Markdown or as HTML.
 #ifndef REFERENCE_DOCUMENT_H
 #define REFERENCE_DOCUMENT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The page is XML as well as HTML, so that a test can read it.
 
 #include "document.h"
@@ -236,8 +237,7 @@ std::string html(const Document &document)
         anchor("top", title) +
         "</strong>\n<input id=\"filter\" type=\"search\" hidden=\"hidden\" "
         "placeholder=\"Search: class, method, text ( / )\" aria-label=\"Search\" />\n" +
-        "<p id=\"nothing\" hidden=\"hidden\">Nothing found.</p>\n" +
-        contents(document) + "</nav>\n<main>\n";
+        "<p id=\"nothing\" hidden=\"hidden\">Nothing found.</p>\n" + contents(document) + "</nav>\n<main>\n";
     std::vector<int> open; // the levels of the sections around
     for (const Block &block : document) {
         switch (block.kind) {

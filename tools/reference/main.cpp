@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // make-reference FILE...            writes each file, as Markdown or HTML by its suffix, .md or .html
 // make-reference --check FILE...    tells whether the files are as they would be written
 
@@ -74,9 +75,11 @@ bool isCurrent(const File &file)
 
 int main(int argc, char **argv)
 {
-    constexpr const char *usage = "usage: make-reference [--check] FILE...    each FILE ends in .md or .html\n";
+    constexpr const char *usage =
+        "usage: make-reference [--check] FILE...    each FILE ends in .md or .html\n";
     const std::vector<std::string> arguments(argv + 1, argv + argc);
-    if (arguments == std::vector<std::string>{"--help"} || arguments == std::vector<std::string>{"--version"}) {
+    if (arguments == std::vector<std::string>{"--help"} ||
+        arguments == std::vector<std::string>{"--version"}) {
         fputs(arguments[0] == "--help" ? usage : "make-reference " VERSION "\n", stdout);
         return 0;
     }
@@ -99,7 +102,8 @@ int main(int argc, char **argv)
         return 2;
     bool right = true;
     for (const std::filesystem::path &path : paths) {
-        const File file = {path, path.extension() == ".md" ? reference::markdown(document) : reference::html(document)};
+        const File file = {path, path.extension() == ".md" ? reference::markdown(document)
+                                                           : reference::html(document)};
         right &= check ? isCurrent(file) : write(file);
     }
     return right ? 0 : 1;

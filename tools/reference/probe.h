@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the classes answer, found out by asking them. Nothing here is known beforehand: every request is made
 // of the library itself, once as it should be and once for each thing that can be wrong with it.
 //

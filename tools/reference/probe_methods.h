@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Methods: what their arguments take and what they check.
 #ifndef REFERENCE_PROBE_METHODS_H
 #define REFERENCE_PROBE_METHODS_H

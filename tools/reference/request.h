@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Requests to the library in a scripted monitor, and what can be wrong with them.
 #ifndef REFERENCE_REQUEST_H
 #define REFERENCE_REQUEST_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the sources themselves say: the texts that the library's code holds, and the names of numbers.
 #ifndef REFERENCE_SOURCES_H
 #define REFERENCE_SOURCES_H

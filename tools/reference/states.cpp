@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The states of the monitor that are tried. Their words tell what is tried, never what comes of it.
 
 #include "probe_methods.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // CIM-XML: recorded requests of two clients, replayed byte by byte, and the answers they need.
 #include "test_host.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Requests that are not what they should be. Whatever comes in, there is an answer, and the next request
 // works.
 #include "test_host.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The broker's four tables: every member of CMPI 2.0 is there, and does what it says or says that it does
 // not.
 #include "test_host.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The encapsulated types through their function tables.
 #include "test_host.h"
 

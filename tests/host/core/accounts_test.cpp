@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The accounts file.
 #include "test_host.h"
 

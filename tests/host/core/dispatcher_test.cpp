@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Requests on their way to providers and back, without any protocol.
 #include "test_host.h"
 

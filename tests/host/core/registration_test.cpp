@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The registration of providers, and the loading of them.
 #include "test_host.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Values that arrive as text take the types of their class.
 #include "test_host.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // XML as text: what is let in, and how text goes out.
 #include "core/xml_text.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The HTTP server: authentication, limits, connections.
 #include "test_host.h"
 
