@@ -38,6 +38,7 @@ struct Options {
     unsigned idleSeconds = 60;
     unsigned transferSeconds = 90;
     unsigned patienceSeconds = 60;
+    unsigned providerCalls = 1; // a support library may rely on one request at a time
 };
 
 /** What the providers print goes to the file; what this program has to say itself, to the standard output of
@@ -146,6 +147,7 @@ int serve(const Options &options)
     }
     std::fflush(stdout); // what the providers printed when they were loaded
     manager.dispatcher().setPatience(std::chrono::seconds(options.patienceSeconds));
+    manager.dispatcher().setProviderCalls(options.providerCalls);
 
     host::CimXmlFrontEnd cimXml(manager.dispatcher());
     host::WsmanFrontEnd wsman(manager.dispatcher());
@@ -227,8 +229,14 @@ int main(int argc, char **argv)
                    "Seconds that a client may take to send a request, or to take an answer")
         ->capture_default_str()
         ->check(CLI::Range(1, 86400));
+    app.add_option(
+           "--provider-calls", options.providerCalls,
+           "Requests with the providers at a time; more than 1 only where the support library pairs each "
+           "reply with its caller")
+        ->capture_default_str()
+        ->check(CLI::Range(1, 64));
     app.add_option("--provider-timeout", options.patienceSeconds,
-                   "Seconds that a request waits for the one before it to leave the providers")
+                   "Seconds that a request waits for those before it to leave the providers")
         ->capture_default_str()
         ->check(CLI::Range(1, 86400));
 

@@ -53,7 +53,7 @@ desk_start_host() {
     rm -f "$1/ready"
     setpriv --pdeathsig TERM "$DISPLAY_HOST" --mof "$desk_source/mof/desk.mof" \
         --registration "$desk_source/mof/libcmpiDisplayManagement.reg" --library "$DESK_LIBRARY" \
-        --accounts "$1/accounts" --address 127.0.0.1 --port "$2" \
+        --accounts "$1/accounts" --address 127.0.0.1 --port "$2" --provider-calls 8 \
         --provider-output "$1/provider.log" --ready-file "$1/ready" "${@:3}" >>"$1/host.log" 2>&1 &
     # shellcheck disable=SC2034
     desk_process=$!

@@ -26,6 +26,12 @@ class Dispatcher
         access_.patience = patience;
     }
 
+    /** How many requests may be with the providers at a time. */
+    void setProviderCalls(unsigned calls)
+    {
+        access_.gate.setCalls(calls);
+    }
+
     /** Does what the request asks; the answer says how it went. Objects of the answer live in the arena of
      * the call. */
     void execute(Call &call, const Request &request, Answer &answer);

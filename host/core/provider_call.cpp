@@ -98,7 +98,7 @@ bool ProviderCall::begin()
     }
     const std::chrono::milliseconds patience =
         request_.patience ? std::min(*request_.patience, access_.patience) : access_.patience;
-    if (!access_.gate.enter(call_.request, patience)) {
+    if (!access_.gate.enter(call_.request, request_.principal, patience)) {
         answer_.timedOut = true;
         fail(call_, answer_, CMPI_RC_ERR_FAILED,
              "Another request has been keeping the providers busy for too long.");

@@ -79,7 +79,7 @@ class ProviderCall
         CMPIStatus status = {};
         {
             const CallScope scope(inner);
-            const Leave leave{access_.gate};
+            const Leave leave{access_.gate, call_.request};
             status = function(&context->cmpi, &result->cmpi);
         }
         return conclude(status);
@@ -89,10 +89,11 @@ class ProviderCall
     /** Leaves the gate at the end of the call, even when that ends with an exception. */
     struct Leave {
         ProviderGate &gate;
+        std::uint64_t request;
 
         ~Leave()
         {
-            gate.leave();
+            gate.leave(request);
         }
     };
 

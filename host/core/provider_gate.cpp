@@ -1,31 +1,124 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "core/provider_gate.h"
 
+#include <algorithm>
+
 namespace host
 {
 
-bool ProviderGate::enter(std::uint64_t request, std::chrono::milliseconds patience)
+ProviderGate::ProviderGate(unsigned calls)
 {
-    std::unique_lock lock(mutex_);
-    if (holder_ != request && holder_ != 0 &&
-        !free_.wait_for(lock, patience, [this] { return holder_ == 0; })) {
-        return false;
-    }
-    holder_ = request;
-    ++entries_;
-    return true;
+    setCalls(calls);
 }
 
-void ProviderGate::leave()
+void ProviderGate::setCalls(unsigned calls)
 {
-    {
-        const std::lock_guard lock(mutex_);
-        if (--entries_ != 0) {
+    const std::lock_guard lock(mutex_);
+    calls_ = std::max(calls, 1u);
+    share_ = std::max(calls_ / 2, 1u);
+    admit();
+}
+
+bool ProviderGate::enter(std::uint64_t request, std::string_view user, std::chrono::milliseconds patience)
+{
+    std::unique_lock lock(mutex_);
+    if (const auto found = inside_.find(request); found != inside_.end()) {
+        ++found->second.entries;
+        return true;
+    }
+    Waiter waiter{request, users_.try_emplace(std::string(user)).first, false, false, {}};
+    lineUp(waiter);
+    admit();
+    if (waiter.turn.wait_for(lock, patience, [&waiter] { return waiter.isAdmitted; })) {
+        return true;
+    }
+    giveUp(waiter);
+    return false;
+}
+
+void ProviderGate::leave(std::uint64_t request)
+{
+    const std::lock_guard lock(mutex_);
+    const auto found = inside_.find(request);
+    if (found == inside_.end() || --found->second.entries != 0) {
+        return;
+    }
+    const Users::iterator user = found->second.user;
+    inside_.erase(found);
+    --user->second.inside;
+    admit();
+    forgetIfIdle(user);
+}
+
+std::size_t ProviderGate::waiting()
+{
+    const std::lock_guard lock(mutex_);
+    std::size_t count = queue_.size();
+    for (const auto &[name, user] : users_) {
+        count += user.behind.size();
+    }
+    return count;
+}
+
+void ProviderGate::lineUp(Waiter &waiter)
+{
+    waiter.user->second.behind.push_back(&waiter);
+    moveUp(waiter.user->second);
+}
+
+/** Fills the user's places in the queue. */
+void ProviderGate::moveUp(User &user)
+{
+    while (user.queued < share_ && !user.behind.empty()) {
+        Waiter *const waiter = user.behind.front();
+        user.behind.pop_front();
+        waiter->isQueued = true;
+        ++user.queued;
+        queue_.push_back(waiter);
+    }
+}
+
+/** Lets in who is first in the queue and has not got his share inside. */
+void ProviderGate::admit()
+{
+    while (inside_.size() < calls_) {
+        const auto next = std::find_if(queue_.begin(), queue_.end(), [this](const Waiter *waiter) {
+            return waiter->user->second.inside < share_;
+        });
+        if (next == queue_.end()) {
             return;
         }
-        holder_ = 0;
+        Waiter &waiter = **next;
+        User &user = waiter.user->second;
+        queue_.erase(next);
+        --user.queued;
+        ++user.inside;
+        inside_.emplace(waiter.request, Inside{1, waiter.user});
+        waiter.isAdmitted = true;
+        waiter.turn.notify_one();
+        moveUp(user);
     }
-    free_.notify_one();
+}
+
+void ProviderGate::giveUp(Waiter &waiter)
+{
+    User &user = waiter.user->second;
+    if (waiter.isQueued) {
+        queue_.remove(&waiter);
+        --user.queued;
+        moveUp(user);
+        admit();
+    } else {
+        std::erase(user.behind, &waiter);
+    }
+    forgetIfIdle(waiter.user);
+}
+
+void ProviderGate::forgetIfIdle(Users::iterator user)
+{
+    if (user->second.inside == 0 && user->second.queued == 0 && user->second.behind.empty()) {
+        users_.erase(user);
+    }
 }
 
 } // namespace host

@@ -479,28 +479,6 @@ TEST_F(Dispatch, QualifiersAreRead)
     EXPECT_EQ(run(made).qualifiers.size(), 10u);
 }
 
-// ---------------------------------------------------------------------------------------------------- the
-// gate
-
-TEST(ProviderGate, LetsOneRequestInAtATime)
-{
-    using namespace std::chrono_literals;
-    host::ProviderGate gate;
-    EXPECT_TRUE(gate.enter(1, 0ms));
-    EXPECT_TRUE(gate.enter(1, 0ms)) << "up-calls of the same request pass";
-    EXPECT_FALSE(gate.enter(2, 1ms));
-    gate.leave();
-    EXPECT_FALSE(gate.enter(2, 1ms));
-    std::thread other([&gate] {
-        EXPECT_TRUE(gate.enter(2, 60s));
-        gate.leave();
-    });
-    gate.leave();
-    other.join();
-    EXPECT_TRUE(gate.enter(3, 0ms));
-    gate.leave();
-}
-
 TEST_F(Dispatch, ARequestDoesNotWaitWithoutEnd)
 {
     using namespace std::chrono_literals;
