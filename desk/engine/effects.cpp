@@ -24,14 +24,17 @@ std::string address(const wire::Entry &entry)
 
 std::string storeValue(Settings &settings, const SettingRow &row, const wire::Entry &entry)
 {
-    if (row.access == Access::ReadOnly)
+    if (row.access == Access::ReadOnly) {
         return "cannot be written";
+    }
     const bool isAddress = row.kind == Kind::Address;
-    if (entry.type != (isAddress ? wire::entryAddress : wire::entryNumber))
+    if (entry.type != (isAddress ? wire::entryAddress : wire::entryNumber)) {
         return isAddress ? "takes an address" : "takes a number";
+    }
     const std::string value = isAddress ? address(entry) : std::to_string(entry.value);
-    if (const std::string wrong = complaint(row, value); !wrong.empty())
+    if (const std::string wrong = complaint(row, value); !wrong.empty()) {
         return value + " " + wrong;
+    }
     settings.set(keyOf(row), value);
     return {};
 }
@@ -47,8 +50,9 @@ std::string setLuminance(Settings &settings, const wire::Entry &entry)
 {
     const Key key = presetKey(settings.activePreset(), "luminance");
     const std::string value = std::to_string(entry.value);
-    if (const std::string wrong = complaint(key.row(), value); !wrong.empty())
+    if (const std::string wrong = complaint(key.row(), value); !wrong.empty()) {
         return value + " " + wrong;
+    }
     settings.set(key, entry.value);
     return {};
 }
@@ -69,9 +73,11 @@ std::string resetToLastCalibration(Settings &settings, const wire::Entry &)
 
 std::string resetColorSpaces(Settings &settings, const wire::Entry &)
 {
-    for (int preset = 0; preset < presetCount; ++preset)
-        for (int field = 0; field < presetFieldCount; ++field)
+    for (int preset = 0; preset < presetCount; ++preset) {
+        for (int field = 0; field < presetFieldCount; ++field) {
             settings.reset(presetKey(preset, Field(field)));
+        }
+    }
     settings.reset("active_color_space");
     return {};
 }
@@ -112,8 +118,9 @@ struct Span {
 Span windowColumns(int width, int dciRegion)
 {
     const int rest = std::max(0, width - panelWidth);
-    if (dciRegion == 1 && (width == 4096 || width == 4095))
+    if (dciRegion == 1 && (width == 4096 || width == 4095)) {
         return {width == 4096 ? 50 : 49, rest - 50};
+    }
     return {0, rest};
 }
 
@@ -121,8 +128,9 @@ Span windowColumns(int width, int dciRegion)
 Span windowRows(int width, int height, int dciRegion)
 {
     const int rest = std::max(0, height - panelHeight);
-    if (dciRegion == 2 && (width == 4096 || width == 4095) && height == 2160)
+    if (dciRegion == 2 && (width == 4096 || width == 4095) && height == 2160) {
         return {222, rest - 222};
+    }
     return {0, rest};
 }
 
@@ -179,8 +187,9 @@ void placePip(Settings &settings)
 std::string setPipPosition(Settings &settings, const wire::Entry &entry)
 {
     std::string wrong = storeRegister(settings, 51, PipGroup, entry);
-    if (wrong.empty())
+    if (wrong.empty()) {
         placePip(settings);
+    }
     return wrong;
 }
 
@@ -192,16 +201,18 @@ std::string outsidePanel(int value, int most)
 
 std::string setPipPositionX(Settings &settings, const wire::Entry &entry)
 {
-    if (entry.value < pipMargin || entry.value > pipRight(settings))
+    if (entry.value < pipMargin || entry.value > pipRight(settings)) {
         return outsidePanel(entry.value, pipRight(settings));
+    }
     settings.set("pip_position", pipFreePosition);
     return storeRegister(settings, 52, PipGroup, entry);
 }
 
 std::string setPipPositionY(Settings &settings, const wire::Entry &entry)
 {
-    if (entry.value < pipMargin || entry.value > pipBottom(settings))
+    if (entry.value < pipMargin || entry.value > pipBottom(settings)) {
         return outsidePanel(entry.value, pipBottom(settings));
+    }
     settings.set("pip_position", pipFreePosition);
     return storeRegister(settings, 53, PipGroup, entry);
 }
@@ -209,8 +220,9 @@ std::string setPipPositionY(Settings &settings, const wire::Entry &entry)
 std::string setPipSize(Settings &settings, const wire::Entry &entry)
 {
     std::string wrong = storeRegister(settings, 54, PipGroup, entry);
-    if (!wrong.empty())
+    if (!wrong.empty()) {
         return wrong;
+    }
     settings.set("pip_width", pipSizes[entry.value].width);
     settings.set("pip_height", pipSizes[entry.value].height);
     placePip(settings);
@@ -220,8 +232,9 @@ std::string setPipSize(Settings &settings, const wire::Entry &entry)
 std::string setPipHeight(Settings &settings, const wire::Entry &entry)
 {
     std::string wrong = storeRegister(settings, 55, PipGroup, entry);
-    if (!wrong.empty())
+    if (!wrong.empty()) {
         return wrong;
+    }
     settings.set("pip_width", entry.value * 16 / 9);
     placePip(settings);
     return {};
@@ -260,8 +273,9 @@ std::string nextSourceScaling(Settings &settings, const wire::Entry &)
 std::string setIpAddress(Settings &settings, const wire::Entry &entry)
 {
     const int first = entry.octets[0];
-    if (entry.type == wire::entryAddress && (first == 0 || first == 127 || first >= 224))
+    if (entry.type == wire::entryAddress && (first == 0 || first == 127 || first >= 224)) {
         return address(entry) + " is not an address of a host";
+    }
     return storeRegister(settings, 87, RemoteGroup, entry);
 }
 
@@ -271,8 +285,9 @@ std::string setSubnetMask(Settings &settings, const wire::Entry &entry)
                                static_cast<std::uint32_t>(entry.octets[1]) << 16 |
                                static_cast<std::uint32_t>(entry.octets[2]) << 8 | entry.octets[3];
     const std::uint32_t hosts = ~mask;
-    if (entry.type == wire::entryAddress && (mask == 0 || (hosts & (hosts + 1)) != 0))
+    if (entry.type == wire::entryAddress && (mask == 0 || (hosts & (hosts + 1)) != 0)) {
         return address(entry) + " is not a subnet mask";
+    }
     return storeRegister(settings, 88, RemoteGroup, entry);
 }
 
@@ -295,8 +310,9 @@ std::string resetDisplaySettings(Settings &settings, const wire::Entry &)
         const bool display = row.group == ImageGroup || row.group == PipGroup || row.group == MenuGroup ||
                              row.group == FunctionButtonGroup || row.group == BezelButtonGroup ||
                              row.group == TestPatternGroup;
-        if (display && !signal)
+        if (display && !signal) {
             settings.reset(Key(i));
+        }
     }
     return {};
 }
@@ -304,8 +320,9 @@ std::string resetDisplaySettings(Settings &settings, const wire::Entry &)
 /** 1 turns the monitor off softly, 0 on again; the state that is shown is 1 for on. */
 std::string softPowerOff(Settings &settings, const wire::Entry &entry)
 {
-    if (entry.value != 0 && entry.value != 1)
+    if (entry.value != 0 && entry.value != 1) {
         return std::to_string(entry.value) + " is outside 0..1";
+    }
     settings.set("soft_power_state", 1 - entry.value);
     return {};
 }
@@ -356,14 +373,17 @@ constexpr Effect effects[] = {
 std::string applyEntry(Settings &settings, int group, const wire::Entry &entry)
 {
     for (const Effect &effect : effects) {
-        if (effect.registerId != entry.registerId || effect.group != group)
+        if (effect.registerId != entry.registerId || effect.group != group) {
             continue;
-        if (effect.type != anyType && effect.type != entry.type)
+        }
+        if (effect.type != anyType && effect.type != entry.type) {
             return "takes a number";
+        }
         return effect.apply(settings, entry);
     }
-    if (const SettingRow *row = findRegister(entry.registerId, group))
+    if (const SettingRow *row = findRegister(entry.registerId, group)) {
         return storeValue(settings, *row, entry);
+    }
     return registerExists(entry.registerId, group) ? "cannot be written" : "does not belong to the group";
 }
 

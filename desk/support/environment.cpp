@@ -27,10 +27,12 @@ const char *variable(const char *name)
 std::filesystem::path defaultStoreDirectory()
 {
     namespace fs = std::filesystem;
-    if (const char *state = variable("XDG_STATE_HOME"))
+    if (const char *state = variable("XDG_STATE_HOME")) {
         return fs::path(state) / "desk-monitor";
-    if (const char *home = variable("HOME"))
+    }
+    if (const char *home = variable("HOME")) {
         return fs::path(home) / ".local" / "state" / "desk-monitor";
+    }
     return "/var/tmp/desk-monitor-" + std::to_string(getuid());
 }
 
@@ -38,8 +40,9 @@ std::filesystem::path defaultStoreDirectory()
 
 std::string storePath()
 {
-    if (const char *path = variable("DESK_MONITOR_STORE"))
+    if (const char *path = variable("DESK_MONITOR_STORE")) {
         return path;
+    }
     return defaultStoreDirectory() / "store.db";
 }
 
@@ -77,8 +80,9 @@ std::optional<key_t> parseQueueKey(const std::string &text)
     errno = 0;
     const long key = strtol(text.c_str(), &end, 0);
     if (text.empty() || *end != '\0' || errno != 0 || key <= 0 ||
-        key > std::numeric_limits<key_t>::max() - queueCount)
+        key > std::numeric_limits<key_t>::max() - queueCount) {
         return std::nullopt;
+    }
     return static_cast<key_t>(key);
 }
 
@@ -92,8 +96,9 @@ std::chrono::nanoseconds receiveTimeout()
 {
     constexpr double longest = 24 * 3600;
     double seconds = 5;
-    if (const char *text = variable("DESK_MONITOR_RECEIVE_TIMEOUT"))
+    if (const char *text = variable("DESK_MONITOR_RECEIVE_TIMEOUT")) {
         parseSeconds(text, seconds);
+    }
     return std::chrono::nanoseconds(static_cast<long long>(std::fmin(seconds, longest) * 1e9));
 }
 

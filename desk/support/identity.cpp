@@ -19,15 +19,17 @@ constexpr std::size_t longestText = 24;
 
 void explain(char *errorText, const char *reason)
 {
-    if (errorText != nullptr)
+    if (errorText != nullptr) {
         snprintf(errorText, ERROR_TEXT_SIZE, "%s", reason);
+    }
 }
 
 /** 1 to 24 bytes of printable text, not blanks alone. */
 bool validDisplayName(const char *text)
 {
-    if (text == nullptr)
+    if (text == nullptr) {
         return false;
+    }
     const std::string_view name = text;
     return name.size() <= longestText && printable(name) && name.find_first_not_of(' ') != name.npos;
 }
@@ -48,8 +50,9 @@ int store(const char *function, Key key, const Value &value, char *errorText) no
             contents.settings.set(key, value);
             return !failed;
         });
-        if (!failed)
+        if (!failed) {
             return SUCCESS;
+        }
         explain(errorText, "The settings database refused the update.");
     } catch (const std::exception &error) {
         report(function, error.what());
@@ -62,8 +65,9 @@ int store(const char *function, Key key, const Value &value, char *errorText) no
 
 int ParseIPV4Address(const char *text, unsigned char octets[4])
 {
-    if (octets == nullptr)
+    if (octets == nullptr) {
         return FAILURE;
+    }
     return parseAddress(text == nullptr ? std::string_view() : std::string_view(text), octets) ? SUCCESS
                                                                                                : FAILURE;
 }
@@ -75,8 +79,9 @@ int ValidateInputArgs(int value, int min, int max)
 
 int IsAdminUser(const char *userName, char *isAdmin, char *errorText)
 {
-    if (isAdmin == nullptr)
+    if (isAdmin == nullptr) {
         return FAILURE;
+    }
     *isAdmin = 0;
     if (userName == nullptr || *userName == '\0') {
         explain(errorText, "No user name was given.");

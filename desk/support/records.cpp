@@ -25,8 +25,9 @@ void copyField(char (&field)[Size], std::string_view text)
 template <class Record, class Fill>
 int fillRecord(const char *function, Record *record, Fill fill) noexcept
 {
-    if (record == nullptr)
+    if (record == nullptr) {
         return FAILURE;
+    }
     return withContents(function, [&](const Contents &contents) {
         *record = Record{};
         fill(contents.settings);
@@ -58,8 +59,9 @@ int GetMoinitorInfo(MonitorInfo *info)
 
 int GetMonitorStatus(int selector)
 {
-    if (selector != SPEAR_STATE && selector != FWU_STATUS)
+    if (selector != SPEAR_STATE && selector != FWU_STATUS) {
         return FAILURE;
+    }
     try {
         Session session;
         return selector == SPEAR_STATE && session.store().read().fault("busy") ? BUSY : FREE;
@@ -148,8 +150,9 @@ int GetOSDMenuAndMessagesInfo(OSDMenuAndMessageInfo *info)
 
 int GetColorSpaceInfoById(ColorSpaceInfo *info, int index)
 {
-    if (index < 0 || index >= presetCount)
+    if (index < 0 || index >= presetCount) {
         return FAILURE;
+    }
     return fillRecord("GetColorSpaceInfoById", info, [=](const Settings &s) {
         const auto text = [&](Field field) { return s.text(presetKey(index, field)); };
         info->ActiveColorSpace = index;
@@ -191,8 +194,9 @@ int GetFunctionButtonInfoById(FunctionButtonInfo *info, int index)
         "function_button4.setting"};
     static constexpr Key names[functionButtonCount] = {"function_button1.name", "function_button2.name",
                                                        "function_button3.name", "function_button4.name"};
-    if (index < 0 || index >= functionButtonCount)
+    if (index < 0 || index >= functionButtonCount) {
         return FAILURE;
+    }
     return fillRecord("GetFunctionButtonInfoById", info, [=](const Settings &s) {
         info->ButtonMode = s.number("function_button_mode");
         info->Setting = s.number(settings[index]);
@@ -228,8 +232,9 @@ int GetRemoteManagementServerInfo(RemoteManagementServer *info)
 
 int GetIPAddress(char *address)
 {
-    if (address == nullptr)
+    if (address == nullptr) {
         return FAILURE;
+    }
     /** Callers do not examine the result: they must find an empty text after a failure. */
     *address = '\0';
     return withContents("GetIPAddress", [=](const Contents &contents) {

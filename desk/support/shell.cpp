@@ -23,7 +23,7 @@
 namespace
 {
 
-constexpr std::size_t LongestOutput = std::size_t{16} * 1024 * 1024;
+constexpr std::size_t longestOutput = std::size_t{16} * 1024 * 1024;
 
 class Descriptor
 {
@@ -42,8 +42,9 @@ class Descriptor
     }
     void close()
     {
-        if (fd != -1)
+        if (fd != -1) {
             ::close(std::exchange(fd, -1));
+        }
     }
     int number() const
     {
@@ -61,8 +62,9 @@ class Descriptor
 /** Moves a descriptor out of the way of standard input, output and error, which a host may have closed. */
 Descriptor aboveStandard(Descriptor low)
 {
-    if (!low.valid() || low.number() > STDERR_FILENO)
+    if (!low.valid() || low.number() > STDERR_FILENO) {
         return low;
+    }
     return Descriptor(fcntl(low.number(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
 }
 
@@ -76,8 +78,9 @@ struct Output {
     bool open()
     {
         int ends[2];
-        if (pipe2(ends, O_CLOEXEC) == -1)
+        if (pipe2(ends, O_CLOEXEC) == -1) {
             return false;
+        }
         readEnd = aboveStandard(Descriptor(ends[0]));
         writeEnd = aboveStandard(Descriptor(ends[1]));
         return readEnd.valid() && writeEnd.valid();
@@ -88,7 +91,7 @@ struct Output {
         char buffer[65536];
         const ssize_t count = ::read(readEnd.number(), buffer, sizeof buffer);
         if (count > 0) {
-            const std::size_t room = wanted ? LongestOutput - bytes.size() : 0;
+            const std::size_t room = wanted ? longestOutput - bytes.size() : 0;
             bytes.append(buffer, std::min(static_cast<std::size_t>(count), room));
         } else if (count == 0 || (errno != EINTR && errno != EAGAIN)) {
             readEnd.close();
@@ -99,26 +102,31 @@ struct Output {
 /** The standard input of the command: an unnamed file with the lines, which cannot block as a pipe could. */
 Descriptor openInput(char **input)
 {
-    if (input == nullptr)
+    if (input == nullptr) {
         return Descriptor(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+    }
     Descriptor file(memfd_create("command-input", MFD_CLOEXEC));
-    if (!file.valid())
+    if (!file.valid()) {
         return file;
+    }
     for (; *input != nullptr; ++input) {
         const char *at = *input;
         std::size_t left = strlen(at);
         while (left > 0) {
             const ssize_t count = write(file.number(), at, left);
-            if (count == -1 && errno == EINTR)
+            if (count == -1 && errno == EINTR) {
                 continue;
-            if (count <= 0)
+            }
+            if (count <= 0) {
                 return Descriptor();
+            }
             at += count;
             left -= static_cast<std::size_t>(count);
         }
     }
-    if (lseek(file.number(), 0, SEEK_SET) == -1)
+    if (lseek(file.number(), 0, SEEK_SET) == -1) {
         return Descriptor();
+    }
     return file;
 }
 
@@ -128,8 +136,9 @@ pid_t startShell(const char *command, int input, int output, int errors)
 {
     posix_spawn_file_actions_t actions;
     posix_spawnattr_t attributes;
-    if (posix_spawn_file_actions_init(&actions) != 0)
+    if (posix_spawn_file_actions_init(&actions) != 0) {
         return -1;
+    }
     if (posix_spawnattr_init(&attributes) != 0) {
         posix_spawn_file_actions_destroy(&actions);
         return -1;
@@ -235,11 +244,13 @@ int waitForEnd(pid_t child)
 char **splitLines(const std::string &bytes)
 {
     std::size_t count = 0;
-    for (std::size_t at = 0; at < bytes.size(); ++count)
+    for (std::size_t at = 0; at < bytes.size(); ++count) {
         at = std::min(bytes.find('\n', at), bytes.size() - 1) + 1;
+    }
     char **lines = static_cast<char **>(calloc(count + 1, sizeof *lines));
-    if (lines == nullptr)
+    if (lines == nullptr) {
         return nullptr;
+    }
     std::size_t at = 0;
     for (std::size_t i = 0; i < count; ++i) {
         const std::size_t end = std::min(bytes.find('\n', at), bytes.size() - 1) + 1;
@@ -261,14 +272,16 @@ int run(const char *command, char **input, char ***out, char ***err)
 {
     Output output(out != nullptr), errors(err != nullptr);
     Descriptor stdinFile = aboveStandard(openInput(input));
-    if (!stdinFile.valid() || !output.open() || !errors.open())
+    if (!stdinFile.valid() || !output.open() || !errors.open()) {
         return -1;
+    }
     const pid_t child =
         startShell(command, stdinFile.number(), output.writeEnd.number(), errors.writeEnd.number());
     output.writeEnd.close();
     errors.writeEnd.close();
-    if (child == -1)
+    if (child == -1) {
         return -1;
+    }
     const Clock::time_point end = Clock::now() + timeLimit();
     if (!drain(output, errors, end) || !endsUntil(end, child)) {
         kill(-child, SIGKILL); // with all that it has started
@@ -286,10 +299,12 @@ int run(const char *command, char **input, char ***out, char ***err)
         freeresultbuf(errorLines);
         return -1;
     }
-    if (out != nullptr)
+    if (out != nullptr) {
         *out = outputLines;
-    if (err != nullptr)
+    }
+    if (err != nullptr) {
         *err = errorLines;
+    }
     return status;
 }
 
@@ -297,12 +312,15 @@ int run(const char *command, char **input, char ***out, char ***err)
 
 int runcommand(const char *command, char **input, char ***out, char ***err)
 {
-    if (out != nullptr)
+    if (out != nullptr) {
         *out = nullptr;
-    if (err != nullptr)
+    }
+    if (err != nullptr) {
         *err = nullptr;
-    if (command == nullptr)
+    }
+    if (command == nullptr) {
         return -1;
+    }
     try {
         return run(command, input, out, err);
     } catch (const std::exception &) { // no memory
@@ -312,9 +330,11 @@ int runcommand(const char *command, char **input, char ***out, char ***err)
 
 void freeresultbuf(char **lines)
 {
-    if (lines == nullptr)
+    if (lines == nullptr) {
         return;
-    for (char **line = lines; *line != nullptr; ++line)
+    }
+    for (char **line = lines; *line != nullptr; ++line) {
         free(*line);
+    }
     free(lines);
 }

@@ -228,7 +228,7 @@ TEST_F(Board, AndQueuesOfAnotherUserAreNotUsed)
 class BoardOfAnEngine : public Board
 {
   protected:
-    static constexpr const char *SelectInput =
+    static constexpr const char *selectInputTwo =
         "01000000 0300 0700 00 01 01 00 19 00 02000000 00 00 00 00000000"
         "00 00 00 00000000 00 00 00 00000000 00";
 
@@ -276,10 +276,10 @@ TEST_F(BoardOfAnEngine, HasBytesTimeAndDuration)
 
 TEST_F(BoardOfAnEngine, TellsWhatBecameOfEachMessage)
 {
-    sendRaw(SelectInput);
+    sendRaw(selectInputTwo);
     startEngine();
     EXPECT_EQ(nextOutcome(), "too old");
-    request(SelectInput);
+    request(selectInputTwo);
     EXPECT_EQ(nextOutcome(), "answered");
     sendRaw("01000000 0300 0700 00 01 04 00 55 00 00000000 00 00 00 00000000"
             "00 00 00 00000000 00 00 00 00000000 00");
@@ -288,14 +288,14 @@ TEST_F(BoardOfAnEngine, TellsWhatBecameOfEachMessage)
             "00 00 00 00000000 00 00 00 00000000 00");
     EXPECT_EQ(nextOutcome(), "not served");
     ASSERT_EQ(command("fault silent on"), 0);
-    sendRaw(SelectInput);
+    sendRaw(selectInputTwo);
     EXPECT_EQ(nextOutcome(), "silent");
     ASSERT_EQ(command("fault clear"), 0);
     ASSERT_EQ(command("fault lose-reply on"), 0);
-    sendRaw(SelectInput);
+    sendRaw(selectInputTwo);
     EXPECT_EQ(nextOutcome(), "reply lost");
     kill(engineProcess(), SIGSTOP);
-    const long ticket = sendRaw(SelectInput);
+    const long ticket = sendRaw(selectInputTwo);
     ASSERT_TRUE(desk::Board(queueKey).takeBack(static_cast<Ticket>(ticket)));
     kill(engineProcess(), SIGCONT);
     EXPECT_EQ(nextOutcome(), "taken back");
@@ -303,7 +303,7 @@ TEST_F(BoardOfAnEngine, TellsWhatBecameOfEachMessage)
         ASSERT_EQ(rename((store + suffix).c_str(), (directory + "/away" + suffix).c_str()), 0);
     }
     ASSERT_EQ(mkdir(store.c_str(), 0700), 0);
-    sendRaw(SelectInput);
+    sendRaw(selectInputTwo);
     EXPECT_EQ(nextOutcome(), "store failed");
     EXPECT_EQ(waiting(3), 0u);
 }

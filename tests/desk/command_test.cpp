@@ -14,17 +14,20 @@ class Command : public DeskTest
 TEST_F(Command, ExplainsItself)
 {
     EXPECT_EQ(command("--help"), 0);
-    for (const char *word : {"show", "set", "fault", "user", "reset", "queues", "--store", "--queue-key"})
+    for (const char *word : {"show", "set", "fault", "user", "reset", "queues", "--store", "--queue-key"}) {
         EXPECT_NE(commandOutput.find(word), std::string::npos) << word;
+    }
     EXPECT_EQ(command("fault --help"), 0);
     for (const char *word :
          {"busy", "silent", "slow [seconds]", "lose-reply [count]", "fail-read [functions]", "fail-update",
-          "fail-user", "fail-queue [queue]", "fail-send", "fail-receive", "clear"})
+          "fail-user", "fail-queue [queue]", "fail-send", "fail-receive", "clear"}) {
         EXPECT_NE(commandOutput.find(word), std::string::npos) << word;
+    }
     EXPECT_EQ(command("--version"), 0);
     EXPECT_EQ(commandOutput.substr(0, 13), "desk-monitor ");
-    for (const char *wrong : {"", "dance", "show settings now", "set menu_timeout", "user", "--store"})
+    for (const char *wrong : {"", "dance", "show settings now", "set menu_timeout", "user", "--store"}) {
         EXPECT_EQ(command(wrong), 2) << wrong;
+    }
 }
 
 TEST_F(Command, ShowsEverything)
@@ -32,10 +35,11 @@ TEST_F(Command, ShowsEverything)
     ASSERT_EQ(command("fault slow on 0.25"), 0);
     ASSERT_EQ(command("set menu_timeout 30"), 0);
     EXPECT_EQ(command("show"), 0);
-    for (const char *part :
-         {"store " /* its path */, "menu_timeout                          107     6 *30 ", ">1 Native ",
-          "slow          on 0.25 ", "busy          off ", "operator                 user", "queue 3, key 0x"})
+    for (const char *part : {"store " /* its path */, "menu_timeout                          107     6 *30 ",
+                             ">1 Native ", "slow          on 0.25 ", "busy          off ",
+                             "operator                 user", "queue 3, key 0x"}) {
         EXPECT_NE(commandOutput.find(part), std::string::npos) << part << " in\n" << commandOutput;
+    }
 }
 
 TEST_F(Command, ShowsParts)

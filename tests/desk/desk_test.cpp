@@ -27,8 +27,8 @@
 namespace
 {
 
-constexpr std::size_t MessageSize = 40;
-constexpr std::size_t TypeSize = 4;
+constexpr std::size_t messageSize = 40;
+constexpr std::size_t typeSize = 4;
 
 struct KernelMessage {
     long ticket;
@@ -37,10 +37,12 @@ struct KernelMessage {
 
 int hexDigit(char c)
 {
-    if (c >= '0' && c <= '9')
+    if (c >= '0' && c <= '9') {
         return c - '0';
-    if (c >= 'a' && c <= 'f')
+    }
+    if (c >= 'a' && c <= 'f') {
         return c - 'a' + 10;
+    }
     ADD_FAILURE() << "not a hexadecimal digit: " << c;
     return 0;
 }
@@ -50,25 +52,30 @@ int hexDigit(char c)
 std::vector<std::uint8_t> bytesOf(const char *hex)
 {
     std::string digits;
-    for (; *hex != '\0'; ++hex)
-        if (*hex != ' ')
+    for (; *hex != '\0'; ++hex) {
+        if (*hex != ' ') {
             digits += *hex;
+        }
+    }
     EXPECT_EQ(digits.size() % 2, 0u) << digits;
     std::vector<std::uint8_t> bytes;
-    for (std::size_t i = 0; i + 1 < digits.size(); i += 2)
+    for (std::size_t i = 0; i + 1 < digits.size(); i += 2) {
         bytes.push_back(static_cast<std::uint8_t>(hexDigit(digits[i]) << 4 | hexDigit(digits[i + 1])));
+    }
     return bytes;
 }
 
 pid_t startProgram(const std::vector<std::string> &arguments, const std::string &errorFile)
 {
     std::vector<char *> pointers;
-    for (const std::string &argument : arguments)
+    for (const std::string &argument : arguments) {
         pointers.push_back(const_cast<char *>(argument.c_str()));
+    }
     pointers.push_back(nullptr);
     const pid_t process = fork();
-    if (process != 0)
+    if (process != 0) {
         return process;
+    }
     prctl(PR_SET_PDEATHSIG, SIGKILL); /* a test program that crashes leaves no engine behind */
     const int errors = open(errorFile.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
     const int nothing = open("/dev/null", O_RDWR);
@@ -82,9 +89,11 @@ pid_t startProgram(const std::vector<std::string> &arguments, const std::string 
 int endOf(pid_t process)
 {
     int status = 0;
-    while (waitpid(process, &status, 0) == -1)
-        if (errno != EINTR)
+    while (waitpid(process, &status, 0) == -1) {
+        if (errno != EINTR) {
             return -1;
+        }
+    }
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
@@ -92,8 +101,9 @@ bool eventually(const std::function<bool()> &condition)
 {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
     while (!condition()) {
-        if (std::chrono::steady_clock::now() > end)
+        if (std::chrono::steady_clock::now() > end) {
             return false;
+        }
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     return true;
@@ -125,11 +135,14 @@ void DeskTest::SetUp()
 
 void DeskTest::TearDown()
 {
-    if (engine != -1)
+    if (engine != -1) {
         stopEngine(SIGKILL);
-    for (int queue = 0; queue < 4; ++queue)
-        if (const int identifier = queueIdentifier(queue, false); identifier != -1)
+    }
+    for (int queue = 0; queue < 4; ++queue) {
+        if (const int identifier = queueIdentifier(queue, false); identifier != -1) {
             msgctl(identifier, IPC_RMID, nullptr);
+        }
+    }
     desk::removeSharedMemory(queueKey);
     desk::EnginePlace::removeUnused(queueKey);
     std::filesystem::remove_all(directory);
@@ -165,10 +178,12 @@ int DeskTest::command(const std::string &arguments)
     const int status = runcommand((DESK_MONITOR " " + arguments).c_str(), nullptr, &out, &err);
     commandOutput.clear();
     commandErrors.clear();
-    for (char **line = out; line != nullptr && *line != nullptr; ++line)
+    for (char **line = out; line != nullptr && *line != nullptr; ++line) {
         commandOutput += *line;
-    for (char **line = err; line != nullptr && *line != nullptr; ++line)
+    }
+    for (char **line = err; line != nullptr && *line != nullptr; ++line) {
         commandErrors += *line;
+    }
     freeresultbuf(out);
     freeresultbuf(err);
     return status;
@@ -189,21 +204,21 @@ long DeskTest::sendRaw(long type, const std::vector<std::uint8_t> &bytes)
     KernelMessage message;
     message.ticket = static_cast<long>(desk::Board(queueKey).open());
     EXPECT_GT(message.ticket, 0) << "too many requests under way";
-    for (std::size_t i = 0; i < TypeSize; ++i) {
+    for (std::size_t i = 0; i < typeSize; ++i) {
         message.bytes[i] = static_cast<std::uint8_t>(type >> (8 * i));
     }
-    const std::size_t size = std::min(bytes.size(), sizeof message.bytes - TypeSize);
-    std::copy_n(bytes.begin(), size, message.bytes + TypeSize);
-    EXPECT_EQ(msgsnd(queueIdentifier(0, true), &message, TypeSize + size, IPC_NOWAIT), 0) << strerror(errno);
+    const std::size_t size = std::min(bytes.size(), sizeof message.bytes - typeSize);
+    std::copy_n(bytes.begin(), size, message.bytes + typeSize);
+    EXPECT_EQ(msgsnd(queueIdentifier(0, true), &message, typeSize + size, IPC_NOWAIT), 0) << strerror(errno);
     return message.ticket;
 }
 
 long DeskTest::sendRaw(const char *fortyBytes)
 {
     const std::vector<std::uint8_t> bytes = bytesOf(fortyBytes);
-    EXPECT_EQ(bytes.size(), MessageSize) << fortyBytes;
+    EXPECT_EQ(bytes.size(), messageSize) << fortyBytes;
     const long type = bytes[0] | bytes[1] << 8 | bytes[2] << 16 | bytes[3] << 24;
-    return sendRaw(type, {bytes.begin() + TypeSize, bytes.end()});
+    return sendRaw(type, {bytes.begin() + typeSize, bytes.end()});
 }
 
 std::optional<RawMessage> DeskTest::receiveRaw()
@@ -215,12 +230,13 @@ std::optional<RawMessage> DeskTest::receiveRaw()
         size = msgrcv(queue, &message, sizeof message.bytes, 0, IPC_NOWAIT);
         return size != -1;
     });
-    if (!came || size < static_cast<ssize_t>(TypeSize))
+    if (!came || size < static_cast<ssize_t>(typeSize)) {
         return std::nullopt;
+    }
     desk::Board(queueKey).close(static_cast<desk::Ticket>(message.ticket));
     const long type =
         message.bytes[0] | message.bytes[1] << 8 | message.bytes[2] << 16 | message.bytes[3] << 24;
-    return RawMessage{type, {message.bytes + TypeSize, message.bytes + size}, message.ticket};
+    return RawMessage{type, {message.bytes + typeSize, message.bytes + size}, message.ticket};
 }
 
 unsigned long DeskTest::waiting(int queue)
@@ -233,15 +249,15 @@ unsigned long DeskTest::waiting(int queue)
 RawMessage DeskTest::request(const char *hex)
 {
     std::vector<std::uint8_t> bytes = bytesOf(hex);
-    EXPECT_LE(bytes.size(), MessageSize) << hex;
-    bytes.resize(MessageSize);
-    const long ticket = sendRaw(bytes[0], {bytes.begin() + TypeSize, bytes.end()});
+    EXPECT_LE(bytes.size(), messageSize) << hex;
+    bytes.resize(messageSize);
+    const long ticket = sendRaw(bytes[0], {bytes.begin() + typeSize, bytes.end()});
     const std::optional<RawMessage> reply = receiveRaw();
     EXPECT_TRUE(reply.has_value()) << "no reply to " << hex;
     if (reply) {
         EXPECT_EQ(reply->ticket, ticket) << "another request's reply";
     }
-    return reply.value_or(RawMessage{0, std::vector<std::uint8_t>(MessageSize - TypeSize, 0xee), 0});
+    return reply.value_or(RawMessage{0, std::vector<std::uint8_t>(messageSize - typeSize, 0xee), 0});
 }
 
 std::string DeskTest::registerText(int registerId, int group)

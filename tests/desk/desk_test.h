@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-/* What the tests of the desk monitor stand on: a store, queues and an engine process of their own.
- *
- * MonitorInfo is packed: checks take its numbers by value, as in EXPECT_EQ(+info.BacklightHours, 1), not by a
- * reference that would be misaligned. */
+// What the tests of the desk monitor stand on: a store, queues and an engine process of their own.
+//
+// MonitorInfo is packed: checks take its numbers by value, as in EXPECT_EQ(+info.BacklightHours, 1), not by a
+// reference that would be misaligned.
 #ifndef TESTS_DESK_DESK_TEST_H
 #define TESTS_DESK_DESK_TEST_H
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-/* Register writes that do more than store their value. */
+// Register writes that do more than store their value.
 #include "desk_test.h"
 
 #include <monitor_support.h>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-/* Register writes: the 40 bytes of a request as they lie on the queue, and what reads back. */
+// Register writes: the 40 bytes of a request as they lie on the queue, and what reads back.
 #include "desk_test.h"
 
 #include <monitor_support.h>
@@ -17,7 +17,7 @@ struct Write {
     const char *readsBack;
 };
 
-constexpr Write Writes[] = {
+constexpr Write writes[] = {
     {"luminance of the active preset", "01000000 0300 0700 00 01 00  00 00 00 78000000", 0, 0, "120"},
     {"active colour space", "01000000 0300 0700 00 01 00  00 01 00 06000000", 1, 0, "6"},
     {"selected input", "01000000 0300 0700 00 01 01  00 19 00 02000000", 25, 1, "2"},
@@ -98,7 +98,7 @@ struct Refusal {
 };
 
 /* Values just beyond what the registers accept, and steps between what they accept. */
-constexpr Refusal Refusals[] = {
+constexpr Refusal refusals[] = {
     {"01000000 0300 0700 00 01 00  00 00 00 2f000000", 0, 0},
     {"01000000 0300 0700 00 01 00  00 00 00 fb000000", 0, 0},
     {"01000000 0300 0700 00 01 00  00 01 00 07000000", 1, 0},
@@ -195,7 +195,7 @@ class EngineRegisters : public DeskTest
 
 TEST_F(EngineRegisters, TakeWhatIsWritten)
 {
-    for (const Write &write : Writes) {
+    for (const Write &write : writes) {
         SCOPED_TRACE(write.what);
         ASSERT_NE(registerText(write.registerId, write.group), write.readsBack) << "would prove nothing";
         const RawMessage reply = request(write.bytes);
@@ -212,7 +212,7 @@ TEST_F(EngineRegisters, TakeWhatIsWritten)
 
 TEST_F(EngineRegisters, RefuseWhatTheyDoNotAccept)
 {
-    for (const Refusal &refusal : Refusals) {
+    for (const Refusal &refusal : refusals) {
         SCOPED_TRACE(refusal.bytes);
         const std::string before = registerText(refusal.registerId, refusal.group);
         ASSERT_NE(before, "failure");

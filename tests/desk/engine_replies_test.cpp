@@ -13,7 +13,7 @@ namespace
 {
 
 /* A whole get request of group 9, all 40 bytes. */
-constexpr const char *GetGroup9 = "01000000 0800 0700 00 00 09 00 00 00 00000000 00 00 00 00000000"
+constexpr const char *getGroup9 = "01000000 0800 0700 00 00 09 00 00 00 00000000 00 00 00 00000000"
                                   "00 00 00 00000000 00 00 00 00000000 00";
 
 class EngineReplies : public DeskTest
@@ -36,7 +36,7 @@ class EngineReplies : public DeskTest
 
     void expectNoReplySoFar()
     {
-        sendRaw(GetGroup9);
+        sendRaw(getGroup9);
         const std::optional<RawMessage> reply = receiveRaw();
         ASSERT_TRUE(reply);
         EXPECT_EQ(reply->bytes,
@@ -145,8 +145,9 @@ TEST_F(EngineReplies, DoNotGoToWhatIsNoMessage)
     sendRaw(1, longer);
     longer.resize(8188);
     sendRaw(1, longer);
-    for (long type : {2L, 0L, -1L, 257L})
+    for (long type : {2L, 0L, -1L, 257L}) {
         sendRaw(type, whole);
+    }
     expectNoReplySoFar();
     EXPECT_TRUE(engineLogged("a message of 41 bytes instead of 40; dropped"));
     EXPECT_TRUE(engineLogged("a message of 8192 bytes instead of 40; dropped"));
@@ -195,14 +196,14 @@ TEST_F(EngineReplies, StopWhenToldToBeSilent)
     EXPECT_EQ(registerText(25, 1), "2");
     EXPECT_EQ(waiting(3), 0u);
     ASSERT_EQ(command("fault silent off"), 0);
-    EXPECT_EQ(request(GetGroup9).bytes.at(0), 8);
+    EXPECT_EQ(request(getGroup9).bytes.at(0), 8);
 }
 
 TEST_F(EngineReplies, GetLostAsManyAsTold)
 {
     ASSERT_EQ(command("fault lose-reply on 2"), 0);
-    sendRaw(GetGroup9);
-    sendRaw(GetGroup9);
+    sendRaw(getGroup9);
+    sendRaw(getGroup9);
     const RawMessage reply = request("01000000 0800 0700 00 00 02");
     EXPECT_EQ(reply.bytes.at(6), 2);
     EXPECT_EQ(waiting(3), 0u);
@@ -212,7 +213,7 @@ TEST_F(EngineReplies, GetLostAsManyAsTold)
 
 TEST_F(EngineReplies, AreDroppedWhenTheQueueIsRemovedAndTheEngineGoesOn)
 {
-    request(GetGroup9);
+    request(getGroup9);
     ASSERT_EQ(command("queues remove"), 0);
     EXPECT_TRUE(engineLogged("the request queue was removed; it is created again"));
     EXPECT_EQ(request("01000000 0300 0700 00 01 01  00 19 00 01000000").bytes.at(9), 0);
@@ -226,9 +227,9 @@ class EngineProcess : public DeskTest
 TEST_F(EngineProcess, EndsCleanlyOnSigterm)
 {
     startEngine();
-    request(GetGroup9);
+    request(getGroup9);
     EXPECT_EQ(stopEngine(SIGTERM), 0);
-    sendRaw(GetGroup9); /* its queues are still there */
+    sendRaw(getGroup9); /* its queues are still there */
     EXPECT_EQ(waiting(0), 1u);
 }
 
@@ -249,7 +250,7 @@ TEST_F(EngineProcess, EndsAtOnceWhileItIsSlow)
 {
     startEngine();
     ASSERT_EQ(command("fault slow on 3600"), 0);
-    sendRaw(GetGroup9);
+    sendRaw(getGroup9);
     ASSERT_TRUE(eventually([&] { return waiting(0) == 0; }));
     EXPECT_EQ(stopEngine(SIGTERM), 0);
 }
@@ -272,7 +273,7 @@ TEST_F(EngineProcess, SaysInAFileThatItServes)
     startEngine({"--ready-file", file});
     ASSERT_TRUE(eventually([&] { return !contentOf(file).empty(); }));
     EXPECT_EQ(contentOf(file), std::to_string(queueKey) + "\n");
-    request(GetGroup9);
+    request(getGroup9);
     EXPECT_EQ(stopEngine(SIGTERM), 0);
     const std::string log = directory + "/log";
     EXPECT_EQ(endOf(startProgram({DESK_ENGINE, "--ready-file", directory + "/none/ready"}, log)), 1);
@@ -293,8 +294,9 @@ TEST_F(EngineProcess, EndsWithTwoForACommandLineThatIsNone)
 TEST_F(EngineProcess, RefusesKeysThatAreNone)
 {
     const std::string log = directory + "/log";
-    for (const char *key : {"0", "-1", "12x", "0x7fffffff", "99999999999999999999"})
+    for (const char *key : {"0", "-1", "12x", "0x7fffffff", "99999999999999999999"}) {
         EXPECT_EQ(endOf(startProgram({DESK_ENGINE, "--queue-key", key}, log)), 2) << key;
+    }
     EXPECT_NE(contentOf(log).find("is not a usable queue key"), std::string::npos);
 }
 
@@ -306,7 +308,7 @@ TEST_F(EngineProcess, IsAloneOnItsQueues)
     EXPECT_NE(contentOf(log).find("another engine serves the queues"), std::string::npos);
     EXPECT_EQ(stopEngine(SIGKILL), 128 + SIGKILL);
     startEngine(); /* nothing of the killed one is in the way */
-    request(GetGroup9);
+    request(getGroup9);
 }
 
 TEST_F(EngineProcess, FailsWithoutAStore)
@@ -325,7 +327,7 @@ TEST_F(EngineProcess, DropsRequestsOlderThanItself)
     sendRaw("01000000 0300 0700 00 01 04 00 55 00 00000000 00 00 00 00000000"
             "00 00 00 00000000 00 00 00 00000000 00"); /* one that is not waited for */
     startEngine();
-    EXPECT_EQ(request(GetGroup9).bytes.at(0), 8);
+    EXPECT_EQ(request(getGroup9).bytes.at(0), 8);
     EXPECT_TRUE(engineLogged("a request of group 1 is older than this engine; dropped"));
     EXPECT_TRUE(engineLogged("a request of group 4 is older than this engine; dropped"));
     EXPECT_EQ(registerText(25, 1), "0");
@@ -338,7 +340,7 @@ TEST_F(EngineProcess, DropsRequestsOlderThanItself)
 TEST_F(EngineProcess, DropsRequestsWithoutATicket)
 {
     startEngine();
-    const long ticket = sendRaw(GetGroup9);
+    const long ticket = sendRaw(getGroup9);
     ASSERT_TRUE(receiveRaw());
     struct {
         long ticket;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-/* Users, names, dates and the checks of arguments. */
+// Users, names, dates and the checks of arguments.
 #include "desk_test.h"
 
 #include <monitor_support.h>
@@ -62,12 +62,14 @@ TEST_F(Identity, OfUsersFailsWhenToldToAndWithoutStore)
 TEST_F(Identity, NamesHaveOneTo24PrintableCharacters)
 {
     for (const char *name :
-         {"A", "Grading Suite 2", "123456789012345678901234", "Grün", "\xe2\x82\xac 1", "a'b\"<&>"})
+         {"A", "Grading Suite 2", "123456789012345678901234", "Grün", "\xe2\x82\xac 1", "a'b\"<&>"}) {
         EXPECT_EQ(ValidateDisplayName(name), 0) << name;
+    }
     for (const char *name :
          {"", " ", "    ", "1234567890123456789012345", "a\nb", "a\tb", "\x01", "a\x7f", "\xff", "\xc3",
-          "\xc0\xaf", "\xed\xa0\x80", "\xf4\x90\x80\x80", "\xe2\x82", "\xc2\x85", "a\x80"})
+          "\xc0\xaf", "\xed\xa0\x80", "\xf4\x90\x80\x80", "\xe2\x82", "\xc2\x85", "a\x80"}) {
         EXPECT_NE(ValidateDisplayName(name), 0) << name;
+    }
     EXPECT_NE(ValidateDisplayName(nullptr), 0);
 }
 
@@ -92,14 +94,16 @@ TEST_F(Identity, NameIsStored)
 TEST_F(Identity, DatesAreOfTheCalendar)
 {
     for (const char *date :
-         {"01/01/1970", "31/12/1969", "29/02/2024", "29/02/2000", "30/04/2025", "19/01/2038", "14/12/1901"})
+         {"01/01/1970", "31/12/1969", "29/02/2024", "29/02/2000", "30/04/2025", "19/01/2038", "14/12/1901"}) {
         EXPECT_EQ(ValidateDeploymentDate(date), 0) << date;
+    }
     for (const char *date : {"",           "1/1/2024",   "01-01-2024",  "01/01/24",    "2024/01/01",
                              "32/01/2024", "00/01/2024", "01/00/2024",  "01/13/2024",  "29/02/2023",
                              "29/02/1900", "31/04/2025", "01/01/2024 ", " 01/01/2024", "01/01/20245",
                              "+1/01/2024", "01/ 1/2024", "aa/bb/cccc",  "20/01/2038",  "13/12/1901",
-                             "01/01/9999", "01/01/0000"})
+                             "01/01/9999", "01/01/0000"}) {
         EXPECT_NE(ValidateDeploymentDate(date), 0) << date;
+    }
     EXPECT_NE(ValidateDeploymentDate(nullptr), 0);
 }
 

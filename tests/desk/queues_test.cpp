@@ -132,8 +132,9 @@ TEST_F(Queues, FailWhenTheyAreNone)
 TEST_F(Queues, RefuseAMessageWhenTheyAreFull)
 {
     int sent = 0;
-    while (sent < 100000 && SendStatusMessagetoSource(getRequest(), requests) == 0)
+    while (sent < 100000 && SendStatusMessagetoSource(getRequest(), requests) == 0) {
         ++sent;
+    }
     EXPECT_GT(sent, 10);
     EXPECT_LT(sent, 100000);
     EXPECT_EQ(waiting(0), static_cast<unsigned long>(sent));

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-/* The readers of the support library: what a new monitor holds, and their failures. */
+// The readers of the support library: what a new monitor holds, and their failures.
 #include "desk_test.h"
 
 #include <monitor_support.h>
@@ -326,27 +326,31 @@ TEST_F(Records, FailOneByOneWhenToldTo)
 {
     for (const Reader &told : readers()) {
         ASSERT_EQ(command(std::string("fault fail-read on ") + told.name), 0);
-        for (const Reader &reader : readers())
+        for (const Reader &reader : readers()) {
             EXPECT_EQ(reader.call() != 0, &reader == &told) << reader.name << " when told of " << told.name;
+        }
     }
 }
 
 TEST_F(Records, FailAllWhenToldTo)
 {
     ASSERT_EQ(command("fault fail-read on"), 0);
-    for (const Reader &reader : readers())
+    for (const Reader &reader : readers()) {
         EXPECT_NE(reader.call(), 0) << reader.name;
+    }
     EXPECT_EQ(GetMonitorStatus(SPEAR_STATE), FREE);
     ASSERT_EQ(command("fault clear"), 0);
-    for (const Reader &reader : readers())
+    for (const Reader &reader : readers()) {
         EXPECT_EQ(reader.call(), 0) << reader.name;
+    }
 }
 
 TEST_F(Records, FailWithoutAStore)
 {
     setenv("DESK_MONITOR_STORE", (directory + "/none/store.db").c_str(), 1);
-    for (const Reader &reader : readers())
+    for (const Reader &reader : readers()) {
         EXPECT_NE(reader.call(), 0) << reader.name;
+    }
     EXPECT_EQ(GetMonitorStatus(SPEAR_STATE), -1);
     char address[IP_ADDRESS_SIZE] = "x";
     EXPECT_NE(GetIPAddress(address), 0);

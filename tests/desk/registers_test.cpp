@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-/* GetRegisterValue: every register in its group. */
+// GetRegisterValue: every register in its group.
 #include "desk_test.h"
 
 #include <monitor_support.h>
@@ -16,7 +16,7 @@ struct FactoryValue {
 };
 
 /* All 131 registers with what a new monitor stores in them. */
-constexpr FactoryValue FactoryValues[] = {
+constexpr FactoryValue factoryValues[] = {
     {0, 0, "250"},
     {1, 0, "0"},
     {2, 0, "0.6900"},
@@ -156,33 +156,38 @@ class Registers : public DeskTest
 
 TEST_F(Registers, ReadTheirFactoryValues)
 {
-    EXPECT_EQ(std::size(FactoryValues), 131u);
-    for (const FactoryValue &value : FactoryValues)
+    EXPECT_EQ(std::size(factoryValues), 131u);
+    for (const FactoryValue &value : factoryValues) {
         EXPECT_EQ(registerText(value.registerId, value.group), value.text) << "register " << value.registerId;
+    }
 }
 
 TEST_F(Registers, FailInEveryGroupButTheirOwn)
 {
-    for (const FactoryValue &value : FactoryValues) {
+    for (const FactoryValue &value : factoryValues) {
         for (int group = -1; group <= 17; ++group) {
             const int registerId = value.registerId;
             const bool colorParameter =
                 registerId >= 2 && registerId <= 18 && group == COLORSPACE_PARAMETER_ID;
             const bool reset = (registerId == 19 || registerId == 20) && group == RESET_GROUP_ID;
             const bool version = registerId == 136 && group == VERSION_INFO_ID;
-            if (group == value.group || colorParameter || reset || version)
+            if (group == value.group || colorParameter || reset || version) {
                 EXPECT_EQ(registerText(registerId, group), value.text) << registerId << " in " << group;
-            else
+            } else {
                 EXPECT_EQ(registerText(registerId, group), "failure") << registerId << " in " << group;
+            }
         }
     }
 }
 
 TEST_F(Registers, ThatDoNotExistFail)
 {
-    for (int registerId : {-1, 21, 24, 27, 46, 69, 80, 95, 111, 123, 137, 145, 160, 167, 176, 184, 255, 256})
-        for (int group = 0; group <= 16; ++group)
+    for (int registerId :
+         {-1, 21, 24, 27, 46, 69, 80, 95, 111, 123, 137, 145, 160, 167, 176, 184, 255, 256}) {
+        for (int group = 0; group <= 16; ++group) {
             EXPECT_EQ(registerText(registerId, group), "failure") << registerId << " in " << group;
+        }
+    }
 }
 
 TEST_F(Registers, LeaveTheBufferAloneOnFailure)

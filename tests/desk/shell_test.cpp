@@ -23,8 +23,9 @@ namespace
 std::vector<std::string> take(char **lines)
 {
     std::vector<std::string> taken;
-    for (char **line = lines; line != nullptr && *line != nullptr; ++line)
+    for (char **line = lines; line != nullptr && *line != nullptr; ++line) {
         taken.emplace_back(*line);
+    }
     freeresultbuf(lines);
     return taken;
 }
@@ -35,8 +36,9 @@ int openDescriptors()
 {
     int count = 0;
     DIR *directory = opendir("/proc/self/fd");
-    while (readdir(directory) != nullptr)
+    while (readdir(directory) != nullptr) {
         ++count;
+    }
     closedir(directory);
     return count;
 }
@@ -173,12 +175,14 @@ TEST(Shell, KillsWhatTheCommandHasStartedToo)
     ASSERT_NE(file, -1);
     char text[32] = "";
     for (int limit = 1; text[0] == '\0'; limit *= 2) { /* until the command comes so far */
-        ASSERT_LT(limit, 100);
-        setenv("DESK_SHELL_TIMEOUT", std::to_string(limit).c_str(), 1);
-        EXPECT_EQ(runcommand((std::string("sleep 600 & echo $! >") + name + "; wait").c_str(), nullptr,
-                             nullptr, nullptr),
-                  -1);
-        ASSERT_NE(pread(file, text, sizeof text - 1, 0), -1);
+        {
+            ASSERT_LT(limit, 100);
+            setenv("DESK_SHELL_TIMEOUT", std::to_string(limit).c_str(), 1);
+            EXPECT_EQ(runcommand((std::string("sleep 600 & echo $! >") + name + "; wait").c_str(), nullptr,
+                                 nullptr, nullptr),
+                      -1);
+            ASSERT_NE(pread(file, text, sizeof text - 1, 0), -1);
+        }
     }
     unsetenv("DESK_SHELL_TIMEOUT");
     const std::string started = "/proc/" + std::to_string(atoi(text)) + "/stat";
@@ -188,8 +192,9 @@ TEST(Shell, KillsWhatTheCommandHasStartedToo)
                              stream >> identifier >> program >> state;
                              return stream.good() && state != "Z" && state != "X";
     };
-    for (int i = 0; alive() && i < 10'000; ++i)
+    for (int i = 0; alive() && i < 10'000; ++i) {
         usleep(1000);
+    }
     EXPECT_FALSE(alive());
     close(file);
     unlink(name);

@@ -51,8 +51,9 @@ TEST_F(Store, KeepsWhatTheEngineWroteBeforeItWasKilled)
         snprintf(hex, sizeof hex, "01000000 0300 0700 00 01 00  00 00 00 %02x000000",
                  static_cast<unsigned>(luminance));
         ASSERT_EQ(request(hex).bytes.at(9), 0);
-        if (luminance % 10 != 9)
+        if (luminance % 10 != 9) {
             continue;
+        }
         ASSERT_EQ(stopEngine(SIGKILL), 128 + SIGKILL);
         ASSERT_EQ(command("show preset1.luminance"), 0);
         EXPECT_EQ(commandOutput, std::to_string(luminance) + "\n");
@@ -83,8 +84,9 @@ TEST_F(Store, IsWholeWheneverTheEngineIsKilled)
                  "00 00 00 00000000 00 00 00 00000000 00",
                  static_cast<unsigned>(next));
         sendRaw(hex);
-        if (round % 2 == 1)
+        if (round % 2 == 1) {
             std::this_thread::sleep_for(std::chrono::microseconds(100 * round));
+        }
         stopEngine(SIGKILL);
         const std::string stored = registerText(0, 0);
         EXPECT_TRUE(stored == std::to_string(last) || stored == std::to_string(next))
@@ -123,20 +125,26 @@ TEST_F(Store, ShowsAtOnceWhatWasWrittenByOtherMeans)
         set(i % 3);
         EXPECT_EQ(registerText(25, 1), std::to_string(i % 3)) << i;
         if (i % 4 == 0) { /* the log is emptied and begins anew */
-            run("PRAGMA wal_checkpoint(TRUNCATE)");
-            EXPECT_EQ(registerText(25, 1), std::to_string(i % 3)) << i;
+            {
+                run("PRAGMA wal_checkpoint(TRUNCATE)");
+                EXPECT_EQ(registerText(25, 1), std::to_string(i % 3)) << i;
+            }
         }
         if (i % 5 == 0) { /* a change of one's own, and one of the other's after it */
-            char error[ERROR_TEXT_SIZE];
-            ASSERT_EQ(UpdateDisplayName(std::to_string(i).c_str(), error), 0);
-            set((i + 1) % 3);
-            EXPECT_EQ(registerText(25, 1), std::to_string((i + 1) % 3)) << i;
+            {
+                char error[ERROR_TEXT_SIZE];
+                ASSERT_EQ(UpdateDisplayName(std::to_string(i).c_str(), error), 0);
+                set((i + 1) % 3);
+                EXPECT_EQ(registerText(25, 1), std::to_string((i + 1) % 3)) << i;
+            }
         }
     }
     for (int i = 1; i < 6; ++i) { /* the log is as long as it was, and another */
-        run("PRAGMA wal_checkpoint(TRUNCATE)");
-        set(i % 3);
-        EXPECT_EQ(registerText(25, 1), std::to_string(i % 3)) << i;
+        {
+            run("PRAGMA wal_checkpoint(TRUNCATE)");
+            set(i % 3);
+            EXPECT_EQ(registerText(25, 1), std::to_string(i % 3)) << i;
+        }
     }
     run("BEGIN");
     set(0);
@@ -157,13 +165,16 @@ TEST_F(Store, LosesNoChangeOfManyProcesses)
     ASSERT_EQ(command("show settings"), 0);
     const std::string loop = "for i in 1 2 3 4 5 6 7 8; do " DESK_MONITOR " user add $0$i || exit 1; done";
     std::vector<pid_t> writers;
-    for (const char *name : {"anna", "bert", "cleo"})
+    for (const char *name : {"anna", "bert", "cleo"}) {
         writers.push_back(startProgram({"/bin/sh", "-c", loop, name}, directory + "/writers.log"));
+    }
     char error[ERROR_TEXT_SIZE];
-    for (int i = 0; i < 50; ++i)
+    for (int i = 0; i < 50; ++i) {
         EXPECT_EQ(UpdateDeploymentLocation(std::to_string(i).c_str(), error), 0);
-    for (pid_t writer : writers)
+    }
+    for (pid_t writer : writers) {
         EXPECT_EQ(endOf(writer), 0) << contentOf(directory + "/writers.log");
+    }
     for (const char *name : {"anna", "bert", "cleo"}) {
         for (int i = 1; i <= 8; ++i) {
             char administrator = 7;
@@ -178,11 +189,13 @@ TEST_F(Store, LosesNoChangeOfManyProcesses)
 TEST_F(Store, IsCreatedOnceByManyProcesses)
 {
     std::vector<pid_t> creators;
-    for (int i = 0; i < 8; ++i)
+    for (int i = 0; i < 8; ++i) {
         creators.push_back(startProgram({DESK_MONITOR, "show", "settings"}, directory + "/creators.log"));
+    }
     EXPECT_EQ(registerText(25, 1), "0");
-    for (pid_t creator : creators)
+    for (pid_t creator : creators) {
         EXPECT_EQ(endOf(creator), 0) << contentOf(directory + "/creators.log");
+    }
 }
 
 TEST_F(Store, MayBeAnotherFromOneCallToTheNext)
@@ -201,8 +214,9 @@ TEST_F(Store, MayBeRemovedAndBeginsAnew)
 {
     ASSERT_EQ(command("set video_input 1"), 0);
     EXPECT_EQ(registerText(25, 1), "1");
-    for (const char *suffix : {"", "-wal", "-shm"})
+    for (const char *suffix : {"", "-wal", "-shm"}) {
         std::filesystem::remove(store + suffix);
+    }
     EXPECT_EQ(registerText(25, 1), "0");
 }
 
@@ -216,8 +230,9 @@ TEST_F(Store, ThatVanishedAndBeganAnewIsSaid)
                               " is new; it begins with factory settings and the factory's users: "
                               "root (administrator), admin (administrator), operator\n";
     const auto vanish = [&] {
-        for (const char *suffix : {"", "-wal", "-shm"})
+        for (const char *suffix : {"", "-wal", "-shm"}) {
             std::filesystem::remove(store + suffix);
+        }
     };
     testing::internal::CaptureStderr();
     EXPECT_EQ(registerText(25, 1), "0");
@@ -261,9 +276,12 @@ TEST_F(Store, IsNotMadeInADirectoryThatIsNotTheUsersAlone)
     EXPECT_EQ(complaint(), "desk-monitor: the directory " + own + " can be written by other users" + remedy);
     std::filesystem::permissions(own, std::filesystem::perms(0755));
     if (geteuid() == 0) { /* who else could give it away? */
-        ASSERT_EQ(chown(own.c_str(), 65534, 65534), 0);
-        EXPECT_EQ(complaint(), "desk-monitor: the directory " + own + " belongs to another user" + remedy);
-        ASSERT_EQ(chown(own.c_str(), 0, 0), 0);
+        {
+            ASSERT_EQ(chown(own.c_str(), 65534, 65534), 0);
+            EXPECT_EQ(complaint(),
+                      "desk-monitor: the directory " + own + " belongs to another user" + remedy);
+            ASSERT_EQ(chown(own.c_str(), 0, 0), 0);
+        }
     }
     std::filesystem::remove(own);
     ASSERT_TRUE(std::filesystem::create_directory(directory + "/elsewhere"));
@@ -298,8 +316,9 @@ TEST_F(Store, IsNotOpenInAForkedChild)
     EXPECT_EQ(registerText(25, 1), "0");
     EXPECT_GT(opened(), 0);
     const pid_t child = fork();
-    if (child == 0)
+    if (child == 0) {
         _exit(opened());
+    }
     EXPECT_EQ(endOf(child), 0);
 }
 
@@ -330,13 +349,15 @@ TEST_F(Store, ServesSeveralThreads)
             for (int i = 0; i < 200; ++i) {
                 char text[REGISTER_TEXT_SIZE], error[ERROR_TEXT_SIZE];
                 failures[t] += GetRegisterValue(0, 0, text) != 0 || strcmp(text, "250") != 0;
-                if (i % 50 == 0)
+                if (i % 50 == 0) {
                     failures[t] += UpdateDisplayName("Thread", error) != 0;
+                }
             }
         });
     }
-    for (std::thread &thread : threads)
+    for (std::thread &thread : threads) {
         thread.join();
+    }
     EXPECT_EQ(failures, std::vector<int>(4));
 }
 
@@ -347,8 +368,9 @@ std::set<std::string> exported(const char *library)
     EXPECT_EQ(
         runcommand((std::string("nm -D --defined-only -j ") + library).c_str(), nullptr, &lines, nullptr), 0);
     std::set<std::string> symbols;
-    for (char **line = lines; line != nullptr && *line != nullptr; ++line)
+    for (char **line = lines; line != nullptr && *line != nullptr; ++line) {
         symbols.insert(std::string(*line, strcspn(*line, "\n")));
+    }
     freeresultbuf(lines);
     return symbols;
 }

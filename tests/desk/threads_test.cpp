@@ -45,7 +45,7 @@ struct Setting {
     int lowest, step, values;
 };
 
-constexpr Setting Settings[] = {
+constexpr Setting settings[] = {
     {"ZT_Marovelton_FunctionButton", "ZT:Marovelton_FunctionButton:1", "SetSetting",
      ZT_Marovelton_FunctionButton_Create_MethodMI, 115, 7, 1, 1, 17},
     {"ZT_Marovelton_FunctionButton", "ZT:Marovelton_FunctionButton:2", "SetSetting",
@@ -66,13 +66,13 @@ constexpr Setting Settings[] = {
 
 /** What an object manager holds of the library: it calls the factories once. */
 struct Providers {
-    CMPIMethodMI *methods[std::size(Settings)];
+    CMPIMethodMI *methods[std::size(settings)];
     CMPIInstanceMI *monitor;
 
     Providers() : monitor(ZT_Marovelton_Monitor_Create_InstanceMI(&broker, &bench::context, nullptr))
     {
-        for (std::size_t i = 0; i < std::size(Settings); ++i) {
-            methods[i] = Settings[i].factory(&broker, &bench::context, nullptr);
+        for (std::size_t i = 0; i < std::size(settings); ++i) {
+            methods[i] = settings[i].factory(&broker, &bench::context, nullptr);
         }
     }
 };
@@ -121,7 +121,7 @@ int callFromThreads(std::size_t first, std::size_t count, int calls)
     std::vector<int> wrong(count);
     for (std::size_t i = 0; i < count; ++i) {
         threads.emplace_back([&, i] {
-            wrong[i] = call(Settings[first + i], providers.methods[first + i], providers.monitor, calls);
+            wrong[i] = call(settings[first + i], providers.methods[first + i], providers.monitor, calls);
         });
     }
     int sum = 0;
@@ -225,7 +225,7 @@ TEST_F(Threads, AreRefusedOrServedAndNothingBetween)
     std::vector<int> served(8), refused(8), wrong(8);
     for (std::size_t t = 0; t < 8; ++t) {
         threads.emplace_back([&, t] {
-            const Setting &setting = Settings[t];
+            const Setting &setting = settings[t];
             std::string known = registerText(setting.registerId, setting.group);
             for (int i = 0; i < 100; ++i) {
                 const int value = setting.lowest + setting.step * (i % setting.values);
@@ -249,7 +249,7 @@ TEST_F(Threads, AreRefusedOrServedAndNothingBetween)
     EXPECT_EQ(all, 800);
     ASSERT_EQ(command("fault clear"), 0);
     setenv("DESK_MONITOR_RECEIVE_TIMEOUT", "120", 1);
-    EXPECT_TRUE(exchange(Settings[0], 9));
+    EXPECT_TRUE(exchange(settings[0], 9));
     expectNothingLeft();
 }
 
