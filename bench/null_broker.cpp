@@ -106,9 +106,19 @@ CMPIObjectPath *madePath(const CMPIInstance *, CMPIStatus *)
     return const_cast<CMPIObjectPath *>(static_cast<const CMPIObjectPath *>(made));
 }
 
+/** The keys of the path are properties, as with most object managers. */
+CMPIData anyProperty(const CMPIInstance *, const char *, CMPIStatus *status)
+{
+    *status = OK;
+    CMPIData data = {};
+    data.type = CMPI_string;
+    return data;
+}
+
 const CMPIInstanceFT INSTANCES = [] {
     CMPIInstanceFT table = {};
     table.setProperty = acceptProperty;
+    table.getProperty = anyProperty;
     table.getObjectPath = madePath;
     return table;
 }();
