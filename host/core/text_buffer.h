@@ -57,6 +57,15 @@ class TextBuffer
         size_ += bytes;
     }
 
+    /** Puts the text before what is there. */
+    void prepend(std::string_view text)
+    {
+        grow(text.size());
+        std::memmove(data_ + text.size(), data_, size_);
+        std::memcpy(data_, text.data(), text.size());
+        size_ += text.size();
+    }
+
     /** Takes back what was appended after that size. */
     void truncate(std::size_t size)
     {

@@ -18,8 +18,8 @@ namespace
 /** The kind of WS-Management's enumerations among all that are open. */
 constexpr int CONTEXT_KIND = 0x100;
 
-/** What comes after the items of an answer at most. */
-constexpr std::size_t TAIL = 512;
+/** What stands around the items in the body of an answer at most. */
+constexpr std::size_t AROUND = 512;
 
 /** Of one answer, when the client sets no limit. */
 constexpr std::size_t MOST_ITEMS = 1024;
@@ -33,6 +33,7 @@ struct Order {
     bool exactClass = false;
     bool isOptimized = false;
     std::size_t maxElements = 1; // as WS-Enumeration has it
+    std::size_t maxCharacters = SIZE_MAX;
     std::chrono::milliseconds lifetime{};
     bool tellsLifetime = false;
 };
@@ -48,30 +49,37 @@ struct Items {
     }
 };
 
+void writeItem(Writer &writer, const Items &items, std::size_t place, const Order &order)
+{
+    if (order.mode == Mode::Both) {
+        writer.raw("<wsman:Item>");
+    }
+    if (order.mode != Mode::Endpoint) {
+        writer.instance(*items.instances[place], order.as);
+    }
+    if (order.mode != Mode::Object) {
+        writer.endpoint(items.paths.empty() ? *items.instances[place]->path : *items.paths[place]);
+    }
+    if (order.mode == Mode::Both) {
+        writer.raw("</wsman:Item>");
+    }
+}
+
 /** Writes objects, from one on, as many as may and fit. Returns the number; false in fits when the first one
  * alone is too long. */
-std::size_t writeItems(Writer &writer, const Items &items, std::size_t first, const Order &order,
-                       std::size_t limit, bool &fits)
+std::size_t writeItems(Exchange &exchange, Writer &writer, const Items &items, std::size_t first,
+                       const Order &order, bool &fits)
 {
+    const Message &message = exchange.message;
     TextBuffer &buffer = writer.buffer();
     std::size_t written = 0;
     fits = true;
     for (std::size_t i = first; i < items.size() && written < order.maxElements; ++i) {
         const std::size_t before = buffer.size();
-        const Path &path = items.paths.empty() ? *items.instances[i]->path : *items.paths[i];
-        if (order.mode == Mode::Both) {
-            writer.raw("<wsman:Item>");
-        }
-        if (order.mode != Mode::Endpoint) {
-            writer.instance(*items.instances[i], order.as);
-        }
-        if (order.mode != Mode::Object) {
-            writer.endpoint(path);
-        }
-        if (order.mode == Mode::Both) {
-            writer.raw("</wsman:Item>");
-        }
-        if (buffer.size() > limit) {
+        writeItem(writer, items, i, order);
+        const std::size_t whole =
+            buffer.size() + AROUND + writer.envelopeSize(message.action, message.messageId);
+        if (whole > message.maxEnvelopeSize || buffer.size() > order.maxCharacters) {
             buffer.truncate(before);
             fits = written != 0;
             break;
@@ -238,55 +246,48 @@ void keepExactClass(const Target &target, Answer &answer)
     answer.paths.truncate(kept);
 }
 
-std::size_t room(const Exchange &exchange, std::size_t used)
+/** The header with the number of objects, if it is wanted. */
+std::string countHeader(const Exchange &exchange, std::size_t count)
 {
-    const std::size_t most = exchange.message.maxEnvelopeSize;
-    return most > used + TAIL ? most - used - TAIL : 0;
+    return exchange.message.wantsItemCount ? "<wsman:TotalItemsCountEstimate>" + std::to_string(count) +
+                                                 "</wsman:TotalItemsCountEstimate>"
+                                           : "";
 }
 
-void writeCount(Exchange &exchange, Writer &writer, std::size_t count)
-{
-    if (exchange.message.wantsItemCount) {
-        writer.element("wsman:TotalItemsCountEstimate", std::to_string(count));
-    }
-}
-
+/** The context comes before the items, but is not known before it is known how many fit. */
 bool answerEnumerate(Exchange &exchange, const Target &target, const Order &order, const Items &items)
 {
     Writer writer = exchange.writer();
-    writer.open(exchange.message.action, "Response", exchange.message.messageId);
-    writeCount(exchange, writer, items.size());
-    writer.beginBody();
-    writer.raw("<wsen:EnumerateResponse>");
-    TextBuffer buffer(exchange.http.memory); // the items, which come after the name of the context
     std::size_t written = 0;
+    bool fits = true;
     if (order.isOptimized) {
-        Writer itemWriter(buffer, exchange.service.fragments, exchange.vendorBase);
-        bool fits = true;
-        written = writeItems(itemWriter, items, 0, order, room(exchange, writer.buffer().size()), fits);
-        if (!fits) {
-            return tooLong(exchange);
-        }
+        written = writeItems(exchange, writer, items, 0, order, fits);
+    }
+    if (!fits) {
+        return tooLong(exchange);
     }
     const bool isWhole = order.isOptimized && written == items.size();
-    std::string context;
+    std::string start = "<wsen:EnumerateResponse>";
+    if (order.tellsLifetime) {
+        start += "<wsen:Expires>" + durationText(order.lifetime) + "</wsen:Expires>";
+    }
+    start += "<wsen:EnumerationContext>";
     if (!isWhole) {
-        context = keepOpen(exchange, target, order, items, written);
+        const std::string context = keepOpen(exchange, target, order, items, written);
         if (context.empty()) {
             return false;
         }
+        start += context;
     }
-    if (order.tellsLifetime) {
-        writer.element("wsen:Expires", durationText(order.lifetime));
-    }
-    writer.element("wsen:EnumerationContext", context);
+    start += "</wsen:EnumerationContext>";
     if (order.isOptimized) {
-        writer.raw("<wsman:Items>");
-        writer.raw(buffer.view());
+        start += "<wsman:Items>";
         writer.raw(isWhole ? "</wsman:Items><wsman:EndOfSequence/>" : "</wsman:Items>");
     }
+    exchange.out.prepend(start);
     writer.raw("</wsen:EnumerateResponse>");
-    writer.end();
+    writer.finish(exchange.message.action, "Response", exchange.message.messageId,
+                  countHeader(exchange, items.size()));
     return true;
 }
 
@@ -328,7 +329,6 @@ bool pull(Exchange &exchange)
     const std::string_view name =
         trimmedText(childOf(element, uri::ENUMERATION, "EnumerationContext"), exchange.arena);
     Order order;
-    std::size_t characters = SIZE_MAX;
     if (!element) {
         return exchange.refuse(FaultKind::SchemaValidationError, "", "The body holds no wsen:Pull.");
     }
@@ -336,7 +336,7 @@ bool pull(Exchange &exchange)
         return false;
     }
     if (const pugi::xml_node limit = childOf(element, uri::ENUMERATION, "MaxCharacters")) {
-        characters = limit.text().as_ullong();
+        order.maxCharacters = limit.text().as_ullong();
     }
     const ContextUse use(exchange.service.contexts, exchange.http.principal, std::string(name), CONTEXT_KIND);
     if (use.get() == nullptr) {
@@ -345,30 +345,23 @@ bool pull(Exchange &exchange)
     OpenEnumeration &open = *use.get();
     readNote(exchange, open.note, order);
     Writer writer = exchange.writer();
-    writer.open(exchange.message.action, "Response", exchange.message.messageId);
-    writeCount(exchange, writer, open.instances.size() + open.paths.size());
-    writer.beginBody();
-    writer.raw("<wsen:PullResponse>");
-    TextBuffer buffer(exchange.http.memory);
-    Writer itemWriter(buffer, exchange.service.fragments, exchange.vendorBase);
     bool fits = true;
     const Items items = {{open.instances.begin(), open.instances.size()},
                          {open.paths.begin(), open.paths.size()}};
-    const std::size_t written =
-        writeItems(itemWriter, items, open.next, order,
-                   std::min(characters, room(exchange, writer.buffer().size())), fits);
+    const std::size_t written = writeItems(exchange, writer, items, open.next, order, fits);
     if (!fits) {
         return tooLong(exchange);
     }
     const bool isLast = open.remaining() == written;
+    std::string start = "<wsen:PullResponse>";
     if (!isLast) { // compat: clients pull on while the answer names a context, whatever else it says
-        writer.element("wsen:EnumerationContext", use.name());
+        start += "<wsen:EnumerationContext>" + use.name() + "</wsen:EnumerationContext>";
     }
-    writer.raw("<wsen:Items>");
-    writer.raw(buffer.view());
+    exchange.out.prepend(start + "<wsen:Items>");
     writer.raw(isLast ? "</wsen:Items><wsen:EndOfSequence/></wsen:PullResponse>"
                       : "</wsen:Items></wsen:PullResponse>");
-    writer.end();
+    writer.finish(exchange.message.action, "Response", exchange.message.messageId,
+                  countHeader(exchange, items.size()));
     open.next += written;
     return true;
 }
@@ -383,10 +376,7 @@ bool release(Exchange &exchange)
         return exchange.refuse(FaultKind::InvalidEnumerationContext, "", "");
     }
     use.close();
-    Writer writer = exchange.writer();
-    writer.open(exchange.message.action, "Response", exchange.message.messageId);
-    writer.beginBody();
-    writer.end();
+    exchange.writer().finish(exchange.message.action, "Response", exchange.message.messageId);
     return true;
 }
 

@@ -52,23 +52,16 @@ bool findInput(Exchange &exchange, std::string_view method, pugi::xml_node &inpu
 void writeOutput(Exchange &exchange, const cim::Class &klass, const cim::Method &method, const Answer &answer)
 {
     Writer writer = exchange.writer();
-    writer.open(exchange.message.action, "Response", exchange.message.messageId);
-    writer.beginBody();
-    writer.raw("<p:");
-    writer.escaped(method.name);
-    writer.raw("_OUTPUT xmlns:p=\"");
-    writer.resourceUri(klass.name);
-    writer.raw("\">");
+    const std::string element = method.name + "_OUTPUT";
+    writer.openElement(klass, element);
     if (answer.hasReturnValue) {
-        writer.value("ReturnValue", answer.returnValue);
+        writer.value(klass, "ReturnValue", answer.returnValue);
     }
     for (const NamedValue &argument : *answer.outArguments->values) {
-        writer.value(argument.name->view(), argument.data);
+        writer.value(klass, argument.name->view(), argument.data);
     }
-    writer.raw("</p:");
-    writer.escaped(method.name);
-    writer.raw("_OUTPUT>");
-    writer.end();
+    writer.closeElement(klass, element);
+    writer.finish(exchange.message.action, "Response", exchange.message.messageId);
 }
 
 /** compat: the names of the root classes are asked for as a method of a resource that several services have,
@@ -86,8 +79,6 @@ bool enumerateClassNames(Exchange &exchange)
         return false;
     }
     Writer writer = exchange.writer();
-    writer.open(exchange.message.action, "Response", exchange.message.messageId);
-    writer.beginBody();
     writer.raw("<p:EnumerateClassNames xmlns:p=\"");
     writer.escaped(exchange.message.resource.resourceUri);
     writer.raw("\">");
@@ -95,7 +86,7 @@ bool enumerateClassNames(Exchange &exchange)
         writer.element("p:name", klass->name);
     }
     writer.raw("</p:EnumerateClassNames>");
-    writer.end();
+    writer.finish(exchange.message.action, "Response", exchange.message.messageId);
     return true;
 }
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Identify, and the operations on one object: Get, Put, Create, Delete.
+#include "core/xml_text.h"
 #include "wsman/exchange.h"
 #include "wsman/uris.h"
 #include "wsman/xml.h"
@@ -84,11 +85,14 @@ const char **listOf(Exchange &exchange, const cim::Class &klass, std::size_t pla
     return list;
 }
 
-void writeFragmentHeader(Exchange &exchange, Writer &writer)
+/** The header that answers a fragment transfer. */
+std::string fragmentHeader(const Exchange &exchange)
 {
-    writer.raw("<wsman:FragmentTransfer s:mustUnderstand=\"true\">");
-    writer.escaped(*exchange.message.fragment);
-    writer.raw("</wsman:FragmentTransfer>");
+    TextBuffer text;
+    text.append("<wsman:FragmentTransfer s:mustUnderstand=\"true\">");
+    appendEscaped(text, *exchange.message.fragment);
+    text.append("</wsman:FragmentTransfer>");
+    return std::string(text.view());
 }
 
 /** Reads the object and writes the answer to a Get or Put. */
@@ -108,19 +112,15 @@ bool answerWithObject(Exchange &exchange, const Target &target, const Fragment &
     }
     const Instance &found = *answer.instances[0];
     Writer writer = exchange.writer();
-    writer.open(message.action, "Response", message.messageId);
-    if (message.fragment) {
-        writeFragmentHeader(exchange, writer);
-    }
-    writer.beginBody();
     if (!message.fragment) {
         writer.instance(found);
-    } else {
-        // The object may be of a subclass, where the property stands elsewhere.
-        const std::size_t place = found.klass->placeOf(target.klass->properties[fragment.place].name);
-        writer.fragment(found, place, fragment.index, fragment.textOnly);
+        writer.finish(message.action, "Response", message.messageId);
+        return true;
     }
-    writer.end();
+    // The object may be of a subclass, where the property stands elsewhere.
+    const std::size_t place = found.klass->placeOf(target.klass->properties[fragment.place].name);
+    writer.fragment(found, place, fragment.index, fragment.textOnly);
+    writer.finish(message.action, "Response", message.messageId, fragmentHeader(exchange));
     return true;
 }
 
@@ -247,10 +247,8 @@ bool put(Exchange &exchange)
     }
     if (!answerWithObject(exchange, target, fragment)) { // changed all the same
         exchange.fault = {};
-        Writer writer = exchange.writer();
-        writer.open(exchange.message.action, "Response", exchange.message.messageId);
-        writer.beginBody();
-        writer.end();
+        exchange.out.clear();
+        exchange.writer().finish(exchange.message.action, "Response", exchange.message.messageId);
     }
     return true;
 }
@@ -271,12 +269,10 @@ bool create(Exchange &exchange)
         return false;
     }
     Writer writer = exchange.writer();
-    writer.open(exchange.message.action, "Response", exchange.message.messageId);
-    writer.beginBody();
     writer.raw("<wxf:ResourceCreated>");
     writer.endpointParts(*answer.paths[0]);
     writer.raw("</wxf:ResourceCreated>");
-    writer.end();
+    writer.finish(exchange.message.action, "Response", exchange.message.messageId);
     return true;
 }
 
@@ -294,10 +290,7 @@ bool remove(Exchange &exchange)
     if (!exchange.run(request, answer)) {
         return false;
     }
-    Writer writer = exchange.writer();
-    writer.open(exchange.message.action, "Response", exchange.message.messageId);
-    writer.beginBody();
-    writer.end();
+    exchange.writer().finish(exchange.message.action, "Response", exchange.message.messageId);
     return true;
 }
 

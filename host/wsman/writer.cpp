@@ -17,16 +17,17 @@ namespace host::wsman
 namespace
 {
 
-constexpr std::string_view HEAD =
-    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-    "<s:Envelope xmlns:s=\"http://www.w3.org/2003/05/soap-envelope\""
-    " xmlns:wsa=\"http://schemas.xmlsoap.org/ws/2004/08/addressing\""
-    " xmlns:wsman=\"http://schemas.dmtf.org/wbem/wsman/1/wsman.xsd\""
-    " xmlns:wsen=\"http://schemas.xmlsoap.org/ws/2004/09/enumeration\""
-    " xmlns:wxf=\"http://schemas.xmlsoap.org/ws/2004/09/transfer\""
-    " xmlns:cim=\"http://schemas.dmtf.org/wbem/wscim/1/common\""
-    " xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\">"
-    "<s:Header><wsa:To>http://schemas.xmlsoap.org/ws/2004/08/addressing/role/anonymous</wsa:To><wsa:Action>";
+constexpr std::string_view HEAD = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                                  "<s:Envelope xmlns:s=\"http://www.w3.org/2003/05/soap-envelope\""
+                                  " xmlns:wsa=\"http://schemas.xmlsoap.org/ws/2004/08/addressing\""
+                                  " xmlns:wsman=\"http://schemas.dmtf.org/wbem/wsman/1/wsman.xsd\""
+                                  " xmlns:wsen=\"http://schemas.xmlsoap.org/ws/2004/09/enumeration\""
+                                  " xmlns:wxf=\"http://schemas.xmlsoap.org/ws/2004/09/transfer\""
+                                  " xmlns:cim=\"http://schemas.dmtf.org/wbem/wscim/1/common\""
+                                  " xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\"";
+
+constexpr std::string_view HEADERS =
+    "><s:Header><wsa:To>http://schemas.xmlsoap.org/ws/2004/08/addressing/role/anonymous</wsa:To><wsa:Action>";
 
 constexpr std::string_view FAULT_DETAIL = "http://schemas.dmtf.org/wbem/wsman/1/wsman/faultDetail/";
 
@@ -61,12 +62,13 @@ std::size_t encode(unsigned code, char (&text)[4])
 
 } // namespace
 
-ClassFragments::ClassFragments(const cim::Class &klass)
+ClassFragments::ClassFragments(const cim::Class &klass, std::size_t number)
+    : prefix("n" + std::to_string(number) + ":"), name(klass.name)
 {
     for (std::size_t i = 0; i < klass.properties.size(); ++i) {
-        const std::string &name = klass.properties[i].name;
+        const std::string element = prefix + klass.properties[i].name;
         properties.push_back(
-            {i, "<p:" + name + ">", "</p:" + name + ">", "<p:" + name + " xsi:nil=\"true\"/>"});
+            {i, "<" + element + ">", "</" + element + ">", "<" + element + " xsi:nil=\"true\"/>"});
     }
     std::sort(properties.begin(), properties.end(), [&](const Property &left, const Property &right) {
         return klass.properties[left.place].name < klass.properties[right.place].name;
@@ -77,7 +79,7 @@ FragmentCache::FragmentCache(const cim::NameSpaces &nameSpaces)
 {
     for (const cim::NameSpace &nameSpace : nameSpaces.all()) {
         for (const cim::Class *klass : nameSpace.classes->all()) {
-            entries_.try_emplace(klass);
+            entries_[klass].number = entries_.size();
         }
     }
 }
@@ -85,7 +87,7 @@ FragmentCache::FragmentCache(const cim::NameSpaces &nameSpaces)
 const ClassFragments &FragmentCache::of(const cim::Class &klass)
 {
     Entry &entry = entries_.at(&klass);
-    std::call_once(entry.made, [&] { entry.fragments.emplace(klass); });
+    std::call_once(entry.made, [&] { entry.fragments.emplace(klass, entry.number); });
     return *entry.fragments;
 }
 
@@ -96,27 +98,76 @@ std::string_view baseUri(std::string_view className, std::string_view vendorBase
 
 // ------------------------------------------------------------------------------------------------- envelope
 
-void Writer::open(std::string_view action, std::string_view suffix, std::string_view relatesTo)
+std::string Writer::head(std::string_view action, std::string_view suffix, std::string_view relatesTo) const
 {
-    out_.append(HEAD);
-    appendEscaped(out_, action);
-    out_.append(suffix);
-    out_.append("</wsa:Action>");
+    TextBuffer text;
+    text.append(HEAD);
+    for (const ClassFragments *fragments : declared_) {
+        text.append(" xmlns:");
+        text.append(std::string_view(fragments->prefix).substr(0, fragments->prefix.size() - 1));
+        text.append("=\"");
+        appendEscaped(text, baseUri(fragments->name, vendorBase_));
+        text.append(fragments->name);
+        text.append('"');
+    }
+    text.append(HEADERS);
+    appendEscaped(text, action);
+    text.append(suffix);
+    text.append("</wsa:Action>");
     if (!relatesTo.empty()) {
-        element("wsa:RelatesTo", relatesTo);
+        text.append("<wsa:RelatesTo>");
+        appendEscaped(text, relatesTo);
+        text.append("</wsa:RelatesTo>");
     }
     char id[48];
-    element("wsa:MessageID", makeMessageId(id));
+    text.append("<wsa:MessageID>");
+    text.append(makeMessageId(id));
+    text.append("</wsa:MessageID>");
+    return std::string(text.view());
 }
 
-void Writer::beginBody()
+void Writer::finish(std::string_view action, std::string_view suffix, std::string_view relatesTo,
+                    std::string_view headers)
 {
-    out_.append("</s:Header><s:Body>");
-}
-
-void Writer::end()
-{
+    out_.prepend(head(action, suffix, relatesTo).append(headers).append("</s:Header><s:Body>"));
     out_.append("</s:Body></s:Envelope>\n");
+}
+
+std::size_t Writer::envelopeSize(std::string_view action, std::string_view relatesTo) const
+{
+    constexpr std::size_t TAGS = 512;  // of the headers and the body
+    constexpr std::size_t LONGEST = 6; // of an escaped character
+    constexpr std::size_t DECLARED = 32;
+    std::size_t size = HEAD.size() + HEADERS.size() + TAGS + (action.size() + relatesTo.size()) * LONGEST;
+    for (const ClassFragments *fragments : declared_) {
+        size += DECLARED + vendorBase_.size() * LONGEST + uri::CIM_CLASSES.size() + fragments->name.size();
+    }
+    return size;
+}
+
+const ClassFragments &Writer::fragmentsOf(const cim::Class &klass)
+{
+    const ClassFragments &fragments = fragments_.of(klass);
+    if (std::find(declared_.rbegin(), declared_.rend(), &fragments) == declared_.rend()) {
+        declared_.push_back(&fragments);
+    }
+    return fragments;
+}
+
+void Writer::openElement(const cim::Class &klass, std::string_view name)
+{
+    out_.append('<');
+    out_.append(fragmentsOf(klass).prefix);
+    out_.append(name);
+    out_.append('>');
+}
+
+void Writer::closeElement(const cim::Class &klass, std::string_view name)
+{
+    out_.append("</");
+    out_.append(fragmentsOf(klass).prefix);
+    out_.append(name);
+    out_.append('>');
 }
 
 void Writer::element(std::string_view name, std::string_view text)
@@ -140,17 +191,6 @@ void Writer::escaped(std::string_view text)
 void Writer::fault(const Fault &fault, std::string_view relatesTo)
 {
     const FaultForm &form = formOf(fault.kind);
-    open(form.action, "", relatesTo);
-    if (fault.kind == FaultKind::MustUnderstand) {
-        out_.append("<s:NotUnderstood qname=\"p:");
-        appendEscaped(out_, fault.subject);
-        out_.append("\" xmlns:p=\"");
-        appendEscaped(out_, fault.subjectNameSpace);
-        out_.append("\"/>");
-    } else if (fault.kind == FaultKind::VersionMismatch) {
-        out_.append("<s:Upgrade><s:SupportedEnvelope qname=\"s:Envelope\"/></s:Upgrade>");
-    }
-    beginBody();
     out_.append("<s:Fault><s:Code>");
     element("s:Value", form.code);
     if (!form.subcode.empty()) {
@@ -163,7 +203,19 @@ void Writer::fault(const Fault &fault, std::string_view relatesTo)
     out_.append("</s:Text></s:Reason>");
     faultDetail(fault);
     out_.append("</s:Fault>");
-    end();
+    std::string header;
+    if (fault.kind == FaultKind::MustUnderstand) {
+        TextBuffer text;
+        text.append("<s:NotUnderstood qname=\"p:");
+        appendEscaped(text, fault.subject);
+        text.append("\" xmlns:p=\"");
+        appendEscaped(text, fault.subjectNameSpace);
+        text.append("\"/>");
+        header = text.view();
+    } else if (fault.kind == FaultKind::VersionMismatch) {
+        header = "<s:Upgrade><s:SupportedEnvelope qname=\"s:Envelope\"/></s:Upgrade>";
+    }
+    finish(form.action, "", relatesTo, header);
 }
 
 void Writer::faultDetail(const Fault &fault)
@@ -214,21 +266,23 @@ void Writer::resourceUri(std::string_view className)
 
 void Writer::instance(const Instance &instance, const cim::Class *as)
 {
-    const cim::Class &shown = as != nullptr ? *as : *instance.klass;
-    out_.append("<p:");
-    out_.append(shown.name);
-    out_.append(" xmlns:p=\"");
-    resourceUri(shown.name);
-    out_.append("\">");
-    for (const ClassFragments::Property &property : fragments_.of(*instance.klass).properties) {
-        if ((instance.visible == nullptr || instance.visible->contains(property.place)) &&
-            (as == nullptr ||
-             as->placeOf(instance.klass->properties[property.place].name) != cim::NO_PROPERTY)) {
-            items(instance.values[property.place], property.open, property.close, property.null);
+    const ClassFragments &fragments = fragmentsOf(as != nullptr ? *as : *instance.klass);
+    out_.append('<');
+    out_.append(fragments.prefix);
+    out_.append(fragments.name);
+    out_.append('>');
+    for (const ClassFragments::Property &property : fragments.properties) {
+        std::size_t place = property.place;
+        if (as != nullptr && as != instance.klass) {
+            place = instance.klass->placeOf(as->properties[place].name);
+        }
+        if (place != cim::NO_PROPERTY && (instance.visible == nullptr || instance.visible->contains(place))) {
+            items(instance.values[place], property.open, property.close, property.null);
         }
     }
-    out_.append("</p:");
-    out_.append(shown.name);
+    out_.append("</");
+    out_.append(fragments.prefix);
+    out_.append(fragments.name);
     out_.append('>');
 }
 
@@ -244,13 +298,11 @@ void Writer::fragment(const Instance &instance, std::size_t place, std::size_t i
         return;
     }
     const std::string &name = instance.klass->properties[place].name;
-    out_.append("<wsman:XmlFragment xmlns:p=\"");
-    resourceUri(instance.klass->name);
-    out_.append("\">");
+    out_.append("<wsman:XmlFragment>");
     if (textOnly) {
         items(data, "", "", "");
     } else {
-        value(name, data);
+        value(*instance.klass, name, data);
     }
     out_.append("</wsman:XmlFragment>");
 }
@@ -295,10 +347,10 @@ void Writer::endpointParts(const Path &path)
 
 // --------------------------------------------------------------------------------------------------- values
 
-void Writer::value(std::string_view name, const CMPIData &data)
+void Writer::value(const cim::Class &klass, std::string_view name, const CMPIData &data)
 {
-    std::string tag(name);
-    items(data, "<p:" + tag + ">", "</p:" + tag + ">", "<p:" + tag + " xsi:nil=\"true\"/>");
+    const std::string element = fragmentsOf(klass).prefix + std::string(name);
+    items(data, "<" + element + ">", "</" + element + ">", "<" + element + " xsi:nil=\"true\"/>");
 }
 
 void Writer::items(const CMPIData &data, std::string_view open, std::string_view close, std::string_view null)

@@ -30,8 +30,11 @@ struct ClassFragments {
         std::string null;
     };
 
-    explicit ClassFragments(const cim::Class &klass);
+    ClassFragments(const cim::Class &klass, std::size_t number);
 
+    /** Of the elements of the class, with a colon at its end; each class has its own. */
+    std::string prefix;
+    std::string name;
     std::vector<Property> properties; // in the order of their names, as DSP0230 has it
 };
 
@@ -44,6 +47,7 @@ class FragmentCache
 
   private:
     struct Entry {
+        std::size_t number;
         std::once_flag made;
         std::optional<ClassFragments> fragments;
     };
@@ -64,10 +68,16 @@ class Writer
     {
     }
 
-    /** The envelope up to the end of its headers; open() has room for more headers before that. */
-    void open(std::string_view action, std::string_view suffix, std::string_view relatesTo);
-    void beginBody();
-    void end();
+    /** Puts the envelope around the body, which is what has been written. headers: what stands beside those
+     * of every answer. The namespaces of classes are declared by the envelope alone.
+     *
+     * compat: there are clients that look for the element of an object by its name and the bracket after it.
+     */
+    void finish(std::string_view action, std::string_view suffix, std::string_view relatesTo,
+                std::string_view headers = "");
+
+    /** What finish() adds, or a little more. */
+    std::size_t envelopeSize(std::string_view action, std::string_view relatesTo) const;
 
     /** A whole fault message. */
     void fault(const Fault &fault, std::string_view relatesTo);
@@ -91,8 +101,12 @@ class Writer
     void endpoint(const Path &path);
     void endpointParts(const Path &path);
 
-    /** The value, as elements p:name of the class that p stands for; as many as an array has. */
-    void value(std::string_view name, const CMPIData &data);
+    /** The value, as elements of that name in the namespace of the class; as many as an array has. */
+    void value(const cim::Class &klass, std::string_view name, const CMPIData &data);
+
+    /** An element in the namespace of the class, and its end. */
+    void openElement(const cim::Class &klass, std::string_view name);
+    void closeElement(const cim::Class &klass, std::string_view name);
 
     /** The URI of the class. */
     void resourceUri(std::string_view className);
@@ -103,6 +117,8 @@ class Writer
     }
 
   private:
+    const ClassFragments &fragmentsOf(const cim::Class &klass);
+    std::string head(std::string_view action, std::string_view suffix, std::string_view relatesTo) const;
     void scalar(const CMPIData &data);
     void items(const CMPIData &data, std::string_view open, std::string_view close, std::string_view null);
     void faultDetail(const Fault &fault);
@@ -110,6 +126,7 @@ class Writer
     TextBuffer &out_;
     FragmentCache &fragments_;
     std::string_view vendorBase_;
+    std::vector<const ClassFragments *> declared_;
 };
 
 } // namespace host::wsman

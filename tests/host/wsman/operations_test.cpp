@@ -30,7 +30,9 @@ class Wsman : public testing::Test
     HttpAnswer send(const std::string &action, const std::string &uri, const std::string &headers,
                     const std::string &body)
     {
-        return server_.exchange(test::postWsman(envelope(action, uri, headers, body)));
+        HttpAnswer answer = server_.exchange(test::postWsman(envelope(action, uri, headers, body)));
+        answer.body = test::withOnePrefix(answer.body);
+        return answer;
     }
 
     HttpAnswer enumerate(const std::string &inner, const std::string &headers = "",
@@ -93,8 +95,7 @@ TEST_F(Wsman, AnswersUseTheVendorOfTheClient)
         enumerate("<wsman:EnumerationMode>EnumerateEPR</wsman:EnumerationMode>", "", uri);
     const HttpAnswer pulled = pull(contextOf(answer));
     EXPECT_EQ(textOf(pulled.body, "wsman:ResourceURI"), uri);
-    EXPECT_THAT(send(GET, uri, thingSelectors(1), "").body,
-                HasSubstr("<p:Test_Thing xmlns:p=\"" + uri + "\">"));
+    EXPECT_THAT(send(GET, uri, thingSelectors(1), "").body, HasSubstr(" xmlns:p=\"" + uri + "\""));
 }
 
 // ------------------------------------------------------------------------------------------------ fragments
@@ -106,7 +107,7 @@ TEST_F(Wsman, AFragmentIsAPropertyAnElementOrAText)
         const std::size_t start = body.find("<wsman:XmlFragment");
         return body.substr(start, body.find("</s:Body>") - start);
     };
-    const std::string open = "<wsman:XmlFragment xmlns:p=\"" + THING + "\">";
+    const std::string open = "<wsman:XmlFragment>";
     const std::string close = "</wsman:XmlFragment>";
     EXPECT_EQ(get("Level"), open + "<p:Level>30</p:Level>" + close);
     EXPECT_EQ(get("/n1:Test_Thing/n1:Level"), open + "<p:Level>30</p:Level>" + close);
@@ -259,9 +260,9 @@ TEST_F(Wsman, NoneIsTheClassItselfWithoutSubclasses)
 {
     const std::string body =
         enumerate(maxElements(20) + "<wsmb:PolymorphismMode>None</wsmb:PolymorphismMode>").body;
-    EXPECT_EQ(test::count(body, "<p:Test_Thing "), 7u);
-    EXPECT_EQ(test::count(body, "<p:Test_SpecialThing "), 0u);
-    EXPECT_EQ(test::count(enumerate(maxElements(20)).body, "<p:Test_SpecialThing "), 1u);
+    EXPECT_EQ(test::count(body, "<p:Test_Thing>"), 7u);
+    EXPECT_EQ(test::count(body, "<p:Test_SpecialThing>"), 0u);
+    EXPECT_EQ(test::count(enumerate(maxElements(20)).body, "<p:Test_SpecialThing>"), 1u);
 }
 
 TEST_F(Wsman, AReleasedEnumerationIsGone)

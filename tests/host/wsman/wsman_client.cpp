@@ -88,6 +88,12 @@ std::string withoutIds(std::string body)
                               "EnumerationContext>CONTEXT<");
 }
 
+std::string withOnePrefix(const std::string &body)
+{
+    return std::regex_replace(std::regex_replace(body, std::regex("(</?)n[0-9]+:"), "$1p:"),
+                              std::regex("xmlns:n[0-9]+="), "xmlns:p=");
+}
+
 void PrintTo(const FaultSeen &fault, std::ostream *stream)
 {
     *stream << fault.status << " " << fault.subcode << " " << fault.detail << " \"" << fault.text << "\" "

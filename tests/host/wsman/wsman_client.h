@@ -44,6 +44,9 @@ std::string textOf(const std::string &body, const std::string &element);
 /** The body with the parts that differ from run to run replaced by words. */
 std::string withoutIds(std::string body);
 
+/** The body with the prefixes of all classes replaced by one, "p". */
+std::string withOnePrefix(const std::string &body);
+
 /** What a fault says. */
 struct FaultSeen {
     int status;

@@ -1,0 +1,162 @@
+#!/bin/bash
+# SPDX-License-Identifier: Apache-2.0
+# The standard client wsl on all classes: it enumerates objects, endpoints and both, reads one object by its selectors,
+# follows associations both ways, puts, and calls methods; and it is told what the library says when that refuses.
+set -euo pipefail
+# shellcheck source=desk.sh
+. "$(dirname "$0")/desk.sh"
+# shellcheck source=client.sh
+. "$here/client.sh"
+for program in wsl curl xmllint uuidgen; do
+    command -v "$program" >/dev/null || {
+        echo "Skipped: $program is not installed (packages wsl, curl, libxml2-utils, uuid-runtime)."
+        exit 77
+    }
+done
+desk_start
+
+vendor=schemas.marovelton.example
+work=$scratch/wsl
+mkdir "$work"
+export WSNOSSL=true WSDEFAULTSCHEMA=$vendor WSENDPOINT=127.0.0.1:$port
+
+# ws ACCOUNT COMMAND...: the answer is then in response.
+response=$work/response.xml
+ws() {
+    local user=$1
+    shift
+    rm -f "$response" "$work/.wslrun"
+    (cd "$work" && HOME=$work WSUSER=$user WSPASS=$(<"$directory/password.$user") wsl "$@") </dev/null >"$work/printed" 2>&1 || true
+    [ -s "$response" ] || printf '<nothing/>' >"$response"
+}
+
+# value XPATH: without the blanks that the client has put around it
+value() { xmllint --xpath "normalize-space($1)" "$response" 2>/dev/null; }
+named() { printf "//*[local-name()='%s']" "$1"; }                 # named ELEMENT
+items="$(named Items)/*"
+
+# What the answer is: nothing for a success, the reason of a fault otherwise.
+fault() { value "$(named Reason)"; }
+
+# keys: NAME=VALUE of the first endpoint in the answer, one per line; only those that are texts.
+keys() {
+    local first count i
+    first="($(named EndpointReference))[1]/*[local-name()='ReferenceParameters']/*[local-name()='SelectorSet']/*"
+    count=$(value "count($first)")
+    for ((i = 1; i <= count; ++i)); do
+        [ "$(value "count(($first)[$i]/*)")" = 0 ] || continue
+        [ "$(value "($first)[$i]/@Name")" = __cimnamespace ] || printf '%s=%s\n' "$(value "($first)[$i]/@Name")" "$(value "($first)[$i]")"
+    done
+}
+
+interfaces=$(tail -n +3 /proc/net/dev | wc -l)
+
+# class NAME COUNT KIND: KIND is the number of its keys that are texts.
+seen=()
+class() {
+    local class=ZT_Marovelton_$1 count=$2 texts=$3 selectors
+    seen+=("$class")
+    ws viewer enum "$class" -opti 100
+    expect "$class: $count objects" "$count" "$(value "count($items)")"
+    expect "$class: they are of the class" "$class" "$(value "local-name(${items}[1])")"
+    ws viewer enum "$class" -mode objepr -opti 100
+    expect "$class: $count objects with their endpoints" "$count $count" \
+        "$(value "count($items/*[local-name()='$class'])") $(value "count($items/*[local-name()='EndpointReference'])")"
+    ws viewer enum "$class" -mode epr -opti 100
+    expect "$class: $count endpoints" "$count" "$(value "count($items)")"
+    mapfile -t selectors < <(keys)
+    expect "$class: $texts keys are texts" "$texts" "${#selectors[@]}"
+    [ "$texts" != 0 ] || return 0
+    ws viewer get "$class" "${selectors[@]}"
+    if [ "$1" = IPVersionSettingData ]; then
+        expect "$class refuses the name it gives" 'This class name does not exist (wrong InstanceID).' "$(fault)"
+    else
+        expect "$class is read by its selectors" "$class" "$(value "local-name($(named Body)/*)")"
+    fi
+    ws viewer enum "$class" -associators "${selectors[@]}" -opti 100
+    expect "$class: what it is associated with, or by what, is told" '' "$(fault)"
+    ws viewer enum "$class" -references "${selectors[@]}" -opti 100
+    expect "$class: the other of the two is told" '' "$(fault)"
+}
+
+echo 'Who is there'
+ws viewer id check
+expect 'the protocol' 'http://schemas.dmtf.org/wbem/wsman/1/wsman.xsd' "$(value "$(named ProtocolVersion)")"
+
+echo 'Every class'
+class Monitor 1 4
+class DisplayManagement 1 1
+class VideoInput 3 1
+class ImageAdjustment 1 1
+class PictureInPicture 1 1
+class OSDMenuAndMessages 1 1
+class ColorSpace 7 1
+class BezelButton 1 1
+class FunctionButton 4 1
+class TestPatternGenerator 1 1
+class RemoteManagementService 1 4
+class WSManagementService 1 4
+class IPProtocolEndpoint "$interfaces" 4
+class IPNetworkConnection 1 4
+class IPConfigurationService 1 4
+class ExtendedStaticIPAssignmentSettingData 1 1
+class DHCPSettingData 1 1
+class IPVersionSettingData 1 1
+class IPAssignmentSettingData 1 1
+# The keys of associations are references.
+class TestPattern 1 0
+class PIPFunctionality 1 0
+class OnScreenDisplay 1 0
+class Management 1 0
+class InputSource 3 0
+class ImageAdjustmentModel 1 0
+class ColorModel 7 0
+class Button 5 0
+class SystemDevice 1 0
+class ElementSettingData 3 0
+class HostedAccessPoint 1 0
+class ProvidesEndpoint $((2 * interfaces)) 0
+class SAPSAPDependency "$interfaces" 0
+class OrderedComponent 2 0
+expect 'the classes are those that are registered' "$(sed -n 's/^\[\(.*\)\]$/\1/p' "$source_dir/mof/libcmpiDisplayManagement.reg" | sort)" \
+    "$(printf '%s\n' "${seen[@]}" | sort)"
+expect 'there are 33 of them' 33 ${#seen[@]}
+
+echo 'Associations'
+space=ZT_Marovelton_ColorSpace
+ws viewer enum $space -references InstanceID=ZT:Marovelton_ColorSpace:3 -opti 100
+first=$(value "local-name(${items}[1])")
+ws viewer enum $space -associators InstanceID=ZT:Marovelton_ColorSpace:3 -opti 100
+# compat: the client has exchanged the names of the two.
+expect 'a colour space: the associated object, and the association' 'ZT_Marovelton_Monitor ZT_Marovelton_ColorModel' \
+    "$first $(value "local-name(${items}[1])")"
+
+echo 'A query'
+ws viewer enum $space -filter "SELECT * FROM $space WHERE ColorSpaceNumber > 5" -opti 100
+expect 'two colour spaces have a number above 5' 2 "$(value "count($items)")"
+ws viewer enum $space -filter "SELECT nonsense" -opti 100
+expect 'a query that is none' wsen:CannotProcessFilter "$(value "$(named Subcode)")"
+
+echo 'Put and change'
+ws admin put $space ColorSpaceName=Mine -filter "SELECT * FROM $space WHERE ColorSpaceNumber = 3"
+expect 'the library puts nothing' wsa:ActionNotSupported "$(value "$(named Subcode)")"
+expect '... and says so itself' 7 "$(value "$(named CIMStatusCode)")"
+expect_property ColorSpace/3 ColorSpaceName '"Rec.709"'
+
+active="SELECT * FROM $space WHERE ColorSpaceNumber = 1"
+ws admin invoke $space SetDisplayLuminance Luminance=120 -filter "$active"
+expect 'the luminance is set' 0 "$(value "$(named ReturnValue)")"
+expect_property ColorSpace/1 DisplayLuminance 120
+ws admin invoke $space SetDisplayLuminance Luminance=1 -filter "$active"
+expect 'a luminance that is none: the fault' wsman:InvalidParameter "$(value "$(named Subcode)")"
+expect '... with the text of the library' 'Invalid input value range. Valid values are between 48 and 250.' "$(fault)"
+ws admin invoke $space SetDisplayLuminance Luminance=many -filter "$active"
+expect 'a number that is none' 'Invalid parameter.' "$(fault)"
+ws admin invoke $space Nope -filter "$active"
+expect 'a method that is none' "The class $space has no method Nope." "$(fault)"
+
+echo 'A fragment'
+ws admin put $space ColorSpaceName=Mine -fragment -filter "SELECT * FROM $space WHERE ColorSpaceNumber = 3"
+expect 'the library puts no fragment either' 'wsa:ActionNotSupported NOT_SUPPORTED' "$(value "$(named Subcode)") $(fault)"
+rm -rf "$work"
+report
