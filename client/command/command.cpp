@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "command/command.h"
 
+#include "history/journal.h"
 #include "site/credentials.h"
+#include "site/directories.h"
 #include "site/pool.h"
 
 #include <unistd.h>
@@ -78,9 +80,26 @@ void Call::print(const site::Monitor &monitor, const Report &report)
     }
 }
 
+void Call::tellInterrupted()
+{
+    if (options.quiet || isUndo) {
+        return;
+    }
+    const std::filesystem::path directory = site::stateDirectory();
+    for (const site::Monitor &monitor : monitors()) {
+        const auto records = history::Journal::leftOver(directory, monitor.fileKey());
+        if (!records.empty()) {
+            std::cerr << "displayctl: a change of " << monitor.name << " was interrupted ("
+                      << records.front().value("begin", "") << " " << records.front().value("profile", "")
+                      << "): undo takes it back, apply goes on\n";
+        }
+    }
+}
+
 int Call::forEachMonitor(const std::function<Report(const site::Monitor &)> &work, bool isSummed)
 {
     const std::vector<site::Monitor> &all = monitors();
+    tellInterrupted();
     std::vector<Report> reports(all.size());
     std::vector<int> codes;
     std::map<Outcome, std::size_t> counts;

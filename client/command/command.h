@@ -62,6 +62,7 @@ class Call
 {
   public:
     Options options;
+    bool isUndo = false; ///< what was interrupted need not be told: it is about to be taken back
 
     /** Reads the file of monitors. Throws site::Error. */
     [[nodiscard]] const site::Configuration &configuration();
@@ -84,6 +85,7 @@ class Call
 
   private:
     void print(const site::Monitor &monitor, const Report &report);
+    void tellInterrupted();
 
     site::Configuration configuration_;
     std::vector<site::Monitor> monitors_;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // set: changes settings, in an order in which the monitor accepts them.
-#include "command/settings.h"
+#include "command/profiles.h"
 #include "model/values.h"
 #include "session/work.h"
 #include "site/directories.h"
@@ -32,10 +32,25 @@ Report set(Call &call, const site::Monitor &monitor, const std::vector<Assignmen
         return failureReport(*failure);
     }
     const std::vector<model::Target> targets = targetsOf(assignments, session.state());
+    std::string before;
+    if (std::ranges::any_of(targets, [&](const model::Target &target) {
+            return target.setting->has(model::network) && model::isNeeded(session.state(), target);
+        })) {
+        std::optional<wbem::Answer> failure;
+        before = saveBefore(call, session, failure);
+        if (failure) {
+            return failureReport(*failure);
+        }
+    }
     session::Work work(session, site::stateDirectory(), {.command = "set", .isDirect = isDirect});
     const session::WorkReport result = work.carryOut(targets, work.plan(targets));
 
-    return changeReport(call, monitor, result);
+    Report report = changeReport(call, monitor, result);
+    if (!before.empty()) {
+        report.text = "before: " + before + "\n" + report.text;
+        report.document["before"] = before;
+    }
+    return report;
 }
 
 } // namespace

@@ -187,7 +187,7 @@ void addUndo(CLI::App &program, Action &action)
                                                std::to_string(call.monitors().size()) + " monitors?")) {
                 return session::exitCodeOf(Outcome::refused);
             }
-            static_cast<void>(call.monitors());
+            call.isUndo = true;
             Undo undo(call, *number);
             return call.forEachMonitor([&](const site::Monitor &monitor) { return undo.work(monitor); });
         };

@@ -1,0 +1,146 @@
+#!/bin/bash
+# SPDX-License-Identifier: Apache-2.0
+# export, diff, apply and undo on desk monitors, also when they are cut off.
+set -euo pipefail
+# shellcheck source=../endtoend/desk.sh
+. "$(dirname "$0")/../endtoend/desk.sh"
+# shellcheck source=../endtoend/client.sh
+. "$here/client.sh"
+# shellcheck source=displayctl.sh
+. "$(dirname "$0")/displayctl.sh"
+desk_start
+name=127.0.0.1:$port
+profile=$scratch/house.yaml
+cat >"$profile" <<'PROFILE'
+displayctl: 1
+settings:
+  pip: { size: minimum, position: [200, 300] }
+  preset: { 3: { luminance: 110 } }      # cd/m2, 48 to 250
+  osd: { timeout: 20 }
+PROFILE
+
+expect_ctl 'what differs' 7 'pip.size            profile minimum  monitor default
+pip.position        profile 200,300  monitor 1688,880
+preset.3.luminance  profile 110      monitor 100
+osd.timeout         profile 20       monitor 15' diff "$profile"
+ctl --json diff "$profile"
+expect 'in JSON' "7: {\"monitor\":\"$name\",\"outcome\":\"different\",\"message\":\"4 settings differ\",\"differences\":[{\"setting\":\"pip.size\",\"profile\":\"minimum\",\"monitor\":\"default\"},{\"setting\":\"pip.position\",\"profile\":[200,300],\"monitor\":[1688,880]},{\"setting\":\"preset.3.luminance\",\"profile\":110,\"monitor\":100},{\"setting\":\"osd.timeout\",\"profile\":20,\"monitor\":15}]}" "$result: $output"
+plan='  pip.mode            pip      temporary
+  pip.size            minimum
+  pip.position        200,300
+  monitor.preset      3        temporary
+  preset.3.luminance  110
+  osd.timeout         20
+  monitor.preset      1        temporary
+  pip.mode            off      temporary'
+expect_ctl 'the plan' 0 "$plan" apply --dry-run "$profile"
+ctl apply "$profile"
+expect 'it asks' 2 "$result"
+expect_ctl 'nothing was sent' 0 15 get osd.timeout
+expect_ctl 'applied' 0 "The plan:
+$plan
+pip.size  default -> minimum
+pip.position  1688,880 -> 200,300
+preset.3.luminance  100 -> 110
+osd.timeout  15 -> 20" --yes apply "$profile"
+expect_ctl 'a second time, without asking' 0 unchanged apply "$profile"
+expect_ctl 'nothing differs' 0 unchanged diff "$profile"
+expect_ctl 'what was switched for a moment is as before' 0 '1
+off' get monitor.preset pip.mode
+
+ctl export -o "$scratch/all.yaml"
+expect 'the exported profile is what the monitor is' '0: ' "$result: $output"
+expect_ctl 'no difference' 0 unchanged diff "$scratch/all.yaml"
+expect 'units and ranges are comments' '      luminance: 110  # cd/m2, 48 to 250' "$(grep 'luminance: 110' "$scratch/all.yaml")"
+rm "$scratch/all.yaml"
+
+# ---- undo ----
+
+expect_ctl 'the last change' 0 'osd.timeout  restored: 15' --yes undo
+expect_ctl 'the second last of those that stand' 0 'pip.position  restored: 2116,1120' --yes undo 2
+ctl --yes undo
+expect 'then the last one' '0: preset.3.luminance  restored: 100' "$result: $output"
+ctl set osd.timeout=25
+monitor set menu_timeout 7
+ctl undo
+expect 'something else has changed it since' "1: displayctl: something else has changed it since: osd.timeout was set to 25 and is 7 now (--yes takes it back all the same)" "$result: $errors"
+expect_ctl 'all the same' 0 'osd.timeout  restored: 15' --yes undo
+
+# ---- all or nothing ----
+
+cat >"$scratch/refused.yaml" <<'PROFILE'
+displayctl: 1
+settings:
+  osd: { timeout: 28, rotation: 1 }
+  picture: { scaling-4k: 2 }
+PROFILE
+ctl set monitor.input=hdmi
+ctl --yes apply "$scratch/refused.yaml"
+expect 'a refusal takes all back' '1: restored' "$result: $(tail -n 1 <<<"$output")"
+expect_ctl 'as it was' 0 '15
+0' get osd.timeout osd.rotation
+ctl --yes apply --keep-going "$scratch/refused.yaml"
+expect 'or goes on' 1 "$result"
+expect_ctl 'with the others' 0 '28
+1' get osd.timeout osd.rotation
+rm "$scratch/refused.yaml"
+
+wrong_profile() { # wrong_profile TEXT PROFILE
+    printf '%s\n' "$2" >"$scratch/wrong.yaml"
+    ctl --yes apply "$scratch/wrong.yaml"
+    expect "a profile: $1" "2: displayctl: $scratch/wrong.yaml$1" "$result: $errors"
+    rm "$scratch/wrong.yaml"
+}
+wrong_profile ": this is no profile: it does not begin with 'displayctl: 1'" ''
+wrong_profile ":2: there is no setting 'osd.timout'; do you mean osd.timeout?" $'displayctl: 1\nsettings: { osd: { timout: 3 } }'
+wrong_profile ":3: osd.timeout cannot be '300'; it takes 5 to 30" $'displayctl: 1\nsettings:\n  osd: { timeout: 300 }'
+
+# ---- cut off ----
+
+# The settings, without the header with its date.
+settings() { ctl export && sed 1,3d <<<"$output"; }
+
+# Killed at a moment that is different each time: the next call says so, and undo brings back what was; or nothing had
+# been sent yet, or all was done.
+ctl export -o "$scratch/before.yaml"
+before=$(settings)
+interrupted=0
+for kill_after in $(seq 0 12 480); do
+    ctl_environment admin
+    "$DISPLAYCTL" -m "$(url admin)" --yes apply "$profile" >/dev/null 2>&1 </dev/null &
+    process=$!
+    sleep "$(printf '0.%03d' "$kill_after")"
+    kill -KILL "$process" 2>/dev/null || true
+    { wait "$process" || true; } 2>/dev/null
+    ctl get osd.timeout
+    if [ -n "$errors" ]; then
+        interrupted=$((interrupted + 1))
+        expect "killed after $kill_after ms: the next call says so" \
+            "displayctl: a change of $name was interrupted (apply $profile): undo takes it back, apply goes on" "$errors"
+        if ((interrupted % 2 == 0)); then
+            ctl --yes apply "$profile"
+            expect "killed after $kill_after ms: apply goes on" 0 "$result"
+            expect_ctl "killed after $kill_after ms: to the end" 0 '200,300
+110
+1
+off' get pip.position preset.3.luminance monitor.preset pip.mode
+        else
+            ctl --yes undo
+            expect "killed after $kill_after ms: undo" 0 "$result"
+            expect "killed after $kill_after ms: all is as before" "$before" "$(settings)"
+        fi
+    fi
+    if [ "$(settings)" != "$before" ]; then
+        expect_ctl "killed after $kill_after ms: all was done" 0 unchanged diff "$profile"
+        ctl --yes apply "$scratch/before.yaml"
+        expect "killed after $kill_after ms: the profile from before" "$before" "$(settings)"
+    fi
+    ctl history --verify
+    expect "killed after $kill_after ms: the history verifies" 0 "$result"
+done
+expect 'some were interrupted' yes "$( ((interrupted > 0)) && echo yes)"
+rm "$scratch/before.yaml"
+
+rm "$profile"
+ctl_end
+report
