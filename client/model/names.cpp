@@ -114,7 +114,7 @@ std::vector<Named> suggestions(std::string_view name)
 
 [[noreturn]] void refuseUnknown(std::string_view name)
 {
-    const std::vector<Named> near = suggestions(name);
+    const std::vector<Named> near = name.empty() ? std::vector<Named>() : suggestions(name);
     throw BadValue(
         "there is no setting '" + std::string(name) + "'" +
         (near.empty() ? "; displayctl help settings lists them" : "; do you mean " + listed(near) + "?"));

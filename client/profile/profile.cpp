@@ -76,10 +76,17 @@ class Reader
             const std::string name = prefix + member.first.as<std::string>("");
             if (member.second.IsMap()) {
                 readGroup(member.second, name + ".");
-            } else {
+            } else if (!member.second.IsNull() || !isGroup(name)) {
                 readSetting(name, member.second, member.first.Mark());
             }
         }
+    }
+
+    // Whether settings stand below the name; such a group may be empty.
+    static bool isGroup(const std::string &name)
+    {
+        return std::ranges::any_of(model::allSettings(),
+                                   [&](const Setting &each) { return each.name.starts_with(name + "."); });
     }
 
     void readSetting(const std::string &name, const YAML::Node &node, const YAML::Mark &mark)

@@ -245,7 +245,9 @@ wbem::Instance object(const std::string &className, const std::string &id,
 {
     wbem::Instance instance;
     instance.path.className = std::string(classPrefix) + className;
-    instance.path.keys = {{"InstanceID", id}};
+    instance.path.keys.resize(1);
+    instance.path.keys.front().name = "InstanceID";
+    instance.path.keys.front().value = id;
     for (const auto &[name, text] : values) {
         instance.properties.push_back({name, "", wbem::Value(text)});
     }
