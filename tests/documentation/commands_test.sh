@@ -8,10 +8,12 @@
 set -euo pipefail
 # shellcheck source=../endtoend/desk.sh
 . "$(dirname "$0")/../endtoend/desk.sh"
-command -v curl >/dev/null || {
-    echo 'Skipped: curl is not installed.'
-    exit 77
-}
+for program in curl wsl xmllint uuidgen; do
+    command -v "$program" >/dev/null || {
+        echo "Skipped: $program is not installed (packages curl, wsl, libxml2-utils, uuid-runtime)."
+        exit 77
+    }
+done
 # Once the page lets the engine be silent: then the time passes. Everywhere else it is there for slow machines.
 export DESK_MONITOR_RECEIVE_TIMEOUT=15
 desk_start
