@@ -6,7 +6,9 @@
 #include "support/settings_table.h"
 
 #include <array>
+#include <cstring>
 #include <string_view>
+#include <type_traits>
 
 namespace desk
 {
@@ -37,14 +39,22 @@ class Settings
     {
         return number("active_color_space");
     }
-    bool operator==(const Settings &) const = default;
+    bool operator==(const Settings &other) const
+    {
+        return memcmp(&values_, &other.values_, sizeof values_) == 0;
+    }
+    /** True when both have the same value of one setting. */
+    bool agrees(const Settings &other, Key key) const
+    {
+        return memcmp(&values_[key.index()], &other.values_[key.index()], sizeof(Value)) == 0;
+    }
 
   private:
     struct Value {
         int number = 0;
         ShortText text;
-        bool operator==(const Value &) const = default;
     };
+    static_assert(std::has_unique_object_representations_v<Value>, "compared as bytes");
     using Values = std::array<Value, settingCount>;
     static consteval Values factoryValues();
     static const Values factory;

@@ -16,7 +16,8 @@ namespace desk
 class ShortText
 {
   public:
-    static constexpr std::size_t capacity = 50;
+    static constexpr std::size_t capacity =
+        51; // the longest setting has 50; with the length a multiple of four
 
     constexpr ShortText() = default;
     /** What is longer than the capacity is cut off: callers have checked the length. */

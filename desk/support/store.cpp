@@ -299,10 +299,10 @@ void Store::change(const std::function<bool(Contents &)> &edit)
 void Store::write(const Contents &before, const Contents &after)
 {
     for (const SettingRow &row : settingRows) {
-        const std::string_view value = after.settings.text(keyOf(row));
-        if (before.settings.text(keyOf(row)) == value) {
+        if (before.settings.agrees(after.settings, keyOf(row))) {
             continue;
         }
+        const std::string_view value = after.settings.text(keyOf(row));
         bindText(writeSetting_.get(), 1, row.name);
         bindText(writeSetting_.get(), 2, value);
         run(writeSetting_);
