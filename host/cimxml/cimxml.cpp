@@ -83,6 +83,7 @@ HttpReply CimXmlFrontEnd::handle(const HttpRequest &request, TextBuffer &out)
     } else {
         Call call{&arena, nextRequestNumber()};
         message.request.principal = request.principal;
+        message.request.role = request.role;
         Answer answer(arena);
         dispatcher_.execute(call, message.request, answer);
         writer.writeAnswer(message.id, message.name, message.request, answer);

@@ -44,6 +44,7 @@ std::string settingOf(const Account &account, const std::string &decoy)
 void Turnstile::enter(bool isPreferred)
 {
     std::unique_lock lock(mutex_);
+    ++waiting_;
     if (isPreferred) {
         ++preferredWaiting_;
         free_.wait(lock, [this] { return !taken_; });
@@ -51,6 +52,7 @@ void Turnstile::enter(bool isPreferred)
     } else {
         free_.wait(lock, [this] { return !taken_ && preferredWaiting_ == 0; });
     }
+    --waiting_;
     taken_ = true;
 }
 
@@ -61,6 +63,12 @@ void Turnstile::leave()
         taken_ = false;
     }
     free_.notify_all();
+}
+
+unsigned Turnstile::waiting()
+{
+    const std::lock_guard lock(mutex_);
+    return waiting_;
 }
 
 // ------------------------------------------------------------------------------------------- the accounts

@@ -26,10 +26,14 @@ class Turnstile
     void enter(bool isPreferred);
     void leave();
 
+    /** Those who wait now. */
+    unsigned waiting();
+
   private:
     std::mutex mutex_;
     std::condition_variable free_;
     bool taken_ = false;
+    unsigned waiting_ = 0;
     unsigned preferredWaiting_ = 0;
 };
 

@@ -58,17 +58,38 @@ Dispatcher::Dispatcher(const cim::NameSpaces &nameSpaces, const ProviderManager 
 {
 }
 
+/** False, with the error in the answer, for a change that must not be. */
+bool Dispatcher::permits(Call &call, const Request &request, Answer &answer) const
+{
+    if (request.role == Role::Reader) {
+        fail(call, answer, CMPI_RC_ERR_ACCESS_DENIED,
+             "The account %.*s is a reader: it changes nothing and calls no methods.",
+             shown(request.principal), request.principal.data());
+        return false;
+    }
+    if (audit_ != nullptr && !audit_->isReady()) {
+        fail(call, answer, CMPI_RC_ERR_FAILED, "The audit log cannot be written, so nothing is changed.");
+        return false;
+    }
+    return true;
+}
+
 void Dispatcher::execute(Call &call, const Request &request, Answer &answer)
 {
     const CallScope scope(call);
+    // What providers ask meanwhile belongs to the request of the client.
+    const bool isClientsChange = call.depth == 0 && isChange(request.operation);
     const cim::NameSpace *nameSpace = nameSpaces_.find(request.nameSpace);
     if (request.principal.empty()) {
         fail(call, answer, CMPI_RC_ERR_ACCESS_DENIED, "The request has no principal.");
     } else if (nameSpace == nullptr) {
         fail(call, answer, CMPI_RC_ERR_INVALID_NAMESPACE, "The namespace %.*s does not exist.",
              shown(request.nameSpace), request.nameSpace.data());
-    } else {
+    } else if (!isClientsChange || permits(call, request, answer)) {
         functionOf(request.operation)({call, request, answer, nameSpaces_, *nameSpace, providers_, access_});
+    }
+    if (isClientsChange && audit_ != nullptr) {
+        audit_->record(request, answer);
     }
     if (call.depth == 0) {
         std::fflush(stdout); // a client that has its answer finds there what the providers have printed

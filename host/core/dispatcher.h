@@ -5,6 +5,7 @@
 #define HOST_CORE_DISPATCHER_H
 
 #include "cim/name_spaces.h"
+#include "core/audit.h"
 #include "core/provider_call.h"
 
 #include <chrono>
@@ -32,6 +33,12 @@ class Dispatcher
         access_.gate.setCalls(calls);
     }
 
+    /** Where changes and method calls of clients are recorded; null: nowhere. */
+    void setAudit(Audit *audit)
+    {
+        audit_ = audit;
+    }
+
     /** Does what the request asks; the answer says how it went. Objects of the answer live in the arena of
      * the call. */
     void execute(Call &call, const Request &request, Answer &answer);
@@ -48,10 +55,13 @@ class Dispatcher
     }
 
   private:
+    bool permits(Call &call, const Request &request, Answer &answer) const;
+
     const cim::NameSpaces &nameSpaces_;
     const ProviderManager &providers_;
     const std::string hostName_;
     ProviderAccess access_;
+    Audit *audit_ = nullptr;
 };
 
 } // namespace host

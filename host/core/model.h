@@ -8,6 +8,7 @@
 #define HOST_CORE_MODEL_H
 
 #include "cmpi/objects.h"
+#include "core/role.h"
 
 #include <chrono>
 #include <optional>
@@ -55,6 +56,8 @@ struct Request {
     std::string_view nameSpace;
     /** Who asks; never empty: nothing is dispatched without a principal. */
     std::string_view principal;
+    /** A front end sets it to that of the account. */
+    Role role = Role::Reader;
 
     /** How long the request may wait for its turn with the providers; none: as long as any. */
     std::optional<std::chrono::milliseconds> patience;

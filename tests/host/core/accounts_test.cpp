@@ -4,6 +4,8 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
+#include <mutex>
 #include <sys/stat.h>
 #include <thread>
 
@@ -157,6 +159,141 @@ TEST_F(Accounts, BrokenFilesAreTold)
     std::string problem;
     EXPECT_FALSE(absent.load(problem));
     EXPECT_EQ(problem, "/nonexistent/accounts: No such file or directory");
+}
+
+TEST_F(Accounts, RolesAreKept)
+{
+    std::string problem;
+    ASSERT_TRUE(host::addAccount(file(), "one", "first", host::Role::Reader, problem)) << problem;
+    ASSERT_TRUE(host::addAccount(file(), "two", "second", {}, problem)) << problem;
+    ASSERT_TRUE(host::addAccount(file(), "one", "changed", {}, problem)) << problem;
+    host::AccountMap accounts;
+    ASSERT_TRUE(host::readAccounts(file(), accounts, problem)) << problem;
+    EXPECT_EQ(accounts["one"].role, host::Role::Reader) << "a new password leaves the role";
+    EXPECT_EQ(accounts["two"].role, host::Role::Operator);
+    ASSERT_TRUE(host::addAccount(file(), "one", "changed", host::Role::Administrator, problem)) << problem;
+    host::Accounts loaded(file());
+    ASSERT_TRUE(loaded.load(problem)) << problem;
+    EXPECT_EQ(loaded.login("one", "changed"), host::Role::Administrator);
+    EXPECT_EQ(loaded.recall("one", "changed"), host::Role::Administrator);
+    EXPECT_EQ(loaded.recall("one", "first"), std::nullopt);
+    EXPECT_EQ(problemOf("a:b:readr\n"),
+              file() + ":1: \"readr\" is no role; there are administrator, operator and reader");
+}
+
+TEST_F(Accounts, AreRemoved)
+{
+    test::writeFile(file(),
+                    "# people\n" + test::quickAccount("one", "first") + test::quickAccount("two", "second"));
+    std::string problem;
+    ASSERT_TRUE(host::removeAccount(file(), "one", problem)) << problem;
+    EXPECT_EQ(test::readFile(file()), "# people\n" + test::quickAccount("two", "second"))
+        << "the other lines stay as they are";
+    EXPECT_FALSE(host::removeAccount(file(), "one", problem));
+    EXPECT_EQ(problem, file() + ": there is no account one");
+}
+
+TEST_F(Accounts, ConcurrentChangesLoseNothing)
+{
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 8; ++i) {
+        threads.emplace_back([this, i] {
+            std::string problem;
+            EXPECT_TRUE(host::addAccount(file(), "user" + std::to_string(i), "password", {}, problem))
+                << problem;
+        });
+    }
+    for (std::thread &thread : threads) {
+        thread.join();
+    }
+    host::AccountMap accounts;
+    std::string problem;
+    ASSERT_TRUE(host::readAccounts(file(), accounts, problem)) << problem;
+    EXPECT_EQ(accounts.size(), 8u);
+}
+
+TEST_F(Accounts, WeakHashesAreRefused)
+{
+    for (const char *hash : {"$1$salt$qJH7.N4xYta3aEG/dfqo/0", "rqXexS6ZhobKA",
+                             "$3$$8846f7eaee8fb117ad06bdd830b7586c", "_J9..rasmBYk8r9AiWNc"}) {
+        EXPECT_EQ(problemOf(std::string("old:") + hash + "\n"),
+                  file() + ":1: the hash of old is of a weak method; give the account a new password");
+    }
+    EXPECT_EQ(problemOf(test::quickAccount("one", "first")), "");
+}
+
+TEST_F(Accounts, AFileThatOthersCanWriteIsRefused)
+{
+    test::writeFile(file(), test::quickAccount("one", "first"));
+    for (const mode_t mode : {0622u, 0660u, 0602u}) {
+        chmod(file().c_str(), mode);
+        host::Accounts accounts(file());
+        std::string problem;
+        EXPECT_FALSE(accounts.load(problem));
+        EXPECT_EQ(problem, file() + ": others than its owner can write it; chmod go-w " + file());
+        EXPECT_FALSE(host::addAccount(file(), "two", "second", {}, problem));
+    }
+    chmod(file().c_str(), 0640);
+    std::string problem;
+    ASSERT_TRUE(host::addAccount(file(), "two", "second", {}, problem)) << problem;
+    struct stat status = {};
+    stat(file().c_str(), &status);
+    EXPECT_EQ(status.st_mode & 07777, 0640u) << "the mode stays";
+}
+
+TEST_F(Accounts, NamesAndPasswordsThatCannotBeKeptAreRefused)
+{
+    std::string problem;
+    EXPECT_FALSE(host::addAccount(file(), "#one", "x", {}, problem));
+    EXPECT_EQ(problem, "a user name does not begin with #");
+    EXPECT_FALSE(host::addAccount(file(), "one", std::string("a\0b", 3), {}, problem));
+    EXPECT_EQ(problem, "a password has no NUL");
+}
+
+/** As many hashes, with the same method and cost, for whoever it is: the times are equal by construction. */
+TEST_F(Accounts, UnknownAndLockedUsersCostTheSame)
+{
+    const std::string known = test::quickAccount("known", "first");
+    test::writeFile(file(), known + "locked:!" + known.substr(known.find(':') + 1) + "starred:*\n");
+    host::Accounts accounts(file());
+    std::string problem;
+    ASSERT_TRUE(accounts.load(problem)) << problem;
+    unsigned long hashes = 0;
+    for (const char *user : {"known", "locked", "starred", "unknown"}) {
+        EXPECT_FALSE(accounts.verify(user, "wrong"));
+        EXPECT_EQ(accounts.hashCount(), ++hashes) << user;
+    }
+    EXPECT_FALSE(accounts.verify("locked", "first"));
+}
+
+/** Whoever waits in the queue as preferred goes before those who came first. */
+TEST(Turnstile, PreferredOnesGoFirst)
+{
+    host::Turnstile turnstile;
+    turnstile.enter(true);
+    std::mutex mutex;
+    std::string order;
+    std::atomic<int> started = 0;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 6; ++i) {
+        threads.emplace_back([&, isPreferred = i >= 3] {
+            ++started;
+            turnstile.enter(isPreferred);
+            {
+                const std::lock_guard lock(mutex);
+                order += isPreferred ? 'p' : 'o';
+            }
+            turnstile.leave();
+        });
+        while (started <= i || turnstile.waiting() <= static_cast<unsigned>(i)) {
+            std::this_thread::yield();
+        }
+    }
+    turnstile.leave();
+    for (std::thread &thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(order, "pppooo");
 }
 
 } // namespace

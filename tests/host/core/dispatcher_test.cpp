@@ -24,6 +24,7 @@ class Dispatch : public testing::Test
         made.operation = operation;
         made.nameSpace = "root/cimv2";
         made.principal = "operator";
+        made.role = host::Role::Operator;
         return made;
     }
 

@@ -1,0 +1,268 @@
+// SPDX-License-Identifier: Apache-2.0
+// Who changed what: what is recorded, and that no line can be altered, removed or added unseen.
+#include "core/audit.h"
+#include "core/log.h"
+#include "test_host.h"
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <sstream>
+#include <thread>
+
+namespace
+{
+
+using host::AuditVerdict;
+using testing::HasSubstr;
+using testing::MatchesRegex;
+
+std::vector<std::string> linesOf(const std::string &text)
+{
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+class Audit : public testing::Test
+{
+  protected:
+    std::string file() const
+    {
+        return directory_.file("audit");
+    }
+
+    /** Records a call of that method that succeeded. */
+    void record(host::Audit &audit, const char *method)
+    {
+        host::Request request;
+        request.operation = host::Operation::InvokeMethod;
+        request.nameSpace = "root/cimv2";
+        request.principal = "operator";
+        request.className = "Test_Thing";
+        request.methodName = method;
+        host::Answer answer(call_.arena);
+        audit.record(request, answer);
+    }
+
+    void recordLines(int count)
+    {
+        host::Audit audit(file());
+        std::string problem;
+        ASSERT_TRUE(audit.open(problem)) << problem;
+        for (int i = 1; i <= count; ++i) {
+            record(audit, ("Method" + std::to_string(i)).c_str());
+        }
+    }
+
+    /** What the verification says when the lines are those. */
+    std::string verdictOf(const std::vector<std::string> &lines)
+    {
+        std::string text;
+        for (const std::string &line : lines) {
+            text += line + "\n";
+        }
+        test::writeFile(file(), text);
+        const AuditVerdict verdict = host::verifyAudit(file());
+        EXPECT_FALSE(verdict.good);
+        return verdict.text.substr(file().size());
+    }
+
+    test::TemporaryDirectory directory_;
+    test::TestCall call_;
+};
+
+TEST_F(Audit, RecordsWhoChangedWhatByTheServer)
+{
+    test::TestServer server;
+    host::Audit audit(file());
+    std::string problem;
+    ASSERT_TRUE(audit.open(problem)) << problem;
+    server.manager().dispatcher().setAudit(&audit);
+    server.exchange(test::post(
+        test::methodCall(3, "Echo", "<PARAMVALUE NAME=\"text\"><VALUE>a \"word\"\\</VALUE></PARAMVALUE>")));
+    server.exchange(test::post(test::methodCall(
+        3, "Fail",
+        "<PARAMVALUE NAME=\"code\"><VALUE>2</VALUE></PARAMVALUE><PARAMVALUE NAME=\"message\"><VALUE>not "
+        "you</VALUE></PARAMVALUE>")));
+    server.exchange(test::post(test::intrinsic("GetInstance", "<IPARAMVALUE NAME=\"InstanceName\">" +
+                                                                  test::thingName(3) + "</IPARAMVALUE>")));
+    server.exchange(test::post(test::intrinsic(
+        "SetProperty",
+        "<IPARAMVALUE NAME=\"InstanceName\">" + test::thingName(3) +
+            "</IPARAMVALUE><IPARAMVALUE NAME=\"PropertyName\"><VALUE>Label</VALUE></IPARAMVALUE>"
+            "<IPARAMVALUE NAME=\"NewValue\"><VALUE>new</VALUE></IPARAMVALUE>")));
+    const std::vector<std::string> lines = linesOf(test::readFile(file()));
+    ASSERT_EQ(lines.size(), 3u) << "reads are not recorded";
+    const std::string object =
+        "root/cimv2:Test_Thing\\.SystemCreationClassName=\\\\\"Linux_ComputerSystem\\\\\","
+        "SystemName=\\\\\"desk\\\\\",CreationClassName=\\\\\"Test_Thing\\\\\","
+        "DeviceID=\\\\\"thing3\\\\\"";
+    const std::string start = "\\{\"time\":\"20[0-9-]+T[0-9:]+\\.[0-9]+Z\",\"user\":\"operator\","
+                              "\"address\":\"127\\.0\\.0\\.1\",\"operation\":";
+    EXPECT_THAT(
+        lines[0],
+        MatchesRegex(start + "\"InvokeMethod\",\"object\":\"" + object +
+                     "\",\"method\":\"Echo\",\"arguments\":\\{\"text\":\"a \\\\\"word\\\\\"\\\\\\\\\"\\},"
+                     "\"answer\":\\{\"code\":0,\"value\":\"0\"\\},\"previous\":\"0{64}\"\\}"));
+    EXPECT_THAT(lines[1], HasSubstr("\"arguments\":{\"code\":\"2\",\"message\":\"not you\"},"
+                                    "\"answer\":{\"code\":2,\"message\":\"not you\"},"));
+    EXPECT_THAT(lines[2], HasSubstr("\"operation\":\"SetProperty\""));
+    EXPECT_THAT(lines[2], HasSubstr("\"arguments\":{\"Label\":\"new\"},\"answer\":{\"code\":0}"));
+    const AuditVerdict verdict = host::verifyAudit(file());
+    EXPECT_TRUE(verdict.good) << verdict.text;
+    EXPECT_EQ(verdict.text, "3 lines, each as it was written");
+}
+
+TEST_F(Audit, TheFirstWrongLineIsFound)
+{
+    recordLines(4);
+    const std::vector<std::string> good = linesOf(test::readFile(file()));
+    ASSERT_EQ(good.size(), 4u);
+    for (std::size_t i = 0; i < 4; ++i) {
+        std::vector<std::string> altered = good;
+        altered[i].replace(altered[i].find("Method"), 6, "method");
+        EXPECT_EQ(verdictOf(altered).substr(0, 38),
+                  ":" + std::to_string(i + 1) + ": this line was altered or added, or");
+        std::vector<std::string> removed = good;
+        removed.erase(removed.begin() + static_cast<std::ptrdiff_t>(i));
+        const std::string expected =
+            i == 0 ? ":1: this line is not the first" : ":" + std::to_string(i) + ": this line";
+        EXPECT_EQ(verdictOf(removed).substr(0, expected.size()), expected);
+        std::vector<std::string> added = good;
+        added.insert(added.begin() + static_cast<std::ptrdiff_t>(i) + 1, good[0]);
+        EXPECT_NE(verdictOf(added), "");
+    }
+    EXPECT_THAT(verdictOf({}), HasSubstr("lines behind it were removed"));
+    EXPECT_THAT(verdictOf({"nonsense"}), HasSubstr(":1: this line is not the first one"));
+    EXPECT_THAT(host::verifyAudit("/nonexistent/audit").text, HasSubstr("/nonexistent/audit: No such file"));
+}
+
+TEST_F(Audit, GoesOnAfterARestart)
+{
+    recordLines(2);
+    recordLines(2);
+    EXPECT_EQ(host::verifyAudit(file()).text, "4 lines, each as it was written");
+}
+
+/** Between two runs somebody takes the last line away: what is written later does not hide it. */
+TEST_F(Audit, ARestartHidesNothing)
+{
+    recordLines(3);
+    std::vector<std::string> lines = linesOf(test::readFile(file()));
+    test::writeFile(file(), lines[0] + "\n" + lines[1] + "\n");
+    testing::internal::CaptureStderr();
+    recordLines(1);
+    EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("does not end as it did"));
+    const AuditVerdict verdict = host::verifyAudit(file());
+    EXPECT_FALSE(verdict.good);
+    EXPECT_THAT(verdict.text,
+                HasSubstr(":2: this line was altered or added, or lines behind it were removed"));
+}
+
+TEST_F(Audit, RotationKeepsTheChain)
+{
+    host::AuditLimits limits;
+    limits.bytes = 1000;
+    limits.files = 2;
+    host::Audit audit(file(), limits);
+    std::string problem;
+    ASSERT_TRUE(audit.open(problem)) << problem;
+    int recorded = 0;
+    while (!std::filesystem::exists(file() + ".2")) {
+        record(audit, "Method");
+        ++recorded;
+        ASSERT_LE(std::filesystem::file_size(file()), 1000u);
+    }
+    EXPECT_EQ(host::verifyAudit(file()).text, std::to_string(recorded) + " lines, each as it was written");
+    for (int i = 0; i < 20; ++i) {
+        record(audit, "Method");
+    }
+    EXPECT_FALSE(std::filesystem::exists(file() + ".3"));
+    const AuditVerdict verdict = host::verifyAudit(file());
+    EXPECT_TRUE(verdict.good) << verdict.text;
+    EXPECT_LT(verdict.lines, static_cast<std::uint64_t>(recorded + 20));
+    EXPECT_THAT(verdict.text, HasSubstr("; older ones are no longer kept"));
+    std::vector<std::string> oldest = linesOf(test::readFile(file() + ".2"));
+    oldest.erase(oldest.begin());
+    std::string text;
+    for (const std::string &line : oldest) {
+        text += line + "\n";
+    }
+    test::writeFile(file() + ".2", text);
+    EXPECT_FALSE(host::verifyAudit(file()).good) << "a line at the beginning of the oldest file was removed";
+}
+
+TEST_F(Audit, ManyThreadsWriteOneChain)
+{
+    host::Audit audit(file());
+    std::string problem;
+    ASSERT_TRUE(audit.open(problem)) << problem;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 8; ++i) {
+        threads.emplace_back([&audit] {
+            test::TestCall call;
+            host::Request request;
+            request.operation = host::Operation::DeleteInstance;
+            request.nameSpace = "root/cimv2";
+            request.principal = "operator";
+            request.className = "Test_Thing";
+            const host::LogClient client("192.0.2.7");
+            for (int j = 0; j < 25; ++j) {
+                host::Answer answer(call.arena);
+                audit.record(request, answer);
+            }
+        });
+    }
+    for (std::thread &thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(host::verifyAudit(file()).text, "200 lines, each as it was written");
+    EXPECT_EQ(test::count(test::readFile(file()), "\"address\":\"192.0.2.7\""), 200u);
+}
+
+TEST_F(Audit, WithoutALogNothingIsChanged)
+{
+    test::TestServer server;
+    host::Audit audit("/nonexistent/audit");
+    server.manager().dispatcher().setAudit(&audit);
+    testing::internal::CaptureStderr();
+    const test::HttpAnswer answer = server.exchange(test::post(
+        test::methodCall(3, "Echo", "<PARAMVALUE NAME=\"text\"><VALUE>word</VALUE></PARAMVALUE>")));
+    EXPECT_EQ(test::errorCode(answer.body), 1);
+    EXPECT_EQ(test::errorText(answer.body), "The audit log cannot be written, so nothing is changed.");
+    EXPECT_THAT(testing::internal::GetCapturedStderr(),
+                HasSubstr("the audit log /nonexistent/audit cannot be written: No such file or directory"));
+}
+
+TEST_F(Audit, AReaderChangesNothing)
+{
+    test::TestServer server;
+    test::writeFile(server.accountsFile(),
+                    test::quickAccount(test::USER, test::PASSWORD)
+                            .substr(0, test::quickAccount(test::USER, test::PASSWORD).size() - 1) +
+                        ":reader\n");
+    std::string problem;
+    ASSERT_TRUE(server.accounts().load(problem)) << problem;
+    const test::HttpAnswer call = server.exchange(test::post(
+        test::methodCall(3, "Echo", "<PARAMVALUE NAME=\"text\"><VALUE>word</VALUE></PARAMVALUE>")));
+    EXPECT_EQ(test::errorCode(call.body), 2);
+    EXPECT_EQ(test::errorText(call.body),
+              "The account operator is a reader: it changes nothing and calls no methods.");
+    for (const char *operation : {"DeleteInstance", "SetProperty"}) {
+        const test::HttpAnswer answer = server.exchange(test::post(test::intrinsic(
+            operation,
+            std::string("<IPARAMVALUE NAME=\"InstanceName\">") + test::thingName(3) + "</IPARAMVALUE>" +
+                (operation[0] == 'S' ? "<IPARAMVALUE NAME=\"PropertyName\"><VALUE>Label</VALUE></IPARAMVALUE>"
+                                     : ""))));
+        EXPECT_EQ(test::errorCode(answer.body), 2) << operation << answer.body;
+    }
+    const test::HttpAnswer read = server.exchange(test::post(test::intrinsic(
+        "GetInstance", "<IPARAMVALUE NAME=\"InstanceName\">" + test::thingName(3) + "</IPARAMVALUE>")));
+    EXPECT_EQ(test::errorCode(read.body), 0);
+}
+
+} // namespace
