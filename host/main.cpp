@@ -1,20 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
-// display-host: the desk object manager as a program.
+// display-host: the object manager as a program.
 #include "cim/mof_reader.h"
 #include "cimxml/cimxml.h"
 #include "core/accounts.h"
 #include "core/log.h"
 #include "core/object_manager.h"
+#include "core/provider_output.h"
 #include "http/server.h"
+#include "options.h"
+#include "supervision.h"
 #include "wsman/wsman.h"
-
-#include <CLI/CLI.hpp>
 
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
-#include <fcntl.h>
 #include <fstream>
 #include <iostream>
 #include <thread>
@@ -23,46 +23,13 @@
 namespace
 {
 
-struct Options {
-    std::vector<std::string> libraryDirectories;
-    std::string library;
-    std::vector<std::string> registrations;
-    std::vector<std::string> mofFiles;
-    std::string accounts;
-    std::string address = "127.0.0.1";
-    std::uint16_t port = 5988;
-    std::string nameSpace = "root/cimv2";
-    std::string providerOutput;
-    std::string readyFile;
-    host::HttpLimits limits;
-    unsigned idleSeconds = 60;
-    unsigned transferSeconds = 90;
-    unsigned patienceSeconds = 60;
-    unsigned providerCalls = 1; // a support library may rely on one request at a time
-};
+using host::Options;
 
-/** What the providers print goes to the file; what this program has to say itself, to the standard output of
- * its start. False, with a message, on failure. */
-bool redirectProviderOutput(const std::string &file, int &ownOutput)
+/** Says what is wrong; the exit code. */
+int refuse(const std::string &problem)
 {
-    ownOutput = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3);
-    if (ownOutput < 0) {
-        ownOutput = STDOUT_FILENO; // standard output is closed: nobody listens
-    }
-    if (file.empty()) {
-        return true;
-    }
-    const int descriptor = open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
-    if (descriptor < 0 || dup2(descriptor, STDOUT_FILENO) < 0) {
-        host::logLine("the file for the output of providers, %s, cannot be opened: %s", file.c_str(),
-                      std::strerror(errno));
-        return false;
-    }
-    close(descriptor);
-    // Whole requests at a time: the dispatcher sees to it that the file has the lines of every request that
-    // is answered.
-    std::setvbuf(stdout, nullptr, _IOFBF, std::size_t{64} * 1024);
-    return true;
+    host::logLine("%s", problem.c_str());
+    return 1;
 }
 
 bool readClasses(const std::vector<std::string> &files, cim::ClassRepository &repository)
@@ -74,22 +41,31 @@ bool readClasses(const std::vector<std::string> &files, cim::ClassRepository &re
     return result.ok();
 }
 
-/** Says where the server listens: a line on standard output, and in the ready file, which comes into being
- * complete. */
-bool announce(const Options &options, std::uint16_t port, int output)
+std::string urlOf(const host::Endpoint &endpoint, bool isSecure)
 {
-    const bool isIpv6 = options.address.find(':') != std::string::npos;
-    const std::string line = "listening on http://" + std::string(isIpv6 ? "[" : "") + options.address +
-                             (isIpv6 ? "]" : "") + ":" + std::to_string(port) + "/cimom\n";
-    if (write(output, line.data(), line.size()) < 0) {
-        host::logLine("%.*s", static_cast<int>(line.size() - 1), line.c_str());
+    const bool isIpv6 = endpoint.address.find(':') != std::string::npos;
+    return std::string(isSecure ? "https" : "http") + "://" + (isIpv6 ? "[" : "") + endpoint.address +
+           (isIpv6 ? "]" : "") + ":" + std::to_string(endpoint.port) + "/cimom";
+}
+
+/** Says where the server listens: lines on standard output, and in the ready file, which comes into being
+ * complete. */
+bool announce(const Options &options, const std::vector<host::Endpoint> &endpoints, int output)
+{
+    std::string lines;
+    for (std::size_t i = 0; i < endpoints.size(); ++i) {
+        const bool isSecure = i > 0 || options.noHttp;
+        lines += "listening on " + urlOf(endpoints[i], isSecure) + "\n";
+    }
+    if (write(output, lines.data(), lines.size()) < 0) {
+        host::logLine("%.*s", static_cast<int>(lines.size() - 1), lines.c_str());
     }
     if (options.readyFile.empty()) {
         return true;
     }
     const std::string temporary = options.readyFile + ".new";
     std::ofstream stream(temporary);
-    stream << line;
+    stream << lines;
     stream.close();
     if (!stream || rename(temporary.c_str(), options.readyFile.c_str()) != 0) {
         host::logLine("the ready file %s cannot be written: %s", options.readyFile.c_str(),
@@ -97,6 +73,69 @@ bool announce(const Options &options, std::uint16_t port, int output)
         return false;
     }
     return true;
+}
+
+/** The object manager with its classes and providers; null, with messages, when they are not all there. */
+std::unique_ptr<host::ObjectManager> makeManager(const Options &options)
+{
+    cim::ClassRepository repository;
+    if (!readClasses(options.mofFiles, repository)) {
+        return nullptr;
+    }
+    std::vector<std::string> problems;
+    std::vector<host::Registration> registrations;
+    for (const std::string &file : options.registrations) {
+        for (host::Registration &registration : host::readRegistrationFile(file, problems)) {
+            registrations.push_back(std::move(registration));
+        }
+    }
+    host::ObjectManagerOptions managerOptions;
+    managerOptions.nameSpace = options.nameSpace;
+    managerOptions.libraryDirectories = options.libraryDirectories;
+    managerOptions.libraryFile = options.library;
+    auto manager = std::make_unique<host::ObjectManager>(std::move(repository), managerOptions);
+    for (const std::string &text : manager->load(registrations)) {
+        problems.push_back(text);
+    }
+    for (const std::string &text : problems) {
+        host::logLine("%s", text.c_str());
+    }
+    std::fflush(stdout); // what the providers printed when they were loaded
+    return problems.empty() ? std::move(manager) : nullptr;
+}
+
+/** Begins to listen for HTTP, HTTPS, or both; also on sockets that were handed over. */
+bool listen(const Options &options, host::HttpServer &server, std::string &problem)
+{
+    host::Endpoint http = options.http;
+    host::Endpoint https = options.https;
+    http.socket = host::inheritedSocket("http");
+    https.socket = host::inheritedSocket("https");
+    if (!options.noHttp && !options.insecure && !host::isLoopback(http)) {
+        problem =
+            "HTTP beyond this machine lets everybody on the way read passwords: give --certificate and --key "
+            "and use --https-address, with --address 127.0.0.1 or --no-http; or say --insecure";
+        return false;
+    }
+    for (const std::string &name : options.serverNames) {
+        server.addName(name);
+    }
+    const bool isSecured = !options.tls.certificateFile.empty();
+    return (!isSecured || server.setTls(options.tls, problem)) &&
+           (options.noHttp || server.start(http, problem)) && (!isSecured || server.startTls(https, problem));
+}
+
+/** A provider may wait for the display engine without end. Then nothing is left to do but to go. */
+void leaveAfter(std::chrono::seconds time)
+{
+    std::thread([time] {
+        std::this_thread::sleep_for(time);
+        host::logLine("a provider has not returned; leaving without it");
+        if (ftrylockfile(stdout) == 0) { // unless it is the very printing that does not return
+            fflush_unlocked(stdout);
+        }
+        _exit(0);
+    }).detach();
 }
 
 /** Runs until a signal asks for the end. Returns the exit code. */
@@ -110,160 +149,131 @@ int serve(const Options &options)
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     std::signal(SIGPIPE, SIG_IGN);
 
-    int output = -1;
-    if (!redirectProviderOutput(options.providerOutput, output)) {
-        return 1;
-    }
-    cim::ClassRepository repository;
-    if (!readClasses(options.mofFiles, repository)) {
-        return 1;
-    }
-    std::vector<std::string> problems;
-    std::vector<host::Registration> registrations;
-    for (const std::string &file : options.registrations) {
-        for (host::Registration &registration : host::readRegistrationFile(file, problems)) {
-            registrations.push_back(std::move(registration));
-        }
+    std::string problem;
+    host::ProviderOutput output;
+    if (!host::becomeUser(options.user, problem) ||
+        !output.redirect(options.providerOutput, options.providerOutputBytes, problem)) {
+        return refuse(problem);
     }
     host::Accounts accounts(options.accounts);
-    std::string problem;
-    if (!accounts.load(problem)) {
-        problems.push_back(problem + " (display-host account add --accounts " + options.accounts +
-                           " USER makes an account)");
+    const bool hasAccounts = accounts.load(problem);
+    if (!hasAccounts) {
+        host::logLine("%s (display-host account add --accounts %s USER makes an account)", problem.c_str(),
+                      options.accounts.c_str());
     }
-    host::ObjectManagerOptions managerOptions;
-    managerOptions.nameSpace = options.nameSpace;
-    managerOptions.libraryDirectories = options.libraryDirectories;
-    managerOptions.libraryFile = options.library;
-    host::ObjectManager manager(std::move(repository), managerOptions);
-    for (const std::string &text : manager.load(registrations)) {
-        problems.push_back(text);
+    const std::unique_ptr<host::ObjectManager> manager = makeManager(options);
+    if (!hasAccounts || manager == nullptr) {
+        return 1;
     }
-    if (!problems.empty()) {
-        for (const std::string &text : problems) {
-            host::logLine("%s", text.c_str());
+    manager->dispatcher().setPatience(std::chrono::seconds(options.patienceSeconds));
+    manager->dispatcher().setProviderCalls(options.providerCalls);
+    host::Audit audit(options.audit, options.auditLimits);
+    if (!options.audit.empty()) {
+        if (!audit.open(problem)) {
+            return refuse(problem);
         }
-        return 1;
+        manager->dispatcher().setAudit(&audit);
     }
-    std::fflush(stdout); // what the providers printed when they were loaded
-    manager.dispatcher().setPatience(std::chrono::seconds(options.patienceSeconds));
-    manager.dispatcher().setProviderCalls(options.providerCalls);
-
-    host::CimXmlFrontEnd cimXml(manager.dispatcher());
-    host::WsmanFrontEnd wsman(manager.dispatcher());
+    host::CimXmlFrontEnd cimXml(manager->dispatcher());
+    host::WsmanFrontEnd wsman(manager->dispatcher());
     host::HttpServer server(accounts, {&cimXml, &wsman}, options.limits);
-    if (!server.start({options.address, options.port}, problem)) {
-        host::logLine("%s", problem.c_str());
+    server.setTask([&output] {
+        output.rotate();
+        host::notifySupervisor("WATCHDOG=1");
+    });
+    if (!listen(options, server, problem)) {
+        return refuse(problem);
+    }
+    if (!announce(options, server.endpoints(), output.ownOutput())) {
         return 1;
     }
-    if (!announce(options, server.endpoints().front().port, output)) {
-        return 1;
-    }
+    host::beginLog();
+    host::notifySupervisor("READY=1");
     int signal = 0;
     sigwait(&signals, &signal);
-
-    // A provider may wait for the display engine without end. Then nothing is left to do but to go.
-    std::thread([] {
-        std::this_thread::sleep_for(std::chrono::seconds(5));
-        host::logLine("a provider has not returned; leaving without it");
-        if (ftrylockfile(stdout) == 0) { // unless it is the very printing that does not return
-            fflush_unlocked(stdout);
-        }
-        _exit(0);
-    }).detach();
+    host::notifySupervisor("STOPPING=1");
+    leaveAfter(std::chrono::seconds(5));
     server.stop();
     return 0;
 }
 
-int addAccount(const std::string &accounts, const std::string &user)
+int addAccount(const Options &options)
 {
     std::string password;
     if (!std::getline(std::cin, password)) {
-        host::logLine("the password is read from standard input, and there is none");
-        return 1;
+        return refuse("the password is read from standard input, and there is none");
     }
     std::string problem;
-    if (!host::addAccount(accounts, user, password, {}, problem)) {
-        host::logLine("%s", problem.c_str());
-        return 1;
+    const bool done =
+        host::addAccount(options.accounts, options.account, password, host::roleNamed(options.role), problem);
+    return done ? 0 : refuse(problem);
+}
+
+int removeAccount(const Options &options)
+{
+    std::string problem;
+    return host::removeAccount(options.accounts, options.account, problem) ? 0 : refuse(problem);
+}
+
+int listAccounts(const Options &options)
+{
+    std::string problem;
+    host::AccountMap accounts;
+    if (!host::readAccounts(options.accounts, accounts, problem)) {
+        return refuse(problem);
+    }
+    for (const auto &[user, account] : accounts) {
+        std::printf("%s %s%s\n", user.c_str(), host::roleName(account.role),
+                    host::isUsableHash(account.hash) ? "" : " locked");
     }
     return 0;
+}
+
+int makeCertificate(const Options &options)
+{
+    std::string problem;
+    const bool done = host::makeCertificate(options.tls.certificateFile, options.tls.keyFile,
+                                            options.certificateNames, options.replaces, problem);
+    return done ? 0 : refuse(problem);
+}
+
+int verifyAudit(const Options &options)
+{
+    const host::AuditVerdict verdict = host::verifyAudit(options.audit);
+    std::printf("%s\n", verdict.text.c_str());
+    return verdict.good ? 0 : 1;
+}
+
+int run(const Options &options)
+{
+    switch (options.command) {
+    case host::Command::Serve:
+        return serve(options);
+    case host::Command::AccountAdd:
+        return addAccount(options);
+    case host::Command::AccountRemove:
+        return removeAccount(options);
+    case host::Command::AccountList:
+        return listAccounts(options);
+    case host::Command::Certificate:
+        return makeCertificate(options);
+    case host::Command::AuditVerify:
+        return verifyAudit(options);
+    }
+    return 1;
 }
 
 } // namespace
 
 int main(int argc, char **argv)
 {
-    Options options;
-    CLI::App app("The desk object manager: loads CMPI providers and serves them by CIM-XML over HTTP.");
-    app.name("display-host");
-    app.add_option("--mof", options.mofFiles, "Files with the class definitions (MOF)")
-        ->check(CLI::ExistingFile);
-    app.add_option("--registration", options.registrations, "Files that register the providers")
-        ->check(CLI::ExistingFile);
-    app.add_option("--library-dir", options.libraryDirectories,
-                   "Directories with the provider libraries; without, where the system looks");
-    app.add_option("--library", options.library, "The provider library, whatever its place")
-        ->check(CLI::ExistingFile);
-    app.add_option("--accounts", options.accounts, "The file with the accounts, user:hash");
-    app.add_option("--address", options.address, "The numeric IP address to listen on")
-        ->capture_default_str();
-    app.add_option("--port", options.port,
-                   "The port to listen on; 0: any free one, see the \"listening\" line")
-        ->capture_default_str();
-    app.add_option("--namespace", options.nameSpace, "The CIM namespace")->capture_default_str();
-    app.add_option("--provider-output", options.providerOutput,
-                   "Where the standard output of the providers goes, request by request; without, where that "
-                   "of display-host goes");
-    app.add_option("--ready-file", options.readyFile, "Written when the server listens, with its URL");
-    app.add_option("--max-body", options.limits.bodyBytes, "Bytes of a request body at most")
-        ->capture_default_str()
-        ->check(CLI::Range(1024, 1 << 30));
-    app.add_option("--max-connections", options.limits.total, "Connections at most")
-        ->capture_default_str()
-        ->check(CLI::Range(1, 10000));
-    app.add_option("--idle-timeout", options.idleSeconds, "Seconds after which a silent connection is closed")
-        ->capture_default_str()
-        ->check(CLI::Range(1, 86400));
-    app.add_option("--transfer-timeout", options.transferSeconds,
-                   "Seconds that a client may take to send a request, or to take an answer")
-        ->capture_default_str()
-        ->check(CLI::Range(1, 86400));
-    app.add_option(
-           "--provider-calls", options.providerCalls,
-           "Requests with the providers at a time; more than 1 only where the support library pairs each "
-           "reply with its caller")
-        ->capture_default_str()
-        ->check(CLI::Range(1, 64));
-    app.add_option("--provider-timeout", options.patienceSeconds,
-                   "Seconds that a request waits for those before it to leave the providers")
-        ->capture_default_str()
-        ->check(CLI::Range(1, 86400));
-
-    CLI::App *account = app.add_subcommand("account", "Manages the accounts");
-    account->require_subcommand(1);
-    CLI::App *add =
-        account->add_subcommand("add", "Adds an account, or gives it a new password, which is the "
-                                       "first line of standard input");
-    std::string user;
-    std::string accountsOfAdd;
-    add->add_option("--accounts", accountsOfAdd, "The file with the accounts")->required();
-    add->add_option("user", user, "The name of the user")->required();
-    CLI11_PARSE(app, argc, argv);
-
     try {
-        if (add->parsed()) {
-            return addAccount(accountsOfAdd, user);
+        Options options;
+        if (const std::optional<int> code = host::readOptions(argc, argv, options)) {
+            return *code;
         }
-        if (options.mofFiles.empty() || options.registrations.empty() || options.accounts.empty()) {
-            host::logLine("--mof, --registration and --accounts are needed; see --help");
-            return 1;
-        }
-        options.limits.idle = std::chrono::seconds(options.idleSeconds);
-        options.limits.transfer = std::chrono::seconds(options.transferSeconds);
-        return serve(options);
+        return run(options);
     } catch (const std::exception &problem) {
-        host::logLine("%s", problem.what());
-        return 1;
+        return refuse(problem.what());
     }
 }

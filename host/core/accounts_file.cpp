@@ -147,7 +147,7 @@ bool checkOwner(const struct stat &status, const std::string &file, std::string 
         problem = file + ": others than its owner can write it; chmod go-w " + file;
         return false;
     }
-    if (status.st_uid != 0 && status.st_uid != geteuid()) {
+    if (status.st_uid != 0 && status.st_uid != geteuid() && geteuid() != 0) {
         problem = file + ": it belongs to the user " + std::to_string(status.st_uid) +
                   ", neither to root nor to the user of this program";
         return false;
@@ -182,8 +182,7 @@ bool replaceFile(const std::string &file, const std::vector<Line> &lines, const 
     }
     const int to = descriptor.number();
     const bool written = write(to, text.data(), text.size()) == static_cast<ssize_t>(text.size()) &&
-                         (old.st_nlink == 0 || (fchown(to, old.st_uid, old.st_gid) == 0 &&
-                                                fchmod(to, old.st_mode & 07777) == 0)) &&
+                         fchown(to, old.st_uid, old.st_gid) == 0 && fchmod(to, old.st_mode & 07777) == 0 &&
                          fsync(to) == 0;
     if (!written || rename(temporary.c_str(), file.c_str()) != 0) {
         problem = withReason(file);
@@ -204,9 +203,20 @@ bool change(const std::string &file, std::string &problem,
         return false;
     }
     std::vector<Line> lines;
-    struct stat status = {}; // without a link: there is no file
-    if (access(file.c_str(), F_OK) == 0 && !openAndRead(file, lines, status, problem)) {
-        return false;
+    struct stat status = {};
+    if (access(file.c_str(), F_OK) == 0) {
+        if (!openAndRead(file, lines, status, problem)) {
+            return false;
+        }
+    } else {
+        // What root makes in the directory of a service is for that service.
+        const std::size_t slash = file.rfind('/');
+        const std::string directory = slash == std::string::npos ? "." : file.substr(0, slash + 1);
+        if (stat(directory.c_str(), &status) != 0 || geteuid() != 0) {
+            status.st_uid = geteuid();
+            status.st_gid = getegid();
+        }
+        status.st_mode = S_IRUSR | S_IWUSR;
     }
     return edit(lines) && replaceFile(file, lines, status, problem);
 }

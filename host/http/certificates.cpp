@@ -343,8 +343,7 @@ bool writeNew(const std::string &file, const std::string &text, mode_t mode, boo
     }
     const int descriptor = open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
     if (descriptor < 0) {
-        problem = file + ": " + std::strerror(errno) +
-                  (errno == EEXIST ? "; --replace makes another one in its place" : "");
+        problem = file + ": " + std::strerror(errno);
         return false;
     }
     const bool written = !text.empty() &&
@@ -362,6 +361,12 @@ bool writeNew(const std::string &file, const std::string &text, mode_t mode, boo
 bool makeCertificate(const std::string &certificateFile, const std::string &keyFile,
                      std::vector<std::string> names, bool replaces, std::string &problem)
 {
+    for (const std::string &file : {certificateFile, keyFile}) {
+        if (!replaces && access(file.c_str(), F_OK) == 0) {
+            problem = file + " exists; --replace makes another one in its place";
+            return false;
+        }
+    }
     char machine[256] = "localhost";
     gethostname(machine, sizeof machine - 1);
     const std::string commonName = names.empty() ? machine : names.front();

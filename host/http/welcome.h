@@ -20,7 +20,8 @@ code { background: #eee; padding: 0 .2em; overflow-wrap: anywhere; }
 <body>
 <h1>This is a monitor's object manager</h1>
 <p>It is for management programs, not for browsers: <code>display-host</code> answers CIM-XML requests
-(<code>POST /cimom</code>, namespace <code>root/cimv2</code>) of users who have an account.</p>
+(<code>POST /cimom</code>) and WS-Management requests (<code>POST /wsman</code>) of users who have an account; the
+namespace is <code>root/cimv2</code>.</p>
 <h2>Where to go on</h2>
 <ul>
 <li>Read the monitor from a shell:

@@ -155,6 +155,7 @@ bool Exchange::refuse(CMPIrc code, std::string_view text)
 bool Exchange::run(Request &request, Answer &answer)
 {
     request.principal = http.principal;
+    request.role = http.role;
     request.patience = message.timeout;
     Call call{&arena, nextRequestNumber()};
     service.dispatcher.execute(call, request, answer);

@@ -7,7 +7,9 @@
 #include <csignal>
 #include <cstdio>
 #include <fcntl.h>
+#include <pwd.h>
 #include <spawn.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -65,6 +67,11 @@ class Process
     {
         ASSERT_GT(process_, 0) << "it has ended"; // a signal to -1 would end every process there is
         kill(process_, number);
+    }
+
+    pid_t id() const
+    {
+        return process_;
     }
 
     Outcome wait()
@@ -128,7 +135,8 @@ class Program : public testing::Test
                 "--library-dir",  TEST_PROVIDER_DIR,
                 "--accounts",     directory_.file("accounts"),
                 "--port",         "0",
-                "--ready-file",   directory_.file("ready")};
+                "--ready-file",   directory_.file("ready"),
+                "--user",         getpwuid(geteuid())->pw_name};
     }
 
     /** Starts display-host and waits until it listens. */
@@ -177,13 +185,16 @@ TEST_F(Program, StartsAnnouncesAndStops)
 
 TEST_F(Program, NeedsItsFiles)
 {
-    EXPECT_EQ(run({}).code, 1);
+    EXPECT_EQ(run({}).code, 2);
     EXPECT_EQ(run({}).errors, "display-host: --mof, --registration and --accounts are needed; see --help\n");
-    EXPECT_NE(run({"--mof", "/nonexistent.mof"}).code, 0);
+    EXPECT_EQ(run({"--mof", "/nonexistent.mof"}).code, 2);
     EXPECT_EQ(run({"--help"}).code, 0);
     EXPECT_THAT(run({"--help"}).output, HasSubstr("--provider-output"));
-    EXPECT_NE(run({"--nonsense"}).code, 0);
-    EXPECT_NE(run({"--port", "70000"}).code, 0);
+    EXPECT_EQ(run({"--version"}).code, 0);
+    EXPECT_THAT(run({"--version"}).output, StartsWith("display-host "));
+    EXPECT_EQ(run({"--nonsense"}).code, 2);
+    EXPECT_EQ(run({"--port", "70000"}).code, 2);
+    EXPECT_EQ(run({"--key", "/etc/hostname"}).code, 2);
 }
 
 TEST_F(Program, SaysWhatIsWrong)
@@ -251,8 +262,152 @@ TEST_F(Program, AddsAccounts)
     outcome = run({"account", "add", "--accounts", directory_.file("new"), "a:b"}, "x\n");
     EXPECT_EQ(outcome.code, 1);
     EXPECT_EQ(outcome.errors, "display-host: a user name has no blanks, control characters or colons\n");
-    EXPECT_NE(run({"account"}).code, 0);
-    EXPECT_NE(run({"account", "add", "operator"}).code, 0);
+    EXPECT_EQ(run({"account"}).code, 2);
+    EXPECT_EQ(run({"account", "add", "operator"}).code, 2);
+}
+
+TEST_F(Program, ListsAndRemovesAccounts)
+{
+    const std::string file = directory_.file("new");
+    EXPECT_EQ(run({"account", "add", "--accounts", file, "--role", "reader", "eve"}, "x\n").code, 0);
+    EXPECT_EQ(run({"account", "add", "--accounts", file, "--role", "administrator", "ann"}, "x\n").code, 0);
+    EXPECT_EQ(run({"account", "add", "--accounts", file, "--role", "king", "ann"}, "x\n").code, 2);
+    EXPECT_EQ(run({"account", "add", "--accounts", file, "nul"}, std::string("a\0b\n", 4)).errors,
+              "display-host: a password has no NUL\n");
+    test::writeFile(file, test::readFile(file) + "locked:!:operator\n");
+    EXPECT_EQ(run({"account", "list", "--accounts", file}).output,
+              "ann administrator\neve reader\nlocked operator locked\n");
+    EXPECT_EQ(run({"account", "remove", "--accounts", file, "eve"}).code, 0);
+    const Outcome again = run({"account", "remove", "--accounts", file, "eve"});
+    EXPECT_EQ(again.code, 1);
+    EXPECT_EQ(again.errors, "display-host: " + file + ": there is no account eve\n");
+    EXPECT_EQ(run({"account", "list", "--accounts", file}).output,
+              "ann administrator\nlocked operator locked\n");
+}
+
+TEST_F(Program, ReadsItsOptionsFromAFile)
+{
+    const std::vector<std::string> options = goodArguments();
+    std::string text = "# how the object manager is to run\n";
+    for (std::size_t i = 0; i < options.size(); i += 2) {
+        text += options[i].substr(2) + " = \"" + options[i + 1] + "\"\n";
+    }
+    test::writeFile(directory_.file("conf"), text);
+    Process process({DISPLAY_HOST_PROGRAM, "--config", directory_.file("conf")}, directory_);
+    while (process.running() && access(directory_.file("ready").c_str(), F_OK) != 0) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    ASSERT_TRUE(process.running()) << test::readFile(directory_.file("errors"));
+    process.signal(SIGTERM);
+    EXPECT_EQ(process.wait().code, 0);
+    test::writeFile(directory_.file("conf"), text + "nonsense = 1\n");
+    const Outcome outcome = run({"--config", directory_.file("conf")});
+    EXPECT_EQ(outcome.code, 2);
+    EXPECT_THAT(outcome.errors, HasSubstr("nonsense"));
+}
+
+TEST_F(Program, ListensBeyondThisMachineOnlyWithTls)
+{
+    std::vector<std::string> arguments = goodArguments();
+    arguments.insert(arguments.end(), {"--address", "0.0.0.0"});
+    const Outcome outcome = run(arguments);
+    EXPECT_EQ(outcome.code, 1);
+    EXPECT_THAT(outcome.errors,
+                StartsWith("display-host: HTTP beyond this machine lets everybody on the way read "
+                           "passwords: give --certificate and --key"));
+}
+
+TEST_F(Program, MakesACertificateAndServesWithIt)
+{
+    const std::string certificate = directory_.file("certificate");
+    const std::string key = directory_.file("key");
+    EXPECT_EQ(
+        run({"certificate", "--certificate", certificate, "--key", key, "desk.example", "192.0.2.7"}).code,
+        0);
+    struct stat status = {};
+    stat(key.c_str(), &status);
+    EXPECT_EQ(status.st_mode & 0777, 0600u);
+    const std::string made = test::readFile(certificate);
+    const Outcome again = run({"certificate", "--certificate", certificate, "--key", key});
+    EXPECT_EQ(again.code, 1);
+    EXPECT_EQ(again.errors,
+              "display-host: " + certificate + " exists; --replace makes another one in its place\n");
+    EXPECT_EQ(test::readFile(certificate), made);
+    auto process = start({"--certificate", certificate, "--key", key, "--https-port", "0"});
+    const std::string ready = test::readFile(directory_.file("ready"));
+    const std::size_t https = ready.find("listening on https://127.0.0.1:");
+    ASSERT_NE(https, std::string::npos) << ready;
+    const std::string port = ready.substr(https + 31, ready.find('/', https + 31) - https - 31);
+    const auto curl = [&](std::vector<std::string> more) {
+        std::vector<std::string> command = {
+            "curl",          "-s",       "-o",        "/dev/null", "-w",
+            "%{http_code}",  "--cacert", certificate, "-u",        "operator:secret",
+            "--data-binary", NAMES};
+        command.insert(command.end(), more.begin(), more.end());
+        return Process(command, clientDirectory_).wait().output;
+    };
+    const std::vector<std::string> type = {"-H", "Content-Type: application/xml"};
+    EXPECT_EQ(curl({type[0], type[1], "https://localhost:" + port + "/cimom"}), "200");
+    EXPECT_EQ(curl({type[0], type[1], "https://127.0.0.1:" + port + "/cimom"}), "200");
+    EXPECT_EQ(curl({type[0], type[1], "--connect-to", "desk.example:443:127.0.0.1:" + port,
+                    "https://desk.example/cimom"}),
+              "200")
+        << "the names of the certificate are the server's";
+    EXPECT_EQ(curl({type[0], type[1], "--tls-max", "1.1", "https://localhost:" + port + "/cimom"}), "000");
+    EXPECT_EQ(curl({type[0], type[1], "--tls-max", "1.2", "https://localhost:" + port + "/cimom"}), "200");
+    EXPECT_EQ(curl({type[0], type[1], "http://127.0.0.1:" + std::to_string(port_) + "/cimom"}), "200");
+    process->signal(SIGTERM);
+    EXPECT_EQ(process->wait().code, 0);
+}
+
+TEST_F(Program, VerifiesTheAuditLog)
+{
+    const std::string audit = directory_.file("audit");
+    auto process = start({"--audit", audit});
+    test::Client client(port_);
+    for (int i = 0; i < 3; ++i) {
+        client.exchange(
+            post(test::methodCall(1, "Echo", "<PARAMVALUE NAME=\"text\"><VALUE>x</VALUE></PARAMVALUE>")));
+    }
+    process->signal(SIGTERM);
+    EXPECT_EQ(process->wait().code, 0);
+    Outcome outcome = run({"audit", "verify", audit});
+    EXPECT_EQ(outcome.code, 0);
+    EXPECT_EQ(outcome.output, "3 lines, each as it was written\n");
+    std::string text = test::readFile(audit);
+    text.replace(text.find("operator"), 8, "somebody");
+    test::writeFile(audit, text);
+    outcome = run({"audit", "verify", audit});
+    EXPECT_EQ(outcome.code, 1);
+    EXPECT_THAT(outcome.output, StartsWith(audit + ":1: this line was altered or added"));
+}
+
+TEST_F(Program, BecomesTheUserThatItIsTo)
+{
+    std::vector<std::string> arguments = goodArguments();
+    arguments.back() = "no-such-user";
+    const Outcome outcome = run(arguments);
+    EXPECT_EQ(outcome.code, 1);
+    EXPECT_THAT(outcome.errors, HasSubstr(geteuid() == 0 ? "there is no user no-such-user"
+                                                         : "only root can become the user no-such-user"));
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "only root can become another user";
+    }
+    // The files of the start belong to the other one.
+    const passwd *nobody = getpwnam("nobody");
+    ASSERT_NE(nobody, nullptr);
+    ASSERT_EQ(chown(directory_.path().c_str(), nobody->pw_uid, nobody->pw_gid), 0);
+    ASSERT_EQ(chown(directory_.file("accounts").c_str(), nobody->pw_uid, nobody->pw_gid), 0);
+    arguments.back() = "nobody";
+    arguments.insert(arguments.begin(), DISPLAY_HOST_PROGRAM);
+    Process process(arguments, directory_);
+    while (process.running() && access(directory_.file("ready").c_str(), F_OK) != 0) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    ASSERT_TRUE(process.running()) << test::readFile(directory_.file("errors"));
+    EXPECT_THAT(test::readFile("/proc/" + std::to_string(process.id()) + "/status"),
+                HasSubstr("\nUid:\t" + std::to_string(nobody->pw_uid) + "\t" +
+                          std::to_string(nobody->pw_uid) + "\t" + std::to_string(nobody->pw_uid) + "\t"));
 }
 
 TEST_F(Program, KeepsTheOutputOfProvidersApart)
