@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: Apache-2.0
+// TLS: certificates that are made, that change while the server runs, and those of clients.
+#include "http/certificates.h"
+#include "test_host.h"
+
+#include <gmock/gmock.h>
+
+#include <cstdio>
+#include <thread>
+#include <unistd.h>
+
+namespace
+{
+
+using testing::HasSubstr;
+
+const std::string NAMES =
+    test::intrinsic("EnumerateInstanceNames",
+                    "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"Test_SpecialThing\"/></IPARAMVALUE>");
+
+class Tls : public testing::Test
+{
+  protected:
+    std::string file(const std::string &name) const
+    {
+        return directory_.file(name);
+    }
+
+    void make(const std::string &name, bool replaces = false)
+    {
+        std::string problem;
+        EXPECT_TRUE(host::makeCertificate(file(name + ".pem"), file(name + ".key"), {name + ".example"}, replaces,
+                                          problem))
+            << problem;
+    }
+
+    /** Starts HTTPS on the server of the test; its port. */
+    int startTls(const std::string &clientCa = "")
+    {
+        std::string problem;
+        EXPECT_TRUE(server_.server().setTls({file("server.pem"), file("server.key"), clientCa}, problem)) << problem;
+        EXPECT_TRUE(server_.server().startTls({}, problem)) << problem;
+        return server_.server().endpoints().back().port;
+    }
+
+    /** What curl prints about a request over TLS: status code and result. */
+    std::string curl(int port, const std::string &more)
+    {
+        test::writeFile(file("body"), NAMES);
+        const std::string command = "curl -s -o " + file("answer") + " -w '%{http_code} %{ssl_verify_result}' -u '" +
+                                    test::USER + ":" + test::PASSWORD + "' --data-binary @" + file("body") +
+                                    " -H 'Content-Type: application/xml' " + more + " https://localhost:" +
+                                    std::to_string(port) + "/cimom 2>&1";
+        FILE *pipe = popen(command.c_str(), "r");
+        char text[256] = "";
+        const std::size_t size = std::fread(text, 1, sizeof text - 1, pipe);
+        pclose(pipe);
+        return {text, size};
+    }
+
+    test::TemporaryDirectory directory_;
+    test::TestServer server_;
+};
+
+TEST_F(Tls, ServesBothAtOnce)
+{
+    make("server");
+    const int port = startTls();
+    EXPECT_EQ(curl(port, "--cacert " + file("server.pem")), "200 0");
+    EXPECT_EQ(server_.exchange(test::post(NAMES)).status, 200);
+    EXPECT_EQ(server_.server().endpoints().size(), 2u);
+}
+
+TEST_F(Tls, OldVersionsAndWeakCiphersAreRefused)
+{
+    make("server");
+    const int port = startTls();
+    const std::string trusted = "--cacert " + file("server.pem");
+    EXPECT_EQ(curl(port, trusted + " --tlsv1.0 --tls-max 1.1 --ciphers 'ALL:@SECLEVEL=0'").substr(0, 3), "000");
+    EXPECT_EQ(curl(port, trusted + " --tls-max 1.2 --ciphers ECDHE-ECDSA-AES128-SHA").substr(0, 3), "000");
+    EXPECT_EQ(curl(port, trusted + " --tls-max 1.2 --ciphers ECDHE-ECDSA-AES128-GCM-SHA256"), "200 0");
+    EXPECT_EQ(curl(port, trusted + " --tlsv1.3"), "200 0");
+}
+
+TEST_F(Tls, ANewCertificateNeedsNoRestart)
+{
+    make("server");
+    const int port = startTls();
+    const std::string old = test::readFile(file("server.pem"));
+    test::writeFile(file("old.pem"), old);
+    EXPECT_EQ(curl(port, "--cacert " + file("old.pem")), "200 0");
+    testing::internal::CaptureStderr();
+    make("server", true);
+    std::string answer;
+    for (int i = 0; i < 300 && answer != "200 0"; ++i) { // the files are looked at once a second
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        answer = curl(port, "--cacert " + file("server.pem"));
+    }
+    EXPECT_EQ(answer, "200 0");
+    EXPECT_EQ(curl(port, "--cacert " + file("old.pem")).substr(0, 3), "000") << "the former one is gone";
+    EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("there is a new certificate in "));
+}
+
+TEST_F(Tls, AWrongNewCertificateLeavesTheFormerOne)
+{
+    make("server");
+    host::Certificates certificates(file("server.pem"), file("server.key"));
+    std::string problem;
+    ASSERT_TRUE(certificates.load(problem)) << problem;
+    EXPECT_THAT(certificates.names(), testing::Contains("server.example"));
+    EXPECT_FALSE(certificates.refresh()) << "nothing has changed";
+    make("other");
+    unlink(file("server.key").c_str());
+    test::writeFile(file("server.key"), test::readFile(file("other.key")));
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(certificates.refresh());
+    EXPECT_THAT(testing::internal::GetCapturedStderr(),
+                HasSubstr("the certificate stays the former one: " + file("server.key") + " is not the key of " +
+                          file("server.pem")));
+    EXPECT_THAT(certificates.names(), testing::Contains("server.example"));
+}
+
+TEST_F(Tls, FilesThatAreNoneAreTold)
+{
+    make("server");
+    test::writeFile(file("nonsense"), "nonsense");
+    std::string problem;
+    EXPECT_FALSE(host::Certificates(file("nonsense"), file("server.key")).load(problem));
+    EXPECT_THAT(problem, HasSubstr("nonsense holds no certificate"));
+    EXPECT_FALSE(host::Certificates(file("server.pem"), file("nonsense")).load(problem));
+    EXPECT_THAT(problem, HasSubstr("nonsense holds no private key"));
+    EXPECT_FALSE(host::Certificates(file("absent"), file("server.key")).load(problem));
+    EXPECT_EQ(problem, file("absent") + ": No such file or directory");
+}
+
+TEST_F(Tls, ClientsShowTheCertificateThatIsAskedFor)
+{
+    make("server");
+    make("client");
+    make("stranger");
+    const int port = startTls(file("client.pem"));
+    const std::string trusted = "--cacert " + file("server.pem");
+    const auto with = [&](const std::string &name) {
+        return curl(port, trusted + " --cert " + file(name + ".pem") + " --key " + file(name + ".key"));
+    };
+    EXPECT_EQ(curl(port, trusted), "403 0");
+    EXPECT_THAT(test::readFile(file("answer")), HasSubstr("A client certificate is needed"));
+    EXPECT_EQ(with("client"), "200 0");
+    EXPECT_EQ(with("stranger"), "403 0");
+}
+
+} // namespace
