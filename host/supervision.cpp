@@ -22,7 +22,7 @@ namespace
 constexpr int FIRST_INHERITED = 3;
 constexpr const char *DEFAULT_USER = "display-host";
 
-std::string environment(const char *name)
+std::string variable(const char *name)
 {
     const char *value = std::getenv(name);
     return value != nullptr ? value : "";
@@ -32,11 +32,11 @@ std::string environment(const char *name)
 
 int inheritedSocket(const char *name)
 {
-    if (environment("LISTEN_PID") != std::to_string(getpid())) {
+    if (variable("LISTEN_PID") != std::to_string(getpid())) {
         return -1;
     }
-    const int count = std::atoi(environment("LISTEN_FDS").c_str());
-    std::string names = environment("LISTEN_FDNAMES");
+    const int count = std::atoi(variable("LISTEN_FDS").c_str());
+    std::string names = variable("LISTEN_FDNAMES");
     for (int i = 0; i < count; ++i) {
         const std::size_t colon = names.find(':');
         const int descriptor = FIRST_INHERITED + i;
@@ -50,7 +50,7 @@ int inheritedSocket(const char *name)
 
 void notifySupervisor(const char *state)
 {
-    const std::string path = environment("NOTIFY_SOCKET");
+    const std::string path = variable("NOTIFY_SOCKET");
     sockaddr_un address = {};
     if (path.empty() || path.size() >= sizeof address.sun_path) {
         return;

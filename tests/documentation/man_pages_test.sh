@@ -82,7 +82,7 @@ page() {
 
 host=$(cd "$source" && echo host/*.cpp host/*/*.cpp)
 # shellcheck disable=SC2086 # lists of names
-page display-host 8 'account account,add' $host desk/support/environment.cpp
+page display-host 8 'account account,add account,remove account,list certificate audit audit,verify' $host desk/support/environment.cpp
 page desk-engine 8 '' desk/engine/main.cpp desk/engine/engine.cpp desk/support/environment.cpp
 page desk-monitor 1 'show set fault user user,add user,remove reset queues queues,remove' \
     desk/support/desk_monitor.cpp desk/support/environment.cpp

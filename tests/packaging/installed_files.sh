@@ -18,7 +18,13 @@ registration_files() { # registration_files SOURCE_DIR
 development_files() { echo include/monitor_support.h; }
 
 host_files() {
-    echo bin/display-host
+    cat <<'FILES'
+bin/display-host
+lib/systemd/system/display-host-https.socket
+lib/systemd/system/display-host.service
+lib/systemd/system/display-host.socket
+share/doc/display-host/examples/display-host.conf
+FILES
     for file in CIM_superclasses.mof Linux_ComputerSystem.mof desk.mof qualifiers.mof; do
         echo "share/libcmpiDisplayManagement/mof/$file"
     done

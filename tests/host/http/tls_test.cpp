@@ -29,8 +29,8 @@ class Tls : public testing::Test
     void make(const std::string &name, bool replaces = false)
     {
         std::string problem;
-        EXPECT_TRUE(host::makeCertificate(file(name + ".pem"), file(name + ".key"), {name + ".example"}, replaces,
-                                          problem))
+        EXPECT_TRUE(host::makeCertificate(file(name + ".pem"), file(name + ".key"), {name + ".example"},
+                                          replaces, problem))
             << problem;
     }
 
@@ -38,7 +38,8 @@ class Tls : public testing::Test
     int startTls(const std::string &clientCa = "")
     {
         std::string problem;
-        EXPECT_TRUE(server_.server().setTls({file("server.pem"), file("server.key"), clientCa}, problem)) << problem;
+        EXPECT_TRUE(server_.server().setTls({file("server.pem"), file("server.key"), clientCa}, problem))
+            << problem;
         EXPECT_TRUE(server_.server().startTls({}, problem)) << problem;
         return server_.server().endpoints().back().port;
     }
@@ -47,10 +48,11 @@ class Tls : public testing::Test
     std::string curl(int port, const std::string &more)
     {
         test::writeFile(file("body"), NAMES);
-        const std::string command = "curl -s -o " + file("answer") + " -w '%{http_code} %{ssl_verify_result}' -u '" +
-                                    test::USER + ":" + test::PASSWORD + "' --data-binary @" + file("body") +
-                                    " -H 'Content-Type: application/xml' " + more + " https://localhost:" +
-                                    std::to_string(port) + "/cimom 2>&1";
+        const std::string command = "curl -s -o " + file("answer") +
+                                    " -w '%{http_code} %{ssl_verify_result}' -u '" + test::USER + ":" +
+                                    test::PASSWORD + "' --data-binary @" + file("body") +
+                                    " -H 'Content-Type: application/xml' " + more +
+                                    " https://localhost:" + std::to_string(port) + "/cimom 2>&1";
         FILE *pipe = popen(command.c_str(), "r");
         char text[256] = "";
         const std::size_t size = std::fread(text, 1, sizeof text - 1, pipe);
@@ -76,7 +78,8 @@ TEST_F(Tls, OldVersionsAndWeakCiphersAreRefused)
     make("server");
     const int port = startTls();
     const std::string trusted = "--cacert " + file("server.pem");
-    EXPECT_EQ(curl(port, trusted + " --tlsv1.0 --tls-max 1.1 --ciphers 'ALL:@SECLEVEL=0'").substr(0, 3), "000");
+    EXPECT_EQ(curl(port, trusted + " --tlsv1.0 --tls-max 1.1 --ciphers 'ALL:@SECLEVEL=0'").substr(0, 3),
+              "000");
     EXPECT_EQ(curl(port, trusted + " --tls-max 1.2 --ciphers ECDHE-ECDSA-AES128-SHA").substr(0, 3), "000");
     EXPECT_EQ(curl(port, trusted + " --tls-max 1.2 --ciphers ECDHE-ECDSA-AES128-GCM-SHA256"), "200 0");
     EXPECT_EQ(curl(port, trusted + " --tlsv1.3"), "200 0");
@@ -115,8 +118,8 @@ TEST_F(Tls, AWrongNewCertificateLeavesTheFormerOne)
     testing::internal::CaptureStderr();
     EXPECT_FALSE(certificates.refresh());
     EXPECT_THAT(testing::internal::GetCapturedStderr(),
-                HasSubstr("the certificate stays the former one: " + file("server.key") + " is not the key of " +
-                          file("server.pem")));
+                HasSubstr("the certificate stays the former one: " + file("server.key") +
+                          " is not the key of " + file("server.pem")));
     EXPECT_THAT(certificates.names(), testing::Contains("server.example"));
 }
 
