@@ -279,7 +279,9 @@ std::string table(const std::vector<std::vector<std::string>> &rows)
     for (const auto &row : rows) {
         std::string line;
         for (std::size_t i = 0; i < row.size(); ++i) {
-            line += row[i] + std::string(i + 1 == row.size() ? 0 : widths[i] - width(row[i]) + 2, ' ');
+            if (widths[i] != 0 || row.size() == 1) { // a column without a text is none
+                line += row[i] + std::string(i + 1 == row.size() ? 0 : widths[i] - width(row[i]) + 2, ' ');
+            }
         }
         line.erase(line.find_last_not_of(' ') + 1);
         result += line + "\n";

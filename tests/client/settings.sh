@@ -97,8 +97,8 @@ expect 'a group' "0: pip
 printf 'displayctl: 1\nsettings: { pip: { mode: pip, dci: 1 } }\n' >"$scratch/profile.yaml"
 ctl show pip.mode pip.dci --against "$scratch/profile.yaml"
 expect 'what differs from a profile' '0: pip
-  pip.mode  pip    off pip pbp
-* pip.dci   0      0 to 2' "$result: $output"
+  pip.mode  pip  off pip pbp
+* pip.dci   0    0 to 2' "$result: $output"
 rm "$scratch/profile.yaml"
 ctl show --all
 expect 'every method' 65 "$(grep -oE '[A-Za-z]+\.(Set[A-Za-z0-9]+|RequestStateChange|FactoryReset|SwapPrimaryPIPInputs|ResetTo[A-Za-z]+|ApplySettingToIPNetworkConnection)$' <<<"$output" | sort -u | wc -l)"
