@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Every command, in the order of --help.
 #include "command/command.h"
+#include "command/manual.h"
 
 namespace displayctl::command
 {
@@ -22,6 +23,7 @@ void addCommands(CLI::App &program, Action &action)
     addCompletion(program, action);
     addNames(program, action);
     addHelp(program, action);
+    addManual(program, action);
 }
 
 } // namespace displayctl::command

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <mutex>
 
 namespace displayctl::wbem
 {
@@ -130,15 +131,21 @@ TEST(Connection, AMissingPasswordIsSaidWithoutAsking)
 
 TEST(Connection, HttpErrorsAreToldApart)
 {
+    std::mutex mutex; // the network orders the threads, but nobody sees that
     std::string status;
-    const Responder server{
-        [&](const Request &) { return responder::http("", status, "CIMError: request-not-valid\r\n"); }};
+    const Responder server{[&](const Request &) {
+        const std::lock_guard lock{mutex};
+        return responder::http("", status, "CIMError: request-not-valid\r\n");
+    }};
     Endpoint endpoint = endpointOf(server);
     endpoint.user = "viewer";
     endpoint.password = "wrong";
     const std::string name = "127.0.0.1:" + std::to_string(server.port());
     const auto answerTo = [&](const std::string &line) {
-        status = line;
+        {
+            const std::lock_guard lock{mutex};
+            status = line;
+        }
         return Connection(endpoint, patience).exchange(change());
     };
 
@@ -280,11 +287,18 @@ TEST(Connection, AReadIsSentAgainWhenTheKeptConnectionHasEnded)
 
 TEST(Connection, BrokenAnswersAreNamed)
 {
+    std::mutex mutex; // the network orders the threads, but nobody sees that
     Reply reply;
-    const Responder server{[&](const Request &) { return reply; }};
+    const Responder server{[&](const Request &) {
+        const std::lock_guard lock{mutex};
+        return reply;
+    }};
     const std::string name = "127.0.0.1:" + std::to_string(server.port());
     const auto answerTo = [&](std::string bytes, bool closes) {
-        reply = {std::move(bytes), closes};
+        {
+            const std::lock_guard lock{mutex};
+            reply = {std::move(bytes), closes};
+        }
         return Connection(endpointOf(server), patience).exchange(change());
     };
 

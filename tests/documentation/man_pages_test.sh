@@ -87,8 +87,9 @@ page desk-engine 8 '' desk/engine/main.cpp desk/engine/engine.cpp desk/support/e
 page desk-monitor 1 'show set fault user user,add user,remove reset queues queues,remove' \
     desk/support/desk_monitor.cpp desk/support/environment.cpp
 page object-graph 1 '' tools/object-graph
-# What its commands take is told by their own --help.
-page displayctl 1 '' client/site/configuration.cpp client/site/credentials.cpp client/site/selection.cpp client/command/command.cpp
+displayctl=$(program_of displayctl)
+page displayctl 1 "$([ -z "$displayctl" ] || "$displayctl" --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z]*\) .*/\1/p')" \
+    client/site/configuration.cpp client/site/credentials.cpp client/site/selection.cpp client/command/command.cpp
 page register-providers 8 '' packaging/register-providers
 
 if [ -n "$(program_of desk-monitor)" ]; then
