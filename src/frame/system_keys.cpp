@@ -41,7 +41,8 @@ ObjectName::ObjectName(const char *format, const SystemName &system)
 void addSystemKeys(const CMPIObjectPath *path, std::span<const Key> keys, const SystemName &system)
 {
     for (const Key &key : keys) {
-        addKeys(path, {{key.name, ObjectName(key.value, system).text}});
+        const bool ofSystem = strchr(key.value, '%') != nullptr;
+        addKeys(path, {{key.name, ofSystem ? ObjectName(key.value, system).text : key.value}});
     }
 }
 
