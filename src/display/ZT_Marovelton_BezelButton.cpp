@@ -34,16 +34,19 @@ CMPIInstance *_makeInst_ZT_Marovelton_BezelButton(const CMPIObjectPath *referenc
     if (!buttons ||
         !buttons.require(GetBezelButtonInfo(&info) == 0,
                          "Faied to get BezelButton information from database.") ||
-        !buttons.require(GetMoinitorInfo(&monitor) == 0, "Could not get monitor information from database."))
+        !buttons.require(GetMoinitorInfo(&monitor) == 0,
+                         "Could not get monitor information from database.")) {
         return nullptr;
+    }
 
     // Clients know the brightness as a single number beside three arrays of one element.
     buttons.uint16("ButtonBrightness", info.ButtonBrightness);
     buttons.uint16Array("ButtonColor", {info.ButtonColor});
     buttons.uint16Array("ButtonAutoFadeMode", {info.ButtonAutoFade});
     if (!buttons || !buttons.require(readRegister(FUNCTION_BUTTON_MODE, FUNCTION_BTN_ID, &buttonMode) == 0,
-                                     "Failed to get Function Button information from database."))
+                                     "Failed to get Function Button information from database.")) {
         return nullptr;
+    }
     buttons.uint16Array("ButtonMode", {buttonMode});
     buttons.describe(
         _InstanceID,
@@ -99,10 +102,12 @@ bool runSetButtonBrightness(Call &call)
             call, {ArgumentKind::integer, "ButtonBrightness", "Required argument ButtonBrightness missing."},
             &brightness) ||
         !requireRange(call, brightness,
-                      {0, 20, "Invalid input value range. Valid values are between 0 and 20."}))
+                      {0, 20, "Invalid input value range. Valid values are between 0 and 20."})) {
         return false;
-    if (checkStep(BEZEL_BUTTON_BRIGHTNESS, brightness, call.errorText) != 0)
+    }
+    if (checkStep(BEZEL_BUTTON_BRIGHTNESS, brightness, call.errorText) != 0) {
         return fail(call, CMPI_RC_ERR_INVALID_PARAMETER, call.errorText);
+    }
     return settled(call, setButtonBrightness(brightness, call.errorText));
 }
 

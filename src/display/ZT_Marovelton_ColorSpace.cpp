@@ -19,8 +19,6 @@ constexpr int presets = 7;
 
 } // namespace
 
-/** The index, from 0, of the preset with exactly this identifier. Returns 0, or -1 with `errorText` filled.
- */
 int ValidateColorSpaceInstanceID(const char *instanceID, char *errorText, int *index)
 {
     return matchInstanceID(instanceID, _InstanceID, presets, errorText, index);
@@ -45,8 +43,9 @@ CMPIInstance *_makeInst_ZT_Marovelton_ColorSpace(const CMPIObjectPath *reference
         !preset.require(GetColorSpaceInfoById(&info, index) == 0,
                         "Failed to get ColorSpace information from database.") ||
         !preset.require(readRegister(ACTIVE_COLORSPACE, COLOR_SPACE_ID, &active) == 0,
-                        "Failed to get ColorSpace information from database."))
+                        "Failed to get ColorSpace information from database.")) {
         return nullptr;
+    }
     char colorSpaceName[sizeof info.ColorSpaceName + 1] = {};
     memcpy(colorSpaceName, info.ColorSpaceName, sizeof info.ColorSpaceName);
     char name[64];
@@ -62,10 +61,11 @@ CMPIInstance *_makeInst_ZT_Marovelton_ColorSpace(const CMPIObjectPath *reference
     preset.field("BluePrimaryX", info.BluePrimaryX);
     preset.field("BluePrimaryY", info.BluePrimaryY);
     // The sRGB curve is not a power function: clients expect its name in the place of a number.
-    if (strstr(colorSpaceName, "sRGB"))
+    if (strstr(colorSpaceName, "sRGB")) {
         preset.text("Gamma", "sRGB");
-    else
+    } else {
         preset.field("Gamma", info.Gamma);
+    }
     preset.field("GreenPrimaryU", info.GreenPrimaryU);
     preset.field("GreenPrimaryV", info.GreenPrimaryV);
     preset.field("GreenPrimaryX", info.GreenPrimaryX);
@@ -87,7 +87,6 @@ CMPIInstance *_makeInst_ZT_Marovelton_ColorSpace(const CMPIObjectPath *reference
 
 // ---- settings ----
 
-/** Sets the luminance of the preset in use, in cd/m2. */
 int SetDisplayLuminance(int luminance, char *errorText)
 {
     return sendSetting(COLOR_SPACE_ID, {{LUMINANCE, luminance}},

@@ -31,8 +31,9 @@ CMPIInstance *_makeInst_ZT_Marovelton_DisplayManagement(const CMPIObjectPath *re
     if (!switches ||
         !switches.require(GetDisplayManagementInfo(&info) == 0,
                           "Failed to get display management information from database.") ||
-        !switches.readSystemName("Could not get monitor information from database.", &system))
+        !switches.readSystemName("Could not get monitor information from database.", &system)) {
         return nullptr;
+    }
 
     switches.boolean("AutoEDIDUpdateEnabled", info.EDIDUpdateEnabled);
     switches.boolean("CalibrationEnabled", info.CalibrationSupportEnabled);

@@ -19,8 +19,6 @@ constexpr int buttonCount = std::size(buttonRegisters);
 
 } // namespace
 
-/** The index, from 0, of the button with exactly this identifier. Returns 0, or -1 with `errorText` filled.
- */
 int ValidateFunctionButtonInstanceID(const char *instanceID, char *errorText, int *index)
 {
     return matchInstanceID(instanceID, _InstanceID, buttonCount, errorText, index);
@@ -43,8 +41,9 @@ CMPIInstance *_makeInst_ZT_Marovelton_FunctionButton(const CMPIObjectPath *refer
                            newPath(_broker, _ClassName, reference, status, {{"InstanceID", instanceID.text}}),
                            status);
     if (!button || !button.require(GetFunctionButtonInfoById(&info, index) == 0,
-                                   "Failed to get Function Button information from database."))
+                                   "Failed to get Function Button information from database.")) {
         return nullptr;
+    }
 
     button.field("Name", info.Name);
     button.uint16Array("Setting", {info.Setting});
@@ -71,8 +70,9 @@ bool runSetSetting(Call &call)
 {
     int setting = 0;
     // Clients know an unknown button by the failed code here, unlike in GetInstance.
-    if (ValidateFunctionButtonInstanceID(call.key, call.errorText, &call.index) != 0)
+    if (ValidateFunctionButtonInstanceID(call.key, call.errorText, &call.index) != 0) {
         return fail(call, CMPI_RC_ERR_FAILED, call.errorText);
+    }
     return readArgument(call, {ArgumentKind::integer, "Setting", "Invalid parameter."}, &setting) &&
            requireRange(call, setting,
                         {1, 17, "Invalid input value range. Valid values are between 1 and 17."}) &&

@@ -34,8 +34,9 @@ CMPIInstance *_makeInst_ZT_Marovelton_ImageAdjustment(const CMPIObjectPath *refe
     if (!picture ||
         !picture.require(GetImageAdjustmentInfo(&image) == 0,
                          "Failed to get Image Adjustment information from database.") ||
-        !picture.readSystemName("Could not get monitor information from database.", &system))
+        !picture.readSystemName("Could not get monitor information from database.", &system)) {
         return nullptr;
+    }
 
     picture.uint16("Region4KPositionX", image.Region4KPositionX);
     picture.uint16("Region4KPositionY", image.Region4KPositionY);
@@ -81,7 +82,6 @@ int setDisplayAspectRatio(int value, char *errorText)
                        "Failed to set the value to DisplayAspectRatio.", errorText);
 }
 
-/** Moves on to the next corner of the 4K source. */
 int setDisplayed4KCorner(char *errorText)
 {
     // Clients know the corner by the text about source scaling.
@@ -95,7 +95,6 @@ int setOverscanFrame(int value, char *errorText)
                        "Failed to set the value to OverscanFrame.", errorText);
 }
 
-/** Places the shown region of a 4K source, in pixels from its upper left corner. */
 int Set4KRegionPosition(int x, int y, char *errorText)
 {
     return sendSetting(IMAGE_ADJ_SETTINGS_ID, {{SCROLL_4K_POSITION_X, x}, {SCROLL_4K_POSITION_Y, y}},
@@ -156,7 +155,6 @@ int setShow4KPositionOverlay(int, char *)
     return -1;
 }
 
-/** The stored state of scrolling through a 4K source, or -1 where it cannot be read. */
 int Get4kState()
 {
     int state = 0;
@@ -187,10 +185,12 @@ bool is4K(const ImageAdjustment &image)
 /** Passes while a 4K source is shown pixel for pixel, and gives the settings. */
 bool require4KRegion(Call &call, ImageAdjustment *image)
 {
-    if (!readImage(call, image))
+    if (!readImage(call, image)) {
         return false;
-    if (image->DisplayAspectRatio != pixelForPixel)
+    }
+    if (image->DisplayAspectRatio != pixelForPixel) {
         return fail(call, CMPI_RC_ERR_NOT_SUPPORTED, "4k not supported. (Pixel-for-Pixel should be enabled)");
+    }
     return is4K(*image) || fail(call, CMPI_RC_ERR_NOT_SUPPORTED, "4k not supported.(Unsupported Resolution)");
 }
 
@@ -203,11 +203,13 @@ bool cornerCanBeChosen(Call &call)
 bool scalingCanBeModified(Call &call)
 {
     ImageAdjustment image = {};
-    if (!readImage(call, &image))
+    if (!readImage(call, &image)) {
         return false;
-    if (!is4K(image))
+    }
+    if (!is4K(image)) {
         return fail(call, CMPI_RC_ERR_NOT_SUPPORTED,
                     "SourceScaling4K cannot be modified.(Unsupported Resolution)");
+    }
     return true;
 }
 
@@ -235,8 +237,9 @@ const RegionBounds &boundsOf(const ImageAdjustment &image)
 {
     const RegionBounds *bounds = regionBounds;
     while ((bounds->width != any && bounds->width != image.HorizontalResolution) ||
-           (bounds->dciOption != any && bounds->dciOption != image.CurrentDCIOptions))
+           (bounds->dciOption != any && bounds->dciOption != image.CurrentDCIOptions)) {
         ++bounds; // ends at the last row, which fits everything
+    }
     return *bounds;
 }
 
@@ -251,8 +254,9 @@ bool readCoordinate(Call &call, const Argument &argument, int min, int max, cons
 bool runSet4KRegionPosition(Call &call)
 {
     ImageAdjustment image = {};
-    if (!require4KRegion(call, &image))
+    if (!require4KRegion(call, &image)) {
         return false;
+    }
     const RegionBounds &bounds = boundsOf(image);
     int x = 0;
     int y = 0;

@@ -34,8 +34,9 @@ CMPIObjectPath *_makePath_ZT_Marovelton_Monitor(const CMPIObjectPath *reference,
 CMPIInstance *_makeInst_ZT_Marovelton_Monitor(const CMPIObjectPath *reference, CMPIStatus *status)
 {
     CMPIObjectPath *path = newPath(_broker, _ClassName, reference, status);
-    if (!path)
+    if (!path) {
         return nullptr;
+    }
     MonitorInfo info = {};
     ImageAdjustment image = {};
     if (GetMoinitorInfo(&info) != 0 || GetImageAdjustmentInfo(&image) != 0) {
@@ -75,8 +76,9 @@ namespace
 
 int updated(int result, char *errorText)
 {
-    if (result == 0)
+    if (result == 0) {
         return 0;
+    }
     copyText(errorText, ERROR_TEXT_SIZE, "Failed to update.");
     return -1;
 }
@@ -146,10 +148,12 @@ bool storeText(Call &call, const char *argument, const char *missing, int (*vali
                const char *refused, int (*store)(const char *, char *))
 {
     const char *text = requireText(call, argument, missing);
-    if (!text || !requireContent(call, text))
+    if (!text || !requireContent(call, text)) {
         return false;
-    if (validate && validate(text) != 0)
+    }
+    if (validate && validate(text) != 0) {
         return fail(call, CMPI_RC_ERR_INVALID_PARAMETER, refused);
+    }
     return settled(call, store(text, call.errorText));
 }
 
@@ -188,19 +192,23 @@ bool readNumberedReference(Call &call, const NumberedReference &expected, int *i
 {
     const char *className = nullptr;
     const CMPIObjectPath *path = requireReference(call, expected.argument, expected.texts, &className);
-    if (!path)
+    if (!path) {
         return false;
+    }
     trace(expected.classTrace, className);
-    if (strcmp(className, expected.className) != 0)
+    if (strcmp(className, expected.className) != 0) {
         return fail(call, CMPI_RC_ERR_INVALID_PARAMETER, expected.wrongClass);
+    }
 
     const char *instanceID = keyText(path, "InstanceID");
-    if (!instanceID)
+    if (!instanceID) {
         return fail(call, CMPI_RC_ERR_INVALID_PARAMETER, "Could not get key of instance.");
+    }
     trace(expected.keyTrace, instanceID);
-    if (matchInstanceID(instanceID, expected.instanceID, expected.count, call.errorText, index) != 0)
+    if (matchInstanceID(instanceID, expected.instanceID, expected.count, call.errorText, index) != 0) {
         return fail(call, CMPI_RC_ERR_INVALID_PARAMETER,
                     "This Input class does not exist (wrong InstanceID).");
+    }
     return requireRange(call, *index, expected.range);
 }
 
@@ -253,11 +261,13 @@ bool runSetSoftPowerState(Call &call)
             call,
             {ArgumentKind::leadingInteger, "SoftPowerState", "Required argument SoftPowerState missing"},
             &state) ||
-        !requireRange(call, state, {0, 1, "Invalid input value range. Valid values are between 0 and 1."}))
+        !requireRange(call, state, {0, 1, "Invalid input value range. Valid values are between 0 and 1."})) {
         return false;
+    }
     // A monitor that is off cannot be reached, so only switching off is offered.
-    if (state == 1)
+    if (state == 1) {
         return fail(call, CMPI_RC_ERR_NOT_SUPPORTED, "SetSoftPowerState");
+    }
     return settled(call, DoSoftPowerState(state, call.errorText));
 }
 

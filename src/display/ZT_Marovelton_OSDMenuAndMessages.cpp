@@ -39,8 +39,9 @@ CMPIInstance *_makeInst_ZT_Marovelton_OSDMenuAndMessages(const CMPIObjectPath *r
     if (!osd ||
         !osd.require(GetOSDMenuAndMessagesInfo(&info) == 0,
                      "Failed to get OSDmenu and messages information from database.") ||
-        !osd.readSystemName("Could not get monitor information from database.", &system))
+        !osd.readSystemName("Could not get monitor information from database.", &system)) {
         return nullptr;
+    }
 
     osd.uint16("MenuAndMessageTimeOut", info.MenuMessageTimeOut);
     osd.boolean("NotifyWhenReCalibrationIsDue", info.MenuCalibration);
@@ -68,19 +69,20 @@ namespace
 /** Cut off toward zero; a number beyond int becomes the nearest int, what is no number becomes 0. */
 int truncated(double value)
 {
-    if (std::isnan(value))
+    if (std::isnan(value)) {
         return 0;
+    }
     return value >= INT_MAX ? INT_MAX : value <= INT_MIN ? INT_MIN : static_cast<int>(value);
 }
 
 } // namespace
 
-/** The engine's code of a language of the class definition; -1 when there is no such language. */
 int GetLanguageValue(int language)
 {
     static constexpr int engineCodes[] = {1, 4, 2, 0, 3, 5, 6, 7, 8, 9};
-    if (language >= 0 && language < static_cast<int>(std::size(engineCodes)))
+    if (language >= 0 && language < static_cast<int>(std::size(engineCodes))) {
         return engineCodes[language];
+    }
     puts("Invalid one");
     return -1;
 }
@@ -94,8 +96,9 @@ int SetMenuAndMessageTimeOut(int seconds, char *errorText)
 int SetLanguage(int language, char *errorText)
 {
     static constexpr ChannelTexts texts = {.reply = "Failed to set the value to Language."};
-    if (engineIsBusy(texts.busy, errorText))
+    if (engineIsBusy(texts.busy, errorText)) {
         return -1;
+    }
     printf("---------langval:%d\n", language);
     const int code = GetLanguageValue(language);
     printf("--------- after langval:%d\n", code);
@@ -114,15 +117,16 @@ int SetOSDPosition(int x, int y, char *errorText)
                        "Failed to set the value to OSDPositions.", errorText);
 }
 
-/** `opacity` in percent. */
 int SetOpacity(float opacity, char *errorText)
 {
     static constexpr ChannelTexts texts = {.reply = "Failed to set the value to Opacity."};
-    if (engineIsBusy(texts.busy, errorText))
+    if (engineIsBusy(texts.busy, errorText)) {
         return -1;
+    }
     const int16_t hundredths = static_cast<int16_t>(truncated(static_cast<double>(opacity) * 100.0));
-    if (checkStep(OPACITY_VALUE, hundredths, errorText) != 0)
+    if (checkStep(OPACITY_VALUE, hundredths, errorText) != 0) {
         return -1;
+    }
     return exchange(setRequest(MENU_SETTINGS_ID, {{OPACITY_VALUE, hundredths}}), texts, errorText);
 }
 
@@ -179,12 +183,14 @@ bool runSetOSDPosition(Call &call)
 bool runSetOpacity(Call &call)
 {
     const char *text = requireText(call, "Opacity", "Required argument Opacity missing.");
-    if (!text || !requireContent(call, text))
+    if (!text || !requireContent(call, text)) {
         return false;
+    }
     char *end = nullptr;
     const float opacity = strtof(text, &end);
-    if (*end != '\0')
+    if (*end != '\0') {
         return fail(call, CMPI_RC_ERR_INVALID_PARAMETER, "Invalid parameter.");
+    }
     // Clients rely on whole percents in 16 bits being tested: 100.9 passes here and fails as a step.
     return requireRange(call, static_cast<int16_t>(truncated(atof(text))),
                         {25, 100, "Invalid input value range. Valid values are between 25 and 100."}) &&

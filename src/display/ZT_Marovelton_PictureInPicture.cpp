@@ -35,8 +35,9 @@ CMPIInstance *_makeInst_ZT_Marovelton_PictureInPicture(const CMPIObjectPath *ref
     if (!pip ||
         !pip.require(GetPIPSettingsInfo(&info) == 0,
                      "Failed to get PIPSettings information from database.") ||
-        !pip.readSystemName("Could not get monitor information from database.", &system))
+        !pip.readSystemName("Could not get monitor information from database.", &system)) {
         return nullptr;
+    }
 
     pip.boolean("PIPOverscanEnabled", info.OverScan);
     pip.uint16("PIPSize", info.PipSize);
@@ -56,28 +57,26 @@ CMPIInstance *_makeInst_ZT_Marovelton_PictureInPicture(const CMPIObjectPath *ref
 
 // ---- live values ----
 
-/** The engine's picture-in-picture mode, a PipMode; -1 when it cannot be read. */
 int GetPIPMode()
 {
     int mode = 0;
     return readRegister(PIP_STATE, PIP_INFO_ID, &mode) == 0 ? mode : -1;
 }
 
-/** The engine's size of the inset, a PipSize; -1 when it cannot be read. */
 int GetPIPSize()
 {
     int size = 0;
     return readRegister(PIP_SIZE, PIP_INFO_ID, &size) == 0 ? size : -1;
 }
 
-/** The active resolution of the inset, in pixels. Returns 0, or -1 on failure. */
 int GetResolution(int *horizontal, int *vertical)
 {
     int width = 0;
     int height = 0;
     if (readRegister(PIP_HORIZONTAL_ACTIVE, PIP_INFO_ID, &width) == -1 ||
-        readRegister(PIP_VERTICAL_ACTIVE, PIP_INFO_ID, &height) == -1)
+        readRegister(PIP_VERTICAL_ACTIVE, PIP_INFO_ID, &height) == -1) {
         return -1;
+    }
     *horizontal = width;
     *vertical = height;
     return 0;
@@ -155,11 +154,13 @@ enum class Needs : uint8_t {
  * mode that cannot be read refuses nothing. */
 bool requireMode(Call &call, Needs needs, const char *refusal)
 {
-    if (!settled(call, InvokeGetMethod_Spear(PIP_INFO_ID, call.errorText)))
+    if (!settled(call, InvokeGetMethod_Spear(PIP_INFO_ID, call.errorText))) {
         return false;
+    }
     const int mode = GetPIPMode();
-    if (mode == PIP_MODE_OFF || (needs == Needs::inset && mode == PIP_PICTURE_BESIDE_PICTURE))
+    if (mode == PIP_MODE_OFF || (needs == Needs::inset && mode == PIP_PICTURE_BESIDE_PICTURE)) {
         return fail(call, CMPI_RC_ERR_NOT_SUPPORTED, refusal);
+    }
     return true;
 }
 
@@ -171,9 +172,10 @@ bool inputSourceCanBeSet(Call &call)
 bool inputsCanBeSwapped(Call &call)
 {
     CMPIStatus counted = {CMPI_RC_OK, nullptr};
-    if (CMGetArgCount(call.in, &counted) != 0 || counted.rc != CMPI_RC_OK)
+    if (CMGetArgCount(call.in, &counted) != 0 || counted.rc != CMPI_RC_OK) {
         return fail(call, CMPI_RC_ERR_INVALID_PARAMETER,
                     "Argument not Required for SwapPrimaryPIPInputs method");
+    }
     return requireMode(call, Needs::secondPicture,
                        "PIP mode is off. Unable to set the value for Swap input source");
 }
@@ -194,13 +196,16 @@ bool digitalCinemaOptionCanBeSet(Call &call)
 {
     int width = 0;
     int height = 0;
-    if (!requireMode(call, Needs::secondPicture, "PIP mode is off. Unable to set the value"))
+    if (!requireMode(call, Needs::secondPicture, "PIP mode is off. Unable to set the value")) {
         return false;
-    if (GetResolution(&width, &height) != 0)
+    }
+    if (GetResolution(&width, &height) != 0) {
         return fail(call, CMPI_RC_ERR_FAILED, "Could not get info from DB");
+    }
     printf("%s:x = %d, y = %d\n", "ZT_Marovelton_PictureInPictureInvokeMethod", width, height);
-    if ((height == 2160 && (width == 4096 || width == 4095)) || (height == 1080 && width == 2048))
+    if ((height == 2160 && (width == 4096 || width == 4095)) || (height == 1080 && width == 2048)) {
         return true;
+    }
     return fail(call, CMPI_RC_ERR_NOT_SUPPORTED,
                 "PIP active resolution does not support DCI. Unable to set the value");
 }
@@ -238,11 +243,13 @@ bool runSetPIPPosition(Call &call)
         !readArgument(
             call, {ArgumentKind::integer, "PIPPositionY", "Required argument PIPPositionY missing."}, &y) ||
         !requireMode(call, Needs::inset,
-                     "PIP mode or picture in picture is off. Unable to set the value for pip positions"))
+                     "PIP mode or picture in picture is off. Unable to set the value for pip positions")) {
         return false;
+    }
     const int size = GetPIPSize();
-    if (size < PIP_SIZE_MAXIMUM || size > PIP_SIZE_DEFAULT) // no limits are known for it
+    if (size < PIP_SIZE_MAXIMUM || size > PIP_SIZE_DEFAULT) { // no limits are known for it
         return fail(call, CMPI_RC_ERR_FAILED, "Failed to get PIPSettings information from database.");
+    }
     const PositionLimits &limits = positionLimits[size];
     return requirePosition(call, x, limits.x, y, limits.y, limits.both) &&
            settled(call, SetPIPPosition(x, y, call.errorText));

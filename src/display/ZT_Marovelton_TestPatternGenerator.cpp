@@ -31,16 +31,19 @@ CMPIInstance *_makeInst_ZT_Marovelton_TestPatternGenerator(const CMPIObjectPath 
     InstanceBuilder generator(_broker, _ClassName,
                               newPath(_broker, _ClassName, reference, status, {{"InstanceID", _InstanceID}}),
                               status);
-    if (!generator || !generator.readSystemName("Failed to get monitor information from database.", &system))
+    if (!generator ||
+        !generator.readSystemName("Failed to get monitor information from database.", &system)) {
         return nullptr;
+    }
 
     generator.describe(
         _InstanceID,
         "A class derived from Logical Element that represents the single node container of the Display Management System.");
     generator.formatted("Name", "%s-TestPatternGenerator", system.text);
     if (!generator.require(GetTestPatternInfo(&info) == 0,
-                           "Failed to get test pattern information from database."))
+                           "Failed to get test pattern information from database.")) {
         return nullptr;
+    }
     generator.boolean("Enabled", info.Enabled);
     generator.field("RValue", info.RValue);
     generator.field("GValue", info.GValue);

@@ -27,7 +27,6 @@ constexpr int inputCount = std::size(inputs);
 
 } // namespace
 
-/** The index, from 0, of the input with exactly this identifier. Returns 0, or -1 with `errorText` filled. */
 int ValidateVideoInputInstanceID(const char *instanceID, char *errorText, int *index)
 {
     trace("--- %s ValidateVideoInputInstanceID() called\n", _ClassName);
@@ -58,8 +57,9 @@ CMPIInstance *_makeInst_ZT_Marovelton_VideoInput(const CMPIObjectPath *reference
                           status);
     if (!input || !input.require(GetPIPSettingsInfo(&settings) == 0 &&
                                      readRegister(VIDEO_INPUT, VIDEO_INPUT_ID, &selected) == 0,
-                                 "Failed to get videosource information from database."))
+                                 "Failed to get videosource information from database.")) {
         return nullptr;
+    }
 
     input.boolean("Selected", selected == index);
     input.text("Name", inputs[index].name);

@@ -19,8 +19,9 @@ SpearMessage setRequest(int groupId, std::initializer_list<RegisterWrite> writes
     SpearMessage message = engineRequest(PROCESS_SET_REQUEST, groupId);
     WebCmd &command = message.Data.Arg.sWebCmd;
     for (const RegisterWrite &write : writes) {
-        if (command.Count == REGISTERS_PER_MESSAGE)
+        if (command.Count == REGISTERS_PER_MESSAGE) {
             break;
+        }
         RegisterDetails &entry = command.sRegdetails[command.Count++];
         entry.Register = static_cast<uint8_t>(write.registerId);
         entry.RegisterValue.Value = static_cast<int16_t>(write.value);
@@ -30,8 +31,9 @@ SpearMessage setRequest(int groupId, std::initializer_list<RegisterWrite> writes
 
 bool engineIsBusy(const char *busyText, char *errorText)
 {
-    if (GetMonitorStatus(SPEAR_STATE) != BUSY)
+    if (GetMonitorStatus(SPEAR_STATE) != BUSY) {
         return false;
+    }
     copyText(errorText, ERROR_TEXT_SIZE, busyText);
     return true;
 }
@@ -45,17 +47,21 @@ int exchange(const SpearMessage &message, const ChannelTexts &texts, char *error
     };
 
     int queueId = -1;
-    if (failed(SpearEngineMessageQueueCreate(MSG_QUEUE_SPEAR_APP, &queueId)))
+    if (failed(SpearEngineMessageQueueCreate(MSG_QUEUE_SPEAR_APP, &queueId))) {
         return fail(texts.sendQueue);
+    }
     const int sent = SendStatusMessagetoSource(message, queueId);
-    if (texts.send && failed(sent))
+    if (texts.send && failed(sent)) {
         return fail(texts.send);
-    if (!texts.reply)
+    }
+    if (!texts.reply) {
         return 0;
+    }
 
     queueId = -1;
-    if (failed(SpearEngineMessageQueueCreate(MSG_QUEUE_WSMAN, &queueId)))
+    if (failed(SpearEngineMessageQueueCreate(MSG_QUEUE_WSMAN, &queueId))) {
         return fail(texts.receiveQueue);
+    }
     const SpearMessage reply = {};
     return RecvMessageFromSource(reply, queueId) == 0 ? 0 : fail(texts.reply);
 }
@@ -89,7 +95,8 @@ int InvokeGetMethod_Spear(int groupId, char *errorText)
         .reply = "Failed to read the value from spear.",
         .busy = "Device is Busy. Please try after some time..", // two full stops, unlike a write
     };
-    if (engine::engineIsBusy(texts.busy, errorText))
+    if (engine::engineIsBusy(texts.busy, errorText)) {
         return -1;
+    }
     return engine::exchange(engine::engineRequest(PROCESS_GET_REQUEST, groupId), texts, errorText);
 }

@@ -110,13 +110,15 @@ int ValidateRegisterValue(int registerId, int value, char *errorText)
     puts("------------- Enter ValidateRegisterValue()");
     int result = -1;
     for (const RegisterRange &range : registerRanges) {
-        if (range.id != registerId)
+        if (range.id != registerId) {
             continue;
+        }
         result = ValidateInputArgs(value, range.min, range.max);
         if (result != 0) {
             result = -1;
-            if (range.text)
+            if (range.text) {
                 copyText(errorText, ERROR_TEXT_SIZE, range.text);
+            }
         }
     }
     // The steps of the opacity are looked at when the entry is made.
@@ -133,10 +135,12 @@ namespace
 /** Puts one row of a batch into entry `row` of the message. Returns 0, or -1 where the row is refused. */
 int addEntry(WebCmd &command, int row, int registerId, int value, char *errorText)
 {
-    if (row >= REGISTERS_PER_MESSAGE) // a message has no room for it
+    if (row >= REGISTERS_PER_MESSAGE) { // a message has no room for it
         return -1;
-    if (ValidateRegisterValue(registerId, value, errorText) != 0)
+    }
+    if (ValidateRegisterValue(registerId, value, errorText) != 0) {
         return -1;
+    }
     RegisterDetails &entry = command.sRegdetails[row];
     entry.Register = static_cast<uint8_t>(registerId);
     entry.RegisterValue.Value = static_cast<int16_t>(value);
@@ -160,16 +164,18 @@ int InvokeMethod_Spear(const int *registerIds, const int *registerValues, int gr
     puts("------------- Enter InvokeMethod_Spear()");
     printf("------------- count :%d \n", count);
     char rowText[ERROR_TEXT_SIZE] = " ";
-    if (engineIsBusy(texts.busy, errorText))
+    if (engineIsBusy(texts.busy, errorText)) {
         return -1;
+    }
 
     SpearMessage message = engineRequest(PROCESS_SET_REQUEST, groupId);
     WebCmd &command = message.Data.Arg.sWebCmd;
     int result = 0;
     for (int row = 0; row < count && result == 0; ++row) {
         // A row that is passed over leaves its own entry empty; the others stay where they are.
-        if (registerIds[row] < 0)
+        if (registerIds[row] < 0) {
             continue;
+        }
         printf("------------- registerIds[rowIndx] :%d ---- registerValues[rowIndx]:%d \n", registerIds[row],
                registerValues[row]);
         result = addEntry(command, row, registerIds[row], registerValues[row], rowText);
@@ -179,8 +185,9 @@ int InvokeMethod_Spear(const int *registerIds, const int *registerValues, int gr
         copyText(errorText, ERROR_TEXT_SIZE, rowText);
         return -1;
     }
-    if (exchange(message, texts, errorText) != 0)
+    if (exchange(message, texts, errorText) != 0) {
         return -1;
+    }
     puts("------------- Leave InvokeMethod_Spear()");
     return 0;
 }

@@ -63,8 +63,9 @@ CMPIEnumeration *enumerateNames(const CMPIBroker *broker, const CMPIContext *ctx
 {
     *rc = {CMPI_RC_OK, nullptr};
     CMPIEnumeration *names = CBEnumInstanceNames(broker, ctx, path, rc);
-    if (delivered(names, rc))
+    if (delivered(names, rc)) {
         return names;
+    }
     failed(broker, rc, "CBEnumInstanceNames( _broker, ctx, op, rc)");
     return nullptr;
 }
@@ -74,8 +75,9 @@ CMPIEnumeration *enumerateInstances(const CMPIBroker *broker, const CMPIContext 
 {
     *rc = {CMPI_RC_OK, nullptr};
     CMPIEnumeration *instances = CBEnumInstances(broker, ctx, path, nullptr, rc);
-    if (delivered(instances, rc))
+    if (delivered(instances, rc)) {
         return instances;
+    }
     failed(broker, rc, "CBEnumInstances( _broker, ctx, op, rc)");
     return nullptr;
 }
@@ -93,17 +95,21 @@ bool next(const CMPIBroker *broker, const CMPIEnumeration *enumeration, CMPIType
 {
     CMPIStatus asked = {CMPI_RC_OK, nullptr};
     *element = {nullptr, nullptr};
-    if (!CMHasNext(enumeration, &asked) && asked.rc == CMPI_RC_OK)
+    if (!CMHasNext(enumeration, &asked) && asked.rc == CMPI_RC_OK) {
         return true;
+    }
     if (asked.rc == CMPI_RC_OK) {
         // compat: some object managers mark each element as null and hand out its object all the same.
         const CMPIData data = CMGetNext(enumeration, &asked);
-        if (asked.rc != CMPI_RC_OK || data.type != type || (data.state & (CMPI_notFound | CMPI_badValue)))
+        if (asked.rc != CMPI_RC_OK || data.type != type || (data.state & (CMPI_notFound | CMPI_badValue))) {
             return failed(broker, rc, "CMGetNext( en, rc)");
-        if (type == CMPI_instance && !isNullObject(data.value.inst))
+        }
+        if (type == CMPI_instance && !isNullObject(data.value.inst)) {
             element->instance = data.value.inst;
-        if (type == CMPI_ref && !isNullObject(data.value.ref))
+        }
+        if (type == CMPI_ref && !isNullObject(data.value.ref)) {
             element->path = data.value.ref;
+        }
     }
     return element->instance || element->path || failed(broker, rc, "CMGetNext( en, rc)");
 }
@@ -115,12 +121,14 @@ CMPIInstance *fetch(const CMPIBroker *broker, const CMPIContext *ctx, const CMPI
 {
     *rc = {CMPI_RC_OK, nullptr};
     CMPIInstance *instance = CBGetInstance(broker, ctx, path, nullptr, rc);
-    if (delivered(instance, rc))
+    if (delivered(instance, rc)) {
         return instance;
-    if (rc->rc == CMPI_RC_ERR_NOT_FOUND)
+    }
+    if (rc->rc == CMPI_RC_ERR_NOT_FOUND) {
         setStatus(broker, rc, CMPI_RC_ERR_NOT_FOUND, notFound);
-    else if (rc->rc == CMPI_RC_ERR_FAILED || rc->rc == CMPI_RC_OK) // nothing delivered is a failure, too
+    } else if (rc->rc == CMPI_RC_ERR_FAILED || rc->rc == CMPI_RC_OK) { // nothing delivered is a failure, too
         setStatus(broker, rc, CMPI_RC_ERR_FAILED, failed);
+    }
     return nullptr;
 }
 
@@ -128,8 +136,9 @@ CMPIInstance *fetch(const CMPIBroker *broker, const CMPIContext *ctx, const CMPI
 bool moveToNameSpace(const CMPIObjectPath *path, const CMPIObjectPath *other, CMPIStatus *rc)
 {
     const char *nameSpace = textOf(CMGetNameSpace(other, nullptr));
-    if (!nameSpace)
+    if (!nameSpace) {
         return true;
+    }
     *rc = CMSetNameSpace(path, nameSpace);
     return rc->rc == CMPI_RC_OK;
 }
@@ -142,8 +151,9 @@ bool setReferences(const CMPIInstance *association, const char *refLeft, const C
     CMPIValue value = {};
     value.ref = const_cast<CMPIObjectPath *>(left); // the interface has no const references
     *rc = CMSetProperty(association, refLeft, &value, CMPI_ref);
-    if (rc->rc != CMPI_RC_OK)
+    if (rc->rc != CMPI_RC_OK) {
         return false;
+    }
     value.ref = const_cast<CMPIObjectPath *>(right);
     *rc = CMSetProperty(association, refRight, &value, CMPI_ref);
     return rc->rc == CMPI_RC_OK;
@@ -153,8 +163,9 @@ bool setReferences(const CMPIInstance *association, const char *refLeft, const C
 CMPIInstance *newAssociation(const CMPIBroker *broker, const CMPIObjectPath *path, CMPIStatus *rc)
 {
     CMPIInstance *association = CMNewInstance(broker, path, rc);
-    if (!isNullObject(association))
+    if (!isNullObject(association)) {
         return association;
+    }
     failed(broker, rc, "Create CMPIInstance failed.");
     return nullptr;
 }
@@ -187,14 +198,18 @@ const char *farEndClass(const CMPIBroker *broker, const CMPIObjectPath *ref, con
         failed(broker, rc, "Could not get classname of source object path.");
         return nullptr;
     }
-    if (same(className, leftClass))
+    if (same(className, leftClass)) {
         return rightClass;
-    if (same(className, rightClass))
+    }
+    if (same(className, rightClass)) {
         return leftClass;
-    if (isA(broker, ref, leftClass))
+    }
+    if (isA(broker, ref, leftClass)) {
         return rightClass;
-    if (isA(broker, ref, rightClass))
+    }
+    if (isA(broker, ref, rightClass)) {
         return leftClass;
+    }
     failed(broker, rc, "referenced Class is not covered by this Association.");
     return nullptr;
 }
@@ -203,12 +218,14 @@ CMPIObjectPath *farEndPath(const CMPIBroker *broker, const CMPIObjectPath *ref, 
                            const char *rightClass, CMPIStatus *rc)
 {
     const char *target = farEndClass(broker, ref, leftClass, rightClass, rc);
-    if (!target)
+    if (!target) {
         return nullptr;
+    }
     const char *nameSpace = textOf(CMGetNameSpace(ref, nullptr));
     CMPIObjectPath *path = CMNewObjectPath(broker, nameSpace ? nameSpace : "", target, rc);
-    if (isNullObject(path))
+    if (isNullObject(path)) {
         failed(broker, rc, "Create CMPIObjectPath failed.");
+    }
     return path;
 }
 
@@ -223,22 +240,25 @@ bool admits(const CMPIBroker *broker, const CMPIObjectPath *cop, const Ends &end
     // Where a path cannot be made the names may still decide; it is a failure only if they do not.
     CMPIStatus made = {CMPI_RC_OK, nullptr};
     const auto refuse = [&](bool pathsMade) {
-        if (!pathsMade)
+        if (!pathsMade) {
             failed(broker, rc, "Create CMPIObjectPath failed.");
+        }
         return false;
     };
     const CMPIObjectPath *path = newPath(broker, source, cop, &made);
     const bool isLeft = sameIgnoringCase(source, ends.leftClass) || isA(broker, path, ends.leftClass);
     const bool isRight = sameIgnoringCase(source, ends.rightClass) || isA(broker, path, ends.rightClass);
-    if (!isLeft && !isRight)
+    if (!isLeft && !isRight) {
         return refuse(path != nullptr);
+    }
 
     if (filters.resultClass) {
         const CMPIObjectPath *farEnd = newPath(broker, isLeft ? ends.rightClass : ends.leftClass, cop, &made);
         const CMPIObjectPath *result = newPath(broker, filters.resultClass, cop, &made);
         if (!isA(broker, farEnd, filters.resultClass) && !(isLeft && isA(broker, result, ends.rightClass)) &&
-            !(isRight && isA(broker, result, ends.leftClass)))
+            !(isRight && isA(broker, result, ends.leftClass))) {
             return refuse(farEnd && result);
+        }
     }
     const auto names = [&](const char *given, const char *ofLeft, const char *ofRight) {
         return !given || (isLeft && sameIgnoringCase(given, ofLeft)) ||
@@ -268,13 +288,16 @@ enum class Verdict : uint8_t { handOver, passOver, fail };
 
 Verdict judge(Progress &walk, const Candidate &candidate, const char *announcement)
 {
-    if (!walk.matcher)
+    if (!walk.matcher) {
         return Verdict::handOver;
+    }
     if (!matchCandidate(*walk.matcher, walk.broker, walk.ref, candidate.instance, candidate.path, walk.status,
-                        walk.notes))
+                        walk.notes)) {
         return Verdict::fail;
-    if (walk.notes.match != 1)
+    }
+    if (walk.notes.match != 1) {
         return Verdict::passOver;
+    }
     walk.notes.match = 0;
     puts(announcement);
     return Verdict::handOver;
@@ -284,8 +307,9 @@ Verdict judge(Progress &walk, const Candidate &candidate, const char *announceme
 CMPIObjectPath *pathOf(const Progress &walk, const CMPIInstance *instance)
 {
     CMPIObjectPath *path = CMGetObjectPath(instance, walk.status);
-    if (!isNullObject(path))
+    if (!isNullObject(path)) {
         return path;
+    }
     walk.failedWith("CMGetObjectPath(ci,rc)");
     return nullptr;
 }
@@ -296,10 +320,11 @@ bool handOverFarEnd(Progress &walk, const Candidate &candidate)
     const Verdict verdict = judge(walk, candidate,
                                   candidate.instance ? "Returning instance here!!!.."
                                                      : "associatorNames(): Returning instance here!!!..");
-    if (verdict == Verdict::handOver && candidate.instance)
+    if (verdict == Verdict::handOver && candidate.instance) {
         CMReturnInstance(walk.result, candidate.instance);
-    else if (verdict == Verdict::handOver)
+    } else if (verdict == Verdict::handOver) {
         CMReturnObjectPath(walk.result, candidate.path);
+    }
     return verdict != Verdict::fail;
 }
 
@@ -308,8 +333,9 @@ bool setEnds(const Progress &walk, const CMPIInstance *association, const CMPIOb
 {
     const Ends &ends = walk.ends;
     const char *target = farEndClass(walk.broker, walk.ref, ends.leftClass, ends.rightClass, walk.status);
-    if (!target)
+    if (!target) {
         return false;
+    }
     printf("targetName is %s\n", target);
     const bool fromLeft = same(target, ends.rightClass);
     return setReferences(association, ends.refLeft, fromLeft ? walk.ref : candidate, ends.refRight,
@@ -321,8 +347,9 @@ bool handOverAssociation(Progress &walk, const CMPIObjectPath *path, const Candi
 {
     const CMPIObjectPath *candidate = found.instance ? pathOf(walk, found.instance) : found.path;
     const CMPIInstance *association = candidate ? newAssociation(walk.broker, path, walk.status) : nullptr;
-    if (!association || !setEnds(walk, association, candidate))
+    if (!association || !setEnds(walk, association, candidate)) {
         return false;
+    }
     // compat: References match the candidate, ReferenceNames the association itself. Unless the object
     // manager finds the candidate's key there, that is the end of the request, and clients know it so.
     const bool whole = walk.kind == WalkKind::references;
@@ -330,17 +357,20 @@ bool handOverAssociation(Progress &walk, const CMPIObjectPath *path, const Candi
     const Verdict verdict = judge(walk, matched,
                                   whole ? "References(): Returning instance here!!!.."
                                         : "ReferencesNames(): Returning instance here!!!..");
-    if (verdict != Verdict::handOver)
+    if (verdict != Verdict::handOver) {
         return verdict != Verdict::fail;
-    if (walk.own)
+    }
+    if (walk.own) {
         walk.own->set(association, walk.ends, walk.notes);
+    }
     if (whole) {
         CMReturnInstance(walk.result, association);
         return true;
     }
     const CMPIObjectPath *name = pathOf(walk, association);
-    if (!name || !moveToNameSpace(name, walk.ref, walk.status))
+    if (!name || !moveToNameSpace(name, walk.ref, walk.status)) {
         return false;
+    }
     CMReturnObjectPath(walk.result, name);
     return true;
 }
@@ -354,19 +384,24 @@ bool handOverAll(Progress &walk, const CMPIObjectPath *path, const CMPIObjectPat
     const CMPIEnumeration *found = instances
                                        ? enumerateInstances(walk.broker, walk.context, farEnd, walk.status)
                                        : enumerateNames(walk.broker, walk.context, farEnd, walk.status);
-    if (!found)
+    if (!found) {
         return false;
+    }
     for (;;) {
         Candidate candidate;
-        if (!next(walk.broker, found, instances ? CMPI_instance : CMPI_ref, &candidate, walk.status))
+        if (!next(walk.broker, found, instances ? CMPI_instance : CMPI_ref, &candidate, walk.status)) {
             return false;
-        if (!candidate.instance && !candidate.path)
+        }
+        if (!candidate.instance && !candidate.path) {
             return true;
-        if (walk.kind == WalkKind::nothing)
+        }
+        if (walk.kind == WalkKind::nothing) {
             continue;
+        }
         const bool association = walk.kind == WalkKind::references || walk.kind == WalkKind::referenceNames;
-        if (association ? !handOverAssociation(walk, path, candidate) : !handOverFarEnd(walk, candidate))
+        if (association ? !handOverAssociation(walk, path, candidate) : !handOverFarEnd(walk, candidate)) {
             return false;
+        }
     }
 }
 
@@ -379,18 +414,22 @@ bool walkFrom(const CMPIObjectPath *source, const Walk &theWalk, const Request &
     printf("%s", walk.traces->called);
     // Where what the properties depend on cannot be read, and for a source that is at neither end, there is
     // nothing to hand over; the status says why.
-    if (walk.own && walk.own->read && !walk.own->read(walk.broker, walk.status, walk.notes))
+    if (walk.own && walk.own->read && !walk.own->read(walk.broker, walk.status, walk.notes)) {
         return true;
+    }
     if (!fetch(walk.broker, walk.context, source, "GetInstance of source object failed.",
-               "Source object not found.", walk.status))
+               "Source object not found.", walk.status)) {
         return false;
+    }
     const CMPIObjectPath *farEnd =
         farEndPath(walk.broker, source, ends.leftClass, ends.rightClass, walk.status);
-    if (isNullObject(farEnd))
+    if (isNullObject(farEnd)) {
         return true;
+    }
     const CMPIObjectPath *path = newPath(walk.broker, ends.className, source, walk.status);
-    if (!path || !handOverAll(walk, path, farEnd))
+    if (!path || !handOverAll(walk, path, farEnd)) {
         return false;
+    }
     printf("%s", walk.traces->left);
     return true;
 }
@@ -402,15 +441,18 @@ bool walkFromAll(const CMPIObjectPath *reference, const char *sourceClass, const
     const CMPIObjectPath *path = newPath(request.broker, sourceClass, reference, request.status);
     const CMPIEnumeration *sources =
         path ? enumerateNames(request.broker, request.context, path, request.status) : nullptr;
-    if (!sources)
+    if (!sources) {
         return false;
+    }
     bool last = true;
     for (;;) {
         Candidate source;
-        if (!next(request.broker, sources, CMPI_ref, &source, request.status))
+        if (!next(request.broker, sources, CMPI_ref, &source, request.status)) {
             return false;
-        if (!source.path)
+        }
+        if (!source.path) {
             break;
+        }
         last = walkFrom(source.path, walk, request);
     }
     printf("--- _assoc_create_inst_1toN() Leave \n---");
@@ -441,8 +483,9 @@ CMPIObjectPath *endIn(const CMPIObjectPath *path, const char *name)
 CMPIInstance *fetchEnd(const Request &request, const CMPIObjectPath *end, const CMPIObjectPath *path,
                        const EndTexts &texts)
 {
-    if (!moveToNameSpace(end, path, request.status))
+    if (!moveToNameSpace(end, path, request.status)) {
         return nullptr;
+    }
     return fetch(request.broker, request.context, end, texts.failed, texts.notFound, request.status);
 }
 
@@ -462,20 +505,23 @@ CMPIInstance *associationAt(const CMPIObjectPath *cop, const char *className, co
         return nullptr;
     }
     CMPIInstance *leftEnd = fetchEnd(request, left, cop, leftTexts);
-    if (!leftEnd)
+    if (!leftEnd) {
         return nullptr;
+    }
     const CMPIObjectPath *right = endIn(cop, refRight);
     if (!right) {
         // compat: clients rely on the left end's instance in the answer, beside the failure.
         failed(request.broker, request.status, rightTexts.key);
         return leftEnd;
     }
-    if (!fetchEnd(request, right, cop, rightTexts))
+    if (!fetchEnd(request, right, cop, rightTexts)) {
         return nullptr;
+    }
     const CMPIObjectPath *path = newPath(request.broker, className, cop, request.status);
     CMPIInstance *association = path ? newAssociation(request.broker, path, request.status) : nullptr;
-    if (!association || !setReferences(association, refLeft, left, refRight, right, request.status))
+    if (!association || !setReferences(association, refLeft, left, refRight, right, request.status)) {
         return nullptr;
+    }
     return association;
 }
 
@@ -515,8 +561,9 @@ bool readKeys(const KeyPair &pair, const CMPIBroker *broker, const CMPIObjectPat
     } else if (target.path) {
         text = keyText(target.path, pair.targetKey);
     }
-    if (!text)
+    if (!text) {
         return failed(broker, status, "Could not get key of instance.");
+    }
     copyText(keys->target, sizeof keys->target, text);
     printf("target instance key is %s \n", keys->target);
     return true;
@@ -535,15 +582,19 @@ bool matchCandidate(const Matcher &matcher, const CMPIBroker *broker, const CMPI
         return failed(broker, status, "Could not get classname of source object path.");
     }
     for (const KeyPair &pair : matcher.keys) {
-        if (pair.sourceClass && !same(pair.sourceClass, sourceClass))
+        if (pair.sourceClass && !same(pair.sourceClass, sourceClass)) {
             continue;
-        if (matcher.countTrace)
+        }
+        if (matcher.countTrace) {
             printf(matcher.countTrace, matching, notes.count);
+        }
         MatchedKeys keys = {};
-        if (!readKeys(pair, broker, source, {targetInstance, targetPath}, status, &keys))
+        if (!readKeys(pair, broker, source, {targetInstance, targetPath}, status, &keys)) {
             return false;
-        if (matcher.match(keys.source, keys.target, pair.direction, notes) == 0)
+        }
+        if (matcher.match(keys.source, keys.target, pair.direction, notes) == 0) {
             return true;
+        }
         setStatus(broker, status, CMPI_RC_ERR_NOT_FOUND, "Association not found.");
         return false;
     }
@@ -569,11 +620,13 @@ CMPIStatus enumAllEnds(const AssociationClass &association, Request request, con
         request.status = &status;
         if (!walkFromAll(reference, association.leftClass,
                          {.ends = endsOf(association, rightClass), .kind = kind, .own = association.own},
-                         request))
+                         request)) {
             return status;
+        }
         // A run that could list nothing says why in its status, which the request then ends with.
-        if (all.rc == CMPI_RC_OK)
+        if (all.rc == CMPI_RC_OK) {
             all = status;
+        }
     }
     CMReturnDone(request.result);
     return all;
@@ -601,10 +654,11 @@ CMPIStatus getAssociation(const AssociationClass &association, const CMPIBroker 
     const CMPIInstance *instance = associationAt(reference, association.name, association.refLeft,
                                                  association.refRight, {broker, context, result, &status});
     // An instance can come with a failure: the left end's, where the right one is not named.
-    if (instance)
+    if (instance) {
         CMReturnInstance(result, instance);
-    else
+    } else {
         setStatus(broker, &status, CMPI_RC_ERR_FAILED, "Failed to create Instance.");
+    }
     CMReturnDone(result);
     trace("--- %s CMPI GetInstance() exited\n", association.name);
     return status;
@@ -618,19 +672,22 @@ CMPIStatus followAssociation(const AssociationClass &association, const CMPIBrok
     bool admitted = true;
     if (filters.associationClass) {
         const CMPIObjectPath *path = newPath(broker, association.name, source, &status);
-        if (!path)
+        if (!path) {
             return status;
+        }
         admitted = isA(broker, path, filters.associationClass);
     }
     for (const char *rightClass : admitted ? association.rightClasses : std::span<const char *const>()) {
         status = {CMPI_RC_OK, nullptr};
         const Ends ends = endsOf(association, rightClass);
         // A source that the filters do not admit, or of which they cannot tell, is tied to nothing.
-        if (!admits(broker, source, ends, filters, &status))
+        if (!admits(broker, source, ends, filters, &status)) {
             continue;
+        }
         if (!walkFrom(source, {ends, kind, association.matcher, association.own, association.traces},
-                      {broker, context, result, &status}))
+                      {broker, context, result, &status})) {
             return status;
+        }
         // A run that had nothing to hand over may have said why; to clients that is an empty success.
     }
     CMReturnDone(result);

@@ -23,17 +23,19 @@ bool requireAdministrator(const CMPIBroker *broker, const CMPIContext *context, 
         setStatus(broker, status, CMPI_RC_ERR_FAILED, "Could not get user credentials");
         return false;
     }
-    if (announce)
+    if (announce) {
         trace("AccountSetInstance: requesting user is %s\n", user);
+    }
     char isAdmin = 0;
     if (IsAdminUser(user, &isAdmin, errorText) != 0) {
         errorText[ERROR_TEXT_SIZE - 1] = '\0';
         setStatus(broker, status, CMPI_RC_ERR_FAILED, errorText);
         return false;
     }
-    if (!isAdmin)
+    if (!isAdmin) {
         setStatus(broker, status, CMPI_RC_ERR_ACCESS_DENIED,
                   "Operation not allowed for non-admin user credentials");
+    }
     return isAdmin;
 }
 
@@ -55,12 +57,13 @@ const char *requireText(Call &call, const char *name, const char *missing, const
     CMPIData data = {};
     // Object managers hand an argument that has no value as absent, as null or as an empty pointer.
     const char *text = nullptr;
-    if (!getArgument(call, name, &data) || (data.state & CMPI_nullValue))
+    if (!getArgument(call, name, &data) || (data.state & CMPI_nullValue)) {
         fail(call, CMPI_RC_ERR_INVALID_PARAMETER, missing);
-    else if (data.type != CMPI_string)
+    } else if (data.type != CMPI_string) {
         fail(call, CMPI_RC_ERR_INVALID_PARAMETER, invalidType);
-    else if (!(text = textOf(data.value.string)))
+    } else if (!(text = textOf(data.value.string))) {
         fail(call, CMPI_RC_ERR_INVALID_PARAMETER, missing);
+    }
     return text;
 }
 
@@ -73,12 +76,13 @@ bool convert(Call &call, const char *text, ArgumentKind kind, const char *invali
 {
     *value = decimalValue(text);
     if (kind == ArgumentKind::toggle) {
-        if (strcasecmp(text, "true") == 0)
+        if (strcasecmp(text, "true") == 0) {
             *value = 1;
-        else if (strcasecmp(text, "false") == 0)
+        } else if (strcasecmp(text, "false") == 0) {
             *value = 0;
-        else if (strcmp(text, "0") != 0 && strcmp(text, "1") != 0)
+        } else if (strcmp(text, "0") != 0 && strcmp(text, "1") != 0) {
             return fail(call, CMPI_RC_ERR_INVALID_PARAMETER, invalid);
+        }
     } else if (kind == ArgumentKind::integer && !isDecimal(text)) {
         return fail(call, CMPI_RC_ERR_INVALID_PARAMETER, invalid);
     }
@@ -103,8 +107,9 @@ const CMPIObjectPath *requireReference(Call &call, const char *name, const Refer
         fail(call, CMPI_RC_ERR_INVALID_PARAMETER, texts.null);
     } else {
         *className = textOf(CMGetClassName(data.value.ref, nullptr));
-        if (*className)
+        if (*className) {
             return data.value.ref;
+        }
         fail(call, CMPI_RC_ERR_FAILED, texts.className);
     }
     return nullptr;
@@ -120,8 +125,9 @@ bool requirePosition(Call &call, int x, const Range &xRange, int y, const Range 
 {
     const bool xFits = ValidateInputArgs(x, xRange.min, xRange.max) == 0;
     const bool yFits = ValidateInputArgs(y, yRange.min, yRange.max) == 0;
-    if (xFits && yFits)
+    if (xFits && yFits) {
         return true;
+    }
     return fail(call, CMPI_RC_ERR_INVALID_PARAMETER, xFits ? yRange.text : yFits ? xRange.text : both);
 }
 

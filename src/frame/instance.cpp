@@ -29,15 +29,17 @@ bool InstanceBuilder::require(bool ok, const char *text)
 
 bool InstanceBuilder::readSystemName(const char *failure, SystemName *name)
 {
-    if (!frame::readSystemName(broker, status, failure, name))
+    if (!frame::readSystemName(broker, status, failure, name)) {
         instance = nullptr;
+    }
     return instance != nullptr;
 }
 
 void InstanceBuilder::set(const char *name, const CMPIValue *value, CMPIType type)
 {
-    if (instance)
+    if (instance) {
         CMSetProperty(instance, name, value, type);
+    }
 }
 
 void InstanceBuilder::boolean(const char *name, int value)
@@ -75,14 +77,16 @@ void InstanceBuilder::formatted(const char *name, const char *format, const char
 
 void InstanceBuilder::dateTime(const char *name, int64_t seconds)
 {
-    if (!instance)
+    if (!instance) {
         return;
+    }
     CMPIValue data = {};
     data.dateTime =
         CMNewDateTimeFromBinary(broker, static_cast<CMPIUint64>(seconds * 1000000), false, nullptr);
     // A date that the object manager cannot make stays null, the rest of the instance is right.
-    if (data.dateTime)
+    if (data.dateTime) {
         set(name, &data, CMPI_dateTime);
+    }
 }
 
 namespace
@@ -94,8 +98,9 @@ constexpr const char *arrayFailed = "Failed to initialize array.";
 
 CMPIArray *InstanceBuilder::newArray(CMPICount size, CMPIType type)
 {
-    if (!instance)
+    if (!instance) {
         return nullptr;
+    }
     CMPIArray *array = CMNewArray(broker, size, type, status);
     return require(!isNullObject(array), arrayFailed) ? array : nullptr;
 }
@@ -110,8 +115,9 @@ void InstanceBuilder::uint16Array(const char *name, std::initializer_list<int> v
 {
     CMPIValue data = {};
     data.array = newArray(static_cast<CMPICount>(values.size()), CMPI_uint16);
-    if (!data.array)
+    if (!data.array) {
         return;
+    }
     CMPICount position = 0;
     for (const int value : values) {
         CMPIValue element = {};
@@ -125,12 +131,14 @@ void InstanceBuilder::textArray(const char *name, const char *value)
 {
     CMPIValue data = {};
     data.array = newArray(1, CMPI_string);
-    if (!data.array)
+    if (!data.array) {
         return;
+    }
     CMPIValue element = {};
     element.string = CMNewString(broker, value, nullptr);
-    if (require(element.string != nullptr, arrayFailed))
+    if (require(element.string != nullptr, arrayFailed)) {
         setElement(data.array, 0, element, CMPI_string);
+    }
     set(name, &data, CMPI_stringA);
 }
 

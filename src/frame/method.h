@@ -33,20 +33,27 @@ constexpr bool methodsAreSound(std::span<const Method> methods)
         const Method &method = methods[i];
         const bool argument = method.argument.kind != ArgumentKind::none;
         if (empty(method.name) ||
-            (method.set != nullptr) + (method.act != nullptr) + (method.run != nullptr) != 1)
+            (method.set != nullptr) + (method.act != nullptr) + (method.run != nullptr) != 1) {
             return false;
+        }
         if (argument != (method.set != nullptr) || argument != !empty(method.argument.name) ||
-            argument != !empty(method.argument.missing) || empty(method.argument.invalid))
+            argument != !empty(method.argument.missing) || empty(method.argument.invalid)) {
             return false;
-        if ((method.range.text && !method.set) || (method.precondition && method.run))
+        }
+        if ((method.range.text && !method.set) || (method.precondition && method.run)) {
             return false;
-        if (method.range.min > method.range.max || (method.range.text && empty(method.range.text)))
+        }
+        if (method.range.min > method.range.max || (method.range.text && empty(method.range.text))) {
             return false;
-        if (method.range.min < INT16_MIN || method.range.max > INT16_MAX) // a register takes 16 bits
+        }
+        if (method.range.min < INT16_MIN || method.range.max > INT16_MAX) { // a register takes 16 bits
             return false;
-        for (size_t other = 0; other < i; ++other)
-            if (std::string_view(method.name) == methods[other].name)
+        }
+        for (size_t other = 0; other < i; ++other) {
+            if (std::string_view(method.name) == methods[other].name) {
                 return false;
+            }
+        }
     }
     return true;
 }

@@ -23,8 +23,9 @@ CMPIObjectPath *newPath(const CMPIBroker *broker, const char *className, const C
 
 void addKeys(const CMPIObjectPath *path, std::initializer_list<Key> keys)
 {
-    for (const Key &key : keys)
+    for (const Key &key : keys) {
         CMAddKey(path, key.name, charsValue(key.value), CMPI_chars);
+    }
 }
 
 CMPIObjectPath *makePathByInstanceID(const CMPIBroker *broker, const char *className,

@@ -13,10 +13,12 @@ namespace
 int matchKey(const IdentifyingKey &key, const char *value, char *errorText, int *index)
 {
     *index = 0;
-    if (key.validate)
+    if (key.validate) {
         return key.validate(value, errorText, index);
-    if (strcmp(value, key.value) == 0)
+    }
+    if (strcmp(value, key.value) == 0) {
         return 0;
+    }
     copyText(errorText, ERROR_TEXT_SIZE, key.wrong);
     return -1;
 }
@@ -51,13 +53,16 @@ const Method *findMethod(const ProviderClass &provider, const char *name)
 
 bool dispatch(Call &call, const ProviderClass &provider)
 {
-    if (!isOfClass(call.reference, provider.name))
+    if (!isOfClass(call.reference, provider.name)) {
         return provider.refusals.wrongClass &&
                fail(call, CMPI_RC_ERR_NOT_FOUND, provider.refusals.wrongClass);
-    if (!checkTarget(call, provider))
+    }
+    if (!checkTarget(call, provider)) {
         return false;
-    if (const Method *method = findMethod(provider, call.methodName))
+    }
+    if (const Method *method = findMethod(provider, call.methodName)) {
         return runMethod(call, *method);
+    }
     call.returnValue = provider.refusals.unknownMethodValue;
     return fail(call, provider.refusals.unknownMethod, call.methodName);
 }
@@ -68,10 +73,11 @@ bool dispatch(Call &call, const ProviderClass &provider)
 void returnMethodValue(const CMPIResult *result, uint8_t value, CMPIType type)
 {
     CMPIValue data = {};
-    if (type == CMPI_uint8)
+    if (type == CMPI_uint8) {
         data.uint8 = value;
-    else
+    } else {
         data.uint32 = value;
+    }
     CMReturnData(result, &data, type);
     CMReturnDone(result);
 }
@@ -94,8 +100,9 @@ CMPIStatus invokePlaceholder(const CMPIBroker *broker, const char *className, CM
                              const char *methodName)
 {
     CMPIStatus status = {CMPI_RC_OK, nullptr};
-    if (!isOfClass(reference, className) || strcasecmp(methodName, "insert_method_name") != 0)
+    if (!isOfClass(reference, className) || strcasecmp(methodName, "insert_method_name") != 0) {
         setStatus(broker, &status, unknownCode, methodName);
+    }
     returnMethodValue(result, 1, CMPI_uint32);
     return status;
 }
@@ -169,15 +176,18 @@ bool checkKeys(const ProviderClass &provider, const CMPIBroker *broker, const CM
 {
     if (provider.systemKeys) {
         checkSystemKeys(broker, reference, *provider.systemKeys, status);
-        if (status->rc != CMPI_RC_OK)
+        if (status->rc != CMPI_RC_OK) {
             return false;
+        }
     }
-    if (!provider.key.name)
+    if (!provider.key.name) {
         return true;
+    }
     const char *key = keyText(reference, provider.key.name);
     char errorText[ERROR_TEXT_SIZE] = " ";
-    if (key && matchKey(provider.key, key, errorText, index) == 0)
+    if (key && matchKey(provider.key, key, errorText, index) == 0) {
         return true;
+    }
     setStatus(broker, status, CMPI_RC_ERR_NOT_FOUND, key ? errorText : provider.key.missing);
     return false;
 }
@@ -189,8 +199,9 @@ CMPIStatus enumInstanceNames(const ProviderClass &provider, const CMPIBroker *br
 {
     CMPIStatus status = {CMPI_RC_OK, nullptr};
     trace(provider.builders.traces->namesCalled, provider.name);
-    if (refreshed(provider, broker, &status))
+    if (refreshed(provider, broker, &status)) {
         returnPaths(provider, broker, result, reference, &status);
+    }
     trace(provider.builders.traces->namesExited, provider.name);
     return status;
 }
@@ -200,8 +211,9 @@ CMPIStatus enumInstances(const ProviderClass &provider, const CMPIBroker *broker
 {
     CMPIStatus status = {CMPI_RC_OK, nullptr};
     trace(provider.builders.traces->instancesCalled, provider.name);
-    if (refreshed(provider, broker, &status))
+    if (refreshed(provider, broker, &status)) {
         returnInstances(provider, broker, result, reference, 0, provider.builders.count - 1, &status);
+    }
     trace(provider.builders.traces->instancesLeft, provider.name);
     return status;
 }
@@ -212,10 +224,12 @@ CMPIStatus getInstance(const ProviderClass &provider, const CMPIBroker *broker, 
     CMPIStatus status = {CMPI_RC_OK, nullptr};
     int index = 0;
     trace("--- %s CMPI GetInstance() called\n", provider.name);
-    if (!checkKeys(provider, broker, reference, &index, &status))
+    if (!checkKeys(provider, broker, reference, &index, &status)) {
         return status;
-    if (refreshed(provider, broker, &status))
+    }
+    if (refreshed(provider, broker, &status)) {
         returnInstances(provider, broker, result, reference, index, index, &status);
+    }
     trace("--- %s CMPI GetInstance() exited\n", provider.name);
     return status;
 }

@@ -67,12 +67,13 @@ bool keyMatches(const CMPIBroker *broker, const CMPIObjectPath *objectPath, cons
                 const char *expected, const char *missing, const char *wrong, CMPIStatus *status)
 {
     const char *value = keyText(objectPath, key);
-    if (!value)
+    if (!value) {
         setStatus(broker, status, CMPI_RC_ERR_NOT_FOUND, missing);
-    else if (strcasecmp(value, expected) != 0)
+    } else if (strcasecmp(value, expected) != 0) {
         setStatus(broker, status, CMPI_RC_ERR_NOT_FOUND, wrong);
-    else
+    } else {
         return true;
+    }
     return false;
 }
 

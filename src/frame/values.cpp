@@ -13,10 +13,12 @@ const char *textOf(const CMPIString *string)
 
 const char *textOf(const CMPIData &data, const CMPIStatus &status)
 {
-    if (status.rc != CMPI_RC_OK || (data.state & (CMPI_nullValue | CMPI_notFound | CMPI_badValue)))
+    if (status.rc != CMPI_RC_OK || (data.state & (CMPI_nullValue | CMPI_notFound | CMPI_badValue))) {
         return nullptr;
-    if (data.type == CMPI_string)
+    }
+    if (data.type == CMPI_string) {
         return textOf(data.value.string);
+    }
     return data.type == CMPI_chars ? data.value.chars : nullptr;
 }
 
@@ -29,8 +31,9 @@ void setStatus(const CMPIBroker *broker, CMPIStatus *status, CMPIrc code, const 
 
 void trace(const char *format, const char *className)
 {
-    if (format)
+    if (format) {
         printf(format, className);
+    }
 }
 
 } // namespace frame

@@ -24,8 +24,9 @@ CMPIInstance *_makeInst_ZT_Marovelton_DHCPSettingData(const CMPIObjectPath *refe
 {
     InstanceBuilder instance(_broker, _ClassName, newPath(_broker, _ClassName, reference, status), status);
     SystemName system;
-    if (!instance || !instance.readSystemName("Could not get monitor information from database.", &system))
+    if (!instance || !instance.readSystemName("Could not get monitor information from database.", &system)) {
         return nullptr;
+    }
     instance.text("CreationClassName", _ClassName);
     instance.formatted("Name", "%s-DHCPSettingData", system.text);
     instance.formatted("ConfigurationName", "%s-IPConfigurationMode", system.text);

@@ -33,8 +33,9 @@ CMPIInstance *_makeInst_ZT_Marovelton_ExtendedStaticIPAssignmentSettingData(cons
     if (!instance ||
         !instance.require(GetRemoteManagementServerInfo(&server) == 0,
                           "Failed to get remote management info.") ||
-        !instance.readSystemName("Could not get monitor information from database.", &system))
+        !instance.readSystemName("Could not get monitor information from database.", &system)) {
         return nullptr;
+    }
     instance.text("CreationClassName", _ClassName);
     instance.formatted("Name", "%s-ExtendedStaticIPAssignmentSettingData", system.text);
     instance.text("Status", "NULL"); // the text: clients compare against it
@@ -63,8 +64,9 @@ const char *firstElement(const CMPIInstance *instance, const char *name)
     CMPIStatus read = {CMPI_RC_OK, nullptr};
     const CMPIData data = CMGetProperty(instance, name, &read);
     if (read.rc != CMPI_RC_OK || (data.state & (CMPI_nullValue | CMPI_notFound | CMPI_badValue)) ||
-        !(data.type & CMPI_ARRAY) || !data.value.array || CMGetArrayCount(data.value.array, nullptr) == 0)
+        !(data.type & CMPI_ARRAY) || !data.value.array || CMGetArrayCount(data.value.array, nullptr) == 0) {
         return nullptr;
+    }
     const CMPIData element = CMGetArrayElementAt(data.value.array, 0, &read);
     return textOf(element, read);
 }
@@ -98,16 +100,19 @@ bool applyStaticConfiguration(const CMPIInstance *instance, CMPIStatus *status, 
     };
 
     RemoteManagementServer server = {};
-    if (GetRemoteManagementServerInfo(&server) != 0)
+    if (GetRemoteManagementServerInfo(&server) != 0) {
         return fails("Failed to get remote management info.");
+    }
     const char *values[addressCount];
     for (int i = 0; i < addressCount; ++i) {
         values[i] = firstElement(instance, addresses[i].property);
-        if (!values[i])
+        if (!values[i]) {
             return fails(addresses[i].missing);
+        }
     }
-    if (engineIsBusy(texts.busy, errorText))
+    if (engineIsBusy(texts.busy, errorText)) {
         return fails(errorText);
+    }
 
     SpearMessage message = setRequest(REMOTE_MGMENT_ID, {{IP_CONFIGURATION_MODE, 1}});
     WebCmd &command = message.Data.Arg.sWebCmd;
@@ -131,8 +136,9 @@ CMPIStatus ZT_Marovelton_ExtendedStaticIPAssignmentSettingDataModifyInstance(
 {
     CMPIStatus status = {CMPI_RC_OK, nullptr};
     char errorText[ERROR_TEXT_SIZE] = " ";
-    if (requireAdministrator(_broker, context, &status, errorText, false))
+    if (requireAdministrator(_broker, context, &status, errorText, false)) {
         applyStaticConfiguration(instance, &status, errorText);
+    }
     return status;
 }
 

@@ -25,8 +25,9 @@ CMPIInstance *_makeInst_ZT_Marovelton_IPAssignmentSettingData(const CMPIObjectPa
 {
     InstanceBuilder instance(_broker, _ClassName, newPath(_broker, _ClassName, reference, status), status);
     SystemName system;
-    if (!instance || !instance.readSystemName("Could not get monitor information from database.", &system))
+    if (!instance || !instance.readSystemName("Could not get monitor information from database.", &system)) {
         return nullptr;
+    }
     instance.formatted("ConfigurationName", "%s-IPConfigurationAccumulator", system.text);
     instance.text("InstanceID", _InstanceID);
     instance.uint16("AddressOrigin", 11);    // cumulative configuration

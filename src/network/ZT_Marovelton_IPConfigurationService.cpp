@@ -40,8 +40,6 @@ CMPIInstance *_makeInst_ZT_Marovelton_IPConfigurationService(const CMPIObjectPat
 
 // ---- methods ----
 
-/** Maps the CIM `Mode` of an apply request to the `IsCurrent` and `IsNext` answers (SettingsState) of the
- * settings association. Returns 1, or 0 with the outputs untouched for a mode that is not known. */
 int mode_to_iscurrent_isnext(int mode, int *isCurrent, int *isNext)
 {
     static constexpr struct {
@@ -79,9 +77,11 @@ constexpr AppliedSetting appliedSettings[] = {
 
 const AppliedSetting *findSetting(const char *className)
 {
-    for (const AppliedSetting &setting : appliedSettings)
-        if (strcmp(setting.className, className) == 0)
+    for (const AppliedSetting &setting : appliedSettings) {
+        if (strcmp(setting.className, className) == 0) {
             return &setting;
+        }
+    }
     return nullptr;
 }
 
@@ -96,18 +96,20 @@ const AppliedSetting *requireSettingData(Call &call)
     };
     const char *className = nullptr;
     const CMPIObjectPath *path = requireReference(call, "SettingData", texts, &className);
-    if (!path)
+    if (!path) {
         return nullptr;
+    }
     const AppliedSetting *setting = findSetting(className);
     const char *instanceID = setting ? keyText(path, "InstanceID") : nullptr;
-    if (!setting)
+    if (!setting) {
         fail(call, CMPI_RC_ERR_INVALID_PARAMETER, "Invalid classname for SettingData");
-    else if (!instanceID)
+    } else if (!instanceID) {
         fail(call, CMPI_RC_ERR_INVALID_PARAMETER, setting->keyMissing);
-    else if (strcmp(instanceID, appliedSettingID(setting->mode)) != 0)
+    } else if (strcmp(instanceID, appliedSettingID(setting->mode)) != 0) {
         fail(call, CMPI_RC_ERR_INVALID_PARAMETER, "This Input class does not exist (wrong InstanceID).");
-    else
+    } else {
         return setting;
+    }
     return nullptr;
 }
 
@@ -120,22 +122,27 @@ bool runApplySetting(Call &call)
         .className = "Could not get classname of IPNetworkConnection",
     };
     const char *className = nullptr; // there is one connection: any class name is taken
-    if (!requireReference(call, "IPNetworkConnection", connection, &className))
+    if (!requireReference(call, "IPNetworkConnection", connection, &className)) {
         return false;
+    }
     // Clients have to name a mode, which one does not matter: the setting data decides.
     const char *mode =
         requireText(call, "Mode", "Required argument Mode  missing.", "Invalid type of parameter(Mode).");
-    if (!mode || !requireContent(call, mode, "Invalid parameter. Mode Value is empty."))
+    if (!mode || !requireContent(call, mode, "Invalid parameter. Mode Value is empty.")) {
         return false;
+    }
     const AppliedSetting *setting = requireSettingData(call);
-    if (!setting)
+    if (!setting) {
         return false;
+    }
 
     RemoteManagementServer server = {};
-    if (GetRemoteManagementServerInfo(&server) != 0)
+    if (GetRemoteManagementServerInfo(&server) != 0) {
         return fail(call, CMPI_RC_ERR_FAILED, "Failed to get remote management info.");
-    if (!server.RemoteManagementEnabled)
+    }
+    if (!server.RemoteManagementEnabled) {
         return fail(call, CMPI_RC_ERR_FAILED, "Remote management status is disabled.");
+    }
     return settled(call, sendSetting(REMOTE_MGMENT_ID, {{IP_CONFIGURATION_MODE, setting->mode}},
                                      unansweredSetting, call.errorText));
 }

@@ -28,10 +28,12 @@ struct CommandOutput {
     }
     ~CommandOutput()
     {
-        if (lines)
+        if (lines) {
             freeresultbuf(lines);
-        if (errors)
+        }
+        if (errors) {
             freeresultbuf(errors);
+        }
     }
     CommandOutput(const CommandOutput &) = delete;
     CommandOutput &operator=(const CommandOutput &) = delete;
@@ -53,8 +55,9 @@ bool formatCommand(char *command, size_t size, const char *format, const char *i
 {
     const size_t length = strlen(ifName);
     if (length == 0 || length >= interfaceNameSize || *ifName == '-' ||
-        strspn(ifName, safeInCommands) != length)
+        strspn(ifName, safeInCommands) != length) {
         return false;
+    }
     snprintf(command, size, format, ifName);
     return true;
 }
@@ -69,12 +72,14 @@ char *copyUntil(const char *text, const char *ends)
  *  "          inet addr:192.168.1.20  Bcast:192.168.1.255  Mask:255.255.255.0". */
 void parseAddress(const char *line, cim_ipProtocolEndpoint *record)
 {
-    if (!strstr(line, "inet addr:"))
+    if (!strstr(line, "inet addr:")) {
         return;
+    }
     const char *address = strchr(line, ':') + 1;
     record->address = copyUntil(address, " \n");
-    if (const char *mask = strstr(address, "Mask:"))
+    if (const char *mask = strstr(address, "Mask:")) {
         record->subnetmask = copyUntil(mask + strlen("Mask:"), "\n");
+    }
 }
 
 } // namespace
@@ -83,8 +88,9 @@ void parseAddress(const char *line, cim_ipProtocolEndpoint *record)
 
 void free_ipProtocolEndpoint(cim_ipProtocolEndpoint *record)
 {
-    if (!record)
+    if (!record) {
         return;
+    }
     free(record->name);
     free(record->address);
     free(record->subnetmask);
@@ -105,19 +111,22 @@ char *_get_ipProtocolEndpoint_name(const char *ifName)
 {
     const size_t size = namePrefixLength + strlen(ifName) + 1;
     char *name = static_cast<char *>(malloc(size));
-    if (name)
+    if (name) {
         snprintf(name, size, "%s%s", namePrefix, ifName);
+    }
     return name;
 }
 
 uint16_t _get_port_status(const char *ifName)
 {
     char command[sizeof "/sbin/ifconfig | grep " + interfaceNameSize];
-    if (!formatCommand(command, sizeof command, "/sbin/ifconfig | grep %s", ifName))
+    if (!formatCommand(command, sizeof command, "/sbin/ifconfig | grep %s", ifName)) {
         return 3;
+    }
     const CommandOutput output(command, false);
-    if (output.result != 0)
+    if (output.result != 0) {
         return 3;
+    }
     return output.line(0) ? 2 : 0;
 }
 
@@ -127,19 +136,22 @@ int _ipProtocolEndpoint_data(const char *endpointName, ipPEndpointList *node)
     cim_ipProtocolEndpoint *record =
         static_cast<cim_ipProtocolEndpoint *>(calloc(1, sizeof(cim_ipProtocolEndpoint)));
     node->sptr = record;
-    if (!record)
+    if (!record) {
         return 0;
+    }
     record->name = strdup(endpointName);
     record->type = 2;
     record->version = 1;
     record->enabled = _get_port_status(ifName);
 
     char command[sizeof "/sbin/ifconfig " + interfaceNameSize];
-    if (!formatCommand(command, sizeof command, "/sbin/ifconfig %s", ifName))
+    if (!formatCommand(command, sizeof command, "/sbin/ifconfig %s", ifName)) {
         return 0;
+    }
     const CommandOutput output(command, true);
-    if (const char *line = output.line(1))
+    if (const char *line = output.line(1)) {
         parseAddress(line, record);
+    }
     return 0;
 }
 
@@ -147,10 +159,12 @@ int enum_all_ipProtocolEndpoints(ipPEndpointList **list)
 {
     *list = nullptr;
     const CommandOutput output("cat /proc/net/dev", false);
-    if (!output.line(0))
+    if (!output.line(0)) {
         return output.result;
-    if (!output.line(1))
+    }
+    if (!output.line(1)) {
         return 0;
+    }
 
     ipPEndpointList **end = list;
     for (char **line = output.lines + 2; *line; ++line) { // below the two lines of the heading
@@ -198,8 +212,9 @@ CMPIObjectPath *_makePath_ZT_Marovelton_IPProtocolEndpoint(const CMPIObjectPath 
     CMPIObjectPath *path = newPath(_broker, _ClassName, reference, status);
     SystemName system;
     if (!path || !record || !record->name ||
-        !readSystemName(_broker, status, "Could not get monitor information from database.", &system))
+        !readSystemName(_broker, status, "Could not get monitor information from database.", &system)) {
         return nullptr;
+    }
     addKeys(path, {{"SystemCreationClassName", "Linux_ComputerSystem"},
                    {"SystemName", system.text},
                    {"CreationClassName", _ClassName},
@@ -216,8 +231,9 @@ CMPIInstance *_makeInst_ZT_Marovelton_IPProtocolEndpoint(const CMPIObjectPath *r
     InstanceBuilder instance(_broker, _ClassName, newPath(_broker, _ClassName, reference, status), status);
     SystemName system;
     if (!instance || !record || !record->name ||
-        !instance.readSystemName("Could not get monitor information from database.", &system))
+        !instance.readSystemName("Could not get monitor information from database.", &system)) {
         return nullptr;
+    }
     instance.text("SystemCreationClassName", "Linux_ComputerSystem");
     instance.text("SystemName", system.text);
     instance.text("CreationClassName", _ClassName);
@@ -259,13 +275,15 @@ CMPIStatus returnAll(const CMPIResult *result, const char *failure, Put put)
         setStatus(_broker, &status, CMPI_RC_ERR_FAILED, "Could not list IP protocol endpoints.");
     } else {
         const ipPEndpointList *node = list;
-        while (node && put(node->sptr, &status))
+        while (node && put(node->sptr, &status)) {
             node = node->next;
-        if (node)
+        }
+        if (node) {
             setStatus(_broker, &status, CMPI_RC_ERR_FAILED, failure);
-        else
+        } else {
             CMReturnDone(
                 result); // not looked at: the object manager has the answer or has given up the request
+        }
     }
     free_ipPEndpointList(list);
     return status;
@@ -283,8 +301,9 @@ CMPIStatus ZT_Marovelton_IPProtocolEndpointEnumInstanceNames(CMPIInstanceMI *, c
                   [=](const cim_ipProtocolEndpoint *record, CMPIStatus *built) {
                       const CMPIObjectPath *path =
                           _makePath_ZT_Marovelton_IPProtocolEndpoint(reference, record, built);
-                      if (path)
+                      if (path) {
                           CMReturnObjectPath(result, path);
+                      }
                       return path != nullptr;
                   });
     trace(usualReadTraces.namesExited, _ClassName);
@@ -301,8 +320,9 @@ CMPIStatus ZT_Marovelton_IPProtocolEndpointEnumInstances(CMPIInstanceMI *, const
                   [=](const cim_ipProtocolEndpoint *record, CMPIStatus *built) {
                       const CMPIInstance *instance =
                           _makeInst_ZT_Marovelton_IPProtocolEndpoint(reference, record, built);
-                      if (instance)
+                      if (instance) {
                           CMReturnInstance(result, instance);
+                      }
                       return instance != nullptr;
                   });
     trace(usualReadTraces.instancesLeft, _ClassName);

@@ -33,11 +33,13 @@ CMPIInstance *makeServiceInst(const CMPIBroker *broker, const SwitchedService &s
     if (!instance ||
         !instance.require(GetRemoteManagementServerInfo(&server) == 0,
                           "Failed to get remote management info.") ||
-        !instance.readSystemName("Failed to get monitor information from database.", &system))
+        !instance.readSystemName("Failed to get monitor information from database.", &system)) {
         return nullptr;
+    }
 
-    if (service.showsIdentify)
+    if (service.showsIdentify) {
         instance.boolean("WSIdentifySupportEnabled", server.WSIdentifySupport);
+    }
     instance.uint16("EnabledState", server.*service.enabled == 1 ? 2 : 3);
     instance.text("SystemName", system.text);
     instance.text("SystemCreationClassName", "Linux_ComputerSystem");
@@ -59,8 +61,9 @@ int requestServiceState(const SwitchedService &service, int requestedState,
         return -1;
     }
     const bool nothingToDo = server.*service.enabled == 1 && requestedState == 2;
-    if (!nothingToDo)
+    if (!nothingToDo) {
         static_cast<void>(setEnabledState(requestedState, errorText));
+    }
     return 0;
 }
 
@@ -89,8 +92,9 @@ InstanceBuilder makeNetworkObjectInst(const CMPIBroker *broker, const NetworkObj
     InstanceBuilder instance(broker, object.keyed.className,
                              newPath(broker, object.keyed.className, reference, status), status);
     SystemName system;
-    if (!instance || !instance.readSystemName("Could not get monitor information from database.", &system))
+    if (!instance || !instance.readSystemName("Could not get monitor information from database.", &system)) {
         return instance;
+    }
     instance.text("SystemCreationClassName", "Linux_ComputerSystem");
     instance.text("CreationClassName", object.keyed.className);
     instance.text("ElementName", object.keyed.className);
