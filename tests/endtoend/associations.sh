@@ -27,8 +27,9 @@ expect_found() {
 # objects in $references, and what References shows of them in $instances, for more checks.
 #
 # With reversed=yes before the command the class has the right reference before the left one. What it has besides the
-# two references is in $details, by object. With names_fail=yes ReferenceNames is to fail.
-declare -A details=()
+# two references is in $details, by object. With names_fail=yes ReferenceNames is to fail. A path whose keys References
+# shows in another order is in $tied_path, by object.
+declare -A details=() tied_path=()
 expect_tied() { # expect_tied CLASS left|right OBJECT ROLE ROLE_OF_THE_OTHERS OTHER...
     local class=ZT_Marovelton_$1 side=$2 object=$3 role=$4 other_role=$5 other first second described='' paths=()
     shift 5
@@ -36,7 +37,7 @@ expect_tied() { # expect_tied CLASS left|right OBJECT ROLE ROLE_OF_THE_OTHERS OT
     for other in "$@"; do
         paths+=("$(path "$other")")
         first=$role=root/cimv2:$(path "$object")
-        second=$other_role=root/cimv2:$(path "$other")
+        second=$other_role=root/cimv2:${tied_path[$other]-$(path "$other")}
         [ "$side" = left ] || swap first second
         references+=("$class.$first,$second")
         [ -z "${reversed-}" ] || swap first second
@@ -185,7 +186,10 @@ done
 names_fail=yes expect_tied SAPSAPDependency left IPNetworkConnection Antecedent Dependent "${eth0[@]}"
 if [ ${#eth0[@]} = 1 ]; then
     reversed=yes names_fail=yes expect_tied ProvidesEndpoint left "${eth0[0]}" Dependent Antecedent RemoteManagementService WSManagementService
+    # The path is that of the enumerated instance, whose keys stand in the order of the class.
+    tied_path[IPNetworkConnection]=$(path IPNetworkConnection | sed -E 's/\.(.*),(SystemCreationClassName="[^"]*")$/.\2,\1/')
     names_fail=yes expect_tied SAPSAPDependency right "${eth0[0]}" Dependent Antecedent IPNetworkConnection
+    tied_path=()
 fi
 for interface in "${interfaces[@]}"; do
     if [ "$interface" != eth0 ]; then
