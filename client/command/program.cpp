@@ -39,6 +39,20 @@ void addOptions(CLI::App &program, command::Options &options)
     program.add_flag("--quiet", options.quiet, "no progress, no notes");
 }
 
+/** Help and version, or what is wrong with the command line; the exit code. */
+int tell(const CLI::App &program, const CLI::ParseError &error)
+{
+    if (error.get_exit_code() == 0) {
+        return program.exit(error);
+    }
+    std::string text = error.what();
+    if (const auto extra = program.remaining(); program.get_subcommands().empty() && !extra.empty()) {
+        text = "there is no command '" + extra.front() + "'";
+    }
+    std::cerr << "displayctl: " << text << "\nRun with --help for more information.\n";
+    return wrongUsage;
+}
+
 } // namespace
 
 int runProgram(int argc, const char *const *argv)
@@ -55,7 +69,7 @@ int runProgram(int argc, const char *const *argv)
         program.parse(argc, argv);
         return action(call);
     } catch (const CLI::ParseError &error) {
-        return program.exit(error) == 0 ? 0 : wrongUsage;
+        return tell(program, error);
     } catch (const command::UsageError &error) {
         std::cerr << "displayctl: " << error.what() << '\n';
     } catch (const model::BadValue &error) {

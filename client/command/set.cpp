@@ -16,6 +16,8 @@ namespace displayctl::command
 namespace
 {
 
+constexpr const char *question = "This changes how the monitor is reached. Change it?";
+
 Report set(Call &call, const site::Monitor &monitor, const std::vector<Assignment> &assignments,
            bool isDirect)
 {
@@ -36,6 +38,12 @@ Report set(Call &call, const site::Monitor &monitor, const std::vector<Assignmen
     if (std::ranges::any_of(targets, [&](const model::Target &target) {
             return target.setting->has(model::network) && model::isNeeded(session.state(), target);
         })) {
+        if (!call.isMany() && !call.confirm(question)) {
+            Report report;
+            report.outcome = Outcome::refused;
+            report.message = "nothing was changed";
+            return report;
+        }
         std::optional<wbem::Answer> failure;
         before = saveBefore(call, session, failure);
         if (failure) {
@@ -74,8 +82,8 @@ void addSet(CLI::App &program, Action &action)
                 assignments.push_back(parseAssignment(text, call.configuration().names));
                 asks = asks || assignments.back().named.setting->has(model::network);
             }
-            static_cast<void>(call.monitors());
-            if (asks && !call.confirm("This changes how the monitor is reached. Change it?")) {
+            // One monitor is asked about when it is known that something would change.
+            if (asks && call.isMany() && !call.confirm(question)) {
                 return exitCodeOf(Outcome::refused);
             }
             return call.forEachMonitor(

@@ -85,6 +85,34 @@ std::string objectName(const std::string &className, const wbem::Instance &objec
     return className + "." + id.substr(id.rfind(':') + 1);
 }
 
+/** One element of a property, in the kind that its class declares. */
+Value elementOf(std::string_view type, const std::string &text)
+{
+    const wbem::Value element(text);
+    if (type == "boolean") {
+        const auto truth = element.boolean();
+        return truth ? Value(*truth) : Value(text);
+    }
+    const bool isWhole = type.starts_with("uint") || type.starts_with("sint");
+    const auto number = isWhole ? element.number() : std::nullopt;
+    return number ? Value(*number) : Value(text);
+}
+
+Value valueOf(const model::PropertyFacts &property, const wbem::Value &value)
+{
+    if (value.isNull()) {
+        return {};
+    }
+    if (!value.isArray()) {
+        return elementOf(property.type, value.text().value_or(""));
+    }
+    Value elements = Value::array();
+    for (const std::string &each : value.elements()) {
+        elements.push_back(elementOf(property.type, each));
+    }
+    return elements;
+}
+
 std::vector<PropertyRow> otherProperties(const model::State &state)
 {
     std::vector<PropertyRow> rows;
@@ -99,13 +127,9 @@ std::vector<PropertyRow> otherProperties(const model::State &state)
                 if (isSetting(className, property.name)) {
                     continue;
                 }
-                const wbem::Value &value = object.value(property.name);
                 const std::string name = std::string(property.name);
                 rows.push_back({objectName(className, object, objects.size()) + "." + name,
-                                value.isNull()    ? Value()
-                                : value.isArray() ? Value(value.elements())
-                                                  : Value(value.text().value_or("")),
-                                className + "." + name});
+                                valueOf(property, object.value(property.name)), className + "." + name});
             }
         }
     }

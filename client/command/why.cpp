@@ -89,9 +89,7 @@ Report tell(const Question &question, const Finding &finding, const std::string 
 {
     Report report;
     report.document = {{"accepted", finding.accepted ? Json(*finding.accepted) : Json()}};
-    if (!finding.rule.empty()) {
-        report.document["rule"] = finding.rule;
-    }
+    report.document["rule"] = finding.rule;
     report.document["first"] = finding.steps;
     if (finding.accepted == true) {
         report.text = question.text + " would be accepted\n";
@@ -99,7 +97,9 @@ Report tell(const Question &question, const Finding &finding, const std::string 
     }
     const bool isRefused = finding.accepted == false;
     report.outcome = isRefused ? Outcome::refused : Outcome::unknown;
-    report.documentMessage = isRefused ? finding.text : "it cannot be known beforehand: " + finding.rule;
+    report.documentMessage = !isRefused             ? "it cannot be known beforehand: " + finding.rule
+                             : finding.text.empty() ? "the monitor gives no reason"
+                                                    : finding.text;
     report.text = (isRefused ? "refused: " : "not known: ") + question.text + " (" + monitor + ")\n";
     if (isRefused) {
         const bool isBlank = finding.text.empty();

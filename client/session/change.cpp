@@ -75,6 +75,7 @@ std::optional<wbem::Answer> readBack(Session &session, const Step &step)
 
 void refuse(Session &session, const wbem::Answer &answer, StepResult &result)
 {
+    result.beside.clear();
     for (Change &change : result.changes) {
         change.result = Result::refused;
         change.after = change.before;

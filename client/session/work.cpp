@@ -224,6 +224,10 @@ WorkReport Work::carryOut(const std::vector<Target> &targets, const std::vector<
             if (asked != report.changes.end() && (!step.isTemporary || change.isGood())) {
                 change.before = asked->before;
                 change.wanted = asked->wanted;
+                if (change.result == Result::set && change.setting->isReadable() &&
+                    model::sameValue(change.before, change.after)) {
+                    change.result = Result::unchanged; // an earlier step had changed it
+                }
                 *asked = change;
             }
         }

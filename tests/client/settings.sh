@@ -44,6 +44,11 @@ expect_ctl 'which is as before' 0 1 get monitor.preset
 expect_ctl 'the second picture is switched on for its size' 0 'pip.size  default -> minimum
 pip.position  1688,880 -> 2116,1120  (beside it)' set pip.size=minimum
 expect_ctl 'and off again' 0 off get pip.mode
+ctl set --direct pip.size=default
+expect 'a refusal in its layout, and nothing that has not changed' "1: refused: pip.size ($name)
+  the monitor says   PIP mode or picture beside picture is off. Unable to set the value for pip size
+  the rule           the second picture must be in picture-in-picture mode
+  first              displayctl -m $(url admin) set pip.mode=pip" "$result: $output$errors"
 expect_ctl 'the order does not matter' 0 'pip.position  2116,1120 -> 200,300
 pip.size  minimum -> default
 pip.mode  off -> pip' set pip.position=200,300 pip.size=default pip.mode=pip
@@ -66,9 +71,20 @@ ctl --json set osd.timeout=20 osd.rotation=1
 expect 'changes in JSON' "0: {\"monitor\":\"$name\",\"outcome\":\"ok\",\"changes\":[{\"setting\":\"osd.timeout\",\"old\":15,\"new\":20,\"result\":\"set\"},{\"setting\":\"osd.rotation\",\"old\":0,\"new\":1,\"result\":\"set\"}]}" "$result: $output"
 ctl --json set osd.timeout=20
 expect 'unchanged in JSON' "0: {\"monitor\":\"$name\",\"outcome\":\"unchanged\",\"changes\":[{\"setting\":\"osd.timeout\",\"old\":20,\"new\":20,\"result\":\"unchanged\"}]}" "$result: $output"
+expect_ctl 'a network setting that is already right asks nothing' 0 'network.mode  unchanged' set network.mode=static
 ctl --yes set network.address=192.168.10.30
 expect 'an address switches to static and saves a profile first' '0: 1' "$result: $(grep -c '^before: .*/before-.*\.yaml$' <<<"$output")"
 wrong_usage 'this asks before it changes anything: give --yes where there is no terminal' set network.mode=dhcp
+
+ctl --yes set network.address=192.168.10.31 network.mode=static
+expect 'what is so already is unchanged' 'network.address  192.168.10.30 -> 192.168.10.31
+network.mode  unchanged' "$(grep -v '^before: ' <<<"$output")"
+ctl --yes set network.mode=dhcp
+ctl --yes set network.address=192.168.10.30 network.mode=dhcp
+expect 'also what another step had changed for a moment' 'network.address  192.168.10.31 -> 192.168.10.30
+network.mode  unchanged' "$(grep -v '^before: ' <<<"$output")"
+wrong_usage "there is no command 'sett'
+Run with --help for more information." sett luminance=120
 
 # What a method would misread, or no monitor takes, is not sent.
 for word in pattern.number=abc pattern.number=9 pattern.color=1,2 pattern.color=1,2,256 services.web=2 services.web=abc \
@@ -81,6 +97,13 @@ done
 wrong_usage "pattern.number cannot be 'abc'; it takes 0 to 8" set pattern.number=abc
 wrong_usage 'monitor.power cannot be changed' set power=off
 wrong_usage 'osd.timeout is given twice' set osd.timeout=5 timeout=6
+
+# ---- why ----
+
+ctl --json why osd.timeout=20
+expect 'what would be accepted has no rule and nothing first' "0: {\"monitor\":\"$name\",\"outcome\":\"ok\",\"accepted\":true,\"rule\":\"\",\"first\":[]}" "$result: $output"
+ctl --json why picture.mode-4k=1
+expect 'a refusal without a text says so' "1: {\"monitor\":\"$name\",\"outcome\":\"refused\",\"message\":\"the monitor gives no reason\",\"accepted\":false,\"rule\":\"this monitor does not support it\",\"first\":[]}" "$result: $output"
 
 # ---- show ----
 
@@ -101,6 +124,10 @@ expect 'what differs from a profile' '0: pip
 * pip.dci   0    0 to 2' "$result: $output"
 rm "$scratch/profile.yaml"
 ctl show --all
+all=$output
+ctl --json show --all
+expect 'properties in the kinds that the classes declare' 2 "$(grep -oE '"(WSManagementService.AvailableRequestedStates":\{"value":\[2,3\]|IPAssignmentSettingData.AddressOrigin":\{"value":11),' <<<"$output" | wc -l)"
+output=$all
 expect 'every method' 65 "$(grep -oE '[A-Za-z]+\.(Set[A-Za-z0-9]+|RequestStateChange|FactoryReset|SwapPrimaryPIPInputs|ResetTo[A-Za-z]+|ApplySettingToIPNetworkConnection)$' <<<"$output" | sort -u | wc -l)"
 
 # ---- run ----
