@@ -1,6 +1,6 @@
 #!/bin/bash
 # SPDX-License-Identifier: Apache-2.0
-# export, diff, apply and undo on desk monitors, also when they are cut off.
+# export, diff, apply and undo on a desk monitor.
 set -euo pipefail
 # shellcheck source=../endtoend/desk.sh
 . "$(dirname "$0")/../endtoend/desk.sh"
@@ -94,52 +94,6 @@ wrong_profile() { # wrong_profile TEXT PROFILE
 wrong_profile ": this is no profile: it does not begin with 'displayctl: 1'" ''
 wrong_profile ":2: there is no setting 'osd.timout'; do you mean osd.timeout?" $'displayctl: 1\nsettings: { osd: { timout: 3 } }'
 wrong_profile ":3: osd.timeout cannot be '300'; it takes 5 to 30" $'displayctl: 1\nsettings:\n  osd: { timeout: 300 }'
-
-# ---- cut off ----
-
-# The settings, without the header with its date.
-settings() { ctl export && sed 1,3d <<<"$output"; }
-
-# Killed at a moment that is different each time: the next call says so, and undo brings back what was; or nothing had
-# been sent yet, or all was done.
-ctl export -o "$scratch/before.yaml"
-before=$(settings)
-interrupted=0
-for kill_after in $(seq 0 12 480); do
-    ctl_environment admin
-    "$DISPLAYCTL" -m "$(url admin)" --yes apply "$profile" >/dev/null 2>&1 </dev/null &
-    process=$!
-    sleep "$(printf '0.%03d' "$kill_after")"
-    kill -KILL "$process" 2>/dev/null || true
-    { wait "$process" || true; } 2>/dev/null
-    ctl get osd.timeout
-    if [ -n "$errors" ]; then
-        interrupted=$((interrupted + 1))
-        expect "killed after $kill_after ms: the next call says so" \
-            "displayctl: a change of $name was interrupted (apply $profile): undo takes it back, apply goes on" "$errors"
-        if ((interrupted % 2 == 0)); then
-            ctl --yes apply "$profile"
-            expect "killed after $kill_after ms: apply goes on" 0 "$result"
-            expect_ctl "killed after $kill_after ms: to the end" 0 '200,300
-110
-1
-off' get pip.position preset.3.luminance monitor.preset pip.mode
-        else
-            ctl --yes undo
-            expect "killed after $kill_after ms: undo" 0 "$result"
-            expect "killed after $kill_after ms: all is as before" "$before" "$(settings)"
-        fi
-    fi
-    if [ "$(settings)" != "$before" ]; then
-        expect_ctl "killed after $kill_after ms: all was done" 0 unchanged diff "$profile"
-        ctl --yes apply "$scratch/before.yaml"
-        expect "killed after $kill_after ms: the profile from before" "$before" "$(settings)"
-    fi
-    ctl history --verify
-    expect "killed after $kill_after ms: the history verifies" 0 "$result"
-done
-expect 'some were interrupted' yes "$( ((interrupted > 0)) && echo yes)"
-rm "$scratch/before.yaml"
 
 rm "$profile"
 ctl_end
