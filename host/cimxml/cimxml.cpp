@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cimxml/cimxml.h"
 
+#include "cimxml/pull.h"
 #include "cimxml/reader.h"
+
+#include <algorithm>
 
 namespace host
 {
@@ -41,10 +44,76 @@ HttpReply refuse(MessageVerdict verdict)
     return refuse(HTTP_BAD_REQUEST, "request-not-valid");
 }
 
+/** DSP0200: a request has CIMOperation: MethodCall. */
+bool isMethodCall(const HttpHeaders &headers)
+{
+    const char *operation = headers.value("CIMOperation");
+    return operation != nullptr && cim::sameName(operation, "MethodCall");
+}
+
+int hexValue(char digit)
+{
+    return digit >= '0' && digit <= '9'   ? digit - '0'
+           : digit >= 'a' && digit <= 'f' ? digit - 'a' + 10
+           : digit >= 'A' && digit <= 'F' ? digit - 'A' + 10
+                                          : -1;
+}
+
+/** The text with its %XX sequences replaced. */
+std::string decoded(std::string_view text)
+{
+    std::string plain;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '%' && i + 2 < text.size() && hexValue(text[i + 1]) >= 0 &&
+            hexValue(text[i + 2]) >= 0) {
+            plain += static_cast<char>(hexValue(text[i + 1]) * 16 + hexValue(text[i + 2]));
+            i += 2;
+        } else {
+            plain += text[i];
+        }
+    }
+    return plain;
+}
+
+/** Compares the header fields that repeat what the body says. compat: they may be missing, for the body says
+ * it all, and clients spell keys in ways of their own: of a path the namespace and the class count. */
+bool agreesWithHeader(const CimXmlMessage &message, const HttpHeaders &headers)
+{
+    if (headers.value("CIMBatch") != nullptr) {
+        return false; // of a message with several requests
+    }
+    if (const char *version = headers.value("CIMProtocolVersion");
+        version != nullptr && message.protocolVersion != version) {
+        return false;
+    }
+    if (const char *method = headers.value("CIMMethod");
+        method != nullptr && decoded(method) != message.name) {
+        return false;
+    }
+    const char *field = headers.value("CIMObject");
+    if (field == nullptr) {
+        return true;
+    }
+    const std::string object = decoded(field);
+    std::string_view rest = object;
+    rest.remove_prefix(rest.starts_with('/') ? 1 : 0);
+    const std::string_view nameSpace = rest.substr(0, rest.find(':'));
+    if (!cim::sameName(nameSpace, message.request.nameSpace)) {
+        return false;
+    }
+    if (!message.isMethodCall) {
+        return nameSpace.size() == rest.size();
+    }
+    rest.remove_prefix(std::min(nameSpace.size() + 1, rest.size()));
+    return message.request.path == nullptr ||
+           cim::sameName(rest.substr(0, rest.find('.')), message.request.path->className->view());
+}
+
 } // namespace
 
-CimXmlFrontEnd::CimXmlFrontEnd(Dispatcher &dispatcher, const XmlLimits &limits)
-    : dispatcher_(dispatcher), limits_(limits), fragments_(dispatcher.nameSpaces())
+CimXmlFrontEnd::CimXmlFrontEnd(Dispatcher &dispatcher, const XmlLimits &limits,
+                               const ContextLimits &contextLimits)
+    : dispatcher_(dispatcher), limits_(limits), fragments_(dispatcher.nameSpaces()), contexts_(contextLimits)
 {
 }
 
@@ -58,11 +127,31 @@ bool CimXmlFrontEnd::takes(std::string_view mediaType) const
     return mediaType == "application/xml" || mediaType == "text/xml";
 }
 
+void CimXmlFrontEnd::answer(const CimXmlMessage &message, Arena &arena, TextBuffer &out)
+{
+    CimXmlWriter writer(out, fragments_, dispatcher_.hostName());
+    if (message.code != CMPI_RC_OK) {
+        writer.writeError(message.id, message.name, message.isMethodCall, message.code, message.error);
+    } else if (!message.operation) {
+        writer.writeError(message.id, message.name, message.isMethodCall, CMPI_RC_ERR_NOT_SUPPORTED, nullptr);
+    } else if (message.pull.step != PullStep::None) {
+        answerPull(dispatcher_, contexts_, arena, message, writer, out);
+    } else {
+        Call call{&arena, nextRequestNumber()};
+        Answer result(arena);
+        dispatcher_.execute(call, message.request, result);
+        writer.writeAnswer(message.id, message.name, message.request, result);
+    }
+}
+
 HttpReply CimXmlFrontEnd::handle(const HttpRequest &request, TextBuffer &out)
 {
     constexpr unsigned OPTIONS = pugi::parse_cdata | pugi::parse_escapes | pugi::parse_wconv_attribute |
                                  pugi::parse_eol |
                                  pugi::parse_ws_pcdata_single; // a value may consist of blanks
+    if (!isMethodCall(request.headers)) {
+        return refuse(HTTP_BAD_REQUEST, "unsupported-operation");
+    }
     pugi::xml_document document;
     if (!checkXml(request.body, limits_) ||
         !document.load_buffer_inplace(request.body.data(), request.body.size(), OPTIONS,
@@ -75,18 +164,19 @@ HttpReply CimXmlFrontEnd::handle(const HttpRequest &request, TextBuffer &out)
     if (verdict != MessageVerdict::Good) {
         return refuse(verdict);
     }
-    CimXmlWriter writer(out, fragments_, dispatcher_.hostName());
-    if (message.code != CMPI_RC_OK) {
-        writer.writeError(message.id, message.name, message.isMethodCall, message.code, message.error);
-    } else if (!message.operation) {
-        writer.writeError(message.id, message.name, message.isMethodCall, CMPI_RC_ERR_NOT_SUPPORTED, nullptr);
-    } else {
-        Call call{&arena, nextRequestNumber()};
-        message.request.principal = request.principal;
-        message.request.role = request.role;
-        Answer answer(arena);
-        dispatcher_.execute(call, message.request, answer);
-        writer.writeAnswer(message.id, message.name, message.request, answer);
+    if (!agreesWithHeader(message, request.headers)) {
+        return refuse(HTTP_BAD_REQUEST, "header-mismatch");
+    }
+    message.request.principal = request.principal;
+    message.request.role = request.role;
+    try {
+        answer(message, arena, out);
+    } catch (const MemoryExceeded &) {
+        // Not before the document was understood: the client learns that it asks for too much.
+        out.clear();
+        CimXmlWriter(out, fragments_, dispatcher_.hostName())
+            .writeError(message.id, message.name, message.isMethodCall, CMPI_RC_ERR_SERVER_LIMITS_EXCEEDED,
+                        "The answer needs more memory than a request may use; ask for less at once.");
     }
     HttpReply reply;
     reply.contentType = "application/xml; charset=\"utf-8\"";

@@ -8,6 +8,7 @@
 
 #include <pugixml.hpp>
 
+#include <cstdint>
 #include <optional>
 #include <string_view>
 
@@ -25,13 +26,31 @@ enum class MessageVerdict {
     UnsupportedMessage, // an export request
 };
 
+/** Where a request stands in an enumeration that is answered part by part. */
+enum class PullStep { None, Open, Pull, Close };
+
+/** How the objects of such an enumeration are sent. */
+enum class ObjectForm { InstancesWithPath, Paths, Instances };
+
+struct PullRequest {
+    PullStep step = PullStep::None;
+    ObjectForm form = ObjectForm::InstancesWithPath;
+    std::uint32_t maxObjectCount = 0;
+    std::optional<std::uint32_t> timeout; // in seconds
+    bool continueOnError = false;
+    bool returnsQueryResultClass = false;
+    std::string_view context;
+};
+
 /** A message with one request. */
 struct CimXmlMessage {
     std::string_view id;
+    std::string_view protocolVersion;
     std::string_view name; // of the operation or the method
     bool isMethodCall = false;
     std::optional<Operation> operation; // none: it is not known here
     Request request;                    // without principal
+    PullRequest pull;
 
     /** An error that the reader has found already, or CMPI_RC_OK. */
     CMPIrc code = CMPI_RC_OK;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cimxml/writer.h"
 
+#include "cimxml/tags.h"
 #include "core/xml_text.h"
 
 #include <cstdio>
@@ -15,31 +16,6 @@ std::string escaped(std::string_view text)
     TextBuffer buffer;
     appendEscaped(buffer, text);
     return std::string(buffer.view());
-}
-
-/** The attribute that says that a string holds an object (DSP0201 2.3), or nothing. */
-std::string embeddedObject(const cim::Qualifiers &qualifiers)
-{
-    if (cim::findQualifier(qualifiers, "EmbeddedInstance") != nullptr) {
-        return " EmbeddedObject=\"instance\"";
-    }
-    return cim::hasQualifier(qualifiers, "EmbeddedObject") ? " EmbeddedObject=\"object\"" : "";
-}
-
-struct Tags {
-    std::string_view open;
-    std::string_view close;
-};
-
-Tags propertyTags(const cim::Property &property)
-{
-    if (property.type == cim::Type::Reference) {
-        return {"<PROPERTY.REFERENCE", "</PROPERTY.REFERENCE>\n"};
-    }
-    if (property.isArray) {
-        return {"<PROPERTY.ARRAY", "</PROPERTY.ARRAY>\n"};
-    }
-    return {"<PROPERTY", "</PROPERTY>\n"};
 }
 
 /** The CIM type of a CMPI type code, array or not. */
@@ -70,7 +46,9 @@ ClassFragments::ClassFragments(const cim::Class &definition)
         if (property.type != cim::Type::Reference) {
             rest = std::string(" TYPE=\"") + cim::typeName(property.type) + "\"";
         }
-        rest += embeddedObject(property.qualifiers) + ">\n";
+        // compat: wbemcli refuses EmbeddedObject at PROPERTY.ARRAY; the qualifiers of the class tell the
+        // same.
+        rest += (property.isArray ? std::string() : embeddedObject(property.qualifiers)) + ">\n";
         properties.push_back({name + rest,
                               name + " CLASSORIGIN=\"" + escaped(property.classOrigin) + "\"" + rest,
                               tags.close});
@@ -182,21 +160,9 @@ void CimXmlWriter::result(const Request &request, const Answer &answer)
     case Operation::ExecQuery:
     case Operation::Associators:
     case Operation::References:
-        for (const Instance *each : answer.instances) {
-            out_.append("<VALUE.OBJECTWITHPATH>\n");
-            instancePath(*each->path);
-            instance(*each, request.includeClassOrigin);
-            out_.append("</VALUE.OBJECTWITHPATH>\n");
-        }
-        return;
     case Operation::AssociatorNames:
     case Operation::ReferenceNames:
-        for (const Path *path : answer.paths) {
-            out_.append("<OBJECTPATH>\n");
-            instancePath(*path);
-            out_.append("</OBJECTPATH>\n");
-        }
-        return;
+        return traversalResult(request, answer);
     case Operation::GetProperty:
         if (answer.hasReturnValue) {
             value(answer.returnValue);
@@ -226,6 +192,46 @@ void CimXmlWriter::result(const Request &request, const Answer &answer)
     }
 }
 
+/** Objects with their paths, or the paths alone; of a class: classes. */
+void CimXmlWriter::traversalResult(const Request &request, const Answer &answer)
+{
+    for (const Instance *each : answer.instances) {
+        out_.append("<VALUE.OBJECTWITHPATH>\n");
+        instancePath(*each->path);
+        instance(*each, request.includeClassOrigin);
+        out_.append("</VALUE.OBJECTWITHPATH>\n");
+    }
+    for (const Path *path : answer.paths) {
+        out_.append("<OBJECTPATH>\n");
+        instancePath(*path);
+        out_.append("</OBJECTPATH>\n");
+    }
+    if (!request.isOfClass) {
+        return;
+    }
+    const bool names =
+        request.operation == Operation::AssociatorNames || request.operation == Operation::ReferenceNames;
+    for (const cim::Class *klass : answer.classes) {
+        out_.append(names ? "<OBJECTPATH>\n" : "<VALUE.OBJECTWITHPATH>\n");
+        classPath(*klass, request.nameSpace);
+        if (!names) {
+            classDefinition(*klass, request);
+        }
+        out_.append(names ? "</OBJECTPATH>\n" : "</VALUE.OBJECTWITHPATH>\n");
+    }
+}
+
+void CimXmlWriter::classPath(const cim::Class &klass, std::string_view nameSpace)
+{
+    out_.append("<CLASSPATH>\n<NAMESPACEPATH>\n<HOST>");
+    appendEscaped(out_, hostName_);
+    out_.append("</HOST>\n");
+    nameSpacePath(nameSpace);
+    out_.append("</NAMESPACEPATH>\n<CLASSNAME");
+    attribute("NAME", klass.name);
+    out_.append("/>\n</CLASSPATH>\n");
+}
+
 void CimXmlWriter::methodResult(const Answer &answer)
 {
     if (answer.hasReturnValue && !isNull(answer.returnValue)) {
@@ -236,13 +242,72 @@ void CimXmlWriter::methodResult(const Answer &answer)
         out_.append("</RETURNVALUE>\n");
     }
     for (const NamedValue &argument : *answer.outArguments->values) {
-        out_.append("<PARAMVALUE");
-        attribute("NAME", argument.name->view());
-        typeAttribute("PARAMTYPE", argument.data.type);
-        out_.append(">\n");
-        value(argument.data);
-        out_.append("</PARAMVALUE>\n");
+        parameter(argument.name->view(), argument.data);
     }
+}
+
+void CimXmlWriter::parameter(std::string_view name, const CMPIData &data)
+{
+    out_.append("<PARAMVALUE");
+    attribute("NAME", name);
+    typeAttribute("PARAMTYPE", data.type);
+    out_.append(">\n");
+    value(data);
+    out_.append("</PARAMVALUE>\n");
+}
+
+void CimXmlWriter::beginPart(std::string_view messageId, std::string_view name)
+{
+    begin(messageId, name, false);
+}
+
+void CimXmlWriter::part(const ArenaList<Instance *> &instances, const ArenaList<Path *> &paths,
+                        ObjectForm form, bool includeClassOrigin, std::size_t first, std::size_t count)
+{
+    out_.append("<IRETURNVALUE>\n");
+    for (std::size_t i = first; i < first + count; ++i) {
+        switch (form) {
+        case ObjectForm::Paths:
+            instancePath(*paths[i]);
+            break;
+        case ObjectForm::Instances:
+            instance(*instances[i], includeClassOrigin);
+            break;
+        case ObjectForm::InstancesWithPath:
+            out_.append("<VALUE.INSTANCEWITHPATH>\n");
+            instancePath(*instances[i]->path);
+            instance(*instances[i], includeClassOrigin);
+            out_.append("</VALUE.INSTANCEWITHPATH>\n");
+            break;
+        }
+    }
+    out_.append("</IRETURNVALUE>\n");
+}
+
+void CimXmlWriter::queryResultClass(const Answer &answer)
+{
+    Request plain;
+    plain.localOnly = false;
+    out_.append("<PARAMVALUE NAME=\"QueryResultClass\">\n");
+    for (const cim::Class *klass : answer.classes) {
+        classDefinition(*klass, plain);
+    }
+    out_.append("</PARAMVALUE>\n");
+}
+
+void CimXmlWriter::sequence(std::string_view context, bool isEnd)
+{
+    out_.append("<PARAMVALUE NAME=\"EnumerationContext\" PARAMTYPE=\"string\">\n<VALUE>");
+    appendEscaped(out_, context);
+    out_.append(
+        "</VALUE>\n</PARAMVALUE>\n<PARAMVALUE NAME=\"EndOfSequence\" PARAMTYPE=\"boolean\">\n<VALUE>");
+    out_.append(isEnd ? "TRUE" : "FALSE");
+    out_.append("</VALUE>\n</PARAMVALUE>\n");
+}
+
+void CimXmlWriter::endPart()
+{
+    end(false);
 }
 
 // ----------------------------------------------------------------------------------------------------- paths
@@ -377,9 +442,19 @@ void CimXmlWriter::scalar(const CMPIData &data)
         return appendEscaped(out_, stringOf(data)->view());
     case CMPI_dateTime:
         return out_.append(dateTimeOf(data)->text);
+    case CMPI_instance:
+        return embedded(*instanceOf(data));
     default:
         return;
     }
+}
+
+/** The instance as a text. */
+void CimXmlWriter::embedded(const Instance &object)
+{
+    TextBuffer text;
+    CimXmlWriter(text, fragments_, hostName_).instance(object, false);
+    appendEscaped(out_, text.view());
 }
 
 /** The value's element; nothing for null. */
@@ -412,200 +487,14 @@ void CimXmlWriter::value(const CMPIData &data)
 
 void CimXmlWriter::typeAttribute(std::string_view name, CMPIType type)
 {
+    if (type == CMPI_instance || type == CMPI_instanceA) {
+        attribute(name, "string");
+        return attribute("EmbeddedObject", "instance");
+    }
     const char *typeName = cim::typeName(cimType(type));
     if (*typeName != '\0') {
         attribute(name, typeName);
     }
-}
-
-// ----------------------------------------------------------------------------------------------------
-// classes
-
-void CimXmlWriter::textValue(const cim::Value &value)
-{
-    if (value.isNull) {
-        return;
-    }
-    const auto item = [this](const std::string &text) {
-        out_.append("<VALUE>");
-        appendEscaped(out_, text);
-        out_.append("</VALUE>\n");
-    };
-    if (!value.isArray) {
-        return item(value.text());
-    }
-    out_.append("<VALUE.ARRAY>\n");
-    for (const std::string &text : value.items) {
-        item(text);
-    }
-    out_.append("</VALUE.ARRAY>\n");
-}
-
-void CimXmlWriter::qualifiers(const cim::Qualifiers &list)
-{
-    for (const cim::Qualifier &qualifier : list) {
-        out_.append("<QUALIFIER");
-        attribute("NAME", qualifier.name);
-        attribute("TYPE", cim::typeName(qualifier.type));
-        if (qualifier.propagated) {
-            attribute("PROPAGATED", "true");
-        }
-        if (!qualifier.flavor.overridable) {
-            attribute("OVERRIDABLE", "false");
-        }
-        if (!qualifier.flavor.toSubclass) {
-            attribute("TOSUBCLASS", "false");
-        }
-        if (qualifier.flavor.translatable) {
-            attribute("TRANSLATABLE", "true");
-        }
-        out_.append(">\n");
-        textValue(qualifier.value);
-        out_.append("</QUALIFIER>\n");
-    }
-}
-
-void CimXmlWriter::propertyDefinition(const cim::Property &property, const Request &request)
-{
-    const Tags tags = propertyTags(property);
-    out_.append(tags.open);
-    attribute("NAME", property.name);
-    if (property.type == cim::Type::Reference) {
-        attribute("REFERENCECLASS", property.referenceClass);
-    } else {
-        attribute("TYPE", cim::typeName(property.type));
-    }
-    if (property.isArray && property.arraySize != 0) {
-        attribute("ARRAYSIZE", std::to_string(property.arraySize));
-    }
-    if (request.includeClassOrigin) {
-        attribute("CLASSORIGIN", property.classOrigin);
-    }
-    if (property.propagated) {
-        attribute("PROPAGATED", "true");
-    }
-    out_.append(embeddedObject(property.qualifiers));
-    out_.append(">\n");
-    if (request.includeQualifiers) {
-        qualifiers(property.qualifiers);
-    }
-    if (property.type != cim::Type::Reference) {
-        textValue(property.defaultValue);
-    }
-    out_.append(tags.close);
-}
-
-void CimXmlWriter::method(const cim::Method &method, const Request &request)
-{
-    out_.append("<METHOD");
-    attribute("NAME", method.name);
-    if (method.returnType != cim::Type::None) {
-        attribute("TYPE", cim::typeName(method.returnType));
-    }
-    if (request.includeClassOrigin) {
-        attribute("CLASSORIGIN", method.classOrigin);
-    }
-    if (method.propagated) {
-        attribute("PROPAGATED", "true");
-    }
-    out_.append(">\n");
-    if (request.includeQualifiers) {
-        qualifiers(method.qualifiers);
-    }
-    for (const cim::Parameter &parameter : method.parameters) {
-        const bool isReference = parameter.type == cim::Type::Reference;
-        const std::string_view element = isReference && parameter.isArray ? "PARAMETER.REFARRAY"
-                                         : isReference                    ? "PARAMETER.REFERENCE"
-                                         : parameter.isArray              ? "PARAMETER.ARRAY"
-                                                                          : "PARAMETER";
-        out_.append('<');
-        out_.append(element);
-        attribute("NAME", parameter.name);
-        if (isReference) {
-            attribute("REFERENCECLASS", parameter.referenceClass);
-        } else {
-            attribute("TYPE", cim::typeName(parameter.type));
-        }
-        if (parameter.isArray && parameter.arraySize != 0) {
-            attribute("ARRAYSIZE", std::to_string(parameter.arraySize));
-        }
-        out_.append(">\n");
-        if (request.includeQualifiers) {
-            qualifiers(parameter.qualifiers);
-        }
-        out_.append("</");
-        out_.append(element);
-        out_.append(">\n");
-    }
-    out_.append("</METHOD>\n");
-}
-
-void CimXmlWriter::classDefinition(const cim::Class &definition, const Request &request)
-{
-    out_.append("<CLASS");
-    attribute("NAME", definition.name);
-    if (!definition.superclass.empty()) {
-        attribute("SUPERCLASS", definition.superclass);
-    }
-    out_.append(">\n");
-    if (request.includeQualifiers) {
-        qualifiers(definition.qualifiers);
-    }
-    const auto isListed = [&request](const cim::Property &property) {
-        for (const char **name = request.propertyList; name != nullptr && *name != nullptr; ++name) {
-            if (cim::sameName(*name, property.name)) {
-                return true;
-            }
-        }
-        return request.propertyList == nullptr;
-    };
-    for (const cim::Property &property : definition.properties) {
-        if ((!request.localOnly || !property.propagated) && isListed(property)) {
-            propertyDefinition(property, request);
-        }
-    }
-    for (const cim::Method &each : definition.methods) {
-        if (!request.localOnly || !each.propagated) {
-            method(each, request);
-        }
-    }
-    out_.append("</CLASS>\n");
-}
-
-void CimXmlWriter::qualifierDeclaration(const cim::QualifierDeclaration &declaration)
-{
-    struct ScopeAttribute {
-        std::uint16_t bit;
-        std::string_view name;
-    };
-    static constexpr ScopeAttribute SCOPES[] = {
-        {cim::QualifierDeclaration::SCOPE_CLASS, "CLASS"},
-        {cim::QualifierDeclaration::SCOPE_ASSOCIATION, "ASSOCIATION"},
-        {cim::QualifierDeclaration::SCOPE_REFERENCE, "REFERENCE"},
-        {cim::QualifierDeclaration::SCOPE_PROPERTY, "PROPERTY"},
-        {cim::QualifierDeclaration::SCOPE_METHOD, "METHOD"},
-        {cim::QualifierDeclaration::SCOPE_PARAMETER, "PARAMETER"},
-        {cim::QualifierDeclaration::SCOPE_INDICATION, "INDICATION"},
-    };
-    out_.append("<QUALIFIER.DECLARATION");
-    attribute("NAME", declaration.name);
-    attribute("TYPE", cim::typeName(declaration.type));
-    attribute("ISARRAY", declaration.isArray ? "true" : "false");
-    if (declaration.arraySize != 0) {
-        attribute("ARRAYSIZE", std::to_string(declaration.arraySize));
-    }
-    attribute("OVERRIDABLE", declaration.flavor.overridable ? "true" : "false");
-    attribute("TOSUBCLASS", declaration.flavor.toSubclass ? "true" : "false");
-    attribute("TRANSLATABLE", declaration.flavor.translatable ? "true" : "false");
-    out_.append(">\n<SCOPE");
-    for (const ScopeAttribute &scope : SCOPES) {
-        if ((declaration.scope & scope.bit) != 0) {
-            attribute(scope.name, "true");
-        }
-    }
-    out_.append("></SCOPE>\n");
-    textValue(declaration.defaultValue);
-    out_.append("</QUALIFIER.DECLARATION>\n");
 }
 
 } // namespace host

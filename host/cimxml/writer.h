@@ -7,6 +7,7 @@
 #define HOST_CIMXML_WRITER_H
 
 #include "cim/name_spaces.h"
+#include "cimxml/reader.h"
 #include "core/model.h"
 #include "core/text_buffer.h"
 
@@ -69,13 +70,25 @@ class CimXmlWriter
     void writeError(std::string_view messageId, std::string_view name, bool isMethodCall, CMPIrc code,
                     const char *message);
 
+    /** The parts of an answer that tells an enumeration part by part. */
+    void beginPart(std::string_view messageId, std::string_view name);
+    void part(const ArenaList<Instance *> &instances, const ArenaList<Path *> &paths, ObjectForm form,
+              bool includeClassOrigin, std::size_t first, std::size_t count);
+    void queryResultClass(const Answer &answer);
+    void sequence(std::string_view context, bool isEnd);
+    void endPart();
+
   private:
     void begin(std::string_view messageId, std::string_view name, bool isMethodCall);
     void end(bool isMethodCall);
     void error(CMPIrc code, const char *message);
     void attribute(std::string_view name, std::string_view value);
     void result(const Request &request, const Answer &answer);
+    void traversalResult(const Request &request, const Answer &answer);
     void methodResult(const Answer &answer);
+    void parameter(std::string_view name, const CMPIData &data);
+    void classPath(const cim::Class &klass, std::string_view nameSpace);
+    void embedded(const Instance &instance);
     void nameSpacePath(std::string_view nameSpace);
     void instanceName(const Path &path);
     void instancePath(const Path &path);

@@ -65,12 +65,20 @@ void traverse(const Work &work)
     if (source == nullptr) {
         return;
     }
-    const Request &request = work.request;
-    if (request.path->keys->empty()) {
+    if (work.request.isOfClass) {
+        return traverseClasses(work);
+    }
+    if (work.request.path->keys->empty()) {
         fail(work.call, work.answer, CMPI_RC_ERR_NOT_SUPPORTED,
-             "%s of a class is not supported: the path has no keys.", operationName(request.operation));
+             "%s of a class is not supported: the path has no keys.", operationName(work.request.operation));
         return;
     }
+    const Request *found = source->subclasses.empty() ? &work.request : resolved(work);
+    if (found == nullptr) {
+        return;
+    }
+    const Request &request = *found;
+    source = request.path->klass;
     const cim::Class *reach = nullptr;
     const cim::Class *result = nullptr;
     if (!findFilterClass(work, request.filter.associationClass, reach) ||
@@ -99,10 +107,7 @@ void traverse(const Work &work)
         deduplication.apply(answer.instances, firstInstance);
         deduplication.apply(answer.paths, firstPath);
     }
-    Projection projection(work.arena(), request, nullptr);
-    for (Instance *instance : answer.instances) {
-        projection.apply(*instance);
-    }
+    show(work, nullptr);
 }
 
 } // namespace host

@@ -2,6 +2,8 @@
 // Reading class definitions and qualifier declarations.
 #include "core/operations.h"
 
+#include <unordered_set>
+
 namespace host
 {
 
@@ -32,6 +34,73 @@ void readClasses(const Work &work)
     }
     for (const cim::Class *klass : found) {
         answer.classes.append(klass);
+    }
+}
+
+namespace
+{
+
+/** The class that a filter names; false, with the error in the answer, when it does not exist. */
+bool findFilterClass(const Work &work, const char *name, const cim::Class *&klass)
+{
+    klass = name != nullptr ? work.nameSpace.classes->find(name) : nullptr;
+    if (name != nullptr && klass == nullptr) {
+        fail(work.call, work.answer, CMPI_RC_ERR_INVALID_PARAMETER,
+             "The class %.200s of the filter does not exist.", name);
+        return false;
+    }
+    return true;
+}
+
+bool hasRole(const cim::Property &property, const char *role)
+{
+    return property.type == cim::Type::Reference && (role == nullptr || cim::sameName(property.name, role));
+}
+
+} // namespace
+
+void traverseClasses(const Work &work)
+{
+    const Request &request = work.request;
+    const cim::ClassRepository &classes = *work.nameSpace.classes;
+    const cim::Class *source = classOfPath(work);
+    const cim::Class *reach = nullptr;
+    const cim::Class *result = nullptr;
+    if (source == nullptr || !findFilterClass(work, request.filter.associationClass, reach) ||
+        !findFilterClass(work, request.filter.resultClass, result)) {
+        return;
+    }
+    const bool references =
+        request.operation == Operation::References || request.operation == Operation::ReferenceNames;
+    std::unordered_set<const cim::Class *> seen;
+    const auto add = [&](const cim::Class &klass) {
+        if (seen.insert(&klass).second) {
+            work.answer.classes.append(&klass);
+        }
+    };
+    for (const cim::Class *association : classes.all()) {
+        if (!association->isAssociation || (reach != nullptr && !association->isA(*reach))) {
+            continue;
+        }
+        for (const cim::Property &here : association->properties) {
+            const cim::Class *end =
+                hasRole(here, request.filter.role) ? classes.find(here.referenceClass) : nullptr;
+            if (end == nullptr || !source->isA(*end)) {
+                continue;
+            }
+            if (references) {
+                add(*association);
+                continue;
+            }
+            for (const cim::Property &there : association->properties) {
+                const cim::Class *far = &there != &here && hasRole(there, request.filter.resultRole)
+                                            ? classes.find(there.referenceClass)
+                                            : nullptr;
+                if (far != nullptr && (result == nullptr || far->isA(*result))) {
+                    add(*far);
+                }
+            }
+        }
     }
 }
 

@@ -86,7 +86,12 @@ void Dispatcher::execute(Call &call, const Request &request, Answer &answer)
         fail(call, answer, CMPI_RC_ERR_INVALID_NAMESPACE, "The namespace %.*s does not exist.",
              shown(request.nameSpace), request.nameSpace.data());
     } else if (!isClientsChange || permits(call, request, answer)) {
-        functionOf(request.operation)({call, request, answer, nameSpaces_, *nameSpace, providers_, access_});
+        const Work work{call, request, answer, nameSpaces_, *nameSpace, providers_, access_};
+        if (request.query != nullptr && request.operation != Operation::ExecQuery) {
+            runFiltered(work, functionOf(request.operation));
+        } else {
+            functionOf(request.operation)(work);
+        }
     }
     if (isClientsChange && audit_ != nullptr) {
         audit_->record(request, answer);

@@ -114,13 +114,22 @@ void enumerate(const Work &work)
              wanted->name.c_str());
         return;
     }
-    Projection projection(work.arena(), work.request, work.request.deepInheritance ? nullptr : wanted);
+    show(work, work.request.deepInheritance ? nullptr : wanted);
+}
+
+void show(const Work &work, const cim::Class *limit)
+{
+    Projection projection(work.arena(), work.request, limit);
     for (Instance *instance : work.answer.instances) {
         projection.apply(*instance);
     }
 }
 
-void getInstance(const Work &work)
+namespace
+{
+
+/** Asks the provider of exactly the path's class for the instance. */
+void getExactInstance(const Work &work)
 {
     const Provider *provider = instanceProviderOfPath(work);
     if (provider == nullptr || !work.callProvider(Collector::Kind::Instances, [&](const CMPIContext *context,
@@ -136,7 +145,78 @@ void getInstance(const Work &work)
         return;
     }
     work.answer.instances.truncate(1);
-    Projection(work.arena(), work.request, nullptr).apply(*work.answer.instances[0]);
+}
+
+/** Looks for the instance among those of the subclasses: true when it is found, and then in the answer. */
+bool getInstanceBelow(const Work &work, const cim::Class &klass)
+{
+    // Where the keys tell the class, no other is asked.
+    const NamedValue *creationClass = findValue(*work.request.path->keys, "CreationClassName");
+    const cim::Class *told = creationClass != nullptr
+                                 ? work.nameSpace.classes->find(textOf(stringOf(creationClass->data)))
+                                 : nullptr;
+    if (told == &klass || (told != nullptr && !told->isA(klass))) {
+        told = nullptr;
+    }
+    for (const cim::Class *subclass : work.nameSpace.classes->deepSubclasses(klass)) {
+        if (work.providers.instanceProvider(*subclass) == nullptr || (told != nullptr && told != subclass)) {
+            continue;
+        }
+        Request attempt = work.request;
+        attempt.path = copyObject(work.arena(), *work.request.path);
+        setClassName(*attempt.path, subclass->name);
+        Answer answer(work.arena());
+        getExactInstance(
+            {work.call, attempt, answer, work.nameSpaces, work.nameSpace, work.providers, work.access});
+        if (answer.ok()) {
+            work.answer.code = CMPI_RC_OK;
+            work.answer.message = nullptr;
+            work.answer.instances.clear();
+            work.answer.instances.append(answer.instances[0]);
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace
+
+void getInstance(const Work &work)
+{
+    getExactInstance(work);
+    if (work.answer.code == CMPI_RC_ERR_NOT_FOUND) {
+        const cim::Class *klass = work.nameSpace.classes->find(work.request.path->className->view());
+        if (!getInstanceBelow(work, *klass)) {
+            return;
+        }
+    }
+    if (work.answer.ok()) {
+        show(work, nullptr);
+    }
+}
+
+const Request *resolved(const Work &work)
+{
+    const cim::Class *klass = classOfPath(work);
+    if (klass == nullptr) {
+        return nullptr;
+    }
+    if (klass->subclasses.empty() || work.request.path->keys->empty() ||
+        work.providers.instanceProvider(*klass) != nullptr || !isServedBelow(work, *klass)) {
+        return &work.request;
+    }
+    Answer answer(work.arena());
+    const Work search{work.call,      work.request,   answer,     work.nameSpaces,
+                      work.nameSpace, work.providers, work.access};
+    if (!getInstanceBelow(search, *klass)) {
+        fail(work.call, work.answer, CMPI_RC_ERR_NOT_FOUND,
+             "There is no instance of %s itself, and none of a subclass with these keys.",
+             klass->name.c_str());
+        return nullptr;
+    }
+    auto *request = new (work.arena().allocate(sizeof(Request), alignof(Request))) Request(work.request);
+    request->path = copyObject(work.arena(), *answer.instances[0]->path);
+    return request;
 }
 
 void createInstance(const Work &work)
@@ -159,23 +239,27 @@ void createInstance(const Work &work)
 
 void modifyInstance(const Work &work)
 {
-    if (const Provider *provider = instanceProviderOfPath(work); provider != nullptr) {
-        work.callProvider(Collector::Kind::Nothing,
-                          [&](const CMPIContext *context, const CMPIResult *result) {
-                              return provider->instanceTable.modifyInstance(
-                                  provider->instance, context, result, &work.request.path->cmpi,
-                                  &work.request.instance->cmpi, work.request.propertyList);
-                          });
+    const Request *request = resolved(work);
+    const Provider *provider = request != nullptr ? instanceProviderOfPath(work.with(*request)) : nullptr;
+    if (provider != nullptr) {
+        work.callProvider(
+            Collector::Kind::Nothing, [&](const CMPIContext *context, const CMPIResult *result) {
+                return provider->instanceTable.modifyInstance(provider->instance, context, result,
+                                                              &request->path->cmpi, &request->instance->cmpi,
+                                                              request->propertyList);
+            });
     }
 }
 
 void deleteInstance(const Work &work)
 {
-    if (const Provider *provider = instanceProviderOfPath(work); provider != nullptr) {
+    const Request *request = resolved(work);
+    const Provider *provider = request != nullptr ? instanceProviderOfPath(work.with(*request)) : nullptr;
+    if (provider != nullptr) {
         work.callProvider(Collector::Kind::Nothing,
                           [&](const CMPIContext *context, const CMPIResult *result) {
                               return provider->instanceTable.deleteInstance(provider->instance, context,
-                                                                            result, &work.request.path->cmpi);
+                                                                            result, &request->path->cmpi);
                           });
     }
 }
@@ -229,23 +313,25 @@ void invokeMethod(const Work &work)
     if (klass == nullptr) {
         return;
     }
+    const Request *request = &work.request;
     const Provider *provider = work.providers.methodProvider(*klass);
     if (provider == nullptr) {
-        if (!work.request.path->keys->empty() && isServedBelow(work, *klass) &&
-            work.providers.instanceProvider(*klass) == nullptr) {
-            fail(work.call, work.answer, CMPI_RC_ERR_NOT_FOUND,
-                 "There is no instance of %s itself; its subclasses have instances.", klass->name.c_str());
-        } else {
-            fail(work.call, work.answer, CMPI_RC_ERR_NOT_SUPPORTED,
-                 "No method provider is registered for the class %s.", klass->name.c_str());
+        request = resolved(work);
+        if (request == nullptr) {
+            return;
         }
+        provider = work.providers.methodProvider(*request->path->klass);
+    }
+    if (provider == nullptr) {
+        fail(work.call, work.answer, CMPI_RC_ERR_NOT_SUPPORTED,
+             "No method provider is registered for the class %s.", klass->name.c_str());
         return;
     }
     Args *out = makeArgs(work.arena());
     if (work.callProvider(Collector::Kind::Data, [&](const CMPIContext *context, const CMPIResult *result) {
-            return provider->methodTable.invokeMethod(provider->method, context, result,
-                                                      &work.request.path->cmpi, work.request.methodName,
-                                                      &work.request.arguments->cmpi, &out->cmpi);
+            return provider->methodTable.invokeMethod(provider->method, context, result, &request->path->cmpi,
+                                                      request->methodName, &request->arguments->cmpi,
+                                                      &out->cmpi);
         })) {
         work.answer.outArguments = out;
     }

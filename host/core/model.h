@@ -77,7 +77,10 @@ struct Request {
     bool includeClassOrigin = false;
 
     TraversalFilter filter;
+    /** The traversal is of a class: the path has no keys, and the answer is classes. */
+    bool isOfClass = false;
 
+    /** A query (ExecQuery), or a filter for what an enumeration or a traversal returns. */
     const char *query = nullptr;
     const char *queryLanguage = nullptr;
 
@@ -115,6 +118,12 @@ struct Answer {
         return code == CMPI_RC_OK;
     }
 };
+
+// Status codes of DSP0200 that CMPI has no name for.
+inline constexpr auto STATUS_INVALID_ENUMERATION_CONTEXT = static_cast<CMPIrc>(21);
+inline constexpr auto STATUS_INVALID_OPERATION_TIMEOUT = static_cast<CMPIrc>(22);
+inline constexpr auto STATUS_FILTERED_ENUMERATION_NOT_SUPPORTED = static_cast<CMPIrc>(25);
+inline constexpr auto STATUS_CONTINUATION_ON_ERROR_NOT_SUPPORTED = static_cast<CMPIrc>(26);
 
 /** What DSP0200 says about a status code; for errors that come without a text of their own. */
 const char *statusDescription(CMPIrc code);

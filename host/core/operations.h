@@ -49,6 +49,17 @@ const cim::Class *classOfPath(const Work &work);
 /** True when a subclass has an instance provider. */
 bool isServedBelow(const Work &work, const cim::Class &klass);
 
+/** Shows of all instances of the answer what the request wants to see. limit: only properties that this class
+ * has too; null: all. */
+void show(const Work &work, const cim::Class *limit);
+
+/** The request with a path of the class that the instance was made of, where its path names a superclass.
+ * Null, with the error in the answer, when there is no such instance. */
+const Request *resolved(const Work &work);
+
+/** Runs the operation, which returns instances, and leaves those that the filter of the request lets pass. */
+void runFiltered(const Work &work, void (*operation)(const Work &));
+
 void enumerate(const Work &work);
 void getInstance(const Work &work);
 void createInstance(const Work &work);
@@ -58,6 +69,7 @@ void getProperty(const Work &work);
 void setProperty(const Work &work);
 void execQuery(const Work &work);
 void traverse(const Work &work);
+void traverseClasses(const Work &work);
 void invokeMethod(const Work &work);
 void readClasses(const Work &work);
 void readQualifiers(const Work &work);

@@ -77,8 +77,51 @@ void execQuery(const Work &work)
     all.className = klass->name;
     enumerate(work.with(all));
     if (work.answer.ok()) {
+        work.answer.classes.append(klass);
         select(work, *query);
     }
+}
+
+void runFiltered(const Work &work, void (*operation)(const Work &))
+{
+    const char *language = work.request.queryLanguage != nullptr ? work.request.queryLanguage : "";
+    if (!cim::sameName(language, "DMTF:FQL")) {
+        fail(work.call, work.answer, CMPI_RC_ERR_QUERY_LANGUAGE_NOT_SUPPORTED,
+             "The filter language %.*s is not supported; DMTF:FQL is.", shown(language), language);
+        return;
+    }
+    // A filter is the condition of a query.
+    std::string problem;
+    std::optional<Query> filter = Query::parse(std::string("SELECT * FROM Any WHERE ") + work.request.query,
+                                               QueryLanguage::Cql, problem);
+    if (!filter) {
+        fail(work.call, work.answer, CMPI_RC_ERR_INVALID_QUERY, "%s", problem.c_str());
+        return;
+    }
+    Request whole = work.request; // the filter may look at what the client does not want to see
+    whole.propertyList = nullptr;
+    whole.localOnly = false;
+    whole.deepInheritance = true;
+    whole.query = nullptr;
+    operation(work.with(whole));
+    if (!work.answer.ok()) {
+        return;
+    }
+    ArenaList<Instance *> &instances = work.answer.instances;
+    const cim::Class *bound = nullptr;
+    std::size_t kept = 0;
+    for (Instance *instance : instances) {
+        if (instance->klass != bound && !filter->bind(*instance->klass, *work.nameSpace.classes, problem)) {
+            fail(work.call, work.answer, CMPI_RC_ERR_INVALID_QUERY, "%s", problem.c_str());
+            return;
+        }
+        bound = instance->klass;
+        if (filter->admits(*instance)) {
+            instances[kept++] = instance;
+        }
+    }
+    instances.truncate(kept);
+    show(work, work.request.deepInheritance ? nullptr : work.nameSpace.classes->find(work.request.className));
 }
 
 } // namespace host

@@ -1,103 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "core/typing.h"
 
-#include <charconv>
+#include "cmpi/scalar_text.h"
+
+#include <algorithm>
 #include <cstdio>
-#include <cstdlib>
-#include <limits>
 
 namespace host
 {
 namespace
 {
-
-std::string_view trim(std::string_view text)
-{
-    constexpr std::string_view BLANK = " \t\r\n";
-    const std::size_t first = text.find_first_not_of(BLANK);
-    if (first == std::string_view::npos) {
-        return {};
-    }
-    return text.substr(first, text.find_last_not_of(BLANK) - first + 1);
-}
-
-/** An integer as CIM-XML writes it: decimal, or hexadecimal after 0x. */
-template <typename T>
-bool readInteger(std::string_view text, T &value)
-{
-    text = trim(text);
-    bool negative = false;
-    if (!text.empty() && (text.front() == '+' || text.front() == '-')) {
-        negative = text.front() == '-';
-        text.remove_prefix(1);
-    }
-    int base = 10;
-    if (text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X')) {
-        base = 16;
-        text.remove_prefix(2);
-    }
-    std::uint64_t magnitude = 0;
-    const auto [end, problem] = std::from_chars(text.data(), text.data() + text.size(), magnitude, base);
-    if (problem != std::errc() || end != text.data() + text.size() || text.empty()) {
-        return false;
-    }
-    const auto maximum = static_cast<std::uint64_t>(std::numeric_limits<T>::max());
-    if (!negative) {
-        value = static_cast<T>(magnitude);
-        return magnitude <= maximum;
-    }
-    if constexpr (std::numeric_limits<T>::is_signed) {
-        value = static_cast<T>(0 - magnitude);
-        return magnitude <= maximum + 1;
-    } else {
-        value = 0;
-        return magnitude == 0;
-    }
-}
-
-/** A real number as CIM-XML writes it; NaN and the infinities included. */
-bool readReal(std::string_view text, double &value)
-{
-    text = trim(text);
-    if (!text.empty() && text.front() == '+') {
-        text.remove_prefix(1);
-    }
-    const auto [end, problem] = std::from_chars(text.data(), text.data() + text.size(), value);
-    return problem == std::errc() && end == text.data() + text.size() && !text.empty();
-}
-
-bool readBoolean(std::string_view text, CMPIBoolean &value)
-{
-    text = trim(text);
-    if (cim::sameName(text, "true")) {
-        value = 1;
-        return true;
-    }
-    value = 0;
-    return cim::sameName(text, "false");
-}
-
-/** One character of UTF-8 that fits 16 bits; a number is not one. */
-bool readChar16(std::string_view text, CMPIChar16 &value)
-{
-    const auto byte = [&](std::size_t i) {
-        return static_cast<unsigned>(static_cast<unsigned char>(text[i]));
-    };
-    if (text.size() == 1 && byte(0) < 0x80) {
-        value = static_cast<CMPIChar16>(byte(0));
-        return true;
-    }
-    if (text.size() == 2 && (byte(0) & 0xe0u) == 0xc0 && (byte(1) & 0xc0u) == 0x80) {
-        value = static_cast<CMPIChar16>((byte(0) & 0x1fu) << 6 | (byte(1) & 0x3fu));
-        return true;
-    }
-    if (text.size() == 3 && (byte(0) & 0xf0u) == 0xe0 && (byte(1) & 0xc0u) == 0x80 &&
-        (byte(2) & 0xc0u) == 0x80) {
-        value = static_cast<CMPIChar16>((byte(0) & 0x0fu) << 12 | (byte(1) & 0x3fu) << 6 | (byte(2) & 0x3fu));
-        return true;
-    }
-    return false;
-}
 
 /** The name for messages: %.*s wants an int, and a name may be long. */
 int shown(std::string_view text)
@@ -121,76 +33,25 @@ void Typing::fail(CMPIrc code, const char *format, ...)
 bool Typing::scalar(const ItemText &item, cim::Type type, std::string_view name,
                     std::string_view defaultNameSpace, CMPIData &data)
 {
-    data = nullData(cim::cmpiType(type, false), CMPI_goodValue);
+    data = nullData(cim::cmpiType(type, false));
     if (item.isNull) {
-        data.state = CMPI_nullValue;
         return true;
     }
-    bool good = true;
-    double real = 0;
-    switch (type) {
-    case cim::Type::Boolean:
-        good = readBoolean(item.text, data.value.boolean);
-        break;
-    case cim::Type::Char16:
-        good = readChar16(item.text, data.value.char16);
-        break;
-    case cim::Type::Uint8:
-        good = readInteger(item.text, data.value.uint8);
-        break;
-    case cim::Type::Uint16:
-        good = readInteger(item.text, data.value.uint16);
-        break;
-    case cim::Type::Uint32:
-        good = readInteger(item.text, data.value.uint32);
-        break;
-    case cim::Type::Uint64:
-        good = readInteger(item.text, data.value.uint64);
-        break;
-    case cim::Type::Sint8:
-        good = readInteger(item.text, data.value.sint8);
-        break;
-    case cim::Type::Sint16:
-        good = readInteger(item.text, data.value.sint16);
-        break;
-    case cim::Type::Sint32:
-        good = readInteger(item.text, data.value.sint32);
-        break;
-    case cim::Type::Sint64:
-        good = readInteger(item.text, data.value.sint64);
-        break;
-    case cim::Type::Real32:
-        good = readReal(item.text, real);
-        data.value.real32 = static_cast<CMPIReal32>(real);
-        break;
-    case cim::Type::Real64:
-        good = readReal(item.text, real);
-        data.value.real64 = real;
-        break;
-    case cim::Type::DateTime: {
-        DateTime *dateTime = makeDateTime(arena_, trim(item.text));
-        good = dateTime != nullptr;
-        data.value.dateTime = good ? &dateTime->cmpi : nullptr;
-        break;
-    }
-    case cim::Type::Reference: {
-        Path *reference = path(*item.reference, defaultNameSpace);
+    if (type == cim::Type::Reference) {
+        const Path *reference = path(*item.reference, defaultNameSpace);
         if (reference == nullptr) {
             return false;
         }
-        data.value.ref = &reference->cmpi;
-        break;
+        data.state = CMPI_goodValue;
+        data.value.ref = const_cast<CMPIObjectPath *>(&reference->cmpi);
+        return true;
     }
-    default:
-        data.type = CMPI_string;
-        data.value.string = &makeString(arena_, item.text)->cmpi;
-        break;
-    }
-    if (!good) {
+    if (!readScalar(arena_, item.text, type, data)) {
         fail(CMPI_RC_ERR_INVALID_PARAMETER, "The value \"%.*s\" of %.*s is not a %s.", shown(item.text),
              item.text.data(), shown(name), name.data(), cim::typeName(type));
+        return false;
     }
-    return good;
+    return true;
 }
 
 bool Typing::value(const ValueText &text, cim::Type type, bool isArray, std::string_view defaultNameSpace,

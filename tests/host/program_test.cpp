@@ -108,7 +108,7 @@ const std::string NAMES =
 /** A whole request with the credentials of these tests. */
 std::string post(const std::string &body)
 {
-    return "POST /cimom HTTP/1.1\r\nHost: localhost\r\nAuthorization: Basic " +
+    return "POST /cimom HTTP/1.1\r\nHost: localhost\r\nCIMOperation: MethodCall\r\nAuthorization: Basic " +
            test::base64("operator:secret") + "\r\nContent-Length: " + std::to_string(body.size()) +
            "\r\n\r\n" + body;
 }

@@ -226,6 +226,9 @@ std::string post(std::string_view body, std::string_view moreHeaders)
     request += "Content-Type: application/xml; charset=\"utf-8\"\r\nAuthorization: Basic ";
     request += base64(std::string(USER) + ":" + PASSWORD);
     request += "\r\nContent-Length: " + std::to_string(body.size()) + "\r\n";
+    if (moreHeaders.find("CIMOperation:") == std::string_view::npos) {
+        request += "CIMOperation: MethodCall\r\n";
+    }
     request += moreHeaders;
     request += "\r\n";
     request += body;

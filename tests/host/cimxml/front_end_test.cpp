@@ -116,7 +116,6 @@ constexpr Recording RECORDINGS[] = {
     {"scripting/invoke-wrong-type", "scripting-invoke-wrong-type"},
     {"scripting/modify-instance", "scripting-modify-instance"},
     {"scripting/modify-instance-minimal", "scripting-modify-instance"},
-    {"scripting/open-enumerate-instances", "scripting-open-enumerate-instances"},
     {"scripting/reference-names", "scripting-reference-names"},
     {"scripting/references", "scripting-references"},
     {"scripting/wbemserver", "scripting-other-namespace"},

@@ -3,6 +3,8 @@
 // works.
 #include "test_host.h"
 
+#include <functional>
+
 #include <gmock/gmock.h>
 
 namespace
@@ -225,9 +227,13 @@ TEST_F(Malformed, ParametersAreChecked)
     expectError(
         test::intrinsic("GetInstance", "<IPARAMVALUE NAME=\"InstanceName\"><VALUE>x</VALUE></IPARAMVALUE>"),
         4, "The element VALUE is not a path.");
+    expectRefusal(
+        test::intrinsic("GetInstance", "<IPARAMVALUE NAME=\"InstanceName\"><INSTANCENAME/></IPARAMVALUE>"),
+        400, "request-not-valid");
     expectError(
-        test::intrinsic("GetInstance", "<IPARAMVALUE NAME=\"InstanceName\"><INSTANCENAME/></IPARAMVALUE>"), 4,
-        "A path has no class name.");
+        test::intrinsic("GetInstance",
+                        "<IPARAMVALUE NAME=\"InstanceName\"><INSTANCENAME CLASSNAME=\"\"/></IPARAMVALUE>"),
+        4, "A path has no class name.");
     expectError(test::intrinsic("ModifyInstance", ""), 4, "The parameter ModifiedInstance is missing.");
     expectError(test::intrinsic("CreateInstance", ""), 4, "The parameter NewInstance is missing.");
     expectError(test::intrinsic("GetQualifier", ""), 4, "The parameter QualifierName is missing.");
@@ -244,13 +250,14 @@ TEST_F(Malformed, KeysAndValuesAreChecked)
                     "<KEYVALUE>x</KEYVALUE></KEYBINDING>"
                     "</INSTANCENAME>"),
                 4, "The value &quot;x&quot; of Id is not a uint16.");
-    expectError(get("<INSTANCENAME CLASSNAME=\"Test_Simple\"><KEYBINDING><KEYVALUE>1</KEYVALUE></KEYBINDING>"
-                    "</INSTANCENAME>"),
-                4, "A KEYBINDING has no name.");
-    expectError(
+    expectRefusal(
+        get("<INSTANCENAME CLASSNAME=\"Test_Simple\"><KEYBINDING><KEYVALUE>1</KEYVALUE></KEYBINDING>"
+            "</INSTANCENAME>"),
+        400, "request-not-valid");
+    expectRefusal(
         get("<INSTANCENAME CLASSNAME=\"Test_Simple\"><KEYBINDING NAME=\"Id\"><VALUE>1</VALUE></KEYBINDING>"
             "</INSTANCENAME>"),
-        4, "The element VALUE cannot be a key.");
+        400, "request-not-valid");
     expectError(get("<INSTANCENAME CLASSNAME=\"Test_Simple\"><KEYBINDING NAME=\"Id\">"
                     "<KEYVALUE TYPE=\"uint7\">1</KEYVALUE>"
                     "</KEYBINDING></INSTANCENAME>"),
@@ -267,7 +274,7 @@ TEST_F(Malformed, KeysAndValuesAreChecked)
                 "The value &quot;x&quot; of Level is not a uint16.");
     expectError(modify("<PROPERTY.ARRAY NAME=\"Level\" TYPE=\"uint16\"><VALUE.ARRAY/></PROPERTY.ARRAY>"), 13,
                 "The property Level of Test_Thing has the type uint16.");
-    expectError(modify("<OTHER/>"), 4, "The element OTHER is not a property.");
+    expectRefusal(modify("<OTHER/>"), 400, "request-not-valid");
     expectError(modify("", "Test_Simple"), 4, "The class of the instance is not the class of its path.");
     expectError(test::methodCall(3, "Types", "<PARAMVALUE NAME=\"a\"><VALUE>256</VALUE></PARAMVALUE>"), 4,
                 "The value &quot;256&quot; of a is not a uint8.");
@@ -307,11 +314,64 @@ TEST_F(Malformed, AnArgumentGivenTwiceIsNeverReadThroughItsNumber)
 
 TEST_F(Malformed, UnknownOperationsAreNotSupported)
 {
-    expectError(test::intrinsic("OpenEnumerateInstances", ""), 7,
-                "The requested operation is not supported.");
+    expectError(test::intrinsic("EnumerationCount", ""), 7, "The requested operation is not supported.");
     expectError(test::intrinsic("Nonsense", "<IPARAMVALUE NAME=\"X\"/>"), 7,
                 "The requested operation is not supported.");
     expectError(test::intrinsic("InvokeMethod", ""), 7, "The requested operation is not supported.");
+}
+
+/** A request with so many of these in it. */
+std::string many(int count, const std::string &before, const std::function<std::string(int)> &each,
+                 const std::string &after)
+{
+    std::string text = before;
+    for (int i = 0; i < count; ++i) {
+        text += each(i);
+    }
+    return text + after;
+}
+
+TEST_F(Malformed, TooManyPartsAreRefusedByTheirName)
+{
+    const auto number = [](int i) { return std::to_string(i); };
+    const auto key = [&](int i) {
+        return "<KEYBINDING NAME=\"k" + number(i) + "\"><KEYVALUE>1</KEYVALUE></KEYBINDING>";
+    };
+    const std::string name = "<IPARAMVALUE NAME=\"InstanceName\"><INSTANCENAME CLASSNAME=\"Test_Thing\">";
+    expectError(test::intrinsic("GetInstance", many(64, name, key, "</INSTANCENAME></IPARAMVALUE>")), 6,
+                "no such thing");
+    expectError(test::intrinsic("GetInstance", many(65, name, key, "</INSTANCENAME></IPARAMVALUE>")), 27,
+                "A path has more than 64 keys.");
+    const auto argument = [&](int i) {
+        return "<PARAMVALUE NAME=\"a" + number(i) + "\"><VALUE>1</VALUE></PARAMVALUE>";
+    };
+    EXPECT_EQ(test::errorCode(send(test::methodCall(3, "Echo", many(256, "", argument, ""))).body), 0);
+    expectError(test::methodCall(3, "Echo", many(257, "", argument, "")), 27,
+                "A method call has more than 256 arguments.");
+    const auto parameter = [&](int) { return std::string("<IPARAMVALUE NAME=\"ClassName\"/>"); };
+    expectError(test::intrinsic("EnumerateQualifiers", many(1, "", parameter, "")), 4,
+                "The operation has no parameter ClassName.");
+}
+
+TEST_F(Malformed, ASecondCallOrMessageIsRefused)
+{
+    const std::string call =
+        GOOD.substr(GOOD.find("<IMETHODCALL"), GOOD.find("</SIMPLEREQ>") - GOOD.find("<IMETHODCALL"));
+    expectRefusal(replaced(GOOD, "</SIMPLEREQ>", call + "</SIMPLEREQ>"), 400, "request-not-valid");
+    const std::string message =
+        GOOD.substr(GOOD.find("<MESSAGE"), GOOD.find("</CIM>") - GOOD.find("<MESSAGE"));
+    expectRefusal(replaced(GOOD, "</CIM>", message + "</CIM>"), 400, "request-not-valid");
+}
+
+TEST_F(Malformed, ElementsStandWhereTheDocumentTypeHasThem)
+{
+    expectRefusal(replaced(GOOD, "<IMETHODCALL NAME", "<IMETHODCALL Extra=\"1\" NAME"), 400,
+                  "request-not-valid");
+    expectRefusal(replaced(GOOD, "<SIMPLEREQ>", "<SIMPLEREQ>text"), 400, "request-not-valid");
+    expectRefusal(replaced(GOOD, "</LOCALNAMESPACEPATH>", "<HOST>h</HOST></LOCALNAMESPACEPATH>"), 400,
+                  "request-not-valid");
+    expectRefusal(replaced(GOOD, "<LOCALNAMESPACEPATH>", "<LOCALNAMESPACEPATH/><LOCALNAMESPACEPATH>"), 400,
+                  "request-not-valid");
 }
 
 } // namespace

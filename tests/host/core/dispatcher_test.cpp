@@ -216,18 +216,56 @@ TEST_F(Dispatch, GetInstanceFindsOneInstance)
     EXPECT_EQ(error(run(made)), "6 no such thing");
 }
 
-TEST_F(Dispatch, ASuperclassHasNoInstancesOfItsOwn)
+TEST_F(Dispatch, APathOfASuperclassLeadsToTheInstanceOfTheSubclass)
 {
     Request made = request(Operation::GetInstance);
     made.path = thing(3, "Test_Device");
+    const Answer found = run(made);
+    ASSERT_EQ(found.instances.size(), 1u);
+    EXPECT_EQ(found.instances[0]->klass->name, "Test_Thing");
+    made.operation = Operation::InvokeMethod;
+    made.methodName = "Echo";
+    made.arguments = host::makeArgs(call_.arena);
+    EXPECT_TRUE(run(made).ok());
+    made.operation = Operation::Associators;
+    EXPECT_EQ(run(made).instances.size(), 3u);
+    made.operation = Operation::GetInstance;
+    made.path = thing(99, "Test_Device");
     EXPECT_EQ(error(run(made)),
               "6 There is no instance of Test_Device itself; its subclasses have instances.");
     made.operation = Operation::DeleteInstance;
     EXPECT_EQ(error(run(made)),
-              "6 There is no instance of Test_Device itself; its subclasses have instances.");
-    made.operation = Operation::InvokeMethod;
-    EXPECT_EQ(error(run(made)),
-              "6 There is no instance of Test_Device itself; its subclasses have instances.");
+              "6 There is no instance of Test_Device itself, and none of a subclass with these keys.");
+}
+
+TEST_F(Dispatch, ClassesAreTiedByTheirAssociations)
+{
+    Request made = request(Operation::Associators);
+    made.path = path("Test_Thing");
+    made.isOfClass = true;
+    const auto names = [&] {
+        std::string text;
+        for (const cim::Class *klass : run(made).classes) {
+            text += (text.empty() ? "" : " ") + klass->name;
+        }
+        return text;
+    };
+    EXPECT_EQ(names(), "Test_Element Test_Thing Linux_ComputerSystem");
+    made.filter.associationClass = "Test_ThingPair";
+    EXPECT_EQ(names(), "Test_Thing");
+    made.filter.resultRole = "Nope";
+    EXPECT_EQ(names(), "");
+    made.filter = {};
+    made.filter.resultClass = "Test_System";
+    EXPECT_EQ(names(), "Linux_ComputerSystem");
+    made.filter = {};
+    made.operation = Operation::References;
+    EXPECT_EQ(names(), "Test_Dependency Test_ThingPair Test_ThingOnSystem");
+    made.filter.role = "Antecedent";
+    made.filter.associationClass = "Test_ThingPair";
+    EXPECT_EQ(names(), "Test_ThingPair");
+    made.filter.associationClass = "Test_Nope";
+    EXPECT_EQ(error(run(made)), "4 The class Test_Nope of the filter does not exist.");
 }
 
 TEST_F(Dispatch, AnErrorWinsOverWhatWasReturnedBefore)

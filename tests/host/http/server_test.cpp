@@ -22,7 +22,8 @@ const std::string NAMES =
 std::string postAs(const std::string &authorization, std::string_view body = NAMES)
 {
     std::string request =
-        "POST /cimom HTTP/1.1\r\nHost: localhost\r\nContent-Length: " + std::to_string(body.size()) + "\r\n";
+        "POST /cimom HTTP/1.1\r\nHost: localhost\r\nCIMOperation: MethodCall\r\nContent-Length: " +
+        std::to_string(body.size()) + "\r\n";
     if (!authorization.empty()) {
         request += "Authorization: " + authorization + "\r\n";
     }
@@ -160,7 +161,10 @@ TEST(Http, RefusesWhatIsNotForIt)
     EXPECT_THAT(answer.body, HasSubstr("--server-name NAME"));
     EXPECT_EQ(server.exchange("POST /cimom HTTP/1.1\r\nContent-Length: 0\r\n\r\n").status, 400);
     EXPECT_EQ(
-        server.exchange("POST /cimom HTTP/1.1\r\nHost: localhost\r\nTransfer-Encoding: gzip\r\n\r\n").status,
+        server
+            .exchange(
+                "POST /cimom HTTP/1.1\r\nHost: localhost\r\nCIMOperation: MethodCall\r\nTransfer-Encoding: gzip\r\n\r\n")
+            .status,
         501);
     std::string type = test::post(NAMES);
     type.replace(type.find("application/xml"), 15, "application/foo");
@@ -175,7 +179,7 @@ TEST(Http, LetsOnlyUsersGoOn)
     test::TestServer server;
     Client stranger(server.port());
     stranger.send(
-        "POST /cimom HTTP/1.1\r\nHost: localhost\r\nContent-Length: 500\r\nExpect: 100-continue\r\n\r\n");
+        "POST /cimom HTTP/1.1\r\nHost: localhost\r\nCIMOperation: MethodCall\r\nContent-Length: 500\r\nExpect: 100-continue\r\n\r\n");
     EXPECT_EQ(stranger.receiveBytes().substr(0, 13), "HTTP/1.1 401 ");
     Client user(server.port());
     const std::string request = test::post(NAMES, "Expect: 100-continue\r\n");
@@ -238,7 +242,7 @@ TEST(Http, TakesChunkedBodies)
     test::TestServer server;
     Client client(server.port());
     std::string request =
-        "POST /cimom HTTP/1.1\r\nHost: localhost\r\nTransfer-Encoding: chunked\r\nTE: trailers\r\n"
+        "POST /cimom HTTP/1.1\r\nHost: localhost\r\nCIMOperation: MethodCall\r\nTransfer-Encoding: chunked\r\nTE: trailers\r\n"
         "Authorization: " +
         basic("operator", "secret: word") + "\r\n\r\n";
     for (std::size_t i = 0; i < NAMES.size(); i += 100) {
@@ -272,16 +276,18 @@ TEST(Http, RefusesLargeBodies)
     test::TestServer server(limits);
     Client atOnce(server.port());
     // The length alone is reason enough.
-    atOnce.send("POST /cimom HTTP/1.1\r\nHost: localhost\r\nAuthorization: " +
+    atOnce.send("POST /cimom HTTP/1.1\r\nHost: localhost\r\nCIMOperation: MethodCall\r\nAuthorization: " +
                 basic("operator", "secret: word") + "\r\nContent-Length: 2001\r\n\r\n");
     EXPECT_EQ(atOnce.receive().status, 413);
     EXPECT_TRUE(atOnce.closed());
     EXPECT_EQ(server.exchange(test::post(NAMES + std::string(2000 - NAMES.size(), ' '))).status, 200);
-    EXPECT_EQ(server.exchange("POST /cimom HTTP/1.1\r\nHost: localhost\r\nContent-Length: "
-                              "99999999999999999999999\r\n\r\n")
-                      .status /
-                  100,
-              4);
+    EXPECT_EQ(
+        server.exchange(
+                  "POST /cimom HTTP/1.1\r\nHost: localhost\r\nCIMOperation: MethodCall\r\nContent-Length: "
+                  "99999999999999999999999\r\n\r\n")
+                .status /
+            100,
+        4);
 }
 
 TEST(Http, RefusesLargeChunkedBodies)
@@ -289,9 +295,10 @@ TEST(Http, RefusesLargeChunkedBodies)
     host::HttpLimits limits;
     limits.bodyBytes = 2000;
     test::TestServer server(limits);
-    const std::string head = "POST /cimom HTTP/1.1\r\nHost: localhost\r\nTransfer-Encoding: chunked\r\n"
-                             "Authorization: " +
-                             basic("operator", "secret: word") + "\r\n\r\n";
+    const std::string head =
+        "POST /cimom HTTP/1.1\r\nHost: localhost\r\nCIMOperation: MethodCall\r\nTransfer-Encoding: chunked\r\n"
+        "Authorization: " +
+        basic("operator", "secret: word") + "\r\n\r\n";
     std::string chunk = "3e8\r\n" + std::string(1000, 'x') + "\r\n";
     Client client(server.port());
     client.send(head + chunk + chunk + chunk + "0\r\n\r\n");
@@ -309,7 +316,8 @@ TEST(Http, RefusesLargeHeaders)
     limits.headerBytes = 8 * 1024;
     test::TestServer server(limits);
     Client client(server.port());
-    client.send("POST /cimom HTTP/1.1\r\nHost: localhost\r\nX: " + std::string(100000, 'x') + "\r\n\r\n");
+    client.send("POST /cimom HTTP/1.1\r\nHost: localhost\r\nCIMOperation: MethodCall\r\nX: " +
+                std::string(100000, 'x') + "\r\n\r\n");
     const HttpAnswer answer = client.receive();
     EXPECT_TRUE(answer.status == 431 || answer.status == 0) << answer.status;
     EXPECT_TRUE(client.closed());

@@ -1,0 +1,166 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "cimxml/document_type.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <string_view>
+
+namespace host
+{
+namespace
+{
+
+using pugi::xml_node;
+
+/** How the children of an element stand. */
+enum class Order {
+    Any,
+    Listed, // in the order of the rule
+    Text,   // there is text instead of elements
+    Open,   // not looked at
+};
+
+constexpr std::size_t MANY = static_cast<std::size_t>(-1);
+
+struct Rule {
+    std::string_view element;
+    std::string_view required; // attributes, a blank after each
+    std::string_view optional;
+    std::string_view children; // elements, a blank after each
+    std::size_t atLeast = 0;
+    std::size_t atMost = MANY;
+    Order order = Order::Any;
+};
+
+#define OBJECT_ATTRIBUTES "CLASSORIGIN PROPAGATED EmbeddedObject EMBEDDEDOBJECT MODIFIED "
+#define ANY_VALUE "VALUE VALUE.NULL VALUE.ARRAY VALUE.REFERENCE VALUE.REFARRAY "
+#define ANY_PATH "CLASSPATH LOCALCLASSPATH CLASSNAME INSTANCEPATH LOCALINSTANCEPATH INSTANCENAME "
+#define DECLARATIONS "CLASS INSTANCE VALUE.NAMEDINSTANCE QUALIFIER.DECLARATION "
+
+constexpr Rule RULES[] = {
+    {"CIM", "CIMVERSION DTDVERSION ", "", "MESSAGE ", 1, 1},
+    {"MESSAGE", "ID PROTOCOLVERSION ", "", "SIMPLEREQ ", 1, 1},
+    {"SIMPLEREQ", "", "", "CORRELATOR IMETHODCALL METHODCALL ", 1, MANY, Order::Listed},
+    {"CORRELATOR", "NAME TYPE ", "", "VALUE ", 1, 1},
+    {"IMETHODCALL", "NAME ", "", "LOCALNAMESPACEPATH IPARAMVALUE ", 1, MANY, Order::Listed},
+    {"METHODCALL", "NAME ", "", "LOCALINSTANCEPATH LOCALCLASSPATH PARAMVALUE ", 1, MANY, Order::Listed},
+    // compat: null values are sent as VALUE.NULL, too, where the document type has no element at all.
+    {"IPARAMVALUE", "NAME ", "", ANY_VALUE ANY_PATH DECLARATIONS, 0, 1},
+    {"PARAMVALUE", "NAME ", "PARAMTYPE EmbeddedObject EMBEDDEDOBJECT ", ANY_VALUE ANY_PATH DECLARATIONS, 0,
+     1},
+    {"LOCALNAMESPACEPATH", "", "", "NAMESPACE ", 1},
+    {"NAMESPACE", "NAME ", "", "", 0, 0},
+    {"NAMESPACEPATH", "", "", "HOST LOCALNAMESPACEPATH ", 2, 2, Order::Listed},
+    {"HOST", "", "", "", 0, 0, Order::Text},
+    {"LOCALCLASSPATH", "", "", "LOCALNAMESPACEPATH CLASSNAME ", 2, 2, Order::Listed},
+    {"CLASSPATH", "", "", "NAMESPACEPATH CLASSNAME ", 2, 2, Order::Listed},
+    {"LOCALINSTANCEPATH", "", "", "LOCALNAMESPACEPATH INSTANCENAME ", 2, 2, Order::Listed},
+    {"INSTANCEPATH", "", "", "NAMESPACEPATH INSTANCENAME ", 2, 2, Order::Listed},
+    {"CLASSNAME", "NAME ", "", "", 0, 0},
+    {"INSTANCENAME", "CLASSNAME ", "", "KEYBINDING KEYVALUE VALUE.REFERENCE "},
+    {"KEYBINDING", "NAME ", "", "KEYVALUE VALUE.REFERENCE ", 1, 1},
+    {"KEYVALUE", "", "VALUETYPE TYPE ", "", 0, 0, Order::Text},
+    {"VALUE", "", "TYPE ", "", 0, 0, Order::Text},
+    {"VALUE.NULL", "", "", "", 0, 0},
+    {"VALUE.ARRAY", "", "TYPE ", "VALUE VALUE.NULL "},
+    {"VALUE.REFERENCE", "", "TYPE ", ANY_PATH, 1, 1},
+    {"VALUE.REFARRAY", "", "TYPE ", "VALUE.REFERENCE VALUE.NULL "},
+    {"VALUE.NAMEDINSTANCE", "", "", "INSTANCENAME INSTANCE ", 2, 2, Order::Listed},
+    {"INSTANCE", "CLASSNAME ", "", "QUALIFIER PROPERTY PROPERTY.ARRAY PROPERTY.REFERENCE "},
+    {"QUALIFIER", "NAME TYPE ", "PROPAGATED OVERRIDABLE TOSUBCLASS TOINSTANCE TRANSLATABLE ",
+     "VALUE VALUE.ARRAY ", 0, 1},
+    {"PROPERTY", "NAME TYPE ", OBJECT_ATTRIBUTES, "QUALIFIER VALUE "},
+    {"PROPERTY.ARRAY", "NAME TYPE ", OBJECT_ATTRIBUTES "ARRAYSIZE ", "QUALIFIER VALUE.ARRAY "},
+    {"PROPERTY.REFERENCE", "NAME ", OBJECT_ATTRIBUTES "REFERENCECLASS ", "QUALIFIER VALUE.REFERENCE "},
+    {"CLASS", "", "", "", 0, MANY, Order::Open},
+    {"QUALIFIER.DECLARATION", "", "", "", 0, MANY, Order::Open},
+};
+
+/** The place of the word in a list of words with a blank after each; npos when it is not there. */
+std::size_t placeIn(std::string_view list, std::string_view word)
+{
+    for (std::size_t begin = 0; begin < list.size();) {
+        const std::size_t end = list.find(' ', begin);
+        if (list.substr(begin, end - begin) == word) {
+            return begin;
+        }
+        begin = end + 1;
+    }
+    return std::string_view::npos;
+}
+
+bool hasValidAttributes(const xml_node &node, const Rule &rule)
+{
+    std::size_t found = 0;
+    for (const pugi::xml_attribute attribute : node.attributes()) {
+        const std::string_view name = attribute.name();
+        if (placeIn(rule.required, name) != std::string_view::npos) {
+            ++found;
+        } else if (!name.starts_with("xml") && placeIn(rule.optional, name) == std::string_view::npos) {
+            return false;
+        }
+    }
+    return found == static_cast<std::size_t>(std::ranges::count(rule.required, ' '));
+}
+
+bool isBlank(std::string_view text)
+{
+    return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
+}
+
+bool isValid(const xml_node &node)
+{
+    const auto *rule = std::ranges::find(RULES, std::string_view(node.name()), &Rule::element);
+    if (rule == std::end(RULES)) {
+        return false;
+    }
+    if (rule->order == Order::Open) {
+        return true;
+    }
+    if (!hasValidAttributes(node, *rule)) {
+        return false;
+    }
+    std::size_t count = 0;
+    std::size_t last = 0;
+    for (const xml_node child : node.children()) {
+        if (child.type() == pugi::node_element) {
+            const std::size_t place = placeIn(rule->children, child.name());
+            if (place == std::string_view::npos || ++count > rule->atMost ||
+                (rule->order == Order::Listed && place < last) || !isValid(child)) {
+                return false;
+            }
+            last = place;
+        } else if (rule->order != Order::Text && !isBlank(child.value())) {
+            return false;
+        }
+    }
+    return count >= rule->atLeast;
+}
+
+std::size_t countOf(const xml_node &node, const char *name)
+{
+    const auto children = node.children(name);
+    return static_cast<std::size_t>(std::distance(children.begin(), children.end()));
+}
+
+} // namespace
+
+bool isValidRequest(const xml_node &cim)
+{
+    if (!isValid(cim)) {
+        return false;
+    }
+    const xml_node request = cim.child("MESSAGE").child("SIMPLEREQ");
+    const std::size_t intrinsic = countOf(request, "IMETHODCALL");
+    const std::size_t extrinsic = countOf(request, "METHODCALL");
+    if (intrinsic + extrinsic != 1) {
+        return false; // a second call would get no answer
+    }
+    if (intrinsic == 1) {
+        return countOf(request.child("IMETHODCALL"), "LOCALNAMESPACEPATH") == 1;
+    }
+    const xml_node call = request.child("METHODCALL");
+    return countOf(call, "LOCALINSTANCEPATH") + countOf(call, "LOCALCLASSPATH") == 1;
+}
+
+} // namespace host

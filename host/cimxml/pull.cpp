@@ -1,0 +1,177 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "cimxml/pull.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+
+namespace host
+{
+namespace
+{
+
+/** The longest time that a client may ask for between two requests, and what it gets without asking. */
+constexpr std::uint32_t LONGEST_TIMEOUT = 600;
+constexpr std::uint32_t USUAL_TIMEOUT = 60;
+
+constexpr const char *TOO_MANY =
+    "Too many enumerations are open, or too large ones; close one, or read one to its end.";
+
+class PullAnswer
+{
+  public:
+    PullAnswer(Dispatcher &dispatcher, Contexts &contexts, Arena &arena, const CimXmlMessage &message,
+               CimXmlWriter &writer, TextBuffer &out)
+        : dispatcher_(dispatcher), contexts_(contexts), arena_(arena), message_(message), writer_(writer),
+          out_(out)
+    {
+    }
+
+    void open()
+    {
+        const PullRequest &pull = message_.pull;
+        if (pull.continueOnError) {
+            return fail(STATUS_CONTINUATION_ON_ERROR_NOT_SUPPORTED, "ContinueOnError is not supported.");
+        }
+        if (pull.timeout && (*pull.timeout == 0 || *pull.timeout > LONGEST_TIMEOUT)) {
+            return fail(STATUS_INVALID_OPERATION_TIMEOUT,
+                        "The OperationTimeout has to be from 1 to 600 seconds.");
+        }
+        if (pull.form == ObjectForm::Paths && message_.request.query != nullptr) {
+            return fail(STATUS_FILTERED_ENUMERATION_NOT_SUPPORTED,
+                        "Paths cannot be filtered; enumerate instances.");
+        }
+        Call call{&arena_, nextRequestNumber()};
+        Answer answer(arena_);
+        dispatcher_.execute(call, message_.request, answer);
+        if (!answer.ok()) {
+            return fail(answer.code, answer.message);
+        }
+        const std::size_t size = answer.instances.size() + answer.paths.size();
+        const std::size_t count = std::min<std::size_t>(pull.maxObjectCount, size);
+        writer_.beginPart(message_.id, message_.name);
+        writer_.part(answer.instances, answer.paths, pull.form, message_.request.includeClassOrigin, 0,
+                     count);
+        if (pull.returnsQueryResultClass) {
+            writer_.queryResultClass(answer);
+        }
+        std::string context;
+        if (count < size) {
+            context = keep(answer, count);
+            if (context.empty()) {
+                out_.clear();
+                return fail(CMPI_RC_ERR_SERVER_LIMITS_EXCEEDED, TOO_MANY);
+            }
+        }
+        writer_.sequence(context, count == size);
+        writer_.endPart();
+    }
+
+    void pull()
+    {
+        ContextUse use(contexts_, message_.request.principal, std::string(message_.pull.context),
+                       kindOf(message_));
+        OpenEnumeration *enumeration = use.get();
+        if (enumeration == nullptr || !isOfNameSpace(*enumeration)) {
+            return failContext();
+        }
+        const std::size_t count =
+            std::min<std::size_t>(message_.pull.maxObjectCount, enumeration->remaining());
+        writer_.beginPart(message_.id, message_.name);
+        writer_.part(enumeration->instances, enumeration->paths, message_.pull.form,
+                     enumeration->note.starts_with(WITH_ORIGIN), enumeration->next, count);
+        enumeration->next += count;
+        const bool isEnd = enumeration->remaining() == 0;
+        writer_.sequence(isEnd ? std::string() : use.name(), isEnd);
+        writer_.endPart();
+    }
+
+    void close()
+    {
+        for (const ObjectForm form :
+             {ObjectForm::InstancesWithPath, ObjectForm::Paths, ObjectForm::Instances}) {
+            ContextUse use(contexts_, message_.request.principal, std::string(message_.pull.context),
+                           static_cast<int>(form));
+            if (use.get() != nullptr && isOfNameSpace(*use.get())) {
+                use.close();
+                writer_.beginPart(message_.id, message_.name);
+                return writer_.endPart();
+            }
+        }
+        failContext();
+    }
+
+  private:
+    // The note of an open enumeration: how it is written, and its namespace.
+    static constexpr char WITH_ORIGIN = '+';
+    static constexpr char WITHOUT_ORIGIN = '-';
+
+    static int kindOf(const CimXmlMessage &message)
+    {
+        return static_cast<int>(message.pull.form);
+    }
+
+    bool isOfNameSpace(const OpenEnumeration &enumeration) const
+    {
+        return cim::sameName(std::string_view(enumeration.note).substr(1), message_.request.nameSpace);
+    }
+
+    void fail(CMPIrc code, const char *text)
+    {
+        writer_.writeError(message_.id, message_.name, false, code, text);
+    }
+
+    void failContext()
+    {
+        fail(STATUS_INVALID_ENUMERATION_CONTEXT,
+             "There is no such enumeration of this kind; it has ended, was closed, or its time is over.");
+    }
+
+    /** Keeps what has not been sent; "" when there is no room for it. */
+    std::string keep(const Answer &answer, std::size_t sent)
+    {
+        std::unique_ptr<OpenEnumeration> enumeration = contexts_.make();
+        for (std::size_t i = sent; i < answer.instances.size(); ++i) {
+            if (!enumeration->add(*answer.instances[i])) {
+                return {};
+            }
+        }
+        for (std::size_t i = sent; i < answer.paths.size(); ++i) {
+            if (!enumeration->add(*answer.paths[i])) {
+                return {};
+            }
+        }
+        enumeration->kind = kindOf(message_);
+        enumeration->note = message_.request.includeClassOrigin ? WITH_ORIGIN : WITHOUT_ORIGIN;
+        enumeration->note += message_.request.nameSpace;
+        return contexts_.open(message_.request.principal, std::move(enumeration),
+                              std::chrono::seconds(message_.pull.timeout.value_or(USUAL_TIMEOUT)));
+    }
+
+    Dispatcher &dispatcher_;
+    Contexts &contexts_;
+    Arena &arena_;
+    const CimXmlMessage &message_;
+    CimXmlWriter &writer_;
+    TextBuffer &out_;
+};
+
+} // namespace
+
+void answerPull(Dispatcher &dispatcher, Contexts &contexts, Arena &arena, const CimXmlMessage &message,
+                CimXmlWriter &writer, TextBuffer &out)
+{
+    PullAnswer answer(dispatcher, contexts, arena, message, writer, out);
+    switch (message.pull.step) {
+    case PullStep::Open:
+        return answer.open();
+    case PullStep::Pull:
+        return answer.pull();
+    case PullStep::Close:
+        return answer.close();
+    case PullStep::None:
+        return;
+    }
+}
+
+} // namespace host
