@@ -100,7 +100,7 @@ std::string httpRequest(std::string_view body)
 {
     return "POST /cimom HTTP/1.1\r\nHost: 127.0.0.1\r\nAuthorization: " +
            std::string(environment("BENCH_AUTHORIZATION")) +
-           "\r\nContent-Type: application/xml; charset=\"utf-8\"\r\nContent-Length: " +
+           "\r\nContent-Type: application/xml; charset=\"utf-8\"\r\nCIMOperation: MethodCall\r\nContent-Length: " +
            std::to_string(body.size()) + "\r\n\r\n" + std::string(body);
 }
 

@@ -339,10 +339,20 @@ TEST_F(Program, MakesACertificateAndServesWithIt)
     ASSERT_NE(https, std::string::npos) << ready;
     const std::string port = ready.substr(https + 31, ready.find('/', https + 31) - https - 31);
     const auto curl = [&](std::vector<std::string> more) {
-        std::vector<std::string> command = {
-            "curl",          "-s",       "-o",        "/dev/null", "-w",
-            "%{http_code}",  "--cacert", certificate, "-u",        "operator:secret",
-            "--data-binary", NAMES};
+        std::vector<std::string> command = {"curl",
+                                            "-s",
+                                            "-o",
+                                            "/dev/null",
+                                            "-w",
+                                            "%{http_code}",
+                                            "--cacert",
+                                            certificate,
+                                            "-u",
+                                            "operator:secret",
+                                            "--data-binary",
+                                            NAMES,
+                                            "-H",
+                                            "CIMOperation: MethodCall"};
         command.insert(command.end(), more.begin(), more.end());
         return Process(command, clientDirectory_).wait().output;
     };

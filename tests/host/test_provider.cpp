@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <cstdarg>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -24,6 +25,7 @@ const CMPIBroker *broker = nullptr;
 std::string labels[THINGS];
 std::atomic<int> napping = 0; // calls of Nap at the same time
 std::atomic<int> mostNapping = 0;
+std::atomic<bool> mayWake = false; // what a nap without end waits for
 
 CMPIStatus status(CMPIrc code, const char *text = nullptr)
 {
@@ -410,7 +412,12 @@ CMPIStatus Test_ThingInvokeMethod(CMPIMethodMI *, const CMPIContext *context, co
         trace("a thing naps");
         for (int most = mostNapping; now > most && !mostNapping.compare_exchange_weak(most, now);) {
         }
-        broker->xft->threadSleep(ms.value.uint32);
+        if (ms.value.uint32 == UINT32_MAX) {
+            mayWake.wait(false);
+            mayWake = false;
+        } else {
+            broker->xft->threadSleep(ms.value.uint32);
+        }
         --napping;
     } else if (std::strcmp(method, "Fail") == 0) {
         const CMPIData code = CMGetArg(in, "code", nullptr);
@@ -817,5 +824,18 @@ CMInstanceMIStub(Test_Thing, Test_Thing, broker, setUp(brkr))
     {
         *outcome = {CMPI_RC_ERR_FAILED, CMNewString(given, "not today", nullptr)};
         return nullptr;
+    }
+
+    /** For tests in the same process: whether somebody is inside Nap. */
+    bool isNapping()
+    {
+        return napping > 0;
+    }
+
+    /** Ends a nap without end (of UINT32_MAX milliseconds). */
+    void wakeNapper()
+    {
+        mayWake = true;
+        mayWake.notify_one();
     }
 }

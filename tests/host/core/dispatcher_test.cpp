@@ -3,6 +3,7 @@
 #include "test_host.h"
 
 #include <chrono>
+#include <dlfcn.h>
 #include <thread>
 #include <unistd.h>
 
@@ -521,7 +522,11 @@ TEST_F(Dispatch, QualifiersAreRead)
 TEST_F(Dispatch, ARequestDoesNotWaitWithoutEnd)
 {
     using namespace std::chrono_literals;
-    manager_->dispatcher().setPatience(20ms);
+    void *provider = dlopen(TEST_PROVIDER_FILE, RTLD_NOW | RTLD_NOLOAD);
+    ASSERT_NE(provider, nullptr) << dlerror();
+    const auto isNapping = reinterpret_cast<bool (*)()>(dlsym(provider, "isNapping"));
+    const auto wakeNapper = reinterpret_cast<void (*)()>(dlsym(provider, "wakeNapper"));
+    ASSERT_TRUE(isNapping != nullptr && wakeNapper != nullptr);
     const host::Path *sleeper = thing(1);
     std::thread other([this, sleeper] {
         test::TestCall call;
@@ -531,21 +536,22 @@ TEST_F(Dispatch, ARequestDoesNotWaitWithoutEnd)
         made.arguments = host::makeArgs(call.arena);
         CMPIData ms = {};
         ms.type = CMPI_uint32;
-        ms.value.uint32 = 1500;
+        ms.value.uint32 = UINT32_MAX; // until it is woken
         host::setValue(*made.arguments->values, "ms", ms);
         Answer answer(call.arena);
         manager_->dispatcher().execute(call.call(), made, answer);
         EXPECT_TRUE(answer.ok());
     });
-    // Until the other one is inside, this one succeeds.
-    std::string outcome;
-    for (int i = 0; i < 10000 && outcome.empty(); ++i) {
-        const Answer answer = enumerate("Test_SpecialThing");
-        outcome = answer.ok() ? "" : error(answer);
+    while (!isNapping()) {
+        std::this_thread::yield();
     }
+    manager_->dispatcher().setPatience(20ms);
+    EXPECT_EQ(error(enumerate("Test_SpecialThing")),
+              "1 Another request has been keeping the providers busy for too long.");
+    wakeNapper();
     other.join();
-    EXPECT_EQ(outcome, "1 Another request has been keeping the providers busy for too long.");
     EXPECT_TRUE(enumerate("Test_SpecialThing").ok());
+    dlclose(provider);
 }
 
 } // namespace

@@ -51,8 +51,8 @@ class Tls : public testing::Test
         const std::string command = "curl -s -o " + file("answer") +
                                     " -w '%{http_code} %{ssl_verify_result}' -u '" + test::USER + ":" +
                                     test::PASSWORD + "' --data-binary @" + file("body") +
-                                    " -H 'Content-Type: application/xml' " + more +
-                                    " https://localhost:" + std::to_string(port) + "/cimom 2>&1";
+                                    " -H 'Content-Type: application/xml' -H 'CIMOperation: MethodCall' " +
+                                    more + " https://localhost:" + std::to_string(port) + "/cimom 2>&1";
         FILE *pipe = popen(command.c_str(), "r");
         char text[256] = "";
         const std::size_t size = std::fread(text, 1, sizeof text - 1, pipe);
