@@ -16,6 +16,7 @@ for program in curl wsl xmllint uuidgen; do
 done
 # Once the page lets the engine be silent: then the time passes. Everywhere else it is there for slow machines.
 export DESK_MONITOR_RECEIVE_TIMEOUT=15
+DISPLAYCTL=${DISPLAYCTL:-${DESK_BUILD:-$source_dir/build/release}/client/displayctl}
 desk_start
 cd "$source_dir"
 
@@ -45,6 +46,9 @@ awk -v to="$pages" '
 {
     # shellcheck disable=SC2016 # for the other shell
     echo 'sleep() { wbemcli ei "$viewer:ZT_Marovelton_VideoInput" >/dev/null; command sleep "$1"; }'
+    # What displayctl keeps is of this test alone.
+    printf 'displayctl() { XDG_CONFIG_HOME=%q XDG_STATE_HOME=%q %q "$@"; }\n' \
+        "$pages/config" "$pages/state" "$DISPLAYCTL"
     for commands in "$pages"/*.sh; do
         of_this_desk <"$commands" >"$commands.here"
         printf '. %q >%q 2>&1\n' "$commands.here" "${commands%.sh}.printed"
