@@ -8,6 +8,9 @@ set -eu
 here=$(dirname "$0")
 . "$here/check.sh"
 source=$1 engine=$2 library=$3
+for file in "$engine" "$library"; do
+    [ -e "$file" ] || { echo "Skipped: $file is not built."; exit 77; }
+done
 scratch
 export DESK_MONITOR_STORE="$scratch/monitor.db"
 export DESK_MONITOR_QUEUE_KEY=$((0x62000000 + $$ * 16))
