@@ -62,7 +62,7 @@ process_of() { # process_of NAME: the youngest of the group with that program
 echo '== one desk'
 begin_run
 expect 'it has counted what is wrong' 0 "$(grep -c WRONG "$scratch/output" || true)"
-expect 'and what is right' 10 "$(grep -c '^  right: ' "$scratch/output")"
+expect 'and what is right' 15 "$(grep -c '^  right: ' "$scratch/output")"
 admin=$(password_of ADMIN)
 viewer=$(password_of VIEWER)
 expect 'its last lines are the commands to copy' "  . $scratch/desk/env
@@ -71,10 +71,14 @@ expect 'its last lines are the commands to copy' "  . $scratch/desk/env
   displayctl why pip.size=minimum" "$(tail -4 "$scratch/output")"
 expect 'the administrator and the password are told' 1 "$(grep -c "^  admin   $admin   (administrator)\$" "$scratch/output")"
 expect 'the passwords differ' yes "$([ "$admin" != "$viewer" ] && echo yes)"
-for file in env password monitors.yaml accounts; do
+for file in env password monitors.yaml accounts key.pem; do
     expect "$file is for its owner alone" 600 "$(stat -c %a "$scratch/desk/$file")"
 done
 expect 'the accounts answer' 200 "$(answers "$(url)" "$admin")"
+secure=$(sed -n 's|^http://127.0.0.1:[0-9]* and \(https://127.0.0.1:[0-9]*\)   (CIM-XML at /cimom, WS-Management at /wsman, .*|\1|p' "$scratch/output")
+expect 'its first line there has both URLs' "$(url)" "$(sed -n 's|^\(http://127.0.0.1:[0-9]*\) and https:.*|\1|p' "$scratch/output")"
+expect 'they answer over HTTPS, too' 200 "$(answers "$secure" "$admin")"
+expect 'the certificate is the one told' ok "$(curl -s --cacert "$scratch/desk/certificate.pem" -o "$scratch/answer" "$secure/" && echo ok)"
 expect 'a wrong password does not' 401 "$(answers "$(url)" "not-$admin")"
 # Written down first: the search itself has them on its command line.
 cat /proc/[0-9]*/cmdline >"$scratch/commands" 2>/dev/null || true
@@ -99,6 +103,7 @@ ended_told() { grep -q "the host of desk 1 has ended with 137 (its log: $scratch
 eventually 'it tells' ended_told
 answers_again() { [ "$(answers "$(url)" "$admin")" = 200 ]; }
 eventually 'it is started again, on the same port' answers_again
+expect 'and on the same for HTTPS' 200 "$(answers "$secure" "$admin")"
 kill -KILL "$(process_of display-host)"
 told_second() { grep -q 'the host of desk 1 has ended with 137 .* started again in 1 s' "$scratch/output"; }
 eventually 'the second time it waits' told_second
@@ -126,7 +131,9 @@ expect 'Ctrl-C: its last line' "Goodbye: nothing runs any more; settings and acc
 expect 'Ctrl-C: no queue is left' '' "$(awk -v base="${key%% *}" '$1 >= base && $1 < base + 4' /proc/sysvipc/msg)"
 
 echo '== the next start'
+certificate=$(cksum <"$scratch/desk/certificate.pem")
 begin_run
+expect 'the certificate is kept' "$certificate" "$(cksum <"$scratch/desk/certificate.pem")"
 expect 'the passwords are kept' "$admin $viewer" "$(password_of ADMIN) $(password_of VIEWER)"
 end_run TERM
 expect 'TERM: its status' 143 "$ended"
