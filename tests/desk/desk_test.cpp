@@ -135,7 +135,7 @@ void DeskTest::SetUp()
 
 void DeskTest::TearDown()
 {
-    if (engine != -1) {
+    if (engine > 0) {
         stopEngine(SIGKILL);
     }
     for (int queue = 0; queue < 4; ++queue) {
@@ -161,6 +161,11 @@ void DeskTest::startEngine(std::vector<std::string> options)
 
 int DeskTest::stopEngine(int signal)
 {
+    // 0 and -1 would mean this process's group, and every process there is.
+    if (engine <= 0) {
+        ADD_FAILURE() << "no engine runs";
+        return -1;
+    }
     kill(engine, signal);
     const int status = endOf(engine);
     engine = -1;
