@@ -8,7 +8,7 @@ option(DISPLAY_BENCH "Build the benchmarks" OFF)
 option(DISPLAY_SANITIZE "Address and undefined-behaviour sanitizers" OFF)
 option(DISPLAY_SANITIZE_THREADS "Thread sanitizer; not together with the others" OFF)
 option(DISPLAY_COVERAGE "Line and branch coverage" OFF)
-option(DISPLAY_OWN_CMPI_HEADERS "Use include/cmpi even where the system has CMPI headers" OFF)
+option(DISPLAY_OWN_CMPI_HEADERS "Build the library with include/cmpi even where the system has CMPI headers" OFF)
 set(MONITOR_SUPPORT_LIBRARY "" CACHE FILEPATH
     "The monitor's own support library; empty: the desk substitute is built and linked")
 

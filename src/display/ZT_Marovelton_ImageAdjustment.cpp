@@ -276,7 +276,7 @@ bool runSet4KDisplayMode(Call &call)
 {
     // Offered by no engine. The argument is fetched all the same, given or not, and the message clients know
     // is the blank that no setting has replaced.
-    static_cast<void>(CMGetArg(call.in, "DisplayMode4K", nullptr));
+    static_cast<void>(cmpi::getArg(call.in, "DisplayMode4K", nullptr));
     return fail(call, CMPI_RC_ERR_NOT_SUPPORTED, call.errorText);
 }
 

@@ -172,7 +172,7 @@ bool inputSourceCanBeSet(Call &call)
 bool inputsCanBeSwapped(Call &call)
 {
     CMPIStatus counted = {CMPI_RC_OK, nullptr};
-    if (CMGetArgCount(call.in, &counted) != 0 || counted.rc != CMPI_RC_OK) {
+    if (cmpi::getArgCount(call.in, &counted) != 0 || counted.rc != CMPI_RC_OK) {
         return fail(call, CMPI_RC_ERR_INVALID_PARAMETER,
                     "Argument not Required for SwapPrimaryPIPInputs method");
     }

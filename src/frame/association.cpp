@@ -23,7 +23,7 @@ bool sameIgnoringCase(const char *a, const char *b)
 
 const char *classNameOf(const CMPIObjectPath *path)
 {
-    return isNullObject(path) ? nullptr : textOf(CMGetClassName(path, nullptr));
+    return isNullObject(path) ? nullptr : textOf(cmpi::getClassName(path));
 }
 
 /** Whether the class of `path` is `className` or derived from it. A class that the object manager does not
@@ -31,7 +31,7 @@ const char *classNameOf(const CMPIObjectPath *path)
 bool isA(const CMPIBroker *broker, const CMPIObjectPath *path, const char *className)
 {
     CMPIStatus asked = {CMPI_RC_OK, nullptr};
-    return !isNullObject(path) && className && CMClassPathIsA(broker, path, className, &asked) == 1;
+    return !isNullObject(path) && className && cmpi::classPathIsA(broker, path, className, &asked) == 1;
 }
 
 // ---- data from the object manager, none of which can be relied on ----
@@ -62,7 +62,7 @@ CMPIEnumeration *enumerateNames(const CMPIBroker *broker, const CMPIContext *ctx
                                 CMPIStatus *rc)
 {
     *rc = {CMPI_RC_OK, nullptr};
-    CMPIEnumeration *names = CBEnumInstanceNames(broker, ctx, path, rc);
+    CMPIEnumeration *names = cmpi::enumerateInstanceNames(broker, ctx, path, rc);
     if (delivered(names, rc)) {
         return names;
     }
@@ -74,7 +74,7 @@ CMPIEnumeration *enumerateInstances(const CMPIBroker *broker, const CMPIContext 
                                     const CMPIObjectPath *path, CMPIStatus *rc)
 {
     *rc = {CMPI_RC_OK, nullptr};
-    CMPIEnumeration *instances = CBEnumInstances(broker, ctx, path, nullptr, rc);
+    CMPIEnumeration *instances = cmpi::enumerateInstances(broker, ctx, path, rc);
     if (delivered(instances, rc)) {
         return instances;
     }
@@ -95,12 +95,12 @@ bool next(const CMPIBroker *broker, const CMPIEnumeration *enumeration, CMPIType
 {
     CMPIStatus asked = {CMPI_RC_OK, nullptr};
     *element = {nullptr, nullptr};
-    if (!CMHasNext(enumeration, &asked) && asked.rc == CMPI_RC_OK) {
+    if (!cmpi::hasNext(enumeration, &asked) && asked.rc == CMPI_RC_OK) {
         return true;
     }
     if (asked.rc == CMPI_RC_OK) {
         // compat: some object managers mark each element as null and hand out its object all the same.
-        const CMPIData data = CMGetNext(enumeration, &asked);
+        const CMPIData data = cmpi::getNext(enumeration, &asked);
         if (asked.rc != CMPI_RC_OK || data.type != type || (data.state & (CMPI_notFound | CMPI_badValue))) {
             return failed(broker, rc, "CMGetNext( en, rc)");
         }
@@ -120,7 +120,7 @@ CMPIInstance *fetch(const CMPIBroker *broker, const CMPIContext *ctx, const CMPI
                     const char *failed, const char *notFound, CMPIStatus *rc)
 {
     *rc = {CMPI_RC_OK, nullptr};
-    CMPIInstance *instance = CBGetInstance(broker, ctx, path, nullptr, rc);
+    CMPIInstance *instance = cmpi::getInstance(broker, ctx, path, rc);
     if (delivered(instance, rc)) {
         return instance;
     }
@@ -135,11 +135,11 @@ CMPIInstance *fetch(const CMPIBroker *broker, const CMPIContext *ctx, const CMPI
 /** Moves a path into the namespace of another; false, with the object manager's answer in `rc`. */
 bool moveToNameSpace(const CMPIObjectPath *path, const CMPIObjectPath *other, CMPIStatus *rc)
 {
-    const char *nameSpace = textOf(CMGetNameSpace(other, nullptr));
+    const char *nameSpace = textOf(cmpi::getNameSpace(other));
     if (!nameSpace) {
         return true;
     }
-    *rc = CMSetNameSpace(path, nameSpace);
+    *rc = cmpi::setNameSpace(path, nameSpace);
     return rc->rc == CMPI_RC_OK;
 }
 
@@ -150,19 +150,19 @@ bool setReferences(const CMPIInstance *association, const char *refLeft, const C
 {
     CMPIValue value = {};
     value.ref = const_cast<CMPIObjectPath *>(left); // the interface has no const references
-    *rc = CMSetProperty(association, refLeft, &value, CMPI_ref);
+    *rc = cmpi::setProperty(association, refLeft, &value, CMPI_ref);
     if (rc->rc != CMPI_RC_OK) {
         return false;
     }
     value.ref = const_cast<CMPIObjectPath *>(right);
-    *rc = CMSetProperty(association, refRight, &value, CMPI_ref);
+    *rc = cmpi::setProperty(association, refRight, &value, CMPI_ref);
     return rc->rc == CMPI_RC_OK;
 }
 
 /** An empty instance of the association class; null, with `rc` set, on failure. */
 CMPIInstance *newAssociation(const CMPIBroker *broker, const CMPIObjectPath *path, CMPIStatus *rc)
 {
-    CMPIInstance *association = CMNewInstance(broker, path, rc);
+    CMPIInstance *association = cmpi::newInstance(broker, path, rc);
     if (!isNullObject(association)) {
         return association;
     }
@@ -178,14 +178,14 @@ void setUint16(const CMPIInstance *instance, const char *name, int value)
 {
     CMPIValue data = {};
     data.uint16 = static_cast<CMPIUint16>(value);
-    CMSetProperty(instance, name, &data, CMPI_uint16);
+    cmpi::setProperty(instance, name, &data, CMPI_uint16);
 }
 
 void setUint64(const CMPIInstance *instance, const char *name, uint64_t number)
 {
     CMPIValue data = {};
     data.uint64 = number;
-    CMSetProperty(instance, name, &data, CMPI_uint64);
+    cmpi::setProperty(instance, name, &data, CMPI_uint64);
 }
 
 // ---- the far end ----
@@ -221,8 +221,8 @@ CMPIObjectPath *farEndPath(const CMPIBroker *broker, const CMPIObjectPath *ref, 
     if (!target) {
         return nullptr;
     }
-    const char *nameSpace = textOf(CMGetNameSpace(ref, nullptr));
-    CMPIObjectPath *path = CMNewObjectPath(broker, nameSpace ? nameSpace : "", target, rc);
+    const char *nameSpace = textOf(cmpi::getNameSpace(ref));
+    CMPIObjectPath *path = cmpi::newObjectPath(broker, nameSpace ? nameSpace : "", target, rc);
     if (isNullObject(path)) {
         failed(broker, rc, "Create CMPIObjectPath failed.");
     }
@@ -306,7 +306,7 @@ Verdict judge(Progress &walk, const Candidate &candidate, const char *announceme
 /** The path of an instance; null, with the status set, where it cannot be taken. */
 CMPIObjectPath *pathOf(const Progress &walk, const CMPIInstance *instance)
 {
-    CMPIObjectPath *path = CMGetObjectPath(instance, walk.status);
+    CMPIObjectPath *path = cmpi::getObjectPath(instance, walk.status);
     if (!isNullObject(path)) {
         return path;
     }
@@ -321,9 +321,9 @@ bool handOverFarEnd(Progress &walk, const Candidate &candidate)
                                   candidate.instance ? "Returning instance here!!!.."
                                                      : "associatorNames(): Returning instance here!!!..");
     if (verdict == Verdict::handOver && candidate.instance) {
-        CMReturnInstance(walk.result, candidate.instance);
+        cmpi::returnInstance(walk.result, candidate.instance);
     } else if (verdict == Verdict::handOver) {
-        CMReturnObjectPath(walk.result, candidate.path);
+        cmpi::returnObjectPath(walk.result, candidate.path);
     }
     return verdict != Verdict::fail;
 }
@@ -364,14 +364,14 @@ bool handOverAssociation(Progress &walk, const CMPIObjectPath *path, const Candi
         walk.own->set(association, walk.ends, walk.notes);
     }
     if (whole) {
-        CMReturnInstance(walk.result, association);
+        cmpi::returnInstance(walk.result, association);
         return true;
     }
     const CMPIObjectPath *name = pathOf(walk, association);
     if (!name || !moveToNameSpace(name, walk.ref, walk.status)) {
         return false;
     }
-    CMReturnObjectPath(walk.result, name);
+    cmpi::returnObjectPath(walk.result, name);
     return true;
 }
 
@@ -475,7 +475,7 @@ struct EndTexts {
 CMPIObjectPath *endIn(const CMPIObjectPath *path, const char *name)
 {
     CMPIStatus asked = {CMPI_RC_OK, nullptr};
-    const CMPIData key = CMGetKey(path, name, &asked);
+    const CMPIData key = cmpi::getKey(path, name, &asked);
     return pathIn(key, asked);
 }
 
@@ -556,7 +556,7 @@ bool readKeys(const KeyPair &pair, const CMPIBroker *broker, const CMPIObjectPat
     if (target.instance) {
         printf("%s : 1111\n", matching);
         CMPIStatus asked = {CMPI_RC_OK, nullptr};
-        const CMPIData data = CMGetProperty(target.instance, pair.targetKey, &asked);
+        const CMPIData data = cmpi::getProperty(target.instance, pair.targetKey, &asked);
         text = textOf(data, asked);
     } else if (target.path) {
         text = keyText(target.path, pair.targetKey);
@@ -628,7 +628,7 @@ CMPIStatus enumAllEnds(const AssociationClass &association, Request request, con
             all = status;
         }
     }
-    CMReturnDone(request.result);
+    cmpi::returnDone(request.result);
     return all;
 }
 
@@ -655,11 +655,11 @@ CMPIStatus getAssociation(const AssociationClass &association, const CMPIBroker 
                                                  association.refRight, {broker, context, result, &status});
     // An instance can come with a failure: the left end's, where the right one is not named.
     if (instance) {
-        CMReturnInstance(result, instance);
+        cmpi::returnInstance(result, instance);
     } else {
         setStatus(broker, &status, CMPI_RC_ERR_FAILED, "Failed to create Instance.");
     }
-    CMReturnDone(result);
+    cmpi::returnDone(result);
     trace("--- %s CMPI GetInstance() exited\n", association.name);
     return status;
 }
@@ -690,7 +690,7 @@ CMPIStatus followAssociation(const AssociationClass &association, const CMPIBrok
         }
         // A run that had nothing to hand over may have said why; to clients that is an empty success.
     }
-    CMReturnDone(result);
+    cmpi::returnDone(result);
     return {CMPI_RC_OK, nullptr};
 }
 

@@ -14,7 +14,7 @@ InstanceBuilder::InstanceBuilder(const CMPIBroker *theBroker, const char *theCla
     if (!path) {
         return;
     }
-    instance = CMNewInstance(broker, path, status);
+    instance = cmpi::newInstance(broker, path, status);
     static_cast<void>(require(!isNullObject(instance), "Create CMPIInstance failed."));
 }
 
@@ -38,7 +38,7 @@ bool InstanceBuilder::readSystemName(const char *failure, SystemName *name)
 void InstanceBuilder::set(const char *name, const CMPIValue *value, CMPIType type)
 {
     if (instance) {
-        CMSetProperty(instance, name, value, type);
+        cmpi::setProperty(instance, name, value, type);
     }
 }
 
@@ -81,8 +81,7 @@ void InstanceBuilder::dateTime(const char *name, int64_t seconds)
         return;
     }
     CMPIValue data = {};
-    data.dateTime =
-        CMNewDateTimeFromBinary(broker, static_cast<CMPIUint64>(seconds * 1000000), false, nullptr);
+    data.dateTime = cmpi::newDateTime(broker, static_cast<CMPIUint64>(seconds * 1000000));
     // A date that the object manager cannot make stays null, the rest of the instance is right.
     if (data.dateTime) {
         set(name, &data, CMPI_dateTime);
@@ -101,14 +100,14 @@ CMPIArray *InstanceBuilder::newArray(CMPICount size, CMPIType type)
     if (!instance) {
         return nullptr;
     }
-    CMPIArray *array = CMNewArray(broker, size, type, status);
+    CMPIArray *array = cmpi::newArray(broker, size, type, status);
     return require(!isNullObject(array), arrayFailed) ? array : nullptr;
 }
 
 void InstanceBuilder::setElement(CMPIArray *array, CMPICount position, const CMPIValue &value, CMPIType type)
 {
     static_cast<void>(
-        require(CMSetArrayElementAt(array, position, &value, type).rc == CMPI_RC_OK, arrayFailed));
+        require(cmpi::setArrayElementAt(array, position, &value, type).rc == CMPI_RC_OK, arrayFailed));
 }
 
 void InstanceBuilder::uint16Array(const char *name, std::initializer_list<int> values)
@@ -135,7 +134,7 @@ void InstanceBuilder::textArray(const char *name, const char *value)
         return;
     }
     CMPIValue element = {};
-    element.string = CMNewString(broker, value, nullptr);
+    element.string = cmpi::newString(broker, value);
     if (require(element.string != nullptr, arrayFailed)) {
         setElement(data.array, 0, element, CMPI_string);
     }
@@ -153,7 +152,7 @@ void InstanceBuilder::describe(const char *instanceID, const char *description)
 void InstanceBuilder::ownKeys(std::span<const Key> keys, const SystemName &system)
 {
     CMPIStatus read = {CMPI_RC_OK, nullptr};
-    const CMPIData data = instance ? CMGetProperty(instance, keys[0].name, &read) : CMPIData{};
+    const CMPIData data = instance ? cmpi::getProperty(instance, keys[0].name, &read) : CMPIData{};
     if (!instance ||
         (read.rc == CMPI_RC_OK && !(data.state & (CMPI_nullValue | CMPI_notFound | CMPI_badValue)))) {
         return;

@@ -11,8 +11,8 @@ namespace frame
 CMPIObjectPath *newPath(const CMPIBroker *broker, const char *className, const CMPIObjectPath *reference,
                         CMPIStatus *status, std::initializer_list<Key> keys)
 {
-    const char *nameSpace = textOf(CMGetNameSpace(reference, nullptr));
-    CMPIObjectPath *path = nameSpace ? CMNewObjectPath(broker, nameSpace, className, status) : nullptr;
+    const char *nameSpace = textOf(cmpi::getNameSpace(reference));
+    CMPIObjectPath *path = nameSpace ? cmpi::newObjectPath(broker, nameSpace, className, status) : nullptr;
     if (isNullObject(path)) {
         setStatus(broker, status, CMPI_RC_ERR_FAILED, "Create CMPIObjectPath failed.");
         return nullptr;
@@ -24,7 +24,7 @@ CMPIObjectPath *newPath(const CMPIBroker *broker, const char *className, const C
 void addKeys(const CMPIObjectPath *path, std::initializer_list<Key> keys)
 {
     for (const Key &key : keys) {
-        CMAddKey(path, key.name, charsValue(key.value), CMPI_chars);
+        cmpi::addKey(path, key.name, charsValue(key.value), CMPI_chars);
     }
 }
 
@@ -56,13 +56,13 @@ int matchInstanceID(const char *instanceID, const char *format, int count, char 
 const char *keyText(const CMPIObjectPath *path, const char *name)
 {
     CMPIStatus read = {CMPI_RC_OK, nullptr};
-    const CMPIData data = CMGetKey(path, name, &read);
+    const CMPIData data = cmpi::getKey(path, name, &read);
     return textOf(data, read);
 }
 
 bool isOfClass(const CMPIObjectPath *path, const char *className)
 {
-    const char *name = textOf(CMGetClassName(path, nullptr));
+    const char *name = textOf(cmpi::getClassName(path));
     return name && strcasecmp(name, className) == 0;
 }
 

@@ -78,8 +78,8 @@ void returnMethodValue(const CMPIResult *result, uint8_t value, CMPIType type)
     } else {
         data.uint32 = value;
     }
-    CMReturnData(result, &data, type);
-    CMReturnDone(result);
+    cmpi::returnData(result, &data, type);
+    cmpi::returnDone(result);
 }
 
 } // namespace
@@ -150,9 +150,9 @@ void returnPaths(const ProviderClass &provider, const CMPIBroker *broker, const 
             setStatus(broker, status, CMPI_RC_ERR_FAILED, "Couldn't build objectpath");
             return;
         }
-        CMReturnObjectPath(result, path);
+        cmpi::returnObjectPath(result, path);
     }
-    CMReturnDone(result);
+    cmpi::returnDone(result);
 }
 
 /** Builds and returns the instances of the given indices in order. */
@@ -165,9 +165,9 @@ void returnInstances(const ProviderClass &provider, const CMPIBroker *broker, co
             setStatus(broker, status, CMPI_RC_ERR_FAILED, "Couldn't build instance");
             return;
         }
-        CMReturnInstance(result, instance);
+        cmpi::returnInstance(result, instance);
     }
-    CMReturnDone(result);
+    cmpi::returnDone(result);
 }
 
 /** Checks the keys of the instance that is asked for. */

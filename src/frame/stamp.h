@@ -126,16 +126,27 @@
         return frame::invokePlaceholder(_broker, _ClassName, unknownCode, result, reference, methodName);    \
     }
 
-// The factories are all that the library exports.
+// The factory of one kind, with the table of its operations; `kind` is in the name that the provider gives
+// itself. The factories are all that the library exports.
+#define STAMP_FACTORY(Class, Kind, kind, ...)                                                                \
+    CMPI##Kind##MI *Class##_Create_##Kind##MI(const CMPIBroker *broker, const CMPIContext *, CMPIStatus *)   \
+    {                                                                                                        \
+        static constexpr CMPI##Kind##MIFT table =                                                            \
+            cmpi::operationTable<CMPI##Kind##MIFT, __VA_ARGS__>(kind #Class);                                \
+        static CMPI##Kind##MI mi = {nullptr, cmpi::as<decltype(CMPI##Kind##MI::ft)>(&table)};                \
+        _broker = broker;                                                                                    \
+        return &mi;                                                                                          \
+    }
+
 #define STAMP_INSTANCE_FACTORY(Class)                                                                        \
     STAMP_CLEANUP(Class, CMPIInstanceMI, Cleanup)                                                            \
-    _Pragma("GCC visibility push(default)") CMInstanceMIStub(Class, Class, _broker, CMNoHook)                \
-        _Pragma("GCC visibility pop")
+    STAMP_FACTORY(Class, Instance, "instance", Class##Cleanup, Class##EnumInstanceNames,                     \
+                  Class##EnumInstances, Class##GetInstance, Class##CreateInstance, Class##ModifyInstance,    \
+                  Class##DeleteInstance, Class##ExecQuery)
 
 #define STAMP_METHOD_FACTORY(Class)                                                                          \
     STAMP_CLEANUP(Class, CMPIMethodMI, MethodCleanup)                                                        \
-    _Pragma("GCC visibility push(default)") CMMethodMIStub(Class, Class, _broker, CMNoHook)                  \
-        _Pragma("GCC visibility pop")
+    STAMP_FACTORY(Class, Method, "method", Class##MethodCleanup, Class##InvokeMethod)
 
 // A whole instance and method provider over one ProviderClass.
 #define STAMP_INSTANCE_AND_METHOD_PROVIDER(Class, provider)                                                  \
@@ -211,8 +222,8 @@
 
 #define STAMP_ASSOCIATION_FACTORY(Class)                                                                     \
     STAMP_CLEANUP(Class, CMPIAssociationMI, AssociationCleanup)                                              \
-    _Pragma("GCC visibility push(default)") CMAssociationMIStub(Class, Class, _broker, CMNoHook)             \
-        _Pragma("GCC visibility pop")
+    STAMP_FACTORY(Class, Association, "association", Class##AssociationCleanup, Class##Associators,          \
+                  Class##AssociatorNames, Class##References, Class##ReferenceNames)
 
 // A whole instance and association provider over one AssociationClass.
 #define STAMP_INSTANCE_AND_ASSOCIATION_PROVIDER(Class, association)                                          \

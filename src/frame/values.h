@@ -4,9 +4,7 @@
 #define FRAME_VALUES_H
 
 #include "engine/exchange.h"
-#include <cmpi/cmpidt.h>
-#include <cmpi/cmpift.h>
-#include <cmpi/cmpimacs.h>
+#include "frame/cmpi.h"
 
 namespace frame
 {

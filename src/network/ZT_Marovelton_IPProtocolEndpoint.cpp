@@ -281,7 +281,7 @@ CMPIStatus returnAll(const CMPIResult *result, const char *failure, Put put)
         if (node) {
             setStatus(_broker, &status, CMPI_RC_ERR_FAILED, failure);
         } else {
-            CMReturnDone(
+            cmpi::returnDone(
                 result); // not looked at: the object manager has the answer or has given up the request
         }
     }
@@ -302,7 +302,7 @@ CMPIStatus ZT_Marovelton_IPProtocolEndpointEnumInstanceNames(CMPIInstanceMI *, c
                       const CMPIObjectPath *path =
                           _makePath_ZT_Marovelton_IPProtocolEndpoint(reference, record, built);
                       if (path) {
-                          CMReturnObjectPath(result, path);
+                          cmpi::returnObjectPath(result, path);
                       }
                       return path != nullptr;
                   });
@@ -321,7 +321,7 @@ CMPIStatus ZT_Marovelton_IPProtocolEndpointEnumInstances(CMPIInstanceMI *, const
                       const CMPIInstance *instance =
                           _makeInst_ZT_Marovelton_IPProtocolEndpoint(reference, record, built);
                       if (instance) {
-                          CMReturnInstance(result, instance);
+                          cmpi::returnInstance(result, instance);
                       }
                       return instance != nullptr;
                   });
@@ -351,8 +351,8 @@ CMPIStatus ZT_Marovelton_IPProtocolEndpointGetInstance(CMPIInstanceMI *, const C
         setStatus(_broker, &status, CMPI_RC_ERR_FAILED, "Could not create IPProtocolEndpointID instance.");
         return status;
     }
-    CMReturnInstance(result, instance);
-    CMReturnDone(result);
+    cmpi::returnInstance(result, instance);
+    cmpi::returnDone(result);
     trace("--- %s CMPI GetInstance() exited\n", _ClassName);
     return status;
 }

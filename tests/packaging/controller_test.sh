@@ -29,6 +29,9 @@ expect 'without a library: configured' 0 "$status"
 says 'without a library' 'support library: STAND-IN, not for shipping'
 says 'without a library' 'shell helper: STAND-IN, not for shipping'
 says 'without a library' 'CMPI headers: '
+configure -DDISPLAY_OWN_CMPI_HEADERS=ON -DCMPI_INCLUDE_DIR="$scratch/headers"
+expect 'own headers wanted: configured' 0 "$status"
+says 'own headers wanted' "CMPI headers: the project's own"
 grep -q '"libcmpidisplaymanagement-stand-in"' "$scratch/build/CPackConfig.cmake" || failed 'the package does not say what it is'
 
 # ---- what cannot be right ----
@@ -53,6 +56,20 @@ refused 'another machine' "$scratch/foreign.so" "$scratch/foreign.so is for the 
 says 'another machine' 'and what is built here is for '
 printf '\050\000' | dd of="$scratch/foreign.so" bs=1 seek=18 conv=notrunc 2>/dev/null
 refused 'an ARM' "$scratch/foreign.so" "$scratch/foreign.so is for ARM with soft float"
+
+# ---- CMPI headers that are named ----
+mkdir -p "$scratch/headers/cmpi"
+configure -DCMPI_INCLUDE_DIR="$scratch/headers"
+[ "$status" -ne 0 ] || failed 'no headers in the directory: configured'
+says 'no headers' "CMPI_INCLUDE_DIR: there is no file $scratch/headers/cmpi/cmpidt.h"
+cp "$source/include/cmpi/cmpidt.h" "$scratch/headers/cmpi"
+configure -DCMPI_INCLUDE_DIR="$scratch/headers"
+[ "$status" -ne 0 ] || failed 'one header of two: configured'
+says 'one header of two' "CMPI_INCLUDE_DIR: there is no file $scratch/headers/cmpi/cmpift.h"
+(cd "$source/tests/cmpi" && awk -f make_headers.awk -v version=2.1 -v directory="$scratch/headers" layout.tsv constants.tsv)
+configure -DCMPI_INCLUDE_DIR="$scratch/headers"
+expect 'headers are named: configured' 0 "$status"
+says 'headers are named' "CMPI headers: $scratch/headers/cmpi for the library, the project's own for the rest"
 
 # ---- with the real ones ----
 printf 'int runcommand(void);\nint runcommand(void) { return 0; }\nvoid freeresultbuf(void);\nvoid freeresultbuf(void) {}\n' >"$scratch/shell.c"
