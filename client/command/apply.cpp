@@ -3,6 +3,7 @@
 #include "command/profiles.h"
 #include "model/values.h"
 #include "site/directories.h"
+#include "site/pool.h"
 
 #include <CLI/CLI.hpp>
 
@@ -110,9 +111,16 @@ class Apply
         if (const auto failure = session::readFor(session, targets)) {
             return failureReport(*failure);
         }
-        session::Work work(
-            session, site::stateDirectory(),
-            {.command = "apply", .profile = options_.file, .isAllOrNothing = !options_.keepsGoing});
+        std::optional<site::Progress> progress; // of many monitors, it is the caller's
+        session::Work work(session, site::stateDirectory(),
+                           {.command = "apply",
+                            .profile = options_.file,
+                            .isAllOrNothing = !options_.keepsGoing,
+                            .onStep = [&progress](std::size_t done) {
+                                if (progress) {
+                                    progress->show(done);
+                                }
+                            }});
         const std::vector<Step> steps = work.plan(targets);
         if (options_.isDryRun) {
             return dryRun(steps, session.state());
@@ -130,6 +138,9 @@ class Apply
             if (failure) {
                 return failureReport(*failure);
             }
+        }
+        if (!call_.isMany()) {
+            progress.emplace(steps.size(), call_.options.quiet);
         }
         session::WorkReport result = work.carryOut(targets, steps);
         if (steps.empty() && !leftOver.empty()) {

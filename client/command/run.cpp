@@ -9,6 +9,7 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <iostream>
 #include <memory>
 
 namespace displayctl::command
@@ -161,6 +162,7 @@ int run(Call &call, const RunAction &action)
         const std::string which = call.isMany() ? std::to_string(call.monitors().size()) + " monitors"
                                                 : call.monitors().front().name;
         if (!call.confirm(std::string(action.row->description) + " Do it on " + which + "?")) {
+            std::cerr << "displayctl: nothing was changed\n";
             return session::exitCodeOf(Outcome::refused);
         }
     }

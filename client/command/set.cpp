@@ -8,6 +8,7 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <iostream>
 #include <memory>
 
 namespace displayctl::command
@@ -84,6 +85,7 @@ void addSet(CLI::App &program, Action &action)
             }
             // One monitor is asked about when it is known that something would change.
             if (asks && call.isMany() && !call.confirm(question)) {
+                std::cerr << "displayctl: nothing was changed\n";
                 return exitCodeOf(Outcome::refused);
             }
             return call.forEachMonitor(

@@ -63,6 +63,34 @@ std::string describe(const Setting &setting, const Value &value)
     return value.is_null() ? "not known" : value == "" ? "empty" : model::textOf(setting, value, {});
 }
 
+// Takes what came of a step into the report. What is returned is why nothing more may be sent; empty: go on.
+std::string takeIn(StepResult &result, const Step &step, const std::vector<Target> &targets,
+                   WorkReport &report)
+{
+    std::string givenUp;
+    for (Change &change : result.changes) {
+        report.outcome = worse(report.outcome, change.outcome);
+        if (!change.isGood() && (step.isTemporary || isSerious(change.outcome))) {
+            givenUp = "not sent: " + change.setting->name + ": " + change.message;
+            report.message = change.message;
+        }
+        const auto asked = std::ranges::find(report.changes, change.setting, &Change::setting);
+        if (asked != report.changes.end() && (!step.isTemporary || change.isGood())) {
+            change.before = asked->before;
+            change.wanted = asked->wanted;
+            if (change.result == Result::set && change.setting->isReadable() &&
+                model::sameValue(change.before, change.after)) {
+                change.result = Result::unchanged; // an earlier step had changed it
+            }
+            *asked = change;
+        }
+    }
+    std::ranges::copy_if(result.beside, std::back_inserter(report.beside), [&](const Beside &each) {
+        return std::ranges::find(targets, each.setting, &Target::setting) == targets.end();
+    });
+    return givenUp;
+}
+
 } // namespace
 
 std::optional<wbem::Answer> readFor(Session &session, const std::vector<Target> &targets)
@@ -200,6 +228,9 @@ WorkReport Work::carryOut(const std::vector<Target> &targets, const std::vector<
     std::string givenUp; // why nothing more is sent
     for (std::size_t i = 0; i < steps.size(); ++i) {
         const Step &step = steps[i];
+        if (options_.onStep) {
+            options_.onStep(i);
+        }
         const bool isOver = std::ranges::none_of(
             step.changes, [&](const Target &target) { return model::isNeeded(session_.state(), target); });
         if (isOver) {
@@ -214,26 +245,9 @@ WorkReport Work::carryOut(const std::vector<Target> &targets, const std::vector<
         } else {
             result = carryOut(step, i);
         }
-        for (Change &change : result.changes) {
-            report.outcome = worse(report.outcome, change.outcome);
-            if (!change.isGood() && (step.isTemporary || isSerious(change.outcome))) {
-                givenUp = "not sent: " + change.setting->name + ": " + change.message;
-                report.message = change.message;
-            }
-            const auto asked = std::ranges::find(report.changes, change.setting, &Change::setting);
-            if (asked != report.changes.end() && (!step.isTemporary || change.isGood())) {
-                change.before = asked->before;
-                change.wanted = asked->wanted;
-                if (change.result == Result::set && change.setting->isReadable() &&
-                    model::sameValue(change.before, change.after)) {
-                    change.result = Result::unchanged; // an earlier step had changed it
-                }
-                *asked = change;
-            }
+        if (std::string reason = takeIn(result, step, targets, report); !reason.empty()) {
+            givenUp = std::move(reason);
         }
-        std::ranges::copy_if(result.beside, std::back_inserter(report.beside), [&](const Beside &each) {
-            return std::ranges::find(targets, each.setting, &Target::setting) == targets.end();
-        });
         if (!result.isGood() && options_.isAllOrNothing) {
             takeBack(report);
             break;

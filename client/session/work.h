@@ -9,6 +9,7 @@
 #include "session/change.h"
 
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,7 @@ struct WorkOptions {
     std::string profile = {};    ///< the file that is applied
     bool isAllOrNothing = false; ///< take back what was done when a step fails
     bool isDirect = false;       ///< exactly what is asked for: no temporary steps, nothing is put in order
+    std::function<void(std::size_t)> onStep = {}; ///< told before each step, and at it how many are done
 };
 
 /** What came of it. */

@@ -66,6 +66,28 @@ ctl undo
 expect 'something else has changed it since' "1: displayctl: something else has changed it since: osd.timeout was set to 25 and is 7 now (--yes takes it back all the same)" "$result: $errors"
 expect_ctl 'all the same' 0 'osd.timeout  restored: 15' --yes undo
 
+# ---- on a terminal ----
+
+cat >"$scratch/long.yaml" <<'PROFILE'
+displayctl: 1
+settings:
+  osd: { timeout: 9, rotation: 1, show-on-preset: off, show-on-input: off, show-on-power: off }
+  buttons: { color: 1, mode: 1, fade: off }
+PROFILE
+ctl export -o "$scratch/before.yaml"
+monitor fault slow on 0.3
+ctl_environment admin
+shown=$(script -qec "$(printf '%q ' "$DISPLAYCTL" -m "$(url admin)" --yes apply "$scratch/long.yaml")" /dev/null </dev/null)
+monitor fault clear
+expect 'long work shows how far it is' yes "$(tr '\r' '\n' <<<"$shown" | grep -q '^\[#*\.*\] 7/8$' && echo yes)"
+expect_ctl 'and is done' 0 unchanged diff "$scratch/long.yaml"
+ctl --yes apply "$scratch/before.yaml"
+expect 'nothing of it without a terminal' '0: ' "$result: $errors"
+rm "$scratch/long.yaml" "$scratch/before.yaml"
+declined=$(script -qec "$(printf '%q ' "$DISPLAYCTL" -m "$(url admin)" run power-off)" /dev/null <<<n) || true
+expect 'what is not agreed to is not done' 'displayctl: nothing was changed' "$(tr -d '\r' <<<"$declined" | grep -o 'displayctl: .*')"
+expect_ctl 'the monitor is on' 0 on get monitor.power
+
 # ---- all or nothing ----
 
 cat >"$scratch/refused.yaml" <<'PROFILE'
