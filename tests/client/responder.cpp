@@ -256,6 +256,8 @@ class Responder::Loop
             closes = !answer(descriptor, request);
         }
         if (closes) {
+            // Closing would not end the watch while a child that is being started still has the connection.
+            epoll_ctl(poll_, EPOLL_CTL_DEL, descriptor, nullptr);
             close(descriptor);
             sockets_.erase(descriptor);
         }
