@@ -175,7 +175,9 @@ int serve(const Options &options)
         manager->dispatcher().setAudit(&audit);
     }
     host::CimXmlFrontEnd cimXml(manager->dispatcher());
-    host::WsmanFrontEnd wsman(manager->dispatcher());
+    host::WsmanOptions wsmanOptions;
+    wsmanOptions.version = DISPLAY_VERSION;
+    host::WsmanFrontEnd wsman(manager->dispatcher(), wsmanOptions);
     host::HttpServer server(accounts, {&cimXml, &wsman}, options.limits);
     server.setTask([&output] {
         output.rotate();

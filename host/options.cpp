@@ -28,9 +28,10 @@ void addProviderOptions(CLI::App &app, Options &options)
                    "Seconds that a request waits for those before it to leave the providers")
         ->capture_default_str()
         ->check(CLI::Range(1u, DAY));
-    app.add_option("--provider-calls", options.providerCalls,
-                   "Requests with the providers at a time; more than 1 only where the support library pairs each "
-                   "reply with its caller")
+    app.add_option(
+           "--provider-calls", options.providerCalls,
+           "Requests with the providers at a time; more than 1 only where the support library pairs each "
+           "reply with its caller")
         ->capture_default_str()
         ->check(CLI::Range(1, 64));
     app.add_option("--provider-output", options.providerOutput,

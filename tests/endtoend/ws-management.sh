@@ -49,6 +49,13 @@ keys() {
     done
 }
 
+curl --silent --user "viewer:$(<"$directory/password.viewer")" --header 'Content-Type: application/soap+xml;charset=UTF-8' \
+    --data '<s:Envelope xmlns:s="http://www.w3.org/2003/05/soap-envelope"><s:Header/><s:Body>
+        <i:Identify xmlns:i="http://schemas.dmtf.org/wbem/wsman/identity/1/wsmanidentity.xsd"/></s:Body></s:Envelope>' \
+    "http://127.0.0.1:$port/wsman" >"$response"
+expect 'Identify: the product' display-host "$(value "$(named ProductVendor)")"
+expect 'Identify: its version' 1.0.0 "$(value "$(named ProductVersion)")"
+
 interfaces=$(tail -n +3 /proc/net/dev | wc -l)
 
 # class NAME COUNT KIND: KIND is the number of its keys that are texts.
