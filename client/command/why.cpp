@@ -84,8 +84,9 @@ std::string label(std::string_view name)
     return text.append(21 - text.size(), ' ');
 }
 
-Report tell(const Question &question, const Finding &finding, const std::string &monitor,
-            const std::string &selector)
+// what: the setting by its whole name, or the action as it was asked.
+Report tell(const Question &question, const std::string &what, const Finding &finding,
+            const std::string &monitor, const std::string &selector)
 {
     Report report;
     report.document = {{"accepted", finding.accepted ? Json(*finding.accepted) : Json()}};
@@ -100,7 +101,7 @@ Report tell(const Question &question, const Finding &finding, const std::string 
     report.documentMessage = !isRefused             ? "it cannot be known beforehand: " + finding.rule
                              : finding.text.empty() ? "the monitor gives no reason"
                                                     : finding.text;
-    report.text = (isRefused ? "refused: " : "not known: ") + question.text + " (" + monitor + ")\n";
+    report.text = (isRefused ? "refused: " : "not known: ") + what + " (" + monitor + ")\n";
     if (isRefused) {
         const bool isBlank = finding.text.empty();
         report.text +=
@@ -135,18 +136,20 @@ Report why(Call &call, const site::Monitor &monitor, const Question &question)
         return failureReport(*failure);
     }
     Finding finding;
+    std::string what = question.text;
     if (question.isAction()) {
         const int active = session.state().activePreset();
         finding = judge(session.state(), subject,
                         question.action.preset == 0 ? active : question.action.preset, nullptr);
     } else {
         const model::Target target = targetsOf(question.assignment, session.state()).front();
+        what = target.setting->name;
         finding = judge(session.state(), subject, target.setting->number, target.value);
         if (target.setting->has(model::administrator)) {
             judgeRights(session, finding);
         }
     }
-    return tell(question, finding, monitor.name, selectorOf(monitor, call.configuration()));
+    return tell(question, what, finding, monitor.name, selectorOf(monitor, call.configuration()));
 }
 
 Question parseQuestion(const std::vector<std::string> &words, const site::CodeNames &names)
