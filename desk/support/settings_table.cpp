@@ -76,11 +76,23 @@ static_assert(namesAreUnique(), "two settings have the same name");
 
 int findSetting(std::string_view name)
 {
+    return SettingFinder().find(name);
+}
+
+int SettingFinder::find(std::string_view name)
+{
+    if (next_ < settingCount && settingRows[byName[next_]].name == name) {
+        return byName[next_++];
+    }
     const auto place = std::lower_bound(byName.begin(), byName.end(), name,
                                         [](std::uint16_t candidate, std::string_view wanted) {
                                             return settingRows[candidate].name < wanted;
                                         });
-    return place != byName.end() && settingRows[*place].name == name ? *place : -1;
+    if (place == byName.end() || settingRows[*place].name != name) {
+        return -1;
+    }
+    next_ = static_cast<std::size_t>(place - byName.begin()) + 1;
+    return *place;
 }
 
 const SettingRow *findRegister(int registerId, int group)

@@ -271,6 +271,18 @@ constexpr Key presetKey(int preset, Field field)
 /** The place of the setting, -1 when there is none of that name. */
 int findSetting(std::string_view name);
 
+/** Finds settings one after another: with a single comparison each when they are asked for in the order of
+ * their names. */
+class SettingFinder
+{
+  public:
+    /** As findSetting. */
+    int find(std::string_view name);
+
+  private:
+    std::size_t next_ = 0; // among the names in their order
+};
+
 /** The row of a register in a group, null when there is none. */
 const SettingRow *findRegister(int registerId, int group);
 

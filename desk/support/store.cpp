@@ -45,19 +45,6 @@ struct Reset {
     }
 };
 
-/** Rolls back unless it was told that the transaction is committed. */
-struct Transaction {
-    sqlite3 *database;
-    bool open = true;
-
-    ~Transaction()
-    {
-        if (open) {
-            sqlite3_exec(database, "ROLLBACK", nullptr, nullptr, nullptr);
-        }
-    }
-};
-
 /** As they are shown: "root (administrator), operator". */
 std::string factoryUsers()
 {
@@ -70,6 +57,35 @@ std::string factoryUsers()
 }
 
 } // namespace
+
+/** A transaction, rolled back unless it is committed. */
+class Store::Transaction
+{
+  public:
+    Transaction(Store &store, const Statement &begin) : store_(store)
+    {
+        store_.run(begin, "cannot be used");
+    }
+    ~Transaction()
+    {
+        if (open_) {
+            const Reset reset{store_.rollback_.get()};
+            sqlite3_step(store_.rollback_.get());
+        }
+    }
+    Transaction(const Transaction &) = delete;
+    Transaction &operator=(const Transaction &) = delete;
+
+    void commit()
+    {
+        store_.run(store_.commit_, "cannot be used");
+        open_ = false;
+    }
+
+  private:
+    Store &store_;
+    bool open_ = true;
+};
 
 void Store::Close::operator()(sqlite3 *database) const
 {
@@ -91,9 +107,13 @@ Store::Store(const std::string &path) : path_(path)
         fail("cannot be opened");
     }
     sqlite3_busy_timeout(opened, busyMilliseconds);
+    beginRead_ = prepare("BEGIN");
+    beginWrite_ = prepare("BEGIN IMMEDIATE");
+    commit_ = prepare("COMMIT");
+    rollback_ = prepare("ROLLBACK");
     create();
     dataVersionQuery_ = prepare("PRAGMA data_version");
-    settingRows_ = prepare("SELECT name, value FROM setting");
+    settingRows_ = prepare("SELECT name, value FROM setting ORDER BY name");
     faultRows_ = prepare("SELECT name, argument FROM fault");
     userRows_ = prepare("SELECT name, administrator FROM user");
     writeSetting_ = prepare("INSERT OR REPLACE INTO setting(name, value) VALUES(?1, ?2)");
@@ -138,12 +158,12 @@ void Store::execute(const char *sql)
     }
 }
 
-void Store::run(const Statement &statement)
+void Store::run(const Statement &statement, const char *failure)
 {
     const int result = sqlite3_step(statement.get());
     sqlite3_reset(statement.get());
     if (result != SQLITE_DONE) {
-        fail("cannot be written");
+        fail(failure);
     }
 }
 
@@ -175,8 +195,7 @@ void Store::create()
     if (schemaVersion() == currentSchema) {
         return;
     }
-    execute("BEGIN IMMEDIATE");
-    Transaction transaction{database_.get()};
+    Transaction transaction(*this, beginWrite_);
     const int found = schemaVersion();
     if (found > currentSchema) {
         throw StoreError("settings store " + path_ + " was made by a newer desk monitor");
@@ -184,8 +203,7 @@ void Store::create()
     if (found < currentSchema) {
         fill();
     }
-    execute("COMMIT");
-    transaction.open = false;
+    transaction.commit();
     isNew_ = found == 0;
 }
 
@@ -235,32 +253,32 @@ void Store::loadIfChanged()
     // The version is taken before the load: what is committed between the two is loaded now, and once more
     // later.
     const long long current = dataVersion();
-    if (loaded_ && current == loadedVersion_) {
+    if (contents_ != nullptr && current == loadedVersion_) {
         return;
     }
-    loaded_ = false;
+    contents_.reset();
     contents_ = load();
     loadedVersion_ = current;
-    loaded_ = true;
     ++version_;
 }
 
 const Contents &Store::read()
 {
     const long long current = dataVersion();
-    if (!loaded_ || current != loadedVersion_) {
-        execute("BEGIN"); // the three tables as they were at one moment
-        Transaction transaction{database_.get()};
+    if (contents_ == nullptr || current != loadedVersion_) {
+        const Transaction transaction(*this, beginRead_); // the three tables as they were at one moment
         loadIfChanged();
     }
-    return contents_;
+    return *contents_;
 }
 
-Contents Store::load()
+std::unique_ptr<Contents> Store::load()
 {
-    Contents loading;
+    auto loaded = std::make_unique<Contents>();
+    Contents &loading = *loaded;
+    SettingFinder settings;
     forEachRow(settingRows_, [&](sqlite3_stmt *row) {
-        const int place = findSetting(columnText(row, 0));
+        const int place = settings.find(columnText(row, 0));
         const std::string_view value = columnText(row, 1);
         if (place < 0) {
             return;
@@ -277,21 +295,19 @@ Contents Store::load()
     forEachRow(userRows_, [&](sqlite3_stmt *row) {
         loading.users[std::string(columnText(row, 0))] = sqlite3_column_int(row, 1) != 0;
     });
-    return loading;
+    return loaded;
 }
 
 void Store::change(const std::function<bool(Contents &)> &edit)
 {
-    execute("BEGIN IMMEDIATE");
-    Transaction transaction{database_.get()};
+    Transaction transaction(*this, beginWrite_);
     loadIfChanged();
-    Contents after = contents_;
-    if (!edit(after) || after == contents_) {
+    auto after = std::make_unique<Contents>(*contents_);
+    if (!edit(*after) || *after == *contents_) {
         return;
     }
-    write(contents_, after);
-    execute("COMMIT");
-    transaction.open = false;
+    write(*contents_, *after);
+    transaction.commit();
     contents_ = std::move(after); // still of that version: its own commits do not count for a connection
     ++version_;
 }

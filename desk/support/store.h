@@ -85,7 +85,8 @@ class Store
 
     Statement prepare(const char *sql);
     void execute(const char *sql);
-    void run(const Statement &statement);
+    class Transaction;
+    void run(const Statement &statement, const char *failure = "cannot be written");
     template <class Take>
     void forEachRow(const Statement &query, Take take);
     [[noreturn]] void fail(const std::string &what) const;
@@ -95,7 +96,7 @@ class Store
     void write(const Contents &before, const Contents &after);
     long long dataVersion();
     void loadIfChanged();
-    Contents load();
+    std::unique_ptr<Contents> load();
 
     std::string path_;
     dev_t device_ = 0;
@@ -103,10 +104,10 @@ class Store
     bool isNew_ = false;
     Database database_;
     Statement dataVersionQuery_, settingRows_, faultRows_, userRows_, writeSetting_;
-    bool loaded_ = false;
+    Statement beginRead_, beginWrite_, commit_, rollback_;
     long long loadedVersion_ = 0;
     std::uint64_t version_ = 0;
-    Contents contents_;
+    std::unique_ptr<const Contents> contents_; // none: to be loaded
 };
 
 /** The store at the path: the one that is open, or opened, when there is none, it is of another path, or its
