@@ -24,11 +24,11 @@ const Path colorSpace("ZT_Marovelton_ColorSpace", {{"InstanceID", "ZT:Marovelton
 /** Sets another luminance each time, so that there is something to do, and reads it back. */
 bool setDisplayLuminance()
 {
-    constexpr int LOWEST = 48;
-    constexpr int VALUES = 203; // to 250
+    constexpr int lowest = 48;
+    constexpr int values = 203; // to 250
     static CMPIMethodMI *mi = ZT_Marovelton_ColorSpace_Create_MethodMI(&broker, &context, nullptr);
     static int calls = 0;
-    const int luminance = LOWEST + calls++ % VALUES;
+    const int luminance = lowest + calls++ % values;
     char text[16];
     std::snprintf(text, sizeof text, "%d", luminance);
     const Argument argument(text);
@@ -40,7 +40,7 @@ bool setDisplayLuminance()
            GetColorSpaceInfoById(&info, 0) == SUCCESS && info.DisplayLuminance == luminance;
 }
 
-constexpr bench::Case CASES[] = {
+constexpr bench::Case cases[] = {
     {"engine/set_display_luminance", setDisplayLuminance},
 };
 
@@ -48,5 +48,5 @@ constexpr bench::Case CASES[] = {
 
 int main(int argc, char **argv)
 {
-    return bench::run(argc, argv, CASES);
+    return bench::run(argc, argv, cases);
 }

@@ -76,19 +76,19 @@ class Connection
     /** False when the answer is none that can be used. */
     bool readHeader(std::string_view received, std::size_t &bodyStart, std::size_t &bodySize) const
     {
-        constexpr std::string_view END = "\r\n\r\n";
-        constexpr std::string_view LENGTH = "\r\nContent-Length: ";
-        const std::size_t end = received.find(END);
+        constexpr std::string_view headerEnd = "\r\n\r\n";
+        constexpr std::string_view lengthField = "\r\nContent-Length: ";
+        const std::size_t end = received.find(headerEnd);
         if (end == std::string_view::npos) {
             return true;
         }
         const std::string_view header = received.substr(0, end);
-        const std::size_t length = header.find(LENGTH);
+        const std::size_t length = header.find(lengthField);
         if (!header.starts_with("HTTP/1.1 200 ") || length == std::string_view::npos) {
             return false;
         }
-        bodySize = std::strtoul(header.data() + length + LENGTH.size(), nullptr, 10);
-        bodyStart = end + END.size();
+        bodySize = std::strtoul(header.data() + length + lengthField.size(), nullptr, 10);
+        bodyStart = end + headerEnd.size();
         return bodyStart + bodySize <= answer_.size();
     }
 
@@ -113,12 +113,12 @@ std::string message(std::string_view call)
            std::string(call) + "</SIMPLEREQ></MESSAGE></CIM>";
 }
 
-constexpr const char *NAME_SPACE =
+constexpr const char *nameSpace =
     "<LOCALNAMESPACEPATH><NAMESPACE NAME=\"root\"/><NAMESPACE NAME=\"cimv2\"/></LOCALNAMESPACEPATH>";
 
 std::string intrinsic(const std::string &name, const std::string &parameter, const std::string &value)
 {
-    return message("<IMETHODCALL NAME=\"" + name + "\">" + NAME_SPACE + "<IPARAMVALUE NAME=\"" + parameter +
+    return message("<IMETHODCALL NAME=\"" + name + "\">" + nameSpace + "<IPARAMVALUE NAME=\"" + parameter +
                    "\">" + value + "</IPARAMVALUE></IMETHODCALL>");
 }
 
@@ -146,7 +146,7 @@ std::string monitor()
 /** Sets the luminance of the first colour space, which is the active one of a new monitor. */
 std::string setLuminance(int value)
 {
-    return message("<METHODCALL NAME=\"SetDisplayLuminance\"><LOCALINSTANCEPATH>" + std::string(NAME_SPACE) +
+    return message("<METHODCALL NAME=\"SetDisplayLuminance\"><LOCALINSTANCEPATH>" + std::string(nameSpace) +
                    colorSpace(1) + "</LOCALINSTANCEPATH><PARAMVALUE NAME=\"Luminance\"><VALUE>" +
                    std::to_string(value) + "</VALUE></PARAMVALUE></METHODCALL>");
 }
@@ -239,19 +239,19 @@ bool getColorSpace()
 /** Sets another luminance each time, so that there is something to do, and now and then reads it back. */
 bool setDisplayLuminance()
 {
-    constexpr int LOWEST = 48;
-    constexpr int VALUES = 203; // to 250
+    constexpr int lowest = 48;
+    constexpr int values = 203; // to 250
     static const std::string get = httpRequest(intrinsic("GetInstance", "InstanceName", colorSpace(1)));
     static const std::vector<std::string> requests = [] {
         std::vector<std::string> all;
-        all.reserve(VALUES);
-        for (int i = 0; i < VALUES; ++i) {
-            all.push_back(httpRequest(setLuminance(LOWEST + i)));
+        all.reserve(values);
+        for (int i = 0; i < values; ++i) {
+            all.push_back(httpRequest(setLuminance(lowest + i)));
         }
         return all;
     }();
     static std::size_t calls = 0;
-    const std::size_t value = calls++ % VALUES;
+    const std::size_t value = calls++ % values;
     if (!has(host().exchange(requests[value]), "<RETURNVALUE PARAMTYPE=\"uint32\">\n<VALUE>0</VALUE>")) {
         return false;
     }
@@ -259,10 +259,10 @@ bool setDisplayLuminance()
         return true;
     }
     return has(host().exchange(get), "<PROPERTY NAME=\"DisplayLuminance\" TYPE=\"uint16\">\n<VALUE>" +
-                                         std::to_string(LOWEST + value) + "</VALUE>");
+                                         std::to_string(lowest + value) + "</VALUE>");
 }
 
-constexpr bench::Case CASES[] = {
+constexpr bench::Case cases[] = {
     {"http/fixed_30_kB", fixedAnswer},
     {"http/enumerate_color_spaces", enumerateColorSpaces},
     {"http/get_monitor", getMonitor},
@@ -274,5 +274,5 @@ constexpr bench::Case CASES[] = {
 
 int main(int argc, char **argv)
 {
-    return bench::run(argc, argv, CASES);
+    return bench::run(argc, argv, cases);
 }

@@ -98,7 +98,7 @@ bool walkSystemDevice()
     return status.rc == CMPI_RC_OK && result.instances == 1 && result.done == 1;
 }
 
-constexpr bench::Case CASES[] = {
+constexpr bench::Case cases[] = {
     {"library/enumerate_color_spaces", enumerateColorSpaces},
     {"library/name_color_spaces", nameColorSpaces},
     {"library/get_color_space", getColorSpace},
@@ -112,5 +112,5 @@ constexpr bench::Case CASES[] = {
 
 int main(int argc, char **argv)
 {
-    return bench::run(argc, argv, CASES);
+    return bench::run(argc, argv, cases);
 }

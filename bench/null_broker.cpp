@@ -8,7 +8,7 @@ namespace bench
 namespace
 {
 
-constexpr CMPIStatus OK = {CMPI_RC_OK, nullptr};
+constexpr CMPIStatus done = {CMPI_RC_OK, nullptr};
 
 /** The handle of an object as what it stands for. */
 template <typename T, typename Object>
@@ -24,7 +24,7 @@ const char *charactersOf(const CMPIString *string, CMPIStatus *)
     return behind<const char>(string);
 }
 
-const CMPIStringFT STRINGS = [] {
+const CMPIStringFT stringTable = [] {
     CMPIStringFT table = {};
     table.getCharPtr = charactersOf;
     return table;
@@ -34,7 +34,7 @@ CMPIString stringOf(const char *text)
 {
     CMPIString string = {};
     string.hdl = const_cast<char *>(text);
-    string.ft = &STRINGS;
+    string.ft = &stringTable;
     return string;
 }
 
@@ -54,12 +54,12 @@ CMPIString *classNameOf(const CMPIObjectPath *path, CMPIStatus *)
 
 CMPIStatus acceptText(const CMPIObjectPath *, const char *)
 {
-    return OK;
+    return done;
 }
 
 CMPIStatus acceptKey(const CMPIObjectPath *, const char *, const CMPIValue *, CMPIType)
 {
-    return OK;
+    return done;
 }
 
 CMPIData keyOf(const CMPIObjectPath *path, const char *name, CMPIStatus *status)
@@ -81,7 +81,7 @@ CMPIData keyOf(const CMPIObjectPath *path, const char *name, CMPIStatus *status)
     return data;
 }
 
-const CMPIObjectPathFT PATHS = [] {
+const CMPIObjectPathFT pathTable = [] {
     CMPIObjectPathFT table = {};
     table.setNameSpace = acceptText;
     table.getNameSpace = nameSpaceOf;
@@ -98,7 +98,7 @@ const Path made("ZT_Marovelton_Made", {});
 
 CMPIStatus acceptProperty(const CMPIInstance *, const char *, const CMPIValue *, CMPIType)
 {
-    return OK;
+    return done;
 }
 
 CMPIObjectPath *madePath(const CMPIInstance *, CMPIStatus *)
@@ -109,13 +109,13 @@ CMPIObjectPath *madePath(const CMPIInstance *, CMPIStatus *)
 /** The keys of the path are properties, as with most object managers. */
 CMPIData anyProperty(const CMPIInstance *, const char *, CMPIStatus *status)
 {
-    *status = OK;
+    *status = done;
     CMPIData data = {};
     data.type = CMPI_string;
     return data;
 }
 
-const CMPIInstanceFT INSTANCES = [] {
+const CMPIInstanceFT instanceTable = [] {
     CMPIInstanceFT table = {};
     table.setProperty = acceptProperty;
     table.getProperty = anyProperty;
@@ -127,7 +127,7 @@ const CMPIInstanceFT INSTANCES = [] {
 CMPIInstance instance = [] {
     CMPIInstance fixed = {};
     fixed.hdl = &instance;
-    fixed.ft = &INSTANCES;
+    fixed.ft = &instanceTable;
     return fixed;
 }();
 
@@ -141,7 +141,7 @@ CMPIData argumentOf(const CMPIArgs *args, const char *, CMPIStatus *)
     return data;
 }
 
-const CMPIArgsFT ARGUMENTS = [] {
+const CMPIArgsFT argumentTable = [] {
     CMPIArgsFT table = {};
     table.getArg = argumentOf;
     return table;
@@ -154,28 +154,28 @@ CMPIStatus takeData(const CMPIResult *result, const CMPIValue *value, CMPIType t
     Result &self = *behind<Result>(result);
     self.data = *value;
     self.dataType = type;
-    return OK;
+    return done;
 }
 
 CMPIStatus takeInstance(const CMPIResult *result, const CMPIInstance *)
 {
     ++behind<Result>(result)->instances;
-    return OK;
+    return done;
 }
 
 CMPIStatus takePath(const CMPIResult *result, const CMPIObjectPath *)
 {
     ++behind<Result>(result)->paths;
-    return OK;
+    return done;
 }
 
 CMPIStatus takeEnd(const CMPIResult *result)
 {
     ++behind<Result>(result)->done;
-    return OK;
+    return done;
 }
 
-const CMPIResultFT RESULTS = [] {
+const CMPIResultFT resultTable = [] {
     CMPIResultFT table = {};
     table.returnData = takeData;
     table.returnInstance = takeInstance;
@@ -202,7 +202,7 @@ CMPIData nextInstance(const CMPIEnumeration *, CMPIStatus *)
     return data;
 }
 
-const CMPIEnumerationFT ENUMERATIONS = [] {
+const CMPIEnumerationFT enumerationTable = [] {
     CMPIEnumerationFT table = {};
     table.hasNext = hasNext;
     table.getNext = nextInstance;
@@ -212,7 +212,7 @@ const CMPIEnumerationFT ENUMERATIONS = [] {
 CMPIEnumeration enumeration = [] {
     CMPIEnumeration fixed = {};
     fixed.hdl = &enumeration;
-    fixed.ft = &ENUMERATIONS;
+    fixed.ft = &enumerationTable;
     return fixed;
 }();
 
@@ -256,7 +256,7 @@ CMPIDateTime *newDateTime(const CMPIBroker *, CMPIUint64, CMPIBoolean, CMPIStatu
 
 CMPIStatus acceptElement(const CMPIArray *, CMPICount, const CMPIValue *, CMPIType)
 {
-    return OK;
+    return done;
 }
 
 CMPIArray *newArray(const CMPIBroker *, CMPICount, CMPIType, CMPIStatus *)
@@ -280,7 +280,7 @@ CMPIBoolean classPathIsA(const CMPIBroker *, const CMPIObjectPath *, const char 
     return 0;
 }
 
-const CMPIBrokerFT BROKER = [] {
+const CMPIBrokerFT brokerTable = [] {
     CMPIBrokerFT table = {};
     table.brokerVersion = CMPIVersion200;
     table.getInstance = getInstance;
@@ -288,7 +288,7 @@ const CMPIBrokerFT BROKER = [] {
     return table;
 }();
 
-const CMPIBrokerEncFT FACTORIES = [] {
+const CMPIBrokerEncFT factoryTable = [] {
     CMPIBrokerEncFT table = {};
     table.newInstance = newInstance;
     table.newObjectPath = newPath;
@@ -303,8 +303,8 @@ const CMPIBrokerEncFT FACTORIES = [] {
 
 const CMPIBroker broker = [] {
     CMPIBroker fixed = {};
-    fixed.bft = &BROKER;
-    fixed.eft = &FACTORIES;
+    fixed.bft = &brokerTable;
+    fixed.eft = &factoryTable;
     return fixed;
 }();
 
@@ -316,19 +316,19 @@ Path::Path(const char *name, std::initializer_list<Key> given) : className(strin
         keys[keyCount++] = key;
     }
     path_.hdl = this;
-    path_.ft = &PATHS;
+    path_.ft = &pathTable;
 }
 
 Argument::Argument(const char *value) : value_(stringOf(value)), args_{}
 {
     args_.hdl = &value_;
-    args_.ft = &ARGUMENTS;
+    args_.ft = &argumentTable;
 }
 
 Result::Result() : result{}
 {
     result.hdl = this;
-    result.ft = &RESULTS;
+    result.ft = &resultTable;
 }
 
 std::string_view messageOf(const CMPIStatus &status)

@@ -10,8 +10,8 @@ namespace host
 namespace
 {
 
-constexpr int WRONG_USAGE = 2;
-constexpr unsigned DAY = 86400; // seconds
+constexpr int wrongUsage = 2;
+constexpr unsigned oneDay = 86400; // seconds
 
 void addProviderOptions(CLI::App &app, Options &options)
 {
@@ -27,7 +27,7 @@ void addProviderOptions(CLI::App &app, Options &options)
     app.add_option("--provider-timeout", options.patienceSeconds,
                    "Seconds that a request waits for those before it to leave the providers")
         ->capture_default_str()
-        ->check(CLI::Range(1u, DAY));
+        ->check(CLI::Range(1u, oneDay));
     app.add_option(
            "--provider-calls", options.providerCalls,
            "Requests with the providers at a time; more than 1 only where the support library pairs each "
@@ -97,14 +97,14 @@ void addLimits(CLI::App &app, Options &options)
         ->check(CLI::Range(1, 10000));
     app.add_option("--idle-timeout", options.idleSeconds, "Seconds after which a silent connection is closed")
         ->capture_default_str()
-        ->check(CLI::Range(1u, DAY));
+        ->check(CLI::Range(1u, oneDay));
     app.add_option("--login-timeout", options.loginSeconds, "Seconds that a client has until its login")
         ->capture_default_str()
-        ->check(CLI::Range(1u, DAY));
+        ->check(CLI::Range(1u, oneDay));
     app.add_option("--transfer-timeout", options.transferSeconds,
                    "Seconds that a client may take to send a request, or to take an answer")
         ->capture_default_str()
-        ->check(CLI::Range(1u, DAY));
+        ->check(CLI::Range(1u, oneDay));
     app.add_option("--free-failures", limits.logins.freeFailures,
                    "Wrong passwords after which an address is slowed")
         ->capture_default_str()
@@ -140,7 +140,7 @@ std::vector<Subcommand> addSubcommands(CLI::App &app, Options &options)
         "add", "Adds an account, or gives it a new password, which is the first line of standard input");
     add->add_option("--role", options.role,
                     "administrator, operator or reader; of a new account operator, unless given")
-        ->check(CLI::IsMember(std::vector<std::string>(ROLE_NAMES.begin(), ROLE_NAMES.end())));
+        ->check(CLI::IsMember(std::vector<std::string>(roleNames.begin(), roleNames.end())));
     CLI::App *remove = account->add_subcommand("remove", "Removes an account");
     CLI::App *list = account->add_subcommand("list", "Shows the accounts: name, role, locked or not");
     for (CLI::App *each : {add, remove, list}) {
@@ -185,7 +185,7 @@ std::optional<int> readOptions(int argc, char **argv, Options &options)
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &problem) {
-        return app.exit(problem) == 0 ? 0 : WRONG_USAGE;
+        return app.exit(problem) == 0 ? 0 : wrongUsage;
     }
     for (const Subcommand &each : subcommands) {
         if (each.app->parsed()) {
@@ -195,11 +195,11 @@ std::optional<int> readOptions(int argc, char **argv, Options &options)
     }
     if (options.mofFiles.empty() || options.registrations.empty() || options.accounts.empty()) {
         logLine("--mof, --registration and --accounts are needed; see --help");
-        return WRONG_USAGE;
+        return wrongUsage;
     }
     if (options.noHttp && options.tls.certificateFile.empty()) {
         logLine("--no-http needs --certificate and --key: else there is nothing to listen for");
-        return WRONG_USAGE;
+        return wrongUsage;
     }
     options.limits.idle = std::chrono::seconds(options.idleSeconds);
     options.limits.transfer = std::chrono::seconds(options.transferSeconds);

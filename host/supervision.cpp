@@ -19,8 +19,8 @@ namespace host
 namespace
 {
 
-constexpr int FIRST_INHERITED = 3;
-constexpr const char *DEFAULT_USER = "display-host";
+constexpr int firstInherited = 3;
+constexpr const char *defaultUser = "display-host";
 
 std::string variable(const char *name)
 {
@@ -39,7 +39,7 @@ int inheritedSocket(const char *name)
     std::string names = variable("LISTEN_FDNAMES");
     for (int i = 0; i < count; ++i) {
         const std::size_t colon = names.find(':');
-        const int descriptor = FIRST_INHERITED + i;
+        const int descriptor = firstInherited + i;
         if (names.substr(0, colon) == name) {
             return fcntl(descriptor, F_SETFD, FD_CLOEXEC) == 0 ? descriptor : -1;
         }
@@ -73,7 +73,7 @@ void notifySupervisor(const char *state)
 
 bool becomeUser(const std::string &user, std::string &problem)
 {
-    const passwd *entry = getpwnam(user.empty() ? DEFAULT_USER : user.c_str());
+    const passwd *entry = getpwnam(user.empty() ? defaultUser : user.c_str());
     if (geteuid() != 0) {
         if (user.empty() || (entry != nullptr && entry->pw_uid == geteuid())) {
             return true;

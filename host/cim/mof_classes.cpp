@@ -124,9 +124,9 @@ void MofParser::resolveClass(ParsedClass &parsed)
               what + " is an association and its superclass " + inQuotes(parent->name) + " is not");
     }
     checkScope(parsed.uses,
-               klass.isAssociation  ? Declaration::SCOPE_CLASS | Declaration::SCOPE_ASSOCIATION
-               : klass.isIndication ? Declaration::SCOPE_CLASS | Declaration::SCOPE_INDICATION
-                                    : Declaration::SCOPE_CLASS,
+               klass.isAssociation  ? Declaration::scopeClass | Declaration::scopeAssociation
+               : klass.isIndication ? Declaration::scopeClass | Declaration::scopeIndication
+                                    : Declaration::scopeClass,
                what);
     resolveProperties(parsed, parent);
     resolveMethods(parsed, parent);
@@ -191,8 +191,8 @@ void MofParser::resolveProperties(ParsedClass &parsed, const Class *parent)
         const bool isInherited = place != places.end();
         const Property *old = isInherited ? parent->findProperty(property.name) : nullptr;
         checkScope(declared.uses,
-                   property.type == Type::Reference ? Declaration::SCOPE_REFERENCE
-                                                    : Declaration::SCOPE_PROPERTY,
+                   property.type == Type::Reference ? Declaration::scopeReference
+                                                    : Declaration::scopeProperty,
                    what);
         property.qualifiers =
             mergeQualifiers(old != nullptr ? &old->qualifiers : nullptr, declared.uses, what);
@@ -263,7 +263,7 @@ void MofParser::resolveMethods(ParsedClass &parsed, const Class *parent)
         const auto place = places.find(method.name);
         const bool isInherited = place != places.end();
         const Method *old = isInherited ? parent->findMethod(method.name) : nullptr;
-        checkScope(declared.uses, Declaration::SCOPE_METHOD, what);
+        checkScope(declared.uses, Declaration::scopeMethod, what);
         method.qualifiers = mergeQualifiers(old != nullptr ? &old->qualifiers : nullptr, declared.uses, what);
         method.isStatic = hasQualifier(method.qualifiers, "Static");
         method.classOrigin = old != nullptr ? old->classOrigin : klass.name;

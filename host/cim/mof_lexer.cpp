@@ -9,7 +9,7 @@ namespace cim
 namespace
 {
 
-constexpr std::string_view SYMBOLS = "{}()[],;:=#$";
+constexpr std::string_view symbols = "{}()[],;:=#$";
 
 constexpr bool isDigit(char letter)
 {
@@ -175,7 +175,7 @@ MofToken MofLexer::next()
         readNumber(token);
     } else if (letter == '"' || letter == '\'') {
         readQuoted(token, letter);
-    } else if (SYMBOLS.find(letter) != std::string_view::npos) {
+    } else if (symbols.find(letter) != std::string_view::npos) {
         token.kind = MofTokenKind::Symbol;
         token.symbol = letter;
         token.text = letter;

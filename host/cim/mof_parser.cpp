@@ -25,8 +25,8 @@ std::string typeWithArray(Type type, bool isArray)
 
 std::string shown(const MofToken &token)
 {
-    constexpr std::size_t LONGEST = 40;
-    std::string text = token.text.size() > LONGEST ? token.text.substr(0, LONGEST) + "..." : token.text;
+    constexpr std::size_t longest = 40;
+    std::string text = token.text.size() > longest ? token.text.substr(0, longest) + "..." : token.text;
     switch (token.kind) {
     case MofTokenKind::End:
         return "the end of the file";
@@ -319,7 +319,7 @@ void MofParser::readQualifierDeclaration()
         const std::string scope = expectName("what the qualifier may stand at");
         std::uint16_t bit = 0;
         if (sameName(scope, "any")) {
-            bit = Declaration::SCOPE_ANY;
+            bit = Declaration::scopeAny;
         }
         for (unsigned i = 0; i < 8 && bit == 0; ++i) {
             const auto candidate = static_cast<std::uint16_t>(1u << i);
@@ -498,7 +498,7 @@ void MofParser::readParameters(ParsedMethod &parsed, const std::string &classNam
             target.isArray = readArraySuffix(target);
             const std::string what = "parameter " + inQuotes(target.name) + " of method " +
                                      inQuotes(className + "." + parsed.method.name);
-            checkScope(uses, Declaration::SCOPE_PARAMETER, what);
+            checkScope(uses, Declaration::scopeParameter, what);
             target.qualifiers = mergeQualifiers(nullptr, uses, what);
             const Qualifier *in = findQualifier(target.qualifiers, "In");
             target.isIn = in == nullptr || in->value.isTrue();

@@ -13,7 +13,7 @@ struct NamedType {
     Type type;
 };
 
-constexpr NamedType TYPES[] = {
+constexpr NamedType types[] = {
     {"boolean", Type::Boolean}, {"char16", Type::Char16},     {"real32", Type::Real32},
     {"real64", Type::Real64},   {"uint8", Type::Uint8},       {"uint16", Type::Uint16},
     {"uint32", Type::Uint32},   {"uint64", Type::Uint64},     {"sint8", Type::Sint8},
@@ -27,7 +27,7 @@ constexpr unsigned char lower(char letter)
     return byte >= 'A' && byte <= 'Z' ? static_cast<unsigned char>(byte + ('a' - 'A')) : byte;
 }
 
-const std::string EMPTY;
+const std::string noText;
 
 template <typename T>
 const T *findByName(const std::vector<T> &items, std::string_view name)
@@ -44,7 +44,7 @@ const T *findByName(const std::vector<T> &items, std::string_view name)
 
 const char *typeName(Type type)
 {
-    for (const NamedType &entry : TYPES) {
+    for (const NamedType &entry : types) {
         if (entry.type == type) {
             return entry.name;
         }
@@ -54,7 +54,7 @@ const char *typeName(Type type)
 
 Type typeFromName(std::string_view name)
 {
-    for (const NamedType &entry : TYPES) {
+    for (const NamedType &entry : types) {
         if (sameName(entry.name, name)) {
             return entry.type;
         }
@@ -89,7 +89,7 @@ std::size_t NameHash::operator()(std::string_view name) const
 
 const std::string &Value::text() const
 {
-    return isNull || items.empty() ? EMPTY : items.front();
+    return isNull || items.empty() ? noText : items.front();
 }
 
 bool Value::isTrue() const
@@ -126,21 +126,21 @@ const Method *Class::findMethod(std::string_view methodName) const
 const char *scopeName(std::uint16_t scope)
 {
     switch (scope) {
-    case QualifierDeclaration::SCOPE_CLASS:
+    case QualifierDeclaration::scopeClass:
         return "class";
-    case QualifierDeclaration::SCOPE_ASSOCIATION:
+    case QualifierDeclaration::scopeAssociation:
         return "association";
-    case QualifierDeclaration::SCOPE_INDICATION:
+    case QualifierDeclaration::scopeIndication:
         return "indication";
-    case QualifierDeclaration::SCOPE_PROPERTY:
+    case QualifierDeclaration::scopeProperty:
         return "property";
-    case QualifierDeclaration::SCOPE_REFERENCE:
+    case QualifierDeclaration::scopeReference:
         return "reference";
-    case QualifierDeclaration::SCOPE_METHOD:
+    case QualifierDeclaration::scopeMethod:
         return "method";
-    case QualifierDeclaration::SCOPE_PARAMETER:
+    case QualifierDeclaration::scopeParameter:
         return "parameter";
-    case QualifierDeclaration::SCOPE_SCHEMA:
+    case QualifierDeclaration::scopeSchema:
         return "schema";
     default:
         return "";
@@ -149,13 +149,13 @@ const char *scopeName(std::uint16_t scope)
 
 const Class *ClassRepository::add(Class declaration)
 {
-    if (classes_.size() >= NO_CLASS || declaration.name.empty() || classByName_.contains(declaration.name)) {
+    if (classes_.size() >= noClass || declaration.name.empty() || classByName_.contains(declaration.name)) {
         return nullptr;
     }
-    ClassId parent = NO_CLASS;
+    ClassId parent = noClass;
     if (!declaration.superclass.empty()) {
         parent = idOf(declaration.superclass);
-        if (parent == NO_CLASS) {
+        if (parent == noClass) {
             return nullptr;
         }
     }
@@ -165,7 +165,7 @@ const Class *ClassRepository::add(Class declaration)
     stored->superclassId = parent;
     stored->subclasses.clear();
     stored->lineage.clear();
-    if (parent != NO_CLASS) {
+    if (parent != noClass) {
         stored->lineage = classes_[parent]->lineage;
         classes_[parent]->subclasses.push_back(id);
     }
@@ -195,13 +195,13 @@ bool ClassRepository::add(QualifierDeclaration declaration)
 const Class *ClassRepository::find(std::string_view name) const
 {
     const ClassId id = idOf(name);
-    return id == NO_CLASS ? nullptr : classes_[id].get();
+    return id == noClass ? nullptr : classes_[id].get();
 }
 
 ClassId ClassRepository::idOf(std::string_view name) const
 {
     const auto entry = classByName_.find(name);
-    return entry == classByName_.end() ? NO_CLASS : entry->second;
+    return entry == classByName_.end() ? noClass : entry->second;
 }
 
 std::vector<const Class *> ClassRepository::all() const
@@ -218,7 +218,7 @@ std::vector<const Class *> ClassRepository::roots() const
 {
     std::vector<const Class *> result;
     for (const auto &klass : classes_) {
-        if (klass->superclassId == NO_CLASS) {
+        if (klass->superclassId == noClass) {
             result.push_back(klass.get());
         }
     }
@@ -252,7 +252,7 @@ bool ClassRepository::isA(std::string_view klass, std::string_view ancestor) con
 {
     const ClassId id = idOf(klass);
     const ClassId ancestorId = idOf(ancestor);
-    return id != NO_CLASS && ancestorId != NO_CLASS && isA(id, ancestorId);
+    return id != noClass && ancestorId != noClass && isA(id, ancestorId);
 }
 
 std::vector<const Property *> ClassRepository::keys(const Class &klass) const

@@ -41,12 +41,12 @@ enum class Type : std::uint16_t {
 };
 
 /** The bit that makes a CMPI type code an array's. */
-inline constexpr std::uint16_t CMPI_ARRAY_BIT = 0x2000;
+inline constexpr std::uint16_t cmpiArrayBit = 0x2000;
 
 /** The CMPI type code (CMPIType) of a CIM type, as scalar or as array. */
 constexpr std::uint16_t cmpiType(Type type, bool isArray)
 {
-    return static_cast<std::uint16_t>(static_cast<unsigned>(type) | (isArray ? CMPI_ARRAY_BIT : 0u));
+    return static_cast<std::uint16_t>(static_cast<unsigned>(type) | (isArray ? cmpiArrayBit : 0u));
 }
 
 /** The type's name in MOF and in the TYPE attributes of CIM-XML ("uint16", "datetime", "reference"); "" of
@@ -172,10 +172,10 @@ struct Method {
 
 /** Number of a class in its repository; small, dense, never reused. */
 using ClassId = std::uint32_t;
-inline constexpr ClassId NO_CLASS = 0xffffffffu;
+inline constexpr ClassId noClass = 0xffffffffu;
 
 /** What placeOf() says of a property that the class has not. */
-inline constexpr std::size_t NO_PROPERTY = static_cast<std::size_t>(-1);
+inline constexpr std::size_t noProperty = static_cast<std::size_t>(-1);
 
 /** A class with everything it has inherited. Inherited properties and methods come first, each at the place
  * of the class that introduced it (an override does not move it), then its own in the order of the
@@ -199,18 +199,18 @@ struct Class {
     std::string definedAt; // "file:line", for messages
 
     // Filled by the repository.
-    ClassId id = NO_CLASS;
-    ClassId superclassId = NO_CLASS;
+    ClassId id = noClass;
+    ClassId superclassId = noClass;
     std::vector<ClassId> lineage;    // from the root class to this one
     std::vector<ClassId> subclasses; // direct ones, in the order of declaration
     std::vector<std::size_t> keys;   // places of the key properties in `properties`
     std::unordered_map<std::string_view, std::size_t, NameHash, NameEqual> places; // of the properties
 
-    /** The place of the property of that name in `properties` of a stored class, or NO_PROPERTY. */
+    /** The place of the property of that name in `properties` of a stored class, or noProperty. */
     std::size_t placeOf(std::string_view propertyName) const
     {
         const auto found = places.find(propertyName);
-        return found == places.end() ? NO_PROPERTY : found->second;
+        return found == places.end() ? noProperty : found->second;
     }
 
     /** True when the class is the ancestor or derives from it; both are of one repository. Constant time. */
@@ -229,15 +229,15 @@ struct Class {
 struct QualifierDeclaration {
     /** What a qualifier may stand at. */
     enum Scope : std::uint16_t {
-        SCOPE_CLASS = 1,
-        SCOPE_ASSOCIATION = 2,
-        SCOPE_INDICATION = 4,
-        SCOPE_PROPERTY = 8,
-        SCOPE_REFERENCE = 16,
-        SCOPE_METHOD = 32,
-        SCOPE_PARAMETER = 64,
-        SCOPE_SCHEMA = 128,
-        SCOPE_ANY = 127,
+        scopeClass = 1,
+        scopeAssociation = 2,
+        scopeIndication = 4,
+        scopeProperty = 8,
+        scopeReference = 16,
+        scopeMethod = 32,
+        scopeParameter = 64,
+        scopeSchema = 128,
+        scopeAny = 127,
     };
 
     std::string name;
@@ -281,7 +281,7 @@ class ClassRepository
         return *classes_[id];
     }
 
-    /** The number of that class, or NO_CLASS. */
+    /** The number of that class, or noClass. */
     ClassId idOf(std::string_view name) const;
 
     std::size_t size() const

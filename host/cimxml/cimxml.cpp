@@ -11,9 +11,9 @@ namespace host
 namespace
 {
 
-constexpr unsigned HTTP_BAD_REQUEST = 400;
-constexpr unsigned HTTP_NOT_IMPLEMENTED = 501;
-constexpr std::size_t FIRST_CHUNK = std::size_t{32} * 1024; // of a request's memory
+constexpr unsigned httpBadRequest = 400;
+constexpr unsigned httpNotImplemented = 501;
+constexpr std::size_t firstChunk = std::size_t{32} * 1024; // of a request's memory
 
 /** A reply without a body, whose CIMError header says what is wrong with the message (DSP0200). */
 HttpReply refuse(unsigned status, const char *cimError)
@@ -28,20 +28,20 @@ HttpReply refuse(MessageVerdict verdict)
 {
     switch (verdict) {
     case MessageVerdict::UnsupportedCimVersion:
-        return refuse(HTTP_NOT_IMPLEMENTED, "unsupported-cim-version");
+        return refuse(httpNotImplemented, "unsupported-cim-version");
     case MessageVerdict::UnsupportedDtdVersion:
-        return refuse(HTTP_NOT_IMPLEMENTED, "unsupported-dtd-version");
+        return refuse(httpNotImplemented, "unsupported-dtd-version");
     case MessageVerdict::UnsupportedProtocolVersion:
-        return refuse(HTTP_NOT_IMPLEMENTED, "unsupported-protocol-version");
+        return refuse(httpNotImplemented, "unsupported-protocol-version");
     case MessageVerdict::MultipleRequests:
-        return refuse(HTTP_NOT_IMPLEMENTED, "multiple-requests-unsupported");
+        return refuse(httpNotImplemented, "multiple-requests-unsupported");
     case MessageVerdict::UnsupportedMessage:
-        return refuse(HTTP_NOT_IMPLEMENTED, "unsupported-operation");
+        return refuse(httpNotImplemented, "unsupported-operation");
     case MessageVerdict::NotValid:
     case MessageVerdict::Good:
         break;
     }
-    return refuse(HTTP_BAD_REQUEST, "request-not-valid");
+    return refuse(httpBadRequest, "request-not-valid");
 }
 
 /** DSP0200: a request has CIMOperation: MethodCall. */
@@ -146,26 +146,26 @@ void CimXmlFrontEnd::answer(const CimXmlMessage &message, Arena &arena, TextBuff
 
 HttpReply CimXmlFrontEnd::handle(const HttpRequest &request, TextBuffer &out)
 {
-    constexpr unsigned OPTIONS = pugi::parse_cdata | pugi::parse_escapes | pugi::parse_wconv_attribute |
-                                 pugi::parse_eol |
-                                 pugi::parse_ws_pcdata_single; // a value may consist of blanks
+    constexpr unsigned parseOptions = pugi::parse_cdata | pugi::parse_escapes | pugi::parse_wconv_attribute |
+                                      pugi::parse_eol |
+                                      pugi::parse_ws_pcdata_single; // a value may consist of blanks
     if (!isMethodCall(request.headers)) {
-        return refuse(HTTP_BAD_REQUEST, "unsupported-operation");
+        return refuse(httpBadRequest, "unsupported-operation");
     }
     pugi::xml_document document;
     if (!checkXml(request.body, limits_) ||
-        !document.load_buffer_inplace(request.body.data(), request.body.size(), OPTIONS,
+        !document.load_buffer_inplace(request.body.data(), request.body.size(), parseOptions,
                                       pugi::encoding_utf8)) {
-        return refuse(HTTP_BAD_REQUEST, "request-not-well-formed");
+        return refuse(httpBadRequest, "request-not-well-formed");
     }
-    Arena arena(FIRST_CHUNK, request.memory);
+    Arena arena(firstChunk, request.memory);
     CimXmlMessage message;
     const MessageVerdict verdict = readCimXml(document, arena, dispatcher_.nameSpaces(), message);
     if (verdict != MessageVerdict::Good) {
         return refuse(verdict);
     }
     if (!agreesWithHeader(message, request.headers)) {
-        return refuse(HTTP_BAD_REQUEST, "header-mismatch");
+        return refuse(httpBadRequest, "header-mismatch");
     }
     message.request.principal = request.principal;
     message.request.role = request.role;

@@ -166,14 +166,14 @@ void CimXmlWriter::qualifierDeclaration(const cim::QualifierDeclaration &declara
         std::uint16_t bit;
         std::string_view name;
     };
-    static constexpr ScopeAttribute SCOPES[] = {
-        {cim::QualifierDeclaration::SCOPE_CLASS, "CLASS"},
-        {cim::QualifierDeclaration::SCOPE_ASSOCIATION, "ASSOCIATION"},
-        {cim::QualifierDeclaration::SCOPE_REFERENCE, "REFERENCE"},
-        {cim::QualifierDeclaration::SCOPE_PROPERTY, "PROPERTY"},
-        {cim::QualifierDeclaration::SCOPE_METHOD, "METHOD"},
-        {cim::QualifierDeclaration::SCOPE_PARAMETER, "PARAMETER"},
-        {cim::QualifierDeclaration::SCOPE_INDICATION, "INDICATION"},
+    static constexpr ScopeAttribute scopes[] = {
+        {cim::QualifierDeclaration::scopeClass, "CLASS"},
+        {cim::QualifierDeclaration::scopeAssociation, "ASSOCIATION"},
+        {cim::QualifierDeclaration::scopeReference, "REFERENCE"},
+        {cim::QualifierDeclaration::scopeProperty, "PROPERTY"},
+        {cim::QualifierDeclaration::scopeMethod, "METHOD"},
+        {cim::QualifierDeclaration::scopeParameter, "PARAMETER"},
+        {cim::QualifierDeclaration::scopeIndication, "INDICATION"},
     };
     out_.append("<QUALIFIER.DECLARATION");
     attribute("NAME", declaration.name);
@@ -186,7 +186,7 @@ void CimXmlWriter::qualifierDeclaration(const cim::QualifierDeclaration &declara
     attribute("TOSUBCLASS", declaration.flavor.toSubclass ? "true" : "false");
     attribute("TRANSLATABLE", declaration.flavor.translatable ? "true" : "false");
     out_.append(">\n<SCOPE");
-    for (const ScopeAttribute &scope : SCOPES) {
+    for (const ScopeAttribute &scope : scopes) {
         if ((declaration.scope & scope.bit) != 0) {
             attribute(scope.name, "true");
         }

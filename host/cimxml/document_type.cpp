@@ -20,7 +20,7 @@ enum class Order {
     Open,   // not looked at
 };
 
-constexpr std::size_t MANY = static_cast<std::size_t>(-1);
+constexpr std::size_t many = static_cast<std::size_t>(-1);
 
 struct Rule {
     std::string_view element;
@@ -28,7 +28,7 @@ struct Rule {
     std::string_view optional;
     std::string_view children; // elements, a blank after each
     std::size_t atLeast = 0;
-    std::size_t atMost = MANY;
+    std::size_t atMost = many;
     Order order = Order::Any;
 };
 
@@ -37,13 +37,13 @@ struct Rule {
 #define ANY_PATH "CLASSPATH LOCALCLASSPATH CLASSNAME INSTANCEPATH LOCALINSTANCEPATH INSTANCENAME "
 #define DECLARATIONS "CLASS INSTANCE VALUE.NAMEDINSTANCE QUALIFIER.DECLARATION "
 
-constexpr Rule RULES[] = {
+constexpr Rule rules[] = {
     {"CIM", "CIMVERSION DTDVERSION ", "", "MESSAGE ", 1, 1},
     {"MESSAGE", "ID PROTOCOLVERSION ", "", "SIMPLEREQ ", 1, 1},
-    {"SIMPLEREQ", "", "", "CORRELATOR IMETHODCALL METHODCALL ", 1, MANY, Order::Listed},
+    {"SIMPLEREQ", "", "", "CORRELATOR IMETHODCALL METHODCALL ", 1, many, Order::Listed},
     {"CORRELATOR", "NAME TYPE ", "", "VALUE ", 1, 1},
-    {"IMETHODCALL", "NAME ", "", "LOCALNAMESPACEPATH IPARAMVALUE ", 1, MANY, Order::Listed},
-    {"METHODCALL", "NAME ", "", "LOCALINSTANCEPATH LOCALCLASSPATH PARAMVALUE ", 1, MANY, Order::Listed},
+    {"IMETHODCALL", "NAME ", "", "LOCALNAMESPACEPATH IPARAMVALUE ", 1, many, Order::Listed},
+    {"METHODCALL", "NAME ", "", "LOCALINSTANCEPATH LOCALCLASSPATH PARAMVALUE ", 1, many, Order::Listed},
     // compat: null values are sent as VALUE.NULL, too, where the document type has no element at all.
     {"IPARAMVALUE", "NAME ", "", ANY_VALUE ANY_PATH DECLARATIONS, 0, 1},
     {"PARAMVALUE", "NAME ", "PARAMTYPE EmbeddedObject EMBEDDEDOBJECT ", ANY_VALUE ANY_PATH DECLARATIONS, 0,
@@ -72,8 +72,8 @@ constexpr Rule RULES[] = {
     {"PROPERTY", "NAME TYPE ", OBJECT_ATTRIBUTES, "QUALIFIER VALUE "},
     {"PROPERTY.ARRAY", "NAME TYPE ", OBJECT_ATTRIBUTES "ARRAYSIZE ", "QUALIFIER VALUE.ARRAY "},
     {"PROPERTY.REFERENCE", "NAME ", OBJECT_ATTRIBUTES "REFERENCECLASS ", "QUALIFIER VALUE.REFERENCE "},
-    {"CLASS", "", "", "", 0, MANY, Order::Open},
-    {"QUALIFIER.DECLARATION", "", "", "", 0, MANY, Order::Open},
+    {"CLASS", "", "", "", 0, many, Order::Open},
+    {"QUALIFIER.DECLARATION", "", "", "", 0, many, Order::Open},
 };
 
 /** The place of the word in a list of words with a blank after each; npos when it is not there. */
@@ -110,8 +110,8 @@ bool isBlank(std::string_view text)
 
 bool isValid(const xml_node &node)
 {
-    const auto *rule = std::ranges::find(RULES, std::string_view(node.name()), &Rule::element);
-    if (rule == std::end(RULES)) {
+    const auto *rule = std::ranges::find(rules, std::string_view(node.name()), &Rule::element);
+    if (rule == std::end(rules)) {
         return false;
     }
     if (rule->order == Order::Open) {

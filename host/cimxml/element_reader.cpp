@@ -20,10 +20,10 @@ std::string_view attribute(const xml_node &node, const char *name)
 
 std::string_view trimmed(std::string_view text)
 {
-    constexpr std::string_view BLANK = " \t\r\n";
-    const std::size_t first = text.find_first_not_of(BLANK);
+    constexpr std::string_view blank = " \t\r\n";
+    const std::size_t first = text.find_first_not_of(blank);
     return first == std::string_view::npos ? std::string_view()
-                                           : text.substr(first, text.find_last_not_of(BLANK) - first + 1);
+                                           : text.substr(first, text.find_last_not_of(blank) - first + 1);
 }
 
 xml_node firstElement(const xml_node &node)
@@ -194,7 +194,7 @@ void ElementReader::readInstanceName(const xml_node &node, PathText &path)
         } else {
             readKeyValue(child, key);
         }
-        if (keys->size() == MAX_KEYS) {
+        if (keys->size() == maxKeys) {
             fail(CMPI_RC_ERR_SERVER_LIMITS_EXCEEDED, "A path has more than 64 keys.");
             break;
         }

@@ -31,9 +31,9 @@ class ElementReader
     }
 
   protected:
-    static constexpr std::size_t MAX_KEYS = 64;
-    static constexpr std::size_t MAX_PARAMETERS = 32;
-    static constexpr std::size_t MAX_ARGUMENTS = 256;
+    static constexpr std::size_t maxKeys = 64;
+    static constexpr std::size_t maxParameters = 32;
+    static constexpr std::size_t maxArguments = 256;
 
     void fail(CMPIrc code, const char *text);
 

@@ -28,7 +28,7 @@ struct IntrinsicCall {
 #define OPEN_PARAMETERS "FilterQueryLanguage FilterQuery OperationTimeout ContinueOnError MaxObjectCount "
 #define PULL_PARAMETERS "EnumerationContext MaxObjectCount "
 
-constexpr IntrinsicCall CALLS[] = {
+constexpr IntrinsicCall calls[] = {
     {"EnumerateInstances", Operation::EnumerateInstances, {}, {}, ENUMERATION_PARAMETERS},
     {"EnumerateInstanceNames", Operation::EnumerateInstanceNames, {}, {}, "ClassName "},
     {"GetInstance", Operation::GetInstance, {}, {}, "InstanceName LocalOnly " SHAPE_PARAMETERS},
@@ -87,8 +87,8 @@ class IntrinsicReader : private ElementReader
     {
         Request &request = message_.request;
         request.nameSpace = nameSpaceOf(call_.child("LOCALNAMESPACEPATH"));
-        const auto *known = std::ranges::find(CALLS, message_.name, &IntrinsicCall::name);
-        if (known == std::end(CALLS)) {
+        const auto *known = std::ranges::find(calls, message_.name, &IntrinsicCall::name);
+        if (known == std::end(calls)) {
             return MessageVerdict::Good;
         }
         message_.operation = known->operation;
@@ -160,7 +160,7 @@ void IntrinsicReader::allow(std::string_view names)
     std::size_t count = 0;
     for (const xml_node child : call_.children("IPARAMVALUE")) {
         const std::string_view given = attribute(child, "NAME");
-        if (++count > MAX_PARAMETERS) {
+        if (++count > maxParameters) {
             fail(CMPI_RC_ERR_SERVER_LIMITS_EXCEEDED, "An operation has more than 32 parameters.");
             return;
         }
@@ -365,7 +365,7 @@ void IntrinsicReader::readNewValue(Request &request)
         return;
     }
     const std::size_t index = request.path->klass->placeOf(request.propertyName);
-    if (index == cim::NO_PROPERTY) {
+    if (index == cim::noProperty) {
         return; // the dispatcher's to report
     }
     const cim::Property &property = request.path->klass->properties[index];

@@ -11,10 +11,10 @@ namespace
 {
 
 /** The longest time that a client may ask for between two requests, and what it gets without asking. */
-constexpr std::uint32_t LONGEST_TIMEOUT = 600;
-constexpr std::uint32_t USUAL_TIMEOUT = 60;
+constexpr std::uint32_t longestTimeout = 600;
+constexpr std::uint32_t usualTimeout = 60;
 
-constexpr const char *TOO_MANY =
+constexpr const char *tooMany =
     "Too many enumerations are open, or too large ones; close one, or read one to its end.";
 
 class PullAnswer
@@ -31,14 +31,14 @@ class PullAnswer
     {
         const PullRequest &pull = message_.pull;
         if (pull.continueOnError) {
-            return fail(STATUS_CONTINUATION_ON_ERROR_NOT_SUPPORTED, "ContinueOnError is not supported.");
+            return fail(statusContinuationOnErrorNotSupported, "ContinueOnError is not supported.");
         }
-        if (pull.timeout && (*pull.timeout == 0 || *pull.timeout > LONGEST_TIMEOUT)) {
-            return fail(STATUS_INVALID_OPERATION_TIMEOUT,
+        if (pull.timeout && (*pull.timeout == 0 || *pull.timeout > longestTimeout)) {
+            return fail(statusInvalidOperationTimeout,
                         "The OperationTimeout has to be from 1 to 600 seconds.");
         }
         if (pull.form == ObjectForm::Paths && message_.request.query != nullptr) {
-            return fail(STATUS_FILTERED_ENUMERATION_NOT_SUPPORTED,
+            return fail(statusFilteredEnumerationNotSupported,
                         "Paths cannot be filtered; enumerate instances.");
         }
         Call call{&arena_, nextRequestNumber()};
@@ -60,7 +60,7 @@ class PullAnswer
             context = keep(answer, count);
             if (context.empty()) {
                 out_.clear();
-                return fail(CMPI_RC_ERR_SERVER_LIMITS_EXCEEDED, TOO_MANY);
+                return fail(CMPI_RC_ERR_SERVER_LIMITS_EXCEEDED, tooMany);
             }
         }
         writer_.sequence(context, count == size);
@@ -79,7 +79,7 @@ class PullAnswer
             std::min<std::size_t>(message_.pull.maxObjectCount, enumeration->remaining());
         writer_.beginPart(message_.id, message_.name);
         writer_.part(enumeration->instances, enumeration->paths, message_.pull.form,
-                     enumeration->note.starts_with(WITH_ORIGIN), enumeration->next, count);
+                     enumeration->note.starts_with(withOrigin), enumeration->next, count);
         enumeration->next += count;
         const bool isEnd = enumeration->remaining() == 0;
         writer_.sequence(isEnd ? std::string() : use.name(), isEnd);
@@ -103,8 +103,8 @@ class PullAnswer
 
   private:
     // The note of an open enumeration: how it is written, and its namespace.
-    static constexpr char WITH_ORIGIN = '+';
-    static constexpr char WITHOUT_ORIGIN = '-';
+    static constexpr char withOrigin = '+';
+    static constexpr char withoutOrigin = '-';
 
     static int kindOf(const CimXmlMessage &message)
     {
@@ -123,7 +123,7 @@ class PullAnswer
 
     void failContext()
     {
-        fail(STATUS_INVALID_ENUMERATION_CONTEXT,
+        fail(statusInvalidEnumerationContext,
              "There is no such enumeration of this kind; it has ended, was closed, or its time is over.");
     }
 
@@ -142,10 +142,10 @@ class PullAnswer
             }
         }
         enumeration->kind = kindOf(message_);
-        enumeration->note = message_.request.includeClassOrigin ? WITH_ORIGIN : WITHOUT_ORIGIN;
+        enumeration->note = message_.request.includeClassOrigin ? withOrigin : withoutOrigin;
         enumeration->note += message_.request.nameSpace;
         return contexts_.open(message_.request.principal, std::move(enumeration),
-                              std::chrono::seconds(message_.pull.timeout.value_or(USUAL_TIMEOUT)));
+                              std::chrono::seconds(message_.pull.timeout.value_or(usualTimeout)));
     }
 
     Dispatcher &dispatcher_;

@@ -107,7 +107,7 @@ class MessageReader : private ElementReader
             value.name = attribute(node, "NAME");
             value.type = typeOf(node, "PARAMTYPE");
             readValue(node, value);
-            if (values.size() == MAX_ARGUMENTS) {
+            if (values.size() == maxArguments) {
                 fail(CMPI_RC_ERR_SERVER_LIMITS_EXCEEDED, "A method call has more than 256 arguments.");
                 break;
             }

@@ -25,17 +25,17 @@ namespace host
 class Arena
 {
   public:
-    static constexpr std::size_t DEFAULT_LIMIT = std::size_t{64} * 1024 * 1024;
+    static constexpr std::size_t defaultLimit = std::size_t{64} * 1024 * 1024;
 
     /** firstChunk: bytes of the first chunk, taken at the first allocation; limit: see exhausted(). */
-    explicit Arena(std::size_t firstChunk = 512, std::size_t limit = DEFAULT_LIMIT)
+    explicit Arena(std::size_t firstChunk = 512, std::size_t limit = defaultLimit)
         : nextChunk_(firstChunk), limit_(limit)
     {
     }
 
     /** An arena whose memory counts as the request's. */
     Arena(std::size_t firstChunk, MemoryShare &memory)
-        : nextChunk_(firstChunk), limit_(DEFAULT_LIMIT), memory_(&memory)
+        : nextChunk_(firstChunk), limit_(defaultLimit), memory_(&memory)
     {
     }
 
@@ -92,7 +92,7 @@ class Arena
     {
         Chunk *kept = nullptr;
         for (Chunk *chunk = chunk_; chunk != nullptr; chunk = chunk->next) {
-            if (chunk->size <= KEPT_CHUNK && (kept == nullptr || chunk->size > kept->size)) {
+            if (chunk->size <= keptChunk && (kept == nullptr || chunk->size > kept->size)) {
                 kept = chunk;
             }
         }
@@ -129,7 +129,7 @@ class Arena
         }
     };
 
-    static constexpr std::size_t KEPT_CHUNK = std::size_t{1024} * 1024;
+    static constexpr std::size_t keptChunk = std::size_t{1024} * 1024;
 
     void *allocateInNewChunk(std::size_t size)
     {
@@ -146,7 +146,7 @@ class Arena
         }
         chunk_ = new (memory) Chunk{chunk_, bytes};
         used_ += bytes;
-        nextChunk_ = std::clamp<std::size_t>(nextChunk_ * 2, 512, KEPT_CHUNK);
+        nextChunk_ = std::clamp<std::size_t>(nextChunk_ * 2, 512, keptChunk);
         cursor_ = size;
         return chunk_->bytes();
     }

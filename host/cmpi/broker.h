@@ -12,15 +12,15 @@
 namespace host
 {
 
-extern const CMPIBrokerEncFT BROKER_FACTORY_TABLE;
-extern const CMPIBrokerExtFT BROKER_SYSTEM_TABLE;
-extern const CMPIBrokerMemFT BROKER_MEMORY_TABLE;
+extern const CMPIBrokerEncFT brokerFactoryTable;
+extern const CMPIBrokerExtFT brokerSystemTable;
+extern const CMPIBrokerMemFT brokerMemoryTable;
 
 class Broker
 {
   public:
     Broker(const cim::NameSpaces &nameSpaces, const CMPIBrokerFT &upCalls)
-        : cmpi_{this, &upCalls, &BROKER_FACTORY_TABLE, &BROKER_SYSTEM_TABLE, &BROKER_MEMORY_TABLE},
+        : cmpi_{this, &upCalls, &brokerFactoryTable, &brokerSystemTable, &brokerMemoryTable},
           nameSpaces_(nameSpaces)
     {
     }

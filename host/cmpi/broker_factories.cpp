@@ -92,7 +92,7 @@ CMPIString *newString(const CMPIBroker *broker, const char *text, CMPIStatus *st
 
 CMPIArray *newArray(const CMPIBroker *broker, CMPICount size, CMPIType type, CMPIStatus *status)
 {
-    constexpr CMPICount MAX_ARRAY_SIZE = 1000000;
+    constexpr CMPICount maxArraySize = 1000000;
     Arena *arena = objectArena(broker, status);
     if (arena == nullptr) {
         return nullptr;
@@ -101,7 +101,7 @@ CMPIArray *newArray(const CMPIBroker *broker, CMPICount size, CMPIType type, CMP
         setStatus(status, CMPI_RC_ERR_INVALID_DATA_TYPE);
         return nullptr;
     }
-    if (size > MAX_ARRAY_SIZE) {
+    if (size > maxArraySize) {
         setStatus(status, CMPI_RC_ERR_SERVER_LIMITS_EXCEEDED);
         return nullptr;
     }
@@ -208,24 +208,24 @@ struct KnownType {
 
 const KnownType *typeOf(const void *object)
 {
-    static const KnownType TYPES[] = {
-        {&STRING_TABLE, "CMPIString"},
-        {&ARRAY_TABLE, "CMPIArray"},
-        {&PATH_TABLE, "CMPIObjectPath"},
-        {&INSTANCE_TABLE, "CMPIInstance"},
-        {&ARGS_TABLE, "CMPIArgs"},
-        {&ENUMERATION_TABLE, "CMPIEnumeration"},
-        {&DATE_TIME_TABLE, "CMPIDateTime"},
-        {&CONTEXT_TABLE, "CMPIContext"},
-        {&SELECT_EXPRESSION_TABLE, "CMPISelectExp"},
-        {&ERROR_TABLE, "CMPIError"},
-        {&RESULT_TABLE, "CMPIResult"},
+    static const KnownType types[] = {
+        {&stringTable, "CMPIString"},
+        {&arrayTable, "CMPIArray"},
+        {&pathTable, "CMPIObjectPath"},
+        {&instanceTable, "CMPIInstance"},
+        {&argsTable, "CMPIArgs"},
+        {&enumerationTable, "CMPIEnumeration"},
+        {&dateTimeTable, "CMPIDateTime"},
+        {&contextTable, "CMPIContext"},
+        {&selectExpressionTable, "CMPISelectExp"},
+        {&errorTable, "CMPIError"},
+        {&resultTable, "CMPIResult"},
     };
     const auto *any = static_cast<const AnyObject *>(object);
     if (any == nullptr || any->hdl == nullptr) {
         return nullptr;
     }
-    for (const KnownType &type : TYPES) {
+    for (const KnownType &type : types) {
         if (type.table == any->ft) {
             return &type;
         }
@@ -263,35 +263,35 @@ CMPIString *toStringOfBroker(const CMPIBroker *broker, const void *object, CMPIS
         return nullptr;
     }
     CMPIData data = {};
-    if (type->table == &STRING_TABLE) {
+    if (type->table == &stringTable) {
         return &makeString(*arena, as<String>(object).view())->cmpi;
     }
-    if (type->table == &PATH_TABLE) {
+    if (type->table == &pathTable) {
         return &pathText(*arena, as<Path>(object))->cmpi;
     }
-    if (type->table == &DATE_TIME_TABLE) {
+    if (type->table == &dateTimeTable) {
         return &makeString(*arena, as<DateTime>(object).text)->cmpi;
     }
-    if (type->table == &ARRAY_TABLE) {
+    if (type->table == &arrayTable) {
         data.type = static_cast<CMPIType>(as<Array>(object).elementType | CMPI_ARRAY);
         data.value.array = const_cast<CMPIArray *>(&as<Array>(object).cmpi);
         return &valueText(*arena, data)->cmpi;
     }
-    if (type->table == &INSTANCE_TABLE) {
+    if (type->table == &instanceTable) {
         data.type = CMPI_instance;
         data.value.inst = const_cast<CMPIInstance *>(&as<Instance>(object).cmpi);
         return &valueText(*arena, data)->cmpi;
     }
-    if (type->table == &ARGS_TABLE) {
+    if (type->table == &argsTable) {
         return &joinValues(*arena, *as<Args>(object).values)->cmpi;
     }
-    if (type->table == &CONTEXT_TABLE) {
+    if (type->table == &contextTable) {
         return &joinValues(*arena, *as<Context>(object).entries)->cmpi;
     }
-    if (type->table == &SELECT_EXPRESSION_TABLE) {
+    if (type->table == &selectExpressionTable) {
         return &makeString(*arena, as<SelectExpression>(object).query->view())->cmpi;
     }
-    if (type->table == &ERROR_TABLE && as<Error>(object).message != nullptr) {
+    if (type->table == &errorTable && as<Error>(object).message != nullptr) {
         return &makeString(*arena, as<Error>(object).message->view())->cmpi;
     }
     return &makeString(*arena, type->name)->cmpi;
@@ -328,7 +328,7 @@ CMPIString *getType(const CMPIBroker *broker, const void *object, CMPIStatus *st
 
 // ------------------------------------------------------------------------------------------------ messages
 
-constexpr CMPICount MAX_INSERTS = 10; // $0 to $9
+constexpr CMPICount maxInserts = 10; // $0 to $9
 
 /** Reads one insert of a message: its type, and the value that the type asks for. False when the type has
  * no place among the inserts; then nothing after it can be read. */
@@ -379,8 +379,8 @@ CMPIString *formatMessage(const CMPIBroker *broker, const char *defaultText, CMP
     if (arena == nullptr) {
         return nullptr;
     }
-    std::string inserts[MAX_INSERTS];
-    for (CMPICount i = 0; i < count && i < MAX_INSERTS; ++i) {
+    std::string inserts[maxInserts];
+    for (CMPICount i = 0; i < count && i < maxInserts; ++i) {
         if (!readInsert(arguments, inserts[i])) {
             setStatus(status, CMPI_RC_ERR_INVALID_DATA_TYPE);
             return nullptr;
@@ -487,8 +487,8 @@ CMPIError *newCMPIError(const CMPIBroker *broker, const char *owner, const char 
 
 } // namespace
 
-const CMPIBrokerEncFT BROKER_FACTORY_TABLE = {
-    TABLE_VERSION,
+const CMPIBrokerEncFT brokerFactoryTable = {
+    tableVersion,
     newInstance,
     newObjectPath,
     newArgs,

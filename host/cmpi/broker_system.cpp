@@ -181,7 +181,7 @@ struct alignas(std::max_align_t) Block {
 void *cmpiMalloc(const CMPIBroker *, std::size_t size)
 {
     const Call *call = currentCall();
-    if (call == nullptr || call->arena->exhausted() || size > Arena::DEFAULT_LIMIT) {
+    if (call == nullptr || call->arena->exhausted() || size > Arena::defaultLimit) {
         return nullptr;
     }
     auto *block = static_cast<Block *>(call->arena->allocate(sizeof(Block) + size, alignof(Block)));
@@ -229,15 +229,15 @@ void freeObject(const CMPIBroker *, typename T::Cmpi *object)
 
 } // namespace
 
-const CMPIBrokerExtFT BROKER_SYSTEM_TABLE = {
-    TABLE_VERSION, resolveFileName, newThread,       joinThread,       exitThread,        cancelThread,
-    threadSleep,   threadOnce,      createThreadKey, destroyThreadKey, getThreadSpecific, setThreadSpecific,
-    newMutex,      destroyMutex,    lockMutex,       unlockMutex,      newCondition,      destroyCondition,
-    condWait,      timedCondWait,   signalCondition,
+const CMPIBrokerExtFT brokerSystemTable = {
+    tableVersion, resolveFileName, newThread,       joinThread,       exitThread,        cancelThread,
+    threadSleep,  threadOnce,      createThreadKey, destroyThreadKey, getThreadSpecific, setThreadSpecific,
+    newMutex,     destroyMutex,    lockMutex,       unlockMutex,      newCondition,      destroyCondition,
+    condWait,     timedCondWait,   signalCondition,
 };
 
-const CMPIBrokerMemFT BROKER_MEMORY_TABLE = {
-    TABLE_VERSION,
+const CMPIBrokerMemFT brokerMemoryTable = {
+    tableVersion,
     mark,
     releaseMark,
     cmpiMalloc,

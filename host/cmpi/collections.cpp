@@ -102,18 +102,18 @@ CMPIArray *toArray(const CMPIEnumeration *enumeration, CMPIStatus *status)
 
 } // namespace
 
-const CMPIArrayFT ARRAY_TABLE = {
-    TABLE_VERSION, releaseObject<Array>, cloneObject<Array>, getSize,
+const CMPIArrayFT arrayTable = {
+    tableVersion,  releaseObject<Array>, cloneObject<Array>, getSize,
     getSimpleType, getElementAt,         setElementAt,
 };
 
-const CMPIArgsFT ARGS_TABLE = {
-    TABLE_VERSION,  releaseObject<Args>, cloneObject<Args>, Arguments::add,
+const CMPIArgsFT argsTable = {
+    tableVersion,   releaseObject<Args>, cloneObject<Args>, Arguments::add,
     Arguments::get, Arguments::getAt,    Arguments::count,
 };
 
-const CMPIEnumerationFT ENUMERATION_TABLE = {
-    TABLE_VERSION, releaseObject<Enumeration>, cloneObject<Enumeration>, getNext, hasNext, toArray,
+const CMPIEnumerationFT enumerationTable = {
+    tableVersion, releaseObject<Enumeration>, cloneObject<Enumeration>, getNext, hasNext, toArray,
 };
 
 } // namespace host

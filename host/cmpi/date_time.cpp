@@ -9,10 +9,10 @@ namespace host
 namespace
 {
 
-constexpr std::int64_t SECOND = 1000000;
-constexpr std::int64_t MINUTE = 60 * SECOND;
-constexpr std::int64_t HOUR = 60 * MINUTE;
-constexpr std::int64_t DAY = 24 * HOUR;
+constexpr std::int64_t oneSecond = 1000000;
+constexpr std::int64_t oneMinute = 60 * oneSecond;
+constexpr std::int64_t oneHour = 60 * oneMinute;
+constexpr std::int64_t oneDay = 24 * oneHour;
 
 // Days between 1970-01-01 and a date of the proleptic Gregorian calendar. The year is taken to start in
 // March, so that the leap day comes last.
@@ -58,11 +58,11 @@ void putDigits(char *text, std::size_t width, std::uint64_t value)
 
 void putTimeOfDay(char *text, std::uint64_t microseconds)
 {
-    putDigits(text, 2, microseconds / HOUR);
-    putDigits(text + 2, 2, microseconds / MINUTE % 60);
-    putDigits(text + 4, 2, microseconds / SECOND % 60);
+    putDigits(text, 2, microseconds / oneHour);
+    putDigits(text + 2, 2, microseconds / oneMinute % 60);
+    putDigits(text + 4, 2, microseconds / oneSecond % 60);
     text[6] = '.';
-    putDigits(text + 7, 6, microseconds % SECOND);
+    putDigits(text + 7, 6, microseconds % oneSecond);
 }
 
 /** Reads a field of digits, or of asterisks where those are allowed (then the value is `unknown`). */
@@ -104,18 +104,18 @@ bool readTimeOfDay(std::string_view text, std::uint64_t &microseconds)
         !readFraction(text.substr(7, 6), fraction)) {
         return false;
     }
-    microseconds = hour * HOUR + minute * MINUTE + second * SECOND + fraction;
+    microseconds = hour * oneHour + minute * oneMinute + second * oneSecond + fraction;
     return true;
 }
 
 } // namespace
 
-bool formatTimestamp(std::int64_t microseconds, char (&text)[DATE_TIME_LENGTH + 1])
+bool formatTimestamp(std::int64_t microseconds, char (&text)[dateTimeLength + 1])
 {
-    std::int64_t days = microseconds / DAY;
-    std::int64_t rest = microseconds % DAY;
+    std::int64_t days = microseconds / oneDay;
+    std::int64_t rest = microseconds % oneDay;
     if (rest < 0) {
-        rest += DAY;
+        rest += oneDay;
         --days;
     }
     const Date date = dateFromDays(days);
@@ -130,21 +130,21 @@ bool formatTimestamp(std::int64_t microseconds, char (&text)[DATE_TIME_LENGTH + 
     return true;
 }
 
-bool formatInterval(std::uint64_t microseconds, char (&text)[DATE_TIME_LENGTH + 1])
+bool formatInterval(std::uint64_t microseconds, char (&text)[dateTimeLength + 1])
 {
-    const std::uint64_t days = microseconds / DAY;
+    const std::uint64_t days = microseconds / oneDay;
     if (days > 99999999) {
         return false;
     }
     putDigits(text, 8, days);
-    putTimeOfDay(text + 8, microseconds % DAY);
+    putTimeOfDay(text + 8, microseconds % oneDay);
     std::memcpy(text + 21, ":000", 5);
     return true;
 }
 
 bool parseDateTime(std::string_view text, std::uint64_t &microseconds, bool &isInterval)
 {
-    if (text.size() != DATE_TIME_LENGTH) {
+    if (text.size() != dateTimeLength) {
         return false;
     }
     const char sign = text[21];
@@ -157,7 +157,7 @@ bool parseDateTime(std::string_view text, std::uint64_t &microseconds, bool &isI
         if (text.substr(22) != "000" || !readField(text.substr(0, 8), 0, 99999999, days)) {
             return false;
         }
-        microseconds = days * DAY + timeOfDay;
+        microseconds = days * oneDay + timeOfDay;
         isInterval = true;
         return true;
     }
@@ -175,8 +175,8 @@ bool parseDateTime(std::string_view text, std::uint64_t &microseconds, bool &isI
     if (dateFromDays(days).day != day) { // the 31st of a shorter month
         return false;
     }
-    const std::int64_t local = days * DAY + static_cast<std::int64_t>(timeOfDay);
-    const std::int64_t east = static_cast<std::int64_t>(offset) * MINUTE;
+    const std::int64_t local = days * oneDay + static_cast<std::int64_t>(timeOfDay);
+    const std::int64_t east = static_cast<std::int64_t>(offset) * oneMinute;
     microseconds = static_cast<std::uint64_t>(sign == '+' ? local - east : local + east);
     isInterval = false;
     return true;

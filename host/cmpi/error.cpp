@@ -73,8 +73,8 @@ CMPIStatus setArray(const CMPIError *error, const CMPIArray *array)
 
 } // namespace
 
-const CMPIErrorFT ERROR_TABLE = {
-    TABLE_VERSION,
+const CMPIErrorFT errorTable = {
+    tableVersion,
     releaseObject<Error>,
     cloneObject<Error>,
     getPlain<&Error::type, CMPIErrorType>,

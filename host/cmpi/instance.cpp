@@ -23,7 +23,7 @@ CMPIData getProperty(const CMPIInstance *instance, const char *name, CMPIStatus 
         return nullData(CMPI_null, CMPI_badValue);
     }
     const std::size_t index = self->klass->placeOf(name);
-    if (index == cim::NO_PROPERTY || !isVisible(*self, index)) {
+    if (index == cim::noProperty || !isVisible(*self, index)) {
         setStatus(status, CMPI_RC_ERR_NO_SUCH_PROPERTY);
         return nullData(CMPI_null, CMPI_notFound);
     }
@@ -75,7 +75,7 @@ CMPIStatus setPropertyOfInstance(const CMPIInstance *instance, const char *name,
         return makeStatus(CMPI_RC_ERR_INVALID_PARAMETER);
     }
     const std::size_t index = self->klass->placeOf(name);
-    if (index == cim::NO_PROPERTY) {
+    if (index == cim::noProperty) {
         return makeStatus(CMPI_RC_ERR_NO_SUCH_PROPERTY);
     }
     const cim::Property &property = self->klass->properties[index];
@@ -151,7 +151,7 @@ CMPIStatus setObjectPath(const CMPIInstance *instance, const CMPIObjectPath *pat
     self->path = copyObject(*self->arena, *given);
     for (const NamedValue &key : *self->path->keys) {
         const std::size_t index = self->klass->placeOf(key.name->view());
-        if (index != cim::NO_PROPERTY && key.data.type == self->klass->properties[index].cmpiCode()) {
+        if (index != cim::noProperty && key.data.type == self->klass->properties[index].cmpiCode()) {
             self->values[index] = copyData(*self->arena, key.data);
         }
     }
@@ -160,8 +160,8 @@ CMPIStatus setObjectPath(const CMPIInstance *instance, const CMPIObjectPath *pat
 
 } // namespace
 
-const CMPIInstanceFT INSTANCE_TABLE = {
-    TABLE_VERSION,     releaseObject<Instance>, cloneObject<Instance>, getProperty,
+const CMPIInstanceFT instanceTable = {
+    tableVersion,      releaseObject<Instance>, cloneObject<Instance>, getProperty,
     getPropertyAt,     getPropertyCount,        setPropertyOfInstance, getObjectPath,
     setPropertyFilter, setObjectPath,           setPropertyWithOrigin,
 };

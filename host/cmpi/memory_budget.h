@@ -24,10 +24,10 @@ class MemoryExceeded : public std::bad_alloc
 class MemoryBudget
 {
   public:
-    static constexpr std::size_t DEFAULT_TOTAL = std::size_t{64} * 1024 * 1024;
-    static constexpr std::size_t DEFAULT_PER_REQUEST = std::size_t{8} * 1024 * 1024;
+    static constexpr std::size_t defaultTotal = std::size_t{64} * 1024 * 1024;
+    static constexpr std::size_t defaultPerRequest = std::size_t{8} * 1024 * 1024;
 
-    explicit MemoryBudget(std::size_t total = DEFAULT_TOTAL, std::size_t perRequest = DEFAULT_PER_REQUEST)
+    explicit MemoryBudget(std::size_t total = defaultTotal, std::size_t perRequest = defaultPerRequest)
         : total_(total), perRequest_(perRequest)
     {
     }

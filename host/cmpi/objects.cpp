@@ -53,7 +53,7 @@ ArenaList<NamedValue> *copyValues(Arena &arena, const ArenaList<NamedValue> &ori
 
 String *makeString(Arena &arena, std::string_view text)
 {
-    String *string = makeObject<String>(arena, STRING_TABLE);
+    String *string = makeObject<String>(arena, stringTable);
     string->text = arena.copyText(text);
     string->length = text.size();
     return string;
@@ -61,7 +61,7 @@ String *makeString(Arena &arena, std::string_view text)
 
 Array *makeArray(Arena &arena, CMPIType elementType, CMPICount size)
 {
-    Array *array = makeObject<Array>(arena, ARRAY_TABLE);
+    Array *array = makeObject<Array>(arena, arrayTable);
     array->elementType = storedType(elementType);
     array->size = size;
     array->elements = arena.makeArray<CMPIData>(size);
@@ -74,7 +74,7 @@ Array *makeArray(Arena &arena, CMPIType elementType, CMPICount size)
 Path *makePath(Arena &arena, const cim::NameSpaces &nameSpaces, std::string_view nameSpace,
                std::string_view className)
 {
-    Path *path = makeObject<Path>(arena, PATH_TABLE);
+    Path *path = makeObject<Path>(arena, pathTable);
     path->nameSpaces = &nameSpaces;
     path->nameSpace = nameSpace.empty() ? nullptr : makeString(arena, nameSpace);
     path->keys = makeValues(arena);
@@ -84,7 +84,7 @@ Path *makePath(Arena &arena, const cim::NameSpaces &nameSpaces, std::string_view
 
 Instance *makeInstance(Arena &arena, const Path &path)
 {
-    Instance *instance = makeObject<Instance>(arena, INSTANCE_TABLE);
+    Instance *instance = makeObject<Instance>(arena, instanceTable);
     instance->klass = path.klass;
     instance->path = copyObject(arena, path);
     const std::size_t count = path.klass->properties.size();
@@ -94,7 +94,7 @@ Instance *makeInstance(Arena &arena, const Path &path)
     }
     for (const NamedValue &key : *instance->path->keys) {
         const std::size_t index = path.klass->placeOf(key.name->view());
-        if (index != cim::NO_PROPERTY && key.data.type == instance->values[index].type) {
+        if (index != cim::noProperty && key.data.type == instance->values[index].type) {
             instance->values[index] = copyData(arena, key.data);
         }
     }
@@ -103,14 +103,14 @@ Instance *makeInstance(Arena &arena, const Path &path)
 
 Args *makeArgs(Arena &arena)
 {
-    Args *args = makeObject<Args>(arena, ARGS_TABLE);
+    Args *args = makeObject<Args>(arena, argsTable);
     args->values = makeValues(arena);
     return args;
 }
 
 Enumeration *makeEnumeration(Arena &arena, CMPIType elementType)
 {
-    Enumeration *enumeration = makeObject<Enumeration>(arena, ENUMERATION_TABLE);
+    Enumeration *enumeration = makeObject<Enumeration>(arena, enumerationTable);
     enumeration->elementType = elementType;
     enumeration->elements = new (arena.allocate(sizeof(ArenaList<CMPIData>), alignof(ArenaList<CMPIData>)))
         ArenaList<CMPIData>(arena);
@@ -119,12 +119,12 @@ Enumeration *makeEnumeration(Arena &arena, CMPIType elementType)
 
 DateTime *makeDateTime(Arena &arena, CMPIUint64 microseconds, bool isInterval)
 {
-    char text[DATE_TIME_LENGTH + 1] = {};
+    char text[dateTimeLength + 1] = {};
     if (isInterval ? !formatInterval(microseconds, text)
                    : !formatTimestamp(static_cast<std::int64_t>(microseconds), text)) {
         return nullptr;
     }
-    DateTime *dateTime = makeObject<DateTime>(arena, DATE_TIME_TABLE);
+    DateTime *dateTime = makeObject<DateTime>(arena, dateTimeTable);
     dateTime->microseconds = microseconds;
     dateTime->isInterval = isInterval;
     std::memcpy(dateTime->text, text, sizeof dateTime->text);
@@ -138,24 +138,24 @@ DateTime *makeDateTime(Arena &arena, std::string_view text)
     if (!parseDateTime(text, microseconds, isInterval)) {
         return nullptr;
     }
-    DateTime *dateTime = makeObject<DateTime>(arena, DATE_TIME_TABLE);
+    DateTime *dateTime = makeObject<DateTime>(arena, dateTimeTable);
     dateTime->microseconds = microseconds;
     dateTime->isInterval = isInterval;
-    std::memcpy(dateTime->text, text.data(), DATE_TIME_LENGTH);
-    dateTime->text[DATE_TIME_LENGTH] = '\0';
+    std::memcpy(dateTime->text, text.data(), dateTimeLength);
+    dateTime->text[dateTimeLength] = '\0';
     return dateTime;
 }
 
 Context *makeContext(Arena &arena)
 {
-    Context *context = makeObject<Context>(arena, CONTEXT_TABLE);
+    Context *context = makeObject<Context>(arena, contextTable);
     context->entries = makeValues(arena);
     return context;
 }
 
 SelectExpression *makeSelectExpression(Arena &arena, std::string_view query, std::string_view language)
 {
-    SelectExpression *expression = makeObject<SelectExpression>(arena, SELECT_EXPRESSION_TABLE);
+    SelectExpression *expression = makeObject<SelectExpression>(arena, selectExpressionTable);
     expression->query = makeString(arena, query);
     expression->language = makeString(arena, language);
     return expression;
@@ -163,12 +163,12 @@ SelectExpression *makeSelectExpression(Arena &arena, std::string_view query, std
 
 Error *makeError(Arena &arena)
 {
-    return makeObject<Error>(arena, ERROR_TABLE);
+    return makeObject<Error>(arena, errorTable);
 }
 
 Result *makeResult(Arena &arena, ResultSink &sink)
 {
-    Result *result = makeObject<Result>(arena, RESULT_TABLE);
+    Result *result = makeObject<Result>(arena, resultTable);
     result->sink = &sink;
     return result;
 }
@@ -185,7 +185,7 @@ String *copyObject(Arena &arena, const String &original)
 
 Array *copyObject(Arena &arena, const Array &original)
 {
-    Array *copy = makeObject<Array>(arena, ARRAY_TABLE);
+    Array *copy = makeObject<Array>(arena, arrayTable);
     copy->elementType = original.elementType;
     copy->size = original.size;
     copy->elements = arena.makeArray<CMPIData>(original.size);
@@ -197,7 +197,7 @@ Array *copyObject(Arena &arena, const Array &original)
 
 Path *copyObject(Arena &arena, const Path &original)
 {
-    Path *copy = makeObject<Path>(arena, PATH_TABLE);
+    Path *copy = makeObject<Path>(arena, pathTable);
     copy->nameSpaces = original.nameSpaces;
     copy->host = copyIfAny(arena, original.host);
     copy->nameSpace = copyIfAny(arena, original.nameSpace);
@@ -209,7 +209,7 @@ Path *copyObject(Arena &arena, const Path &original)
 
 Instance *copyObject(Arena &arena, const Instance &original)
 {
-    Instance *copy = makeObject<Instance>(arena, INSTANCE_TABLE);
+    Instance *copy = makeObject<Instance>(arena, instanceTable);
     copy->klass = original.klass;
     copy->path = copyObject(arena, *original.path);
     const std::size_t count = original.klass->properties.size();
@@ -230,7 +230,7 @@ Instance *copyObject(Arena &arena, const Instance &original)
 
 Args *copyObject(Arena &arena, const Args &original)
 {
-    Args *copy = makeObject<Args>(arena, ARGS_TABLE);
+    Args *copy = makeObject<Args>(arena, argsTable);
     copy->values = copyValues(arena, *original.values);
     return copy;
 }
@@ -250,7 +250,7 @@ DateTime *copyObject(Arena &arena, const DateTime &original)
     if (original.arena == &arena) {
         return const_cast<DateTime *>(&original); // nor do dates
     }
-    DateTime *copy = makeObject<DateTime>(arena, DATE_TIME_TABLE);
+    DateTime *copy = makeObject<DateTime>(arena, dateTimeTable);
     copy->microseconds = original.microseconds;
     copy->isInterval = original.isInterval;
     std::memcpy(copy->text, original.text, sizeof copy->text);
@@ -259,7 +259,7 @@ DateTime *copyObject(Arena &arena, const DateTime &original)
 
 Context *copyObject(Arena &arena, const Context &original)
 {
-    Context *copy = makeObject<Context>(arena, CONTEXT_TABLE);
+    Context *copy = makeObject<Context>(arena, contextTable);
     copy->entries = copyValues(arena, *original.entries);
     copy->request = original.request;
     copy->depth = original.depth;

@@ -156,20 +156,20 @@ struct Result : Encapsulated<CMPIResult> {
 };
 
 // The function tables, one for each type.
-extern const CMPIStringFT STRING_TABLE;
-extern const CMPIArrayFT ARRAY_TABLE;
-extern const CMPIObjectPathFT PATH_TABLE;
-extern const CMPIInstanceFT INSTANCE_TABLE;
-extern const CMPIArgsFT ARGS_TABLE;
-extern const CMPIEnumerationFT ENUMERATION_TABLE;
-extern const CMPIDateTimeFT DATE_TIME_TABLE;
-extern const CMPIContextFT CONTEXT_TABLE;
-extern const CMPISelectExpFT SELECT_EXPRESSION_TABLE;
-extern const CMPIErrorFT ERROR_TABLE;
-extern const CMPIResultFT RESULT_TABLE;
+extern const CMPIStringFT stringTable;
+extern const CMPIArrayFT arrayTable;
+extern const CMPIObjectPathFT pathTable;
+extern const CMPIInstanceFT instanceTable;
+extern const CMPIArgsFT argsTable;
+extern const CMPIEnumerationFT enumerationTable;
+extern const CMPIDateTimeFT dateTimeTable;
+extern const CMPIContextFT contextTable;
+extern const CMPISelectExpFT selectExpressionTable;
+extern const CMPIErrorFT errorTable;
+extern const CMPIResultFT resultTable;
 
 /** The CMPI version of all tables. */
-inline constexpr CMPIVersion TABLE_VERSION = 200;
+inline constexpr CMPIVersion tableVersion = 200;
 
 /** The object behind a CMPI pointer; null for a null pointer and for an object without handle. */
 template <typename T>

@@ -174,7 +174,7 @@ CMPIData getPropertyQualifier(const CMPIObjectPath *path, const char *property, 
         return nullData(CMPI_null, CMPI_badValue);
     }
     const std::size_t index = self->klass->placeOf(property);
-    if (index == cim::NO_PROPERTY) {
+    if (index == cim::noProperty) {
         return noElement(status, CMPI_RC_ERR_NO_SUCH_PROPERTY);
     }
     return qualifierData(*self->arena, self->klass->properties[index].qualifiers, qualifier, status);
@@ -220,8 +220,8 @@ CMPIString *toString(const CMPIObjectPath *path, CMPIStatus *status)
 
 } // namespace
 
-const CMPIObjectPathFT PATH_TABLE = {
-    TABLE_VERSION,
+const CMPIObjectPathFT pathTable = {
+    tableVersion,
     releaseObject<Path>,
     cloneObject<Path>,
     setNameSpaceOfPath,

@@ -11,12 +11,12 @@ namespace
 
 std::string_view trim(std::string_view text)
 {
-    constexpr std::string_view BLANK = " \t\r\n";
-    const std::size_t first = text.find_first_not_of(BLANK);
+    constexpr std::string_view blank = " \t\r\n";
+    const std::size_t first = text.find_first_not_of(blank);
     if (first == std::string_view::npos) {
         return {};
     }
-    return text.substr(first, text.find_last_not_of(BLANK) - first + 1);
+    return text.substr(first, text.find_last_not_of(blank) - first + 1);
 }
 
 /** An integer as CIM-XML writes it: decimal, or hexadecimal after 0x. */

@@ -138,30 +138,30 @@ CMPIBoolean evaluateUsingAccessor(const CMPISelectExp *expression, CMPIAccessor 
 
 } // namespace
 
-const CMPIStringFT STRING_TABLE = {
-    TABLE_VERSION,
+const CMPIStringFT stringTable = {
+    tableVersion,
     releaseObject<String>,
     cloneObject<String>,
     getCharPtr,
 };
 
-const CMPIDateTimeFT DATE_TIME_TABLE = {
-    TABLE_VERSION,   releaseObject<DateTime>, cloneObject<DateTime>,
+const CMPIDateTimeFT dateTimeTable = {
+    tableVersion,    releaseObject<DateTime>, cloneObject<DateTime>,
     getBinaryFormat, getStringFormat,         isInterval,
 };
 
-const CMPIContextFT CONTEXT_TABLE = {
-    TABLE_VERSION,  releaseObject<Context>, cloneObject<Context>, Entries::get,
+const CMPIContextFT contextTable = {
+    tableVersion,   releaseObject<Context>, cloneObject<Context>, Entries::get,
     Entries::getAt, Entries::count,         Entries::add,
 };
 
-const CMPIResultFT RESULT_TABLE = {
-    TABLE_VERSION,  releaseResult,    cloneResult, returnData,
+const CMPIResultFT resultTable = {
+    tableVersion,   releaseResult,    cloneResult, returnData,
     returnInstance, returnObjectPath, returnDone,  returnError,
 };
 
-const CMPISelectExpFT SELECT_EXPRESSION_TABLE = {
-    TABLE_VERSION,
+const CMPISelectExpFT selectExpressionTable = {
+    tableVersion,
     releaseObject<SelectExpression>,
     cloneObject<SelectExpression>,
     evaluate,

@@ -254,7 +254,7 @@ PropertySet *makePropertySet(Arena &arena, const cim::Class &klass, const char *
     PropertySet *set = makePropertySet(arena, klass);
     for (; *names != nullptr; ++names) {
         const std::size_t index = klass.placeOf(*names);
-        if (index != cim::NO_PROPERTY) {
+        if (index != cim::noProperty) {
             set->insert(index);
         }
     }

@@ -194,7 +194,7 @@ std::optional<Role> Accounts::login(std::string_view user, std::string_view pass
         found == accounts_.end() || found->second.hash != account.hash) {
         return account.role; // right when it was asked; the account has changed since
     }
-    if (remembered_.size() >= REMEMBERED && remembered_.find(user) == remembered_.end()) {
+    if (remembered_.size() >= remembered && remembered_.find(user) == remembered_.end()) {
         remembered_.erase(remembered_.begin());
     }
     remembered_.insert_or_assign(std::string(user), digest);

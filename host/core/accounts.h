@@ -65,7 +65,7 @@ class Accounts
     }
 
   private:
-    static constexpr std::size_t REMEMBERED = 64;
+    static constexpr std::size_t remembered = 64;
 
     /** HMAC-SHA-256 of user and password under a key that only this process knows. */
     using Digest = std::array<unsigned char, 32>;

@@ -58,8 +58,8 @@ struct Line {
 
 /** The methods of crypt(3) that make guessing slow. Of the others, DES and MD5 for instance, a stolen file is
  * as good as the passwords. */
-constexpr std::array<std::string_view, 8> STRONG_METHODS = {"$y$",  "$gy$", "$7$", "$2b$",
-                                                            "$2y$", "$2a$", "$6$", "$5$"};
+constexpr std::array<std::string_view, 8> strongMethods = {"$y$",  "$gy$", "$7$", "$2b$",
+                                                           "$2y$", "$2a$", "$6$", "$5$"};
 
 bool isHash(const std::string &hash)
 {
@@ -69,15 +69,15 @@ bool isHash(const std::string &hash)
 
 bool isStrong(const std::string &hash)
 {
-    return std::any_of(STRONG_METHODS.begin(), STRONG_METHODS.end(),
+    return std::any_of(strongMethods.begin(), strongMethods.end(),
                        [&](std::string_view prefix) { return hash.starts_with(prefix); });
 }
 
 /** What is too short for any method is merely no hash. */
 bool isWeakHash(const std::string &hash)
 {
-    constexpr std::size_t SHORTEST = 13; // of DES
-    return hash.size() >= SHORTEST && isHash(hash) && !isStrong(hash);
+    constexpr std::size_t shortest = 13; // of DES
+    return hash.size() >= shortest && isHash(hash) && !isStrong(hash);
 }
 
 /** Fills the rest of the line from its text. The reason why it is not good; "" when it is. */

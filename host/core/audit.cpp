@@ -20,14 +20,14 @@ namespace host
 namespace
 {
 
-constexpr std::size_t DIGITS = 64; // of a SHA-256 in hexadecimal
-constexpr std::string_view BEFORE_PREVIOUS = ",\"previous\":\"";
-constexpr std::string_view AFTER_PREVIOUS = "\"}";
+constexpr std::size_t digestLength = 64; // of a SHA-256 in hexadecimal
+constexpr std::string_view beforePrevious = ",\"previous\":\"";
+constexpr std::string_view afterPrevious = "\"}";
 
 /** What the first line of all follows. */
 std::string beginning()
 {
-    return std::string(DIGITS, '0');
+    return std::string(digestLength, '0');
 }
 
 std::string hashOf(std::string_view line)
@@ -48,12 +48,12 @@ std::string hashOf(std::string_view line)
 /** The SHA-256 that the line holds of the one before; "" when it holds none. */
 std::string_view previousOf(std::string_view line)
 {
-    const std::size_t tail = BEFORE_PREVIOUS.size() + DIGITS + AFTER_PREVIOUS.size();
-    if (line.size() < tail || !line.ends_with(AFTER_PREVIOUS) ||
-        line.substr(line.size() - tail, BEFORE_PREVIOUS.size()) != BEFORE_PREVIOUS) {
+    const std::size_t tail = beforePrevious.size() + digestLength + afterPrevious.size();
+    if (line.size() < tail || !line.ends_with(afterPrevious) ||
+        line.substr(line.size() - tail, beforePrevious.size()) != beforePrevious) {
         return {};
     }
-    return line.substr(line.size() - tail + BEFORE_PREVIOUS.size(), DIGITS);
+    return line.substr(line.size() - tail + beforePrevious.size(), digestLength);
 }
 
 std::string headFile(const std::string &file)
@@ -70,16 +70,17 @@ std::string asideFile(const std::string &file, unsigned number)
 bool readHead(const std::string &file, std::string &begin, std::string &end)
 {
     std::ifstream stream(headFile(file));
-    return static_cast<bool>(stream >> begin >> end) && begin.size() == DIGITS && end.size() == DIGITS;
+    return static_cast<bool>(stream >> begin >> end) && begin.size() == digestLength &&
+           end.size() == digestLength;
 }
 
 // ------------------------------------------------------------------------------------------- the JSON text
 
 void appendText(std::string &json, std::string_view text)
 {
-    constexpr std::size_t SHOWN = 4096; // of one value
+    constexpr std::size_t shown = 4096; // of one value
     json += '"';
-    for (const char letter : text.substr(0, SHOWN)) {
+    for (const char letter : text.substr(0, shown)) {
         if (letter == '"' || letter == '\\') {
             json += '\\';
             json += letter;
@@ -91,7 +92,7 @@ void appendText(std::string &json, std::string_view text)
             json += letter;
         }
     }
-    if (text.size() > SHOWN) {
+    if (text.size() > shown) {
         json += "... (" + std::to_string(text.size()) + " bytes)";
     }
     json += '"';
@@ -273,7 +274,7 @@ bool Audit::isReady()
 void Audit::record(const Request &request, const Answer &answer)
 {
     // Of its own: what the request has used up must not keep it from being recorded.
-    MemoryBudget budget(MemoryBudget::DEFAULT_TOTAL, MemoryBudget::DEFAULT_TOTAL);
+    MemoryBudget budget(MemoryBudget::defaultTotal, MemoryBudget::defaultTotal);
     MemoryShare memory(budget);
     Arena arena(4096, memory);
     const std::string body = bodyOf(arena, request, answer);
@@ -284,9 +285,9 @@ void Audit::record(const Request &request, const Answer &answer)
 void Audit::append(const std::string &body)
 {
     std::string line = body;
-    line += BEFORE_PREVIOUS;
+    line += beforePrevious;
     line += end_;
-    line += AFTER_PREVIOUS;
+    line += afterPrevious;
     std::string problem;
     if (size_ != 0 && size_ + line.size() + 1 > limits_.bytes && !rotate(problem)) {
         logLine("%s", problem.c_str()); // better too large than not written

@@ -24,11 +24,11 @@ CMPIObjectPath *makePathOfSystem(const CMPIBroker *broker, const CMPIObjectPath 
                                  CMPIStatus *status)
 {
     const CMPIString *nameSpace = CMGetNameSpace(reference, status);
-    CMPIObjectPath *path = CMNewObjectPath(broker, CMGetCharPtr(nameSpace), COMPUTER_SYSTEM_CLASS, status);
+    CMPIObjectPath *path = CMNewObjectPath(broker, CMGetCharPtr(nameSpace), computerSystemClass, status);
     if (path == nullptr) {
         return nullptr;
     }
-    *status = CMAddKey(path, "CreationClassName", reinterpret_cast<const CMPIValue *>(COMPUTER_SYSTEM_CLASS),
+    *status = CMAddKey(path, "CreationClassName", reinterpret_cast<const CMPIValue *>(computerSystemClass),
                        CMPI_chars);
     if (status->rc == CMPI_RC_OK) {
         *status = CMAddKey(path, "Name", reinterpret_cast<const CMPIValue *>(localHostName()), CMPI_chars);
@@ -103,7 +103,7 @@ CMPIStatus notFound(const CMPIBroker *broker)
 CMPIStatus getInstance(CMPIInstanceMI *mi, const CMPIContext *context, const CMPIResult *result,
                        const CMPIObjectPath *reference, const char **properties)
 {
-    if (!isKey(reference, "CreationClassName", COMPUTER_SYSTEM_CLASS) ||
+    if (!isKey(reference, "CreationClassName", computerSystemClass) ||
         !isKey(reference, "Name", localHostName())) {
         return notFound(brokerOf(mi));
     }
@@ -142,9 +142,9 @@ CMPIStatus execQuery(CMPIInstanceMI *mi, const CMPIContext *, const CMPIResult *
     return makeStatus(CMPI_RC_ERR_NOT_SUPPORTED, message);
 }
 
-const CMPIInstanceMIFT TABLE = {
-    TABLE_VERSION,
-    TABLE_VERSION,
+const CMPIInstanceMIFT table = {
+    tableVersion,
+    tableVersion,
     "instanceLinux_ComputerSystem",
     cleanup,
     enumerateInstanceNames,
@@ -171,7 +171,7 @@ CMPIInstanceMI *createComputerSystemProvider(const CMPIBroker *broker, const CMP
                                              CMPIStatus *status)
 {
     setStatus(status, CMPI_RC_OK);
-    return new CMPIInstanceMI{broker, &TABLE}; // cleanup() gives it back
+    return new CMPIInstanceMI{broker, &table}; // cleanup() gives it back
 }
 
 } // namespace host

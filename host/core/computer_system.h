@@ -10,7 +10,7 @@
 namespace host
 {
 
-inline constexpr const char *COMPUTER_SYSTEM_CLASS = "Linux_ComputerSystem";
+inline constexpr const char *computerSystemClass = "Linux_ComputerSystem";
 
 /** The factory of the provider. */
 CMPIInstanceMI *createComputerSystemProvider(const CMPIBroker *broker, const CMPIContext *context,

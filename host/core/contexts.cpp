@@ -11,15 +11,15 @@ namespace host
 
 std::string randomName()
 {
-    static constexpr char DIGITS[] = "0123456789abcdef";
+    static constexpr char digits[] = "0123456789abcdef";
     unsigned char bytes[16];
     if (getrandom(bytes, sizeof bytes, 0) != static_cast<ssize_t>(sizeof bytes)) {
         throw std::runtime_error("the system gives no random numbers");
     }
     std::string name;
     for (const unsigned char byte : bytes) {
-        name += DIGITS[byte >> 4];
-        name += DIGITS[byte & 15];
+        name += digits[byte >> 4];
+        name += digits[byte & 15];
     }
     return name;
 }

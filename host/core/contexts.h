@@ -23,7 +23,7 @@ namespace host
 class OpenEnumeration
 {
   public:
-    explicit OpenEnumeration(MemoryBudget &budget) : memory_(budget), arena_(FIRST_CHUNK, memory_) {}
+    explicit OpenEnumeration(MemoryBudget &budget) : memory_(budget), arena_(firstChunk, memory_) {}
 
     /** Copies an object in; false when the memory for open enumerations is used up. */
     [[nodiscard]] bool add(const Instance &instance);
@@ -51,7 +51,7 @@ class OpenEnumeration
     std::string note;
 
   private:
-    static constexpr std::size_t FIRST_CHUNK = std::size_t{4} * 1024;
+    static constexpr std::size_t firstChunk = std::size_t{4} * 1024;
 
     MemoryShare memory_;
     Arena arena_;

@@ -79,12 +79,12 @@ bool enumerateClass(const Work &work, const cim::Class &klass)
     return true;
 }
 
-/** The place of the property that the request is about, or NO_PROPERTY with the error in the answer. */
+/** The place of the property that the request is about, or noProperty with the error in the answer. */
 std::size_t placeOfProperty(const Work &work, const cim::Class &klass)
 {
     const std::string_view name = work.request.propertyName;
     const std::size_t index = klass.placeOf(name);
-    if (index == cim::NO_PROPERTY) {
+    if (index == cim::noProperty) {
         fail(work.call, work.answer, CMPI_RC_ERR_NO_SUCH_PROPERTY, "The class %s has no property %.*s.",
              klass.name.c_str(), shown(name), name.data());
     }
@@ -267,8 +267,8 @@ void deleteInstance(const Work &work)
 void getProperty(const Work &work)
 {
     const cim::Class *klass = classOfPath(work);
-    const std::size_t index = klass != nullptr ? placeOfProperty(work, *klass) : cim::NO_PROPERTY;
-    if (index == cim::NO_PROPERTY) {
+    const std::size_t index = klass != nullptr ? placeOfProperty(work, *klass) : cim::noProperty;
+    if (index == cim::noProperty) {
         return;
     }
     const char *list[] = {klass->properties[index].name.c_str(), nullptr};
@@ -287,8 +287,8 @@ void getProperty(const Work &work)
 void setProperty(const Work &work)
 {
     const cim::Class *klass = classOfPath(work);
-    const std::size_t index = klass != nullptr ? placeOfProperty(work, *klass) : cim::NO_PROPERTY;
-    if (index == cim::NO_PROPERTY) {
+    const std::size_t index = klass != nullptr ? placeOfProperty(work, *klass) : cim::noProperty;
+    if (index == cim::noProperty) {
         return;
     }
     const cim::Property &property = klass->properties[index];

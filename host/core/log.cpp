@@ -65,7 +65,7 @@ bool LogLimiter::permits()
 {
     tellRest();
     const std::lock_guard lock(mutex_);
-    if (++inSecond_ <= PER_SECOND) {
+    if (++inSecond_ <= perSecond) {
         return true;
     }
     ++leftOut_;

@@ -31,7 +31,7 @@ class LogLimiter
     void tellRest();
 
   private:
-    static constexpr unsigned PER_SECOND = 10;
+    static constexpr unsigned perSecond = 10;
 
     const char *what_;
     std::mutex mutex_;

@@ -120,10 +120,10 @@ struct Answer {
 };
 
 // Status codes of DSP0200 that CMPI has no name for.
-inline constexpr auto STATUS_INVALID_ENUMERATION_CONTEXT = static_cast<CMPIrc>(21);
-inline constexpr auto STATUS_INVALID_OPERATION_TIMEOUT = static_cast<CMPIrc>(22);
-inline constexpr auto STATUS_FILTERED_ENUMERATION_NOT_SUPPORTED = static_cast<CMPIrc>(25);
-inline constexpr auto STATUS_CONTINUATION_ON_ERROR_NOT_SUPPORTED = static_cast<CMPIrc>(26);
+inline constexpr auto statusInvalidEnumerationContext = static_cast<CMPIrc>(21);
+inline constexpr auto statusInvalidOperationTimeout = static_cast<CMPIrc>(22);
+inline constexpr auto statusFilteredEnumerationNotSupported = static_cast<CMPIrc>(25);
+inline constexpr auto statusContinuationOnErrorNotSupported = static_cast<CMPIrc>(26);
 
 /** What DSP0200 says about a status code; for errors that come without a text of their own. */
 const char *statusDescription(CMPIrc code);

@@ -28,7 +28,7 @@ std::vector<std::string> ObjectManager::load(const std::vector<Registration> &re
         }
     }
     // A registered provider of that class goes first; without the class there is nothing to serve.
-    providers_.addBuiltIn(nameSpaces_.standard(), COMPUTER_SYSTEM_CLASS, createComputerSystemProvider);
+    providers_.addBuiltIn(nameSpaces_.standard(), computerSystemClass, createComputerSystemProvider);
     return problems;
 }
 

@@ -25,7 +25,7 @@ const PropertySet *Projection::makeSet(const cim::Class &klass, bool limited)
     for (std::size_t i = 0; i < klass.properties.size(); ++i) {
         if ((listed == nullptr || listed->contains(i)) &&
             (!request_.localOnly || !klass.properties[i].propagated) &&
-            (!limited || limit_->placeOf(klass.properties[i].name) != cim::NO_PROPERTY)) {
+            (!limited || limit_->placeOf(klass.properties[i].name) != cim::noProperty)) {
             set->insert(i);
         }
     }

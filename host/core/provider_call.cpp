@@ -90,10 +90,10 @@ void Collector::done()
 
 bool ProviderCall::begin()
 {
-    if (call_.depth >= ProviderAccess::MAX_DEPTH) {
+    if (call_.depth >= ProviderAccess::maxDepth) {
         fail(call_, answer_, CMPI_RC_ERR_FAILED,
              "Up-calls of providers are nested more than %u deep; this is probably a loop.",
-             ProviderAccess::MAX_DEPTH);
+             ProviderAccess::maxDepth);
         return false;
     }
     const std::chrono::milliseconds patience =

@@ -47,7 +47,7 @@ class Collector final : public ResultSink
 struct ProviderAccess {
     /** Provider calls that may enclose one another: a provider that makes an up-call to itself is found out.
      */
-    static constexpr unsigned MAX_DEPTH = 16;
+    static constexpr unsigned maxDepth = 16;
 
     ProviderGate gate;
     /** How long a request waits for its turn. */

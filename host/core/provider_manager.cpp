@@ -154,17 +154,17 @@ void ProviderManager::setLibraryFile(const std::string &location, const std::str
 
 const ProviderManager::Serving &ProviderManager::servingOf(const cim::Class &klass) const
 {
-    static const Serving NOBODY;
+    static const Serving nobody;
     const auto found = serving_.find(&klass);
-    return found != serving_.end() ? found->second : NOBODY;
+    return found != serving_.end() ? found->second : nobody;
 }
 
 const std::vector<const cim::Class *> &
 ProviderManager::associationClasses(const cim::ClassRepository &classes) const
 {
-    static const std::vector<const cim::Class *> NONE;
+    static const std::vector<const cim::Class *> none;
     const auto found = associationClasses_.find(&classes);
-    return found != associationClasses_.end() ? found->second : NONE;
+    return found != associationClasses_.end() ? found->second : none;
 }
 
 ProviderManager::Library *ProviderManager::open(const std::string &location, std::string &problem)

@@ -36,8 +36,8 @@ std::optional<QueryLanguage> queryLanguage(std::string_view name);
 class Query
 {
   public:
-    static constexpr std::size_t MAX_LENGTH = std::size_t{16} * 1024;
-    static constexpr unsigned MAX_DEPTH = 64; // of parentheses and NOTs
+    static constexpr std::size_t maxLength = std::size_t{16} * 1024;
+    static constexpr unsigned maxDepth = 64; // of parentheses and NOTs
 
     /** Nothing, with what is wrong in problem, when the text is no query of the language. */
     static std::optional<Query> parse(std::string_view text, QueryLanguage language, std::string &problem);

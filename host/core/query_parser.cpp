@@ -302,8 +302,8 @@ class QueryParser
 
     bool factor(std::size_t &place)
     {
-        if (depth_ >= Query::MAX_DEPTH) {
-            return refuse("The query is nested more than " + std::to_string(Query::MAX_DEPTH) + " deep.");
+        if (depth_ >= Query::maxDepth) {
+            return refuse("The query is nested more than " + std::to_string(Query::maxDepth) + " deep.");
         }
         ++depth_;
         const bool good = deeperFactor(place);
@@ -493,8 +493,8 @@ std::optional<QueryLanguage> queryLanguage(std::string_view name)
 
 std::optional<Query> Query::parse(std::string_view text, QueryLanguage language, std::string &problem)
 {
-    if (text.size() > MAX_LENGTH) {
-        problem = "The query is longer than " + std::to_string(MAX_LENGTH) + " bytes.";
+    if (text.size() > maxLength) {
+        problem = "The query is longer than " + std::to_string(maxLength) + " bytes.";
         return std::nullopt;
     }
     QueryParser parser(text, language);

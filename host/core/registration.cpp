@@ -14,22 +14,22 @@ namespace host
 namespace
 {
 
-constexpr std::string_view BLANKS = " \t\r\v\f";
+constexpr std::string_view blanks = " \t\r\v\f";
 
 std::string_view trim(std::string_view text)
 {
-    const std::size_t first = text.find_first_not_of(BLANKS);
+    const std::size_t first = text.find_first_not_of(blanks);
     if (first == std::string_view::npos) {
         return {};
     }
-    return text.substr(first, text.find_last_not_of(BLANKS) - first + 1);
+    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
 std::vector<std::string> words(std::string_view text)
 {
     std::vector<std::string> found;
     for (text = trim(text); !text.empty(); text = trim(text)) {
-        const std::size_t end = std::min(text.find_first_of(BLANKS), text.size());
+        const std::size_t end = std::min(text.find_first_of(blanks), text.size());
         found.emplace_back(text.substr(0, end));
         text.remove_prefix(end);
     }

@@ -17,17 +17,17 @@ enum class Role {
 };
 
 /** The names that roles have in the accounts file, in the order of Role. */
-inline constexpr std::array<const char *, 3> ROLE_NAMES = {"administrator", "operator", "reader"};
+inline constexpr std::array<const char *, 3> roleNames = {"administrator", "operator", "reader"};
 
 inline const char *roleName(Role role)
 {
-    return ROLE_NAMES[static_cast<std::size_t>(role)];
+    return roleNames[static_cast<std::size_t>(role)];
 }
 
 inline std::optional<Role> roleNamed(std::string_view name)
 {
-    for (std::size_t i = 0; i < ROLE_NAMES.size(); ++i) {
-        if (name == ROLE_NAMES[i]) {
+    for (std::size_t i = 0; i < roleNames.size(); ++i) {
+        if (name == roleNames[i]) {
             return static_cast<Role>(i);
         }
     }

@@ -125,7 +125,7 @@ Path *Typing::path(const PathText &text, std::string_view defaultNameSpace)
         cim::Type type = key.type;
         if (definition != nullptr) {
             const std::size_t index = path->klass->placeOf(name);
-            if (index != cim::NO_PROPERTY) {
+            if (index != cim::noProperty) {
                 type = path->klass->properties[index].type;
             }
         }
@@ -148,7 +148,7 @@ Instance *Typing::instance(const Path &path, const ArenaList<ValueText> &propert
         path.nameSpace != nullptr ? path.nameSpace->view() : std::string_view();
     for (const ValueText &text : properties) {
         const std::size_t index = klass.placeOf(text.name);
-        if (index == cim::NO_PROPERTY) {
+        if (index == cim::noProperty) {
             fail(CMPI_RC_ERR_NO_SUCH_PROPERTY, "The class %s has no property %.*s.", klass.name.c_str(),
                  shown(text.name), text.name.data());
             return nullptr;

@@ -364,11 +364,11 @@ CMPIStatus deliverIndication(const CMPIBroker *, const CMPIContext *, const char
 
 } // namespace
 
-const CMPIBrokerFT UP_CALL_TABLE = {
+const CMPIBrokerFT upCallTable = {
     CMPI_MB_InstanceManipulation | CMPI_MB_AssociationTraversal | CMPI_MB_QueryExecution |
         CMPI_MB_OSEncapsulationSupport | CMPI_MB_Supports_Extended_Error | CMPI_MB_Logging | CMPI_MB_Tracing |
         CMPI_MB_PropertyFiltering,
-    TABLE_VERSION,
+    tableVersion,
     "display-host",
     prepareAttachThread,
     attachThread,

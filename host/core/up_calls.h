@@ -10,14 +10,14 @@ namespace host
 
 class Dispatcher;
 
-extern const CMPIBrokerFT UP_CALL_TABLE;
+extern const CMPIBrokerFT upCallTable;
 
 /** The broker of one object manager. The dispatcher comes later, because providers, which the dispatcher
  * needs, are created with the broker; an up-call before that fails. */
 class DispatchingBroker final : public Broker
 {
   public:
-    explicit DispatchingBroker(const cim::NameSpaces &nameSpaces) : Broker(nameSpaces, UP_CALL_TABLE) {}
+    explicit DispatchingBroker(const cim::NameSpaces &nameSpaces) : Broker(nameSpaces, upCallTable) {}
 
     void setDispatcher(Dispatcher *dispatcher)
     {

@@ -273,7 +273,7 @@ constexpr std::array<bool, 256> makeSpecialBytes()
     return special;
 }
 
-constexpr std::array<bool, 256> SPECIAL_BYTES = makeSpecialBytes();
+constexpr std::array<bool, 256> specialBytes = makeSpecialBytes();
 
 std::string_view entityOf(char c)
 {
@@ -302,10 +302,10 @@ bool checkXml(std::string_view document, const XmlLimits &limits)
 
 void appendEscaped(TextBuffer &buffer, std::string_view text)
 {
-    constexpr std::string_view REPLACEMENT = "\xef\xbf\xbd";
+    constexpr std::string_view replacement = "\xef\xbf\xbd";
     while (!text.empty()) {
         std::size_t plain = 0;
-        while (plain < text.size() && !SPECIAL_BYTES[static_cast<unsigned char>(text[plain])]) {
+        while (plain < text.size() && !specialBytes[static_cast<unsigned char>(text[plain])]) {
             ++plain;
         }
         if (plain != 0) {
@@ -319,7 +319,7 @@ void appendEscaped(TextBuffer &buffer, std::string_view text)
             continue;
         }
         const std::size_t length = sequenceLength(text);
-        buffer.append(length != 0 ? text.substr(0, length) : REPLACEMENT);
+        buffer.append(length != 0 ? text.substr(0, length) : replacement);
         text.remove_prefix(length != 0 ? length : 1);
     }
 }

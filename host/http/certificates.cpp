@@ -22,7 +22,7 @@ namespace
 {
 
 /** More than a chain has that anybody checks. */
-constexpr unsigned MAX_CHAIN = 8;
+constexpr unsigned maxChain = 8;
 
 bool readText(const std::string &file, std::string &text, std::string &problem)
 {
@@ -73,7 +73,7 @@ struct Certificates::Pair {
     bool fits(const std::string &certificateFile, const std::string &keyFile, std::string &problem) const;
     bool readNames(std::string &text);
 
-    gnutls_pcert_st chain[MAX_CHAIN] = {};
+    gnutls_pcert_st chain[maxChain] = {};
     unsigned count = 0;
     gnutls_privkey_t key = nullptr;
     std::vector<std::string> names;
@@ -87,7 +87,7 @@ bool Certificates::Pair::read(const std::string &certificateFile, const std::str
         return false;
     }
     gnutls_datum_t data = datumOf(text);
-    unsigned size = MAX_CHAIN;
+    unsigned size = maxChain;
     if (failed(gnutls_pcert_list_import_x509_raw(chain, &size, &data, GNUTLS_X509_FMT_PEM, 0),
                certificateFile + " holds no certificate", problem)) {
         return false;
@@ -254,7 +254,7 @@ class NewCertificate
     /** The GnuTLS error code; 0: made. */
     int make(const std::string &commonName, const std::vector<std::string> &names)
     {
-        constexpr time_t DAY = 24 * 60 * 60;
+        constexpr time_t oneDay = 24 * 60 * 60;
         const time_t now = time(nullptr);
         unsigned char serial[16];
         int code = gnutls_rnd(GNUTLS_RND_NONCE, serial, sizeof serial);
@@ -270,8 +270,8 @@ class NewCertificate
         }
         step(gnutls_x509_crt_set_version(certificate_, 3));
         step(gnutls_x509_crt_set_serial(certificate_, serial, sizeof serial));
-        step(gnutls_x509_crt_set_activation_time(certificate_, now - DAY)); // clocks differ
-        step(gnutls_x509_crt_set_expiration_time(certificate_, now + 824 * DAY));
+        step(gnutls_x509_crt_set_activation_time(certificate_, now - oneDay)); // clocks differ
+        step(gnutls_x509_crt_set_expiration_time(certificate_, now + 824 * oneDay));
         step(gnutls_x509_crt_set_dn_by_oid(certificate_, GNUTLS_OID_X520_COMMON_NAME, 0, commonName.data(),
                                            static_cast<unsigned>(commonName.size())));
         for (const std::string &name : names) {

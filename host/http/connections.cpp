@@ -20,7 +20,7 @@ ConnectionTable::Connection &ConnectionTable::add(int socket, std::string addres
                          makeRoom(Among::All, limits_.total, added);
     if (!hasRoom) {
         added.isTurnedAway = true;
-        makeRoom(Among::TurnedAway, TURNED_AWAY, added);
+        makeRoom(Among::TurnedAway, turnedAway, added);
     }
     return added;
 }

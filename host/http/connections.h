@@ -73,7 +73,7 @@ class ConnectionTable
     static void end(Connection &connection);
 
     /** Those that were turned away and have not been told so yet. */
-    static constexpr unsigned TURNED_AWAY = 16;
+    static constexpr unsigned turnedAway = 16;
 
     const ConnectionLimits limits_;
     mutable std::mutex mutex_;

@@ -14,7 +14,7 @@ namespace host
 namespace
 {
 
-constexpr int BACKLOG = 128;
+constexpr int backlog = 128;
 
 /** The name of the socket into the endpoint; false, with errno, on failure. */
 bool readName(Endpoint &endpoint)
@@ -70,7 +70,7 @@ bool listen(Endpoint &endpoint, std::string &problem)
     if (made < 0) {
         failed = "cannot make a socket for";
     } else if (setsockopt(made, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on) != 0 ||
-               bind(made, found->ai_addr, found->ai_addrlen) != 0 || ::listen(made, BACKLOG) != 0) {
+               bind(made, found->ai_addr, found->ai_addrlen) != 0 || ::listen(made, backlog) != 0) {
         failed = "cannot listen on";
     }
     freeaddrinfo(found);

@@ -28,11 +28,11 @@ std::string networkOf(const std::string &address)
 /** "user:password" of the header; "" when it is not that of Basic authentication. */
 std::string decode(const char *authorization)
 {
-    constexpr char SCHEME[] = "Basic ";
-    if (strncasecmp(authorization, SCHEME, sizeof SCHEME - 1) != 0) {
+    constexpr char scheme[] = "Basic ";
+    if (strncasecmp(authorization, scheme, sizeof scheme - 1) != 0) {
         return "";
     }
-    std::string text = authorization + sizeof SCHEME - 1;
+    std::string text = authorization + sizeof scheme - 1;
     text.erase(0, text.find_first_not_of(' '));
     gnutls_datum_t encoded = {reinterpret_cast<unsigned char *>(text.data()),
                               static_cast<unsigned>(text.size())};
@@ -84,7 +84,7 @@ void FailureTable::add(const std::string &address, Clock::time_point now)
 {
     Failures *failures = find(address, now);
     if (failures == nullptr) {
-        if (failures_.size() >= ADDRESSES) {
+        if (failures_.size() >= addresses) {
             failures_.erase(
                 std::min_element(failures_.begin(), failures_.end(), [](const auto &left, const auto &right) {
                     return left.second.last < right.second.last;

@@ -44,7 +44,7 @@ class FailureTable
 
   private:
     /** Addresses that are known at most; the one that has been good for longest is forgotten first. */
-    static constexpr std::size_t ADDRESSES = 1024;
+    static constexpr std::size_t addresses = 1024;
 
     struct Failures {
         unsigned count = 0;

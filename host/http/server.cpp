@@ -28,11 +28,11 @@ struct HttpServer::Peer {
 namespace
 {
 
-constexpr const char *REALM = "Basic realm=\"cimom\"";
-constexpr const char *PLAIN_TEXT = "text/plain; charset=utf-8";
+constexpr const char *realm = "Basic realm=\"cimom\"";
+constexpr const char *plainText = "text/plain; charset=utf-8";
 
 /** Forward secrecy and authenticated encryption, nothing else. */
-constexpr const char *TLS_PRIORITIES =
+constexpr const char *tlsPriorities =
     "NONE:+VERS-TLS1.3:+VERS-TLS1.2:+ECDHE-ECDSA:+ECDHE-RSA:+AES-256-GCM:+AES-128-GCM:+CHACHA20-POLY1305:"
     "+AEAD:+COMP-NULL:+GROUP-X25519:+GROUP-SECP256R1:+GROUP-SECP384R1:"
     "+SIGN-ECDSA-SHA256:+SIGN-ECDSA-SHA384:+SIGN-ECDSA-SECP256R1-SHA256:+SIGN-ECDSA-SECP384R1-SHA384:"
@@ -273,7 +273,7 @@ MHD_Daemon *HttpServer::startDaemon(int socket, bool isSecure)
     const unsigned connections = limits_.total + 64;
     std::vector<MHD_OptionItem> more;
     if (isSecure) {
-        more.push_back({MHD_OPTION_HTTPS_PRIORITIES, 0, const_cast<char *>(TLS_PRIORITIES)});
+        more.push_back({MHD_OPTION_HTTPS_PRIORITIES, 0, const_cast<char *>(tlsPriorities)});
         more.push_back(
             {MHD_OPTION_HTTPS_CERT_CALLBACK, 0, reinterpret_cast<void *>(&HttpCallbacks::giveCertificate)});
         if (!clientCa_.empty()) {
@@ -534,7 +534,7 @@ int HttpServer::answer(Exchange &exchange)
             what.contentType = "text/html; charset=utf-8";
             what.fields = {{"Content-Security-Policy", "default-src 'none'; style-src 'unsafe-inline'"},
                            {"X-Content-Type-Options", "nosniff"}};
-            exchange.text = WELCOME_PAGE;
+            exchange.text = welcomePage;
             break;
         }
         connections_.beginWork(exchange.peer.entry); // nor is as long as a provider takes
@@ -542,7 +542,7 @@ int HttpServer::answer(Exchange &exchange)
         connections_.awaitClient(exchange.peer.entry);
         break;
     case MHD_HTTP_UNAUTHORIZED:
-        what.fields = {{MHD_HTTP_HEADER_WWW_AUTHENTICATE, REALM}};
+        what.fields = {{MHD_HTTP_HEADER_WWW_AUTHENTICATE, realm}};
         break;
     case MHD_HTTP_METHOD_NOT_ALLOWED:
         what.fields = {{MHD_HTTP_HEADER_ALLOW, exchange.path == "/" ? "GET, HEAD, POST" : "POST"}};
@@ -556,7 +556,7 @@ int HttpServer::answer(Exchange &exchange)
         break;
     }
     if (exchange.text != nullptr && what.contentType == nullptr) {
-        what.contentType = PLAIN_TEXT;
+        what.contentType = plainText;
     }
     return reply(exchange, what);
 }

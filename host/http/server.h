@@ -34,8 +34,8 @@ struct HttpLimits : ConnectionLimits {
     std::size_t headerBytes = std::size_t{32} * 1024;
     /** What all requests together, and one alone, may use of memory: bodies, what is made of them, answers.
      */
-    std::size_t memory = MemoryBudget::DEFAULT_TOTAL;
-    std::size_t requestMemory = MemoryBudget::DEFAULT_PER_REQUEST;
+    std::size_t memory = MemoryBudget::defaultTotal;
+    std::size_t requestMemory = MemoryBudget::defaultPerRequest;
     /** Without a byte in either direction. */
     std::chrono::seconds idle{60};
     LoginLimits logins;

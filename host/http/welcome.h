@@ -6,7 +6,7 @@
 namespace host
 {
 
-inline constexpr char WELCOME_PAGE[] = R"(<!DOCTYPE html>
+inline constexpr char welcomePage[] = R"(<!DOCTYPE html>
 <html lang="en">
 <head>
 <meta charset="utf-8">

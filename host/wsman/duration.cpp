@@ -11,9 +11,9 @@ namespace host::wsman
 namespace
 {
 
-constexpr std::uint64_t MINUTE = 60;
-constexpr std::uint64_t HOUR = 60 * MINUTE;
-constexpr std::uint64_t DAY = 24 * HOUR;
+constexpr std::uint64_t oneMinute = 60;
+constexpr std::uint64_t oneHour = 60 * oneMinute;
+constexpr std::uint64_t oneDay = 24 * oneHour;
 
 /** The parts of an xs:duration. */
 struct Parts {
@@ -27,7 +27,7 @@ struct Parts {
 
     std::uint64_t wholeSeconds() const
     {
-        return (years * 365 + months * 30 + days) * DAY + hours * HOUR + minutes * MINUTE + seconds;
+        return (years * 365 + months * 30 + days) * oneDay + hours * oneHour + minutes * oneMinute + seconds;
     }
 };
 
@@ -36,20 +36,20 @@ struct Unit {
     std::uint64_t Parts::*part;
 };
 
-constexpr Unit DATE_UNITS[] = {{'Y', &Parts::years}, {'M', &Parts::months}, {'D', &Parts::days}};
-constexpr Unit TIME_UNITS[] = {{'H', &Parts::hours}, {'M', &Parts::minutes}, {'S', &Parts::seconds}};
+constexpr Unit dateUnits[] = {{'Y', &Parts::years}, {'M', &Parts::months}, {'D', &Parts::days}};
+constexpr Unit timeUnits[] = {{'H', &Parts::hours}, {'M', &Parts::minutes}, {'S', &Parts::seconds}};
 
 /** Takes the number at the beginning of the text; false when there is none. What is too big becomes the
  * biggest. */
 bool takeNumber(std::string_view &text, std::uint64_t &number)
 {
-    constexpr std::uint64_t BIGGEST = 4'000'000'000;
+    constexpr std::uint64_t biggest = 4'000'000'000;
     const auto [end, problem] = std::from_chars(text.data(), text.data() + text.size(), number);
     if (problem == std::errc::invalid_argument) {
         return false;
     }
-    if (problem == std::errc::result_out_of_range || number > BIGGEST) {
-        number = BIGGEST;
+    if (problem == std::errc::result_out_of_range || number > biggest) {
+        number = biggest;
     }
     text.remove_prefix(static_cast<std::size_t>(end - text.data()));
     return true;
@@ -81,10 +81,10 @@ bool takePart(std::string_view &text, const Unit *units, std::size_t &next, Part
     if ((hasFraction && !takeFraction(text, microseconds)) || text.empty()) {
         return false;
     }
-    while (next < std::size(DATE_UNITS) && units[next].letter != text.front()) {
+    while (next < std::size(dateUnits) && units[next].letter != text.front()) {
         ++next;
     }
-    if (next == std::size(DATE_UNITS) || (hasFraction && text.front() != 'S')) {
+    if (next == std::size(dateUnits) || (hasFraction && text.front() != 'S')) {
         return false;
     }
     parts.*units[next++].part = number;
@@ -100,11 +100,11 @@ std::optional<Parts> readParts(std::string_view text)
     }
     text.remove_prefix(1);
     Parts parts;
-    const Unit *units = DATE_UNITS;
+    const Unit *units = dateUnits;
     std::size_t next = 0;
     while (!text.empty()) {
-        if (units == DATE_UNITS && text.front() == 'T') {
-            units = TIME_UNITS;
+        if (units == dateUnits && text.front() == 'T') {
+            units = timeUnits;
             next = 0;
             text.remove_prefix(1);
         }
@@ -155,15 +155,15 @@ std::string cimOffset(std::string_view text)
 std::string cimInterval(const Parts &parts)
 {
     const std::uint64_t seconds = parts.wholeSeconds();
-    if (seconds / DAY > 99'999'999) {
+    if (seconds / oneDay > 99'999'999) {
         return "";
     }
     char text[128];
     std::snprintf(text, sizeof text, "%08llu%02llu%02llu%02llu.%06llu:000",
-                  static_cast<unsigned long long>(seconds / DAY),
-                  static_cast<unsigned long long>(seconds % DAY / HOUR),
-                  static_cast<unsigned long long>(seconds % HOUR / MINUTE),
-                  static_cast<unsigned long long>(seconds % MINUTE),
+                  static_cast<unsigned long long>(seconds / oneDay),
+                  static_cast<unsigned long long>(seconds % oneDay / oneHour),
+                  static_cast<unsigned long long>(seconds % oneHour / oneMinute),
+                  static_cast<unsigned long long>(seconds % oneMinute),
                   static_cast<unsigned long long>(parts.microseconds));
     return text;
 }
@@ -216,11 +216,11 @@ std::string cimDateTime(std::string_view text)
 
 SchemaTime schemaTime(std::string_view cimText)
 {
-    constexpr std::size_t LENGTH = 25;
+    constexpr std::size_t cimLength = 25;
     const auto part = [cimText](std::size_t first, std::size_t length) {
         return std::string(cimText.substr(first, length));
     };
-    if (cimText.size() != LENGTH || !matches(cimText, "dddddddddddddd.dddddd")) {
+    if (cimText.size() != cimLength || !matches(cimText, "dddddddddddddd.dddddd")) {
         return {"CIM_DateTime", std::string(cimText)};
     }
     if (cimText[21] == ':') {

@@ -16,13 +16,13 @@ namespace
 {
 
 /** The kind of WS-Management's enumerations among all that are open. */
-constexpr int CONTEXT_KIND = 0x100;
+constexpr int contextKind = 0x100;
 
 /** What stands around the items in the body of an answer at most. */
-constexpr std::size_t AROUND = 512;
+constexpr std::size_t around = 512;
 
 /** Of one answer, when the client sets no limit. */
-constexpr std::size_t MOST_ITEMS = 1024;
+constexpr std::size_t mostItems = 1024;
 
 enum class Mode : char { Object = 'o', Endpoint = 'e', Both = 'b' };
 
@@ -78,7 +78,7 @@ std::size_t writeItems(Exchange &exchange, Writer &writer, const Items &items, s
         const std::size_t before = buffer.size();
         writeItem(writer, items, i, order);
         const std::size_t whole =
-            buffer.size() + AROUND + writer.envelopeSize(message.action, message.messageId);
+            buffer.size() + around + writer.envelopeSize(message.action, message.messageId);
         if (whole > message.maxEnvelopeSize || buffer.size() > order.maxCharacters) {
             buffer.truncate(before);
             fits = written != 0;
@@ -108,8 +108,8 @@ bool readCount(Exchange &exchange, pugi::xml_node element, std::size_t &count)
         return exchange.refuse(FaultKind::SchemaValidationError, "",
                                std::string(localName(element)) + " is no number greater than 0.");
     }
-    count = problem == std::errc() ? static_cast<std::size_t>(std::min<std::uint64_t>(number, MOST_ITEMS))
-                                   : MOST_ITEMS;
+    count = problem == std::errc() ? static_cast<std::size_t>(std::min<std::uint64_t>(number, mostItems))
+                                   : mostItems;
     return true;
 }
 
@@ -117,7 +117,7 @@ bool readCount(Exchange &exchange, pugi::xml_node element, std::size_t &count)
 
 bool readMode(Exchange &exchange, pugi::xml_node enumerate, Order &order)
 {
-    const pugi::xml_node element = childOf(enumerate, uri::WSMAN, "EnumerationMode");
+    const pugi::xml_node element = childOf(enumerate, uri::wsman, "EnumerationMode");
     const std::string_view mode = trimmedText(element, exchange.arena);
     if (mode == "EnumerateEPR") {
         order.mode = Mode::Endpoint;
@@ -133,7 +133,7 @@ bool readMode(Exchange &exchange, pugi::xml_node enumerate, Order &order)
 
 bool readPolymorphism(Exchange &exchange, pugi::xml_node enumerate, const Target &target, Order &order)
 {
-    const pugi::xml_node element = childOf(enumerate, uri::BINDING, "PolymorphismMode");
+    const pugi::xml_node element = childOf(enumerate, uri::binding, "PolymorphismMode");
     const std::string_view mode = trimmedText(element, exchange.arena);
     if (mode == "ExcludeSubClassProperties") {
         order.as = target.klass;
@@ -150,7 +150,7 @@ bool readPolymorphism(Exchange &exchange, pugi::xml_node enumerate, const Target
 
 bool readLifetime(Exchange &exchange, pugi::xml_node enumerate, Order &order)
 {
-    const pugi::xml_node element = childOf(enumerate, uri::ENUMERATION, "Expires");
+    const pugi::xml_node element = childOf(enumerate, uri::enumeration, "Expires");
     order.lifetime = exchange.service.contexts.limits().lifetime;
     if (!element) {
         return true;
@@ -172,10 +172,10 @@ bool readLifetime(Exchange &exchange, pugi::xml_node enumerate, Order &order)
 
 bool readOrder(Exchange &exchange, pugi::xml_node enumerate, const Target &target, Order &order)
 {
-    order.isOptimized = !childOf(enumerate, uri::WSMAN, "OptimizeEnumeration").empty();
+    order.isOptimized = !childOf(enumerate, uri::wsman, "OptimizeEnumeration").empty();
     return readMode(exchange, enumerate, order) && readPolymorphism(exchange, enumerate, target, order) &&
            readLifetime(exchange, enumerate, order) &&
-           readCount(exchange, childOf(enumerate, uri::WSMAN, "MaxElements"), order.maxElements);
+           readCount(exchange, childOf(enumerate, uri::wsman, "MaxElements"), order.maxElements);
 }
 
 // ------------------------------------------------------------------------------------------------- contexts
@@ -207,7 +207,7 @@ std::string keepOpen(Exchange &exchange, const Target &target, const Order &orde
                      std::size_t first)
 {
     std::unique_ptr<OpenEnumeration> rest = exchange.service.contexts.make();
-    rest->kind = CONTEXT_KIND;
+    rest->kind = contextKind;
     rest->note = noteOf(exchange, target, order);
     bool fits = true;
     for (std::size_t i = first; i < items.size() && fits; ++i) {
@@ -295,7 +295,7 @@ bool answerEnumerate(Exchange &exchange, const Target &target, const Order &orde
 
 bool enumerate(Exchange &exchange)
 {
-    const pugi::xml_node element = childOf(exchange.message.body, uri::ENUMERATION, "Enumerate");
+    const pugi::xml_node element = childOf(exchange.message.body, uri::enumeration, "Enumerate");
     if (!element) {
         return exchange.refuse(FaultKind::SchemaValidationError, "", "The body holds no wsen:Enumerate.");
     }
@@ -325,20 +325,20 @@ bool enumerate(Exchange &exchange)
 
 bool pull(Exchange &exchange)
 {
-    const pugi::xml_node element = childOf(exchange.message.body, uri::ENUMERATION, "Pull");
+    const pugi::xml_node element = childOf(exchange.message.body, uri::enumeration, "Pull");
     const std::string_view name =
-        trimmedText(childOf(element, uri::ENUMERATION, "EnumerationContext"), exchange.arena);
+        trimmedText(childOf(element, uri::enumeration, "EnumerationContext"), exchange.arena);
     Order order;
     if (!element) {
         return exchange.refuse(FaultKind::SchemaValidationError, "", "The body holds no wsen:Pull.");
     }
-    if (!readCount(exchange, childOf(element, uri::ENUMERATION, "MaxElements"), order.maxElements)) {
+    if (!readCount(exchange, childOf(element, uri::enumeration, "MaxElements"), order.maxElements)) {
         return false;
     }
-    if (const pugi::xml_node limit = childOf(element, uri::ENUMERATION, "MaxCharacters")) {
+    if (const pugi::xml_node limit = childOf(element, uri::enumeration, "MaxCharacters")) {
         order.maxCharacters = limit.text().as_ullong();
     }
-    const ContextUse use(exchange.service.contexts, exchange.http.principal, std::string(name), CONTEXT_KIND);
+    const ContextUse use(exchange.service.contexts, exchange.http.principal, std::string(name), contextKind);
     if (use.get() == nullptr) {
         return exchange.refuse(FaultKind::InvalidEnumerationContext, "", "");
     }
@@ -368,10 +368,10 @@ bool pull(Exchange &exchange)
 
 bool release(Exchange &exchange)
 {
-    const pugi::xml_node element = childOf(exchange.message.body, uri::ENUMERATION, "Release");
+    const pugi::xml_node element = childOf(exchange.message.body, uri::enumeration, "Release");
     const std::string_view name =
-        trimmedText(childOf(element, uri::ENUMERATION, "EnumerationContext"), exchange.arena);
-    ContextUse use(exchange.service.contexts, exchange.http.principal, std::string(name), CONTEXT_KIND);
+        trimmedText(childOf(element, uri::enumeration, "EnumerationContext"), exchange.arena);
+    ContextUse use(exchange.service.contexts, exchange.http.principal, std::string(name), contextKind);
     if (use.get() == nullptr) {
         return exchange.refuse(FaultKind::InvalidEnumerationContext, "", "");
     }

@@ -12,11 +12,11 @@ namespace host::wsman
 namespace
 {
 
-constexpr std::string_view NAMESPACE_SELECTOR = "__cimnamespace";
+constexpr std::string_view namespaceSelector = "__cimnamespace";
 
 bool isNameSpaceSelector(const Selector &selector)
 {
-    return cim::sameName(selector.name, NAMESPACE_SELECTOR);
+    return cim::sameName(selector.name, namespaceSelector);
 }
 
 /** The URI in two parts, the base with the slash at its end, and the name of the class. */
@@ -33,15 +33,15 @@ bool splitUri(std::string_view resourceUri, ClassUri &parts)
     }
     parts.base = resourceUri.substr(0, slash + 1);
     parts.className = resourceUri.substr(slash + 1);
-    return parts.base.size() > uri::CLASSES_TAIL.size() && parts.base.ends_with(uri::CLASSES_TAIL) &&
+    return parts.base.size() > uri::classesTail.size() && parts.base.ends_with(uri::classesTail) &&
            parts.base.find("://") != std::string_view::npos &&
-           parts.base == baseUri(parts.className, parts.base == uri::CIM_CLASSES ? "" : parts.base);
+           parts.base == baseUri(parts.className, parts.base == uri::cimClasses ? "" : parts.base);
 }
 
 std::string quoted(std::string_view text)
 {
-    constexpr std::size_t LONGEST = 200;
-    return std::string(text.substr(0, LONGEST));
+    constexpr std::size_t longest = 200;
+    return std::string(text.substr(0, longest));
 }
 
 bool readKeys(Exchange &exchange, const Endpoint &endpoint, PathText &path, unsigned depth);
@@ -171,7 +171,7 @@ bool Exchange::run(Request &request, Answer &answer)
 
 bool namesAllClasses(std::string_view resourceUri)
 {
-    return resourceUri == uri::ALL_CLASSES;
+    return resourceUri == uri::allClasses;
 }
 
 bool findNameSpace(Exchange &exchange, const ArenaList<Selector> &selectors, std::string_view &nameSpace)
@@ -209,7 +209,7 @@ bool findClass(Exchange &exchange, const Endpoint &endpoint, Target &target)
         return exchange.refuse(CMPI_RC_ERR_INVALID_CLASS,
                                "The class " + quoted(parts.className) + " does not exist.");
     }
-    if (parts.base != uri::CIM_CLASSES) {
+    if (parts.base != uri::cimClasses) {
         exchange.vendorBase = parts.base;
     }
     return true;
@@ -248,7 +248,7 @@ bool findTarget(Exchange &exchange, const Endpoint &endpoint, bool needsKeys, Ta
 namespace
 {
 
-constexpr std::size_t MAX_VALUES = 1024; // different names
+constexpr std::size_t maxValues = 1024; // different names
 
 /** The text of a datetime in the element of the common schema. */
 std::string_view dateTimeText(Exchange &exchange, pugi::xml_node element)
@@ -264,7 +264,7 @@ std::string_view dateTimeText(Exchange &exchange, pugi::xml_node element)
 
 bool readItem(Exchange &exchange, pugi::xml_node element, cim::Type type, FaultKind kind, ItemText &item)
 {
-    item.isNull = isTrue(attributeOf(element, uri::SCHEMA_INSTANCE, "nil"));
+    item.isNull = isTrue(attributeOf(element, uri::schemaInstance, "nil"));
     if (item.isNull) {
         return true;
     }
@@ -307,7 +307,7 @@ bool readValues(Exchange &exchange, pugi::xml_node parent, const Declarations &d
         }
         const auto [found, isNew] = places.try_emplace(name, values.size());
         if (isNew) {
-            if (places.size() > MAX_VALUES) {
+            if (places.size() > maxValues) {
                 return exchange.refuse(kind, "", "There are more than 1024 values.");
             }
             ValueText value;

@@ -6,60 +6,60 @@ namespace host::wsman
 namespace
 {
 
-constexpr std::string_view SENDER = "s:Sender";
-constexpr std::string_view RECEIVER = "s:Receiver";
+constexpr std::string_view sender = "s:Sender";
+constexpr std::string_view receiver = "s:Receiver";
 
-constexpr std::string_view ADDRESSING_FAULT = "http://schemas.xmlsoap.org/ws/2004/08/addressing/fault";
-constexpr std::string_view ENUMERATION_FAULT = "http://schemas.xmlsoap.org/ws/2004/09/enumeration/fault";
-constexpr std::string_view TRANSFER_FAULT = "http://schemas.xmlsoap.org/ws/2004/09/transfer/fault";
-constexpr std::string_view WSMAN_FAULT = "http://schemas.dmtf.org/wbem/wsman/1/wsman/fault";
+constexpr std::string_view addressingFault = "http://schemas.xmlsoap.org/ws/2004/08/addressing/fault";
+constexpr std::string_view enumerationFault = "http://schemas.xmlsoap.org/ws/2004/09/enumeration/fault";
+constexpr std::string_view transferFault = "http://schemas.xmlsoap.org/ws/2004/09/transfer/fault";
+constexpr std::string_view wsmanFault = "http://schemas.dmtf.org/wbem/wsman/1/wsman/fault";
 
-constexpr FaultForm FORMS[] = {
-    {FaultKind::AccessDenied, SENDER, "wsman:AccessDenied", WSMAN_FAULT,
+constexpr FaultForm forms[] = {
+    {FaultKind::AccessDenied, sender, "wsman:AccessDenied", wsmanFault,
      "The sender was not authorized to access the resource."},
-    {FaultKind::ActionNotSupported, SENDER, "wsa:ActionNotSupported", ADDRESSING_FAULT,
+    {FaultKind::ActionNotSupported, sender, "wsa:ActionNotSupported", addressingFault,
      "The action is not supported by the service."},
-    {FaultKind::AlreadyExists, SENDER, "wsman:AlreadyExists", WSMAN_FAULT,
+    {FaultKind::AlreadyExists, sender, "wsman:AlreadyExists", wsmanFault,
      "The sender attempted to create a resource which already exists."},
-    {FaultKind::CannotProcessFilter, SENDER, "wsen:CannotProcessFilter", ENUMERATION_FAULT,
+    {FaultKind::CannotProcessFilter, sender, "wsen:CannotProcessFilter", enumerationFault,
      "The requested filter could not be processed."},
-    {FaultKind::DestinationUnreachable, SENDER, "wsa:DestinationUnreachable", ADDRESSING_FAULT,
+    {FaultKind::DestinationUnreachable, sender, "wsa:DestinationUnreachable", addressingFault,
      "No route can be determined to reach the destination role defined by the WS-Addressing To."},
-    {FaultKind::EncodingLimit, SENDER, "wsman:EncodingLimit", WSMAN_FAULT,
+    {FaultKind::EncodingLimit, sender, "wsman:EncodingLimit", wsmanFault,
      "An internal encoding limit was exceeded in a request or would be violated if the message were "
      "processed."},
-    {FaultKind::FilterDialectRequestedUnavailable, SENDER, "wsen:FilterDialectRequestedUnavailable",
-     ENUMERATION_FAULT, "The requested filtering dialect is not supported."},
-    {FaultKind::InternalError, RECEIVER, "wsman:InternalError", WSMAN_FAULT,
+    {FaultKind::FilterDialectRequestedUnavailable, sender, "wsen:FilterDialectRequestedUnavailable",
+     enumerationFault, "The requested filtering dialect is not supported."},
+    {FaultKind::InternalError, receiver, "wsman:InternalError", wsmanFault,
      "The service cannot comply with the request due to internal processing errors."},
-    {FaultKind::InvalidEnumerationContext, RECEIVER, "wsen:InvalidEnumerationContext", ENUMERATION_FAULT,
+    {FaultKind::InvalidEnumerationContext, receiver, "wsen:InvalidEnumerationContext", enumerationFault,
      "The supplied enumeration context is invalid."},
-    {FaultKind::InvalidExpirationTime, SENDER, "wsen:InvalidExpirationTime", ENUMERATION_FAULT,
+    {FaultKind::InvalidExpirationTime, sender, "wsen:InvalidExpirationTime", enumerationFault,
      "The expiration time requested is invalid."},
-    {FaultKind::InvalidMessageInformationHeader, SENDER, "wsa:InvalidMessageInformationHeader",
-     ADDRESSING_FAULT, "A message information header is not valid and the message cannot be processed."},
-    {FaultKind::InvalidOptions, SENDER, "wsman:InvalidOptions", WSMAN_FAULT,
+    {FaultKind::InvalidMessageInformationHeader, sender, "wsa:InvalidMessageInformationHeader",
+     addressingFault, "A message information header is not valid and the message cannot be processed."},
+    {FaultKind::InvalidOptions, sender, "wsman:InvalidOptions", wsmanFault,
      "One or more options are not valid."},
-    {FaultKind::InvalidParameter, SENDER, "wsman:InvalidParameter", WSMAN_FAULT,
+    {FaultKind::InvalidParameter, sender, "wsman:InvalidParameter", wsmanFault,
      "An operation parameter is not valid."},
-    {FaultKind::InvalidRepresentation, SENDER, "wxf:InvalidRepresentation", TRANSFER_FAULT,
+    {FaultKind::InvalidRepresentation, sender, "wxf:InvalidRepresentation", transferFault,
      "The XML content is not valid."},
-    {FaultKind::InvalidSelectors, SENDER, "wsman:InvalidSelectors", WSMAN_FAULT,
+    {FaultKind::InvalidSelectors, sender, "wsman:InvalidSelectors", wsmanFault,
      "The Selectors for the resource are not valid."},
-    {FaultKind::MessageInformationHeaderRequired, SENDER, "wsa:MessageInformationHeaderRequired",
-     ADDRESSING_FAULT, "A required header is missing."},
-    {FaultKind::MustUnderstand, "s:MustUnderstand", "", ADDRESSING_FAULT,
+    {FaultKind::MessageInformationHeaderRequired, sender, "wsa:MessageInformationHeaderRequired",
+     addressingFault, "A required header is missing."},
+    {FaultKind::MustUnderstand, "s:MustUnderstand", "", addressingFault,
      "A header that must be understood is not supported by the service."},
-    {FaultKind::QuotaLimit, SENDER, "wsman:QuotaLimit", WSMAN_FAULT,
+    {FaultKind::QuotaLimit, sender, "wsman:QuotaLimit", wsmanFault,
      "The service is busy servicing other requests."},
-    {FaultKind::SchemaValidationError, SENDER, "wsman:SchemaValidationError", WSMAN_FAULT,
+    {FaultKind::SchemaValidationError, sender, "wsman:SchemaValidationError", wsmanFault,
      "The supplied SOAP violates the corresponding XML schema definition."},
-    {FaultKind::TimedOut, RECEIVER, "wsman:TimedOut", WSMAN_FAULT, "The operation has timed out."},
-    {FaultKind::UnsupportedExpirationType, SENDER, "wsen:UnsupportedExpirationType", ENUMERATION_FAULT,
+    {FaultKind::TimedOut, receiver, "wsman:TimedOut", wsmanFault, "The operation has timed out."},
+    {FaultKind::UnsupportedExpirationType, sender, "wsen:UnsupportedExpirationType", enumerationFault,
      "The specified expiration type is not supported."},
-    {FaultKind::UnsupportedFeature, SENDER, "wsman:UnsupportedFeature", WSMAN_FAULT,
+    {FaultKind::UnsupportedFeature, sender, "wsman:UnsupportedFeature", wsmanFault,
      "The specified feature is not supported."},
-    {FaultKind::VersionMismatch, "s:VersionMismatch", "", ADDRESSING_FAULT,
+    {FaultKind::VersionMismatch, "s:VersionMismatch", "", addressingFault,
      "The message is not a SOAP 1.2 envelope."},
 };
 
@@ -69,7 +69,7 @@ struct CimFault {
     std::string_view detail;
 };
 
-constexpr CimFault CIM_FAULTS[] = {
+constexpr CimFault cimFaults[] = {
     {CMPI_RC_ERR_ACCESS_DENIED, FaultKind::AccessDenied, ""},
     {CMPI_RC_ERR_INVALID_NAMESPACE, FaultKind::DestinationUnreachable, "InvalidResourceURI"},
     {CMPI_RC_ERR_INVALID_PARAMETER, FaultKind::InvalidParameter, ""},
@@ -90,7 +90,7 @@ constexpr CimFault CIM_FAULTS[] = {
 
 const FaultForm &formOf(FaultKind kind)
 {
-    for (const FaultForm &form : FORMS) {
+    for (const FaultForm &form : forms) {
         if (form.kind == kind) {
             return form;
         }
@@ -100,16 +100,16 @@ const FaultForm &formOf(FaultKind kind)
 
 unsigned httpStatus(FaultKind kind)
 {
-    constexpr unsigned BAD_REQUEST = 400;
-    constexpr unsigned INTERNAL_SERVER_ERROR = 500;
-    return formOf(kind).code == SENDER ? BAD_REQUEST : INTERNAL_SERVER_ERROR;
+    constexpr unsigned badRequest = 400;
+    constexpr unsigned internalServerError = 500;
+    return formOf(kind).code == sender ? badRequest : internalServerError;
 }
 
 Fault faultOfCimError(CMPIrc code, std::string_view text)
 {
     Fault fault;
     fault.kind = FaultKind::InternalError;
-    for (const CimFault &row : CIM_FAULTS) {
+    for (const CimFault &row : cimFaults) {
         if (row.code == code) {
             fault.kind = row.kind;
             fault.detail = row.detail;

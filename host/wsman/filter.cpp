@@ -12,7 +12,7 @@ namespace
 /** The text of the child element, for a request; null when there is none. */
 const char *filterText(Exchange &exchange, pugi::xml_node parent, std::string_view name)
 {
-    const std::string_view text = trimmedText(childOf(parent, uri::BINDING, name), exchange.arena);
+    const std::string_view text = trimmedText(childOf(parent, uri::binding, name), exchange.arena);
     return text.empty() ? nullptr : exchange.arena.copyText(text);
 }
 
@@ -21,7 +21,7 @@ const char **resultProperties(Exchange &exchange, pugi::xml_node parent)
 {
     ArenaList<const char *> names(exchange.arena);
     for (pugi::xml_node element = firstElement(parent); element; element = nextElement(element)) {
-        if (isElement(element, uri::BINDING, "IncludeResultProperty")) {
+        if (isElement(element, uri::binding, "IncludeResultProperty")) {
             names.append(exchange.arena.copyText(trimmedText(element, exchange.arena)));
         }
     }
@@ -34,10 +34,10 @@ const char **resultProperties(Exchange &exchange, pugi::xml_node parent)
 
 bool readAssociationFilter(Exchange &exchange, pugi::xml_node element, bool wantsPaths, Filter &filter)
 {
-    const pugi::xml_node associated = childOf(element, uri::BINDING, "AssociatedInstances");
-    const pugi::xml_node associations = childOf(element, uri::BINDING, "AssociationInstances");
+    const pugi::xml_node associated = childOf(element, uri::binding, "AssociatedInstances");
+    const pugi::xml_node associations = childOf(element, uri::binding, "AssociationInstances");
     const pugi::xml_node kind = associated ? associated : associations;
-    const pugi::xml_node object = childOf(kind, uri::BINDING, "Object");
+    const pugi::xml_node object = childOf(kind, uri::binding, "Object");
     if (!object || (associated && associations)) {
         return exchange.refuse(FaultKind::CannotProcessFilter, "",
                                "An association filter has one AssociatedInstances or AssociationInstances, "
@@ -68,7 +68,7 @@ bool readAssociationFilter(Exchange &exchange, pugi::xml_node element, bool want
 
 bool readSelectorFilter(Exchange &exchange, pugi::xml_node element, const Target &target, Filter &filter)
 {
-    const pugi::xml_node set = childOf(element, uri::WSMAN, "SelectorSet");
+    const pugi::xml_node set = childOf(element, uri::wsman, "SelectorSet");
     if (!set || target.klass == nullptr) {
         return exchange.refuse(FaultKind::CannotProcessFilter, "",
                                "A selector filter has a SelectorSet, and the resource is a class.");
@@ -77,7 +77,7 @@ bool readSelectorFilter(Exchange &exchange, pugi::xml_node element, const Target
         return false;
     }
     for (const Selector &selector : filter.selectors) {
-        if (selector.reference != nullptr || target.klass->placeOf(selector.name) == cim::NO_PROPERTY) {
+        if (selector.reference != nullptr || target.klass->placeOf(selector.name) == cim::noProperty) {
             return exchange.refuse(FaultKind::CannotProcessFilter, "",
                                    "The selector filter cannot tell objects of the class " +
                                        target.klass->name + " by " +
@@ -145,9 +145,9 @@ bool Filter::apply(Exchange &exchange, Answer &answer) const
 bool readFilter(Exchange &exchange, pugi::xml_node enumerate, const Target &target, bool wantsPaths,
                 Filter &filter)
 {
-    pugi::xml_node element = childOf(enumerate, uri::WSMAN, "Filter");
+    pugi::xml_node element = childOf(enumerate, uri::wsman, "Filter");
     if (!element) {
-        element = childOf(enumerate, uri::ENUMERATION, "Filter");
+        element = childOf(enumerate, uri::enumeration, "Filter");
     }
     filter.request.nameSpace = target.nameSpace;
     if (!element) {
@@ -162,16 +162,16 @@ bool readFilter(Exchange &exchange, pugi::xml_node enumerate, const Target &targ
     }
     filter.request.className = target.klass != nullptr ? std::string_view(target.klass->name) : "";
     const std::string_view dialect = trim(attributeOf(element, "", "Dialect").value());
-    if (dialect == uri::ASSOCIATION_FILTER) {
+    if (dialect == uri::associationFilter) {
         return readAssociationFilter(exchange, element, wantsPaths, filter);
     }
-    if (dialect == uri::SELECTOR_FILTER) {
+    if (dialect == uri::selectorFilter) {
         return readSelectorFilter(exchange, element, target, filter);
     }
-    if (dialect == uri::CQL) {
+    if (dialect == uri::cql) {
         return readQuery(exchange, element, "DMTF:CQL", filter);
     }
-    if (dialect == uri::WQL) {
+    if (dialect == uri::wql) {
         return readQuery(exchange, element, "WQL", filter);
     }
     return exchange.refuse(FaultKind::FilterDialectRequestedUnavailable, "",

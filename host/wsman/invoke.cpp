@@ -39,10 +39,10 @@ std::string_view methodName(const Message &message)
 /** The element with the arguments; null when there is none, which is a call without arguments. */
 bool findInput(Exchange &exchange, std::string_view method, pugi::xml_node &input)
 {
-    constexpr std::string_view TAIL = "_INPUT";
+    constexpr std::string_view tail = "_INPUT";
     input = firstElement(exchange.message.body);
     const std::string_view name = localName(input);
-    if (input && (!name.ends_with(TAIL) || name.substr(0, name.size() - TAIL.size()) != method)) {
+    if (input && (!name.ends_with(tail) || name.substr(0, name.size() - tail.size()) != method)) {
         return exchange.refuse(FaultKind::SchemaValidationError, "",
                                "The body holds something else than " + std::string(method) + "_INPUT.");
     }
@@ -66,7 +66,7 @@ void writeOutput(Exchange &exchange, const cim::Class &klass, const cim::Method 
 
 /** compat: the names of the root classes are asked for as a method of a resource that several services have,
  * whose URI ends the same everywhere. */
-constexpr std::string_view INTRINSIC_TAIL = "/wbem/wscim/1/intrinsic";
+constexpr std::string_view intrinsicTail = "/wbem/wscim/1/intrinsic";
 
 bool enumerateClassNames(Exchange &exchange)
 {
@@ -100,7 +100,7 @@ bool invoke(Exchange &exchange)
                                "The action is none of WS-Management's; a method is called by the resource "
                                "URI of its class, a slash, and its name.");
     }
-    if (exchange.message.resource.resourceUri.ends_with(INTRINSIC_TAIL) && name == "EnumerateClassNames") {
+    if (exchange.message.resource.resourceUri.ends_with(intrinsicTail) && name == "EnumerateClassNames") {
         return enumerateClassNames(exchange);
     }
     Target target;

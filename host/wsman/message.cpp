@@ -12,9 +12,9 @@ namespace host::wsman
 namespace
 {
 
-constexpr std::size_t MAX_SELECTORS = 64;
-constexpr std::size_t SMALLEST_ENVELOPE = 8192; // that a client may insist on (DSP0226)
-constexpr unsigned MAX_NESTED_ENDPOINTS = 8;    // an association whose ends are associations, and so on
+constexpr std::size_t maxSelectors = 64;
+constexpr std::size_t smallestEnvelope = 8192; // that a client may insist on (DSP0226)
+constexpr unsigned maxNestedEndpoints = 8;     // an association whose ends are associations, and so on
 
 bool refuse(Fault &fault, FaultKind kind, std::string_view detail, std::string_view text)
 {
@@ -39,7 +39,7 @@ bool readSelectors(pugi::xml_node set, Arena &arena, ArenaList<Selector> &select
                    unsigned depth)
 {
     for (pugi::xml_node element = firstElement(set); element; element = nextElement(element)) {
-        if (!isElement(element, uri::WSMAN, "Selector")) {
+        if (!isElement(element, uri::wsman, "Selector")) {
             return refuse(fault, FaultKind::SchemaValidationError, "",
                           "A SelectorSet has another child than Selector.");
         }
@@ -57,7 +57,7 @@ bool readSelectors(pugi::xml_node set, Arena &arena, ArenaList<Selector> &select
         } else {
             selector.text = wholeText(element, arena);
         }
-        if (selectors.size() == MAX_SELECTORS) {
+        if (selectors.size() == maxSelectors) {
             return refuse(fault, FaultKind::InvalidSelectors, "UnexpectedSelectors",
                           "There are more than 64 selectors.");
         }
@@ -68,20 +68,20 @@ bool readSelectors(pugi::xml_node set, Arena &arena, ArenaList<Selector> &select
 
 bool readEndpoint(pugi::xml_node parent, Arena &arena, Endpoint &endpoint, Fault &fault, unsigned depth)
 {
-    if (depth > MAX_NESTED_ENDPOINTS) {
+    if (depth > maxNestedEndpoints) {
         return refuse(fault, FaultKind::InvalidSelectors, "InvalidValue",
                       "Endpoint references are nested more than 8 deep.");
     }
-    if (const pugi::xml_node inner = childOf(parent, uri::ADDRESSING, "EndpointReference")) {
+    if (const pugi::xml_node inner = childOf(parent, uri::addressing, "EndpointReference")) {
         parent = inner;
     }
-    const pugi::xml_node parameters = childOf(parent, uri::ADDRESSING, "ReferenceParameters");
-    endpoint.resourceUri = trimmedText(childOf(parameters, uri::WSMAN, "ResourceURI"), arena);
+    const pugi::xml_node parameters = childOf(parent, uri::addressing, "ReferenceParameters");
+    endpoint.resourceUri = trimmedText(childOf(parameters, uri::wsman, "ResourceURI"), arena);
     if (endpoint.resourceUri.empty()) {
         return refuse(fault, FaultKind::InvalidMessageInformationHeader, "",
                       "An endpoint reference has no ResourceURI.");
     }
-    return readSelectors(childOf(parameters, uri::WSMAN, "SelectorSet"), arena, endpoint.selectors, fault,
+    return readSelectors(childOf(parameters, uri::wsman, "SelectorSet"), arena, endpoint.selectors, fault,
                          depth);
 }
 
@@ -89,8 +89,8 @@ bool readEndpoint(pugi::xml_node parent, Arena &arena, Endpoint &endpoint, Fault
 
 bool readReplyTo(pugi::xml_node header, Arena &arena, Message &, Fault &fault)
 {
-    const std::string_view address = trimmedText(childOf(header, uri::ADDRESSING, "Address"), arena);
-    if (address != uri::ANONYMOUS) {
+    const std::string_view address = trimmedText(childOf(header, uri::addressing, "Address"), arena);
+    if (address != uri::anonymous) {
         return refuse(fault, FaultKind::UnsupportedFeature, "AddressingMode",
                       "Answers go back on the connection of the request only.");
     }
@@ -119,7 +119,7 @@ bool readMaxEnvelopeSize(pugi::xml_node header, Arena &arena, Message &message, 
         return refuseHeader(fault, FaultKind::InvalidMessageInformationHeader, "", "MaxEnvelopeSize",
                             "The MaxEnvelopeSize is no number of octets.");
     }
-    if (size < SMALLEST_ENVELOPE) {
+    if (size < smallestEnvelope) {
         return refuse(fault, FaultKind::EncodingLimit, "MinimumEnvelopeLimit",
                       "A MaxEnvelopeSize below 8192 octets is not supported.");
     }
@@ -130,7 +130,7 @@ bool readMaxEnvelopeSize(pugi::xml_node header, Arena &arena, Message &message, 
 bool readLocale(pugi::xml_node header, Arena &, Message &, Fault &fault)
 {
     const std::string_view language = header.attribute("xml:lang").value();
-    if (isTrue(attributeOf(header, uri::SOAP, "mustUnderstand")) && !language.starts_with("en")) {
+    if (isTrue(attributeOf(header, uri::soap, "mustUnderstand")) && !language.starts_with("en")) {
         return refuse(fault, FaultKind::UnsupportedFeature, "Locale", "The service speaks English only.");
     }
     return true;
@@ -150,7 +150,7 @@ bool readOptions(pugi::xml_node header, Arena &, Message &, Fault &fault)
 bool readFragment(pugi::xml_node header, Arena &arena, Message &message, Fault &fault)
 {
     const std::string_view dialect = attributeOf(header, "", "Dialect").value();
-    if (!dialect.empty() && dialect != uri::XPATH) {
+    if (!dialect.empty() && dialect != uri::xpath) {
         return refuse(fault, FaultKind::UnsupportedFeature, "FragmentLevelAccess",
                       "Fragments are named by XPath only.");
     }
@@ -198,27 +198,27 @@ struct Header {
     bool (*read)(pugi::xml_node header, Arena &arena, Message &message, Fault &fault);
 };
 
-constexpr Header HEADERS[] = {
-    {uri::ADDRESSING, "Action", readAction},
-    {uri::ADDRESSING, "MessageID", readMessageId},
-    {uri::WSMAN, "ResourceURI", readResourceUri},
-    {uri::WSMAN, "SelectorSet", readSelectorSet},
-    {uri::ADDRESSING, "To", passOver},
-    {uri::ADDRESSING, "From", passOver},
-    {uri::ADDRESSING, "ReplyTo", readReplyTo},
-    {uri::ADDRESSING, "FaultTo", readReplyTo},
-    {uri::WSMAN, "OperationTimeout", readTimeout},
-    {uri::WSMAN, "MaxEnvelopeSize", readMaxEnvelopeSize},
-    {uri::WSMAN, "FragmentTransfer", readFragment},
-    {uri::WSMAN, "Locale", readLocale},
-    {uri::WSMAN, "OptionSet", readOptions},
-    {uri::WSMAN, "RequestTotalItemsCountEstimate", readItemCount},
+constexpr Header knownHeaders[] = {
+    {uri::addressing, "Action", readAction},
+    {uri::addressing, "MessageID", readMessageId},
+    {uri::wsman, "ResourceURI", readResourceUri},
+    {uri::wsman, "SelectorSet", readSelectorSet},
+    {uri::addressing, "To", passOver},
+    {uri::addressing, "From", passOver},
+    {uri::addressing, "ReplyTo", readReplyTo},
+    {uri::addressing, "FaultTo", readReplyTo},
+    {uri::wsman, "OperationTimeout", readTimeout},
+    {uri::wsman, "MaxEnvelopeSize", readMaxEnvelopeSize},
+    {uri::wsman, "FragmentTransfer", readFragment},
+    {uri::wsman, "Locale", readLocale},
+    {uri::wsman, "OptionSet", readOptions},
+    {uri::wsman, "RequestTotalItemsCountEstimate", readItemCount},
 };
 
 const Header *findHeader(pugi::xml_node element)
 {
     const std::string_view name = localName(element);
-    for (const Header &header : HEADERS) {
+    for (const Header &header : knownHeaders) {
         if (header.name == name && header.nameSpace == nameSpaceOf(element)) {
             return &header;
         }
@@ -229,11 +229,11 @@ const Header *findHeader(pugi::xml_node element)
 /** The MessageID is read before anything can go wrong, so that every fault can say what it relates to. */
 bool readHeaders(pugi::xml_node headers, Arena &arena, Message &message, Fault &fault)
 {
-    message.messageId = trimmedText(childOf(headers, uri::ADDRESSING, "MessageID"), arena);
+    message.messageId = trimmedText(childOf(headers, uri::addressing, "MessageID"), arena);
     for (pugi::xml_node element = firstElement(headers); element; element = nextElement(element)) {
         const Header *header = findHeader(element);
         if (header == nullptr) {
-            if (isTrue(attributeOf(element, uri::SOAP, "mustUnderstand"))) {
+            if (isTrue(attributeOf(element, uri::soap, "mustUnderstand"))) {
                 refuseHeader(fault, FaultKind::MustUnderstand, "", localName(element), "");
                 fault.subjectNameSpace = nameSpaceOf(element);
                 return false;
@@ -253,14 +253,14 @@ bool readHeaders(pugi::xml_node headers, Arena &arena, Message &message, Fault &
     return true;
 }
 
-constexpr std::size_t MAX_HEADERS = 32;
+constexpr std::size_t maxHeaders = 32;
 
 } // namespace
 
 bool holdsEndpoint(pugi::xml_node parent)
 {
-    return childOf(parent, uri::ADDRESSING, "ReferenceParameters") ||
-           childOf(parent, uri::ADDRESSING, "EndpointReference");
+    return childOf(parent, uri::addressing, "ReferenceParameters") ||
+           childOf(parent, uri::addressing, "EndpointReference");
 }
 
 bool readEndpoint(pugi::xml_node parent, Arena &arena, Endpoint &endpoint, Fault &fault)
@@ -276,20 +276,20 @@ bool readSelectors(pugi::xml_node set, Arena &arena, ArenaList<Selector> &select
 bool readMessage(const pugi::xml_document &document, Arena &arena, Message &message, Fault &fault)
 {
     const pugi::xml_node envelope = document.document_element();
-    if (!isElement(envelope, uri::SOAP, "Envelope")) {
+    if (!isElement(envelope, uri::soap, "Envelope")) {
         return localName(envelope) == "Envelope"
                    ? refuse(fault, FaultKind::VersionMismatch, "", "")
                    : refuse(fault, FaultKind::SchemaValidationError, "", "The document is no SOAP envelope.");
     }
-    const pugi::xml_node headers = childOf(envelope, uri::SOAP, "Header");
-    message.body = childOf(envelope, uri::SOAP, "Body");
+    const pugi::xml_node headers = childOf(envelope, uri::soap, "Header");
+    message.body = childOf(envelope, uri::soap, "Body");
     if (!message.body) {
         return refuse(fault, FaultKind::SchemaValidationError, "", "The envelope has no Body.");
     }
-    message.isIdentify = isElement(firstElement(message.body), uri::IDENTITY, "Identify");
+    message.isIdentify = isElement(firstElement(message.body), uri::identity, "Identify");
     std::size_t count = 0;
     for (pugi::xml_node element = firstElement(headers); element; element = nextElement(element)) {
-        if (++count > MAX_HEADERS) {
+        if (++count > maxHeaders) {
             return refuse(fault, FaultKind::SchemaValidationError, "", "There are more than 32 headers.");
         }
     }

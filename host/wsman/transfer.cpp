@@ -20,7 +20,7 @@ class Properties final : public Declarations
     Declared find(std::string_view name) const override
     {
         const std::size_t place = klass_.placeOf(name);
-        if (place == cim::NO_PROPERTY) {
+        if (place == cim::noProperty) {
             return {};
         }
         return {klass_.properties[place].type, klass_.properties[place].isArray};
@@ -56,11 +56,11 @@ bool takeIndex(std::string_view &text, std::size_t &index)
 /** Reads the part of XPath that names a property: [/Class/]Property[n][/text()], with or without prefixes. */
 bool readFragment(Exchange &exchange, const cim::Class &klass, Fragment &fragment)
 {
-    constexpr std::string_view TEXT = "/text()";
+    constexpr std::string_view textStep = "/text()";
     std::string_view text = *exchange.message.fragment;
-    if (text.ends_with(TEXT)) {
+    if (text.ends_with(textStep)) {
         fragment.textOnly = true;
-        text.remove_suffix(TEXT.size());
+        text.remove_suffix(textStep.size());
     }
     const bool isGood = takeIndex(text, fragment.index);
     const std::size_t slash = text.rfind('/');
@@ -69,7 +69,7 @@ bool readFragment(Exchange &exchange, const cim::Class &klass, Fragment &fragmen
     }
     text.remove_prefix(text.find(':') + 1); // npos + 1 is 0
     fragment.place = klass.placeOf(text);
-    if (!isGood || fragment.place == cim::NO_PROPERTY) {
+    if (!isGood || fragment.place == cim::noProperty) {
         return exchange.refuse(FaultKind::InvalidRepresentation, "InvalidFragment",
                                "The fragment " + std::string(exchange.message.fragment->substr(0, 200)) +
                                    " names no property of the class " + klass.name + ".");
@@ -157,7 +157,7 @@ Instance *readInstance(Exchange &exchange, const Target &target, bool needsTarge
 Instance *readFragmentInstance(Exchange &exchange, const Target &target, const Fragment &fragment)
 {
     const cim::Property &property = target.klass->properties[fragment.place];
-    const pugi::xml_node element = childOf(exchange.message.body, uri::WSMAN, "XmlFragment");
+    const pugi::xml_node element = childOf(exchange.message.body, uri::wsman, "XmlFragment");
     if (!element) {
         exchange.refuse(FaultKind::InvalidRepresentation, "MissingValues",
                         "The body holds no wsman:XmlFragment.");
@@ -207,7 +207,7 @@ bool identify(Exchange &exchange)
                         " xmlns:wsmid=\"http://schemas.dmtf.org/wbem/wsman/identity/1/wsmanidentity.xsd\">"
                         "<s:Header/><s:Body><wsmid:IdentifyResponse>");
     Writer writer = exchange.writer();
-    writer.element("wsmid:ProtocolVersion", uri::WSMAN);
+    writer.element("wsmid:ProtocolVersion", uri::wsman);
     writer.element("wsmid:ProductVendor", exchange.service.vendor);
     writer.element("wsmid:ProductVersion", exchange.service.version);
     exchange.out.append("</wsmid:IdentifyResponse></s:Body></s:Envelope>\n");

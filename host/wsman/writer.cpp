@@ -17,19 +17,19 @@ namespace host::wsman
 namespace
 {
 
-constexpr std::string_view HEAD = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-                                  "<s:Envelope xmlns:s=\"http://www.w3.org/2003/05/soap-envelope\""
-                                  " xmlns:wsa=\"http://schemas.xmlsoap.org/ws/2004/08/addressing\""
-                                  " xmlns:wsman=\"http://schemas.dmtf.org/wbem/wsman/1/wsman.xsd\""
-                                  " xmlns:wsen=\"http://schemas.xmlsoap.org/ws/2004/09/enumeration\""
-                                  " xmlns:wxf=\"http://schemas.xmlsoap.org/ws/2004/09/transfer\""
-                                  " xmlns:cim=\"http://schemas.dmtf.org/wbem/wscim/1/common\""
-                                  " xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\"";
+constexpr std::string_view envelopeStart = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                                           "<s:Envelope xmlns:s=\"http://www.w3.org/2003/05/soap-envelope\""
+                                           " xmlns:wsa=\"http://schemas.xmlsoap.org/ws/2004/08/addressing\""
+                                           " xmlns:wsman=\"http://schemas.dmtf.org/wbem/wsman/1/wsman.xsd\""
+                                           " xmlns:wsen=\"http://schemas.xmlsoap.org/ws/2004/09/enumeration\""
+                                           " xmlns:wxf=\"http://schemas.xmlsoap.org/ws/2004/09/transfer\""
+                                           " xmlns:cim=\"http://schemas.dmtf.org/wbem/wscim/1/common\""
+                                           " xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\"";
 
-constexpr std::string_view HEADERS =
+constexpr std::string_view headersStart =
     "><s:Header><wsa:To>http://schemas.xmlsoap.org/ws/2004/08/addressing/role/anonymous</wsa:To><wsa:Action>";
 
-constexpr std::string_view FAULT_DETAIL = "http://schemas.dmtf.org/wbem/wsman/1/wsman/faultDetail/";
+constexpr std::string_view faultDetails = "http://schemas.dmtf.org/wbem/wsman/1/wsman/faultDetail/";
 
 /** A uuid: URI that no other message of this process has, nor of another one. */
 std::string_view makeMessageId(char (&text)[48])
@@ -93,7 +93,7 @@ const ClassFragments &FragmentCache::of(const cim::Class &klass)
 
 std::string_view baseUri(std::string_view className, std::string_view vendorBase)
 {
-    return className.starts_with("CIM_") || className.starts_with("PRS_") ? uri::CIM_CLASSES : vendorBase;
+    return className.starts_with("CIM_") || className.starts_with("PRS_") ? uri::cimClasses : vendorBase;
 }
 
 // ------------------------------------------------------------------------------------------------- envelope
@@ -101,7 +101,7 @@ std::string_view baseUri(std::string_view className, std::string_view vendorBase
 std::string Writer::head(std::string_view action, std::string_view suffix, std::string_view relatesTo) const
 {
     TextBuffer text;
-    text.append(HEAD);
+    text.append(envelopeStart);
     for (const ClassFragments *fragments : declared_) {
         text.append(" xmlns:");
         text.append(std::string_view(fragments->prefix).substr(0, fragments->prefix.size() - 1));
@@ -110,7 +110,7 @@ std::string Writer::head(std::string_view action, std::string_view suffix, std::
         text.append(fragments->name);
         text.append('"');
     }
-    text.append(HEADERS);
+    text.append(headersStart);
     appendEscaped(text, action);
     text.append(suffix);
     text.append("</wsa:Action>");
@@ -135,12 +135,13 @@ void Writer::finish(std::string_view action, std::string_view suffix, std::strin
 
 std::size_t Writer::envelopeSize(std::string_view action, std::string_view relatesTo) const
 {
-    constexpr std::size_t TAGS = 512;  // of the headers and the body
-    constexpr std::size_t LONGEST = 6; // of an escaped character
-    constexpr std::size_t DECLARED = 32;
-    std::size_t size = HEAD.size() + HEADERS.size() + TAGS + (action.size() + relatesTo.size()) * LONGEST;
+    constexpr std::size_t tagsSize = 512; // of the headers and the body
+    constexpr std::size_t longest = 6;    // of an escaped character
+    constexpr std::size_t declaredSize = 32;
+    std::size_t size =
+        envelopeStart.size() + headersStart.size() + tagsSize + (action.size() + relatesTo.size()) * longest;
     for (const ClassFragments *fragments : declared_) {
-        size += DECLARED + vendorBase_.size() * LONGEST + uri::CIM_CLASSES.size() + fragments->name.size();
+        size += declaredSize + vendorBase_.size() * longest + uri::cimClasses.size() + fragments->name.size();
     }
     return size;
 }
@@ -236,13 +237,13 @@ void Writer::faultDetail(const Fault &fault)
     }
     if (namesDialects) {
         for (const std::string_view dialect :
-             {uri::SELECTOR_FILTER, uri::ASSOCIATION_FILTER, uri::CQL, uri::WQL}) {
+             {uri::selectorFilter, uri::associationFilter, uri::cql, uri::wql}) {
             element("wsen:SupportedDialect", dialect);
         }
     }
     if (!fault.detail.empty()) {
         out_.append("<wsman:FaultDetail>");
-        out_.append(FAULT_DETAIL);
+        out_.append(faultDetails);
         out_.append(fault.detail);
         out_.append("</wsman:FaultDetail>");
     }
@@ -276,7 +277,7 @@ void Writer::instance(const Instance &instance, const cim::Class *as)
         if (as != nullptr && as != instance.klass) {
             place = instance.klass->placeOf(as->properties[place].name);
         }
-        if (place != cim::NO_PROPERTY && (instance.visible == nullptr || instance.visible->contains(place))) {
+        if (place != cim::noProperty && (instance.visible == nullptr || instance.visible->contains(place))) {
             items(instance.values[place], property.open, property.close, property.null);
         }
     }
@@ -317,7 +318,7 @@ void Writer::endpoint(const Path &path)
 void Writer::endpointParts(const Path &path)
 {
     out_.append("<wsa:Address>");
-    out_.append(uri::ANONYMOUS);
+    out_.append(uri::anonymous);
     out_.append("</wsa:Address><wsa:ReferenceParameters><wsman:ResourceURI>");
     resourceUri(path.className->view());
     out_.append("</wsman:ResourceURI><wsman:SelectorSet>");
@@ -379,10 +380,10 @@ void Writer::items(const CMPIData &data, std::string_view open, std::string_view
 
 void Writer::scalar(const CMPIData &data)
 {
-    constexpr std::size_t LONGEST = 64;
-    char *place = out_.grow(LONGEST);
+    constexpr std::size_t longest = 64;
+    char *place = out_.grow(longest);
     const auto number = [&](auto value) {
-        out_.extend(static_cast<std::size_t>(std::to_chars(place, place + LONGEST, value).ptr - place));
+        out_.extend(static_cast<std::size_t>(std::to_chars(place, place + longest, value).ptr - place));
     };
     const auto real = [&](auto value) {
         if (std::isfinite(value)) {

@@ -11,7 +11,7 @@ namespace
 using wsman::Exchange;
 using wsman::FaultKind;
 
-constexpr std::size_t FIRST_CHUNK = std::size_t{32} * 1024; // of a request's memory
+constexpr std::size_t firstChunk = std::size_t{32} * 1024; // of a request's memory
 
 struct Action {
     std::string_view name;
@@ -19,23 +19,26 @@ struct Action {
     bool changes; // then the answer may be too long, but what was done is done
 };
 
-constexpr Action ACTIONS[] = {
-    {wsman::uri::GET, wsman::get, false},         {wsman::uri::PUT, wsman::put, true},
-    {wsman::uri::CREATE, wsman::create, true},    {wsman::uri::DELETE, wsman::remove, true},
-    {wsman::uri::PULL, wsman::pull, false},       {wsman::uri::ENUMERATE, wsman::enumerate, false},
-    {wsman::uri::RELEASE, wsman::release, false},
+constexpr Action actions[] = {
+    {wsman::uri::getAction, wsman::get, false},
+    {wsman::uri::putAction, wsman::put, true},
+    {wsman::uri::createAction, wsman::create, true},
+    {wsman::uri::deleteAction, wsman::remove, true},
+    {wsman::uri::pullAction, wsman::pull, false},
+    {wsman::uri::enumerateAction, wsman::enumerate, false},
+    {wsman::uri::releaseAction, wsman::release, false},
 };
 
-constexpr Action INVOKE = {"", wsman::invoke, true};
+constexpr Action invokeAction = {"", wsman::invoke, true};
 
 const Action &actionOf(std::string_view name)
 {
-    for (const Action &action : ACTIONS) {
+    for (const Action &action : actions) {
         if (action.name == name) {
             return action;
         }
     }
-    return INVOKE;
+    return invokeAction;
 }
 
 /** Does what the message asks. False with the fault when it cannot be done. */
@@ -46,7 +49,8 @@ bool answer(Exchange &exchange)
         return wsman::identify(exchange);
     }
     const Action &action = actionOf(message.action);
-    if (message.fragment && message.action != wsman::uri::GET && message.action != wsman::uri::PUT) {
+    if (message.fragment && message.action != wsman::uri::getAction &&
+        message.action != wsman::uri::putAction) {
         return exchange.refuse(FaultKind::UnsupportedFeature, "FragmentLevelAccess",
                                "Get and Put have fragments, other actions have not.");
     }
@@ -85,17 +89,17 @@ bool WsmanFrontEnd::takes(std::string_view mediaType) const
 
 HttpReply WsmanFrontEnd::handle(const HttpRequest &request, TextBuffer &out)
 {
-    constexpr unsigned OPTIONS = pugi::parse_cdata | pugi::parse_escapes | pugi::parse_wconv_attribute |
-                                 pugi::parse_eol |
-                                 pugi::parse_ws_pcdata_single; // a value may consist of blanks
+    constexpr unsigned parseOptions = pugi::parse_cdata | pugi::parse_escapes | pugi::parse_wconv_attribute |
+                                      pugi::parse_eol |
+                                      pugi::parse_ws_pcdata_single; // a value may consist of blanks
     pugi::xml_document document;
-    Arena arena(FIRST_CHUNK, request.memory);
+    Arena arena(firstChunk, request.memory);
     Exchange exchange(service_, request, arena, out);
     HttpReply reply;
     reply.contentType = "application/soap+xml;charset=UTF-8";
-    const bool isXml =
-        checkXml(request.body, limits_) &&
-        document.load_buffer_inplace(request.body.data(), request.body.size(), OPTIONS, pugi::encoding_utf8);
+    const bool isXml = checkXml(request.body, limits_) &&
+                       document.load_buffer_inplace(request.body.data(), request.body.size(), parseOptions,
+                                                    pugi::encoding_utf8);
     if (!isXml) {
         exchange.refuse(FaultKind::SchemaValidationError, "", "The document is no well-formed XML.");
     }

@@ -24,11 +24,11 @@ std::string_view withoutPrefix(std::string_view name)
 /** True when the attribute declares the prefix, or the default namespace for the prefix "". */
 bool declares(std::string_view attribute, std::string_view prefix)
 {
-    constexpr std::string_view DECLARATION = "xmlns";
-    if (!attribute.starts_with(DECLARATION)) {
+    constexpr std::string_view declaration = "xmlns";
+    if (!attribute.starts_with(declaration)) {
         return false;
     }
-    attribute.remove_prefix(DECLARATION.size());
+    attribute.remove_prefix(declaration.size());
     return prefix.empty() ? attribute.empty() : attribute.starts_with(':') && attribute.substr(1) == prefix;
 }
 
@@ -142,10 +142,10 @@ std::string_view trimmedText(pugi::xml_node element, Arena &arena)
 
 std::string_view trim(std::string_view text)
 {
-    constexpr std::string_view BLANKS = " \t\r\n";
-    const std::size_t first = text.find_first_not_of(BLANKS);
+    constexpr std::string_view blanks = " \t\r\n";
+    const std::size_t first = text.find_first_not_of(blanks);
     return first == std::string_view::npos ? std::string_view()
-                                           : text.substr(first, text.find_last_not_of(BLANKS) - first + 1);
+                                           : text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
 } // namespace host::wsman

@@ -101,7 +101,7 @@ class Process
     std::string errors_;
 };
 
-const std::string NAMES =
+const std::string namesRequest =
     test::intrinsic("EnumerateInstanceNames",
                     "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"Test_Thing\"/></IPARAMVALUE>");
 
@@ -350,7 +350,7 @@ TEST_F(Program, MakesACertificateAndServesWithIt)
                                             "-u",
                                             "operator:secret",
                                             "--data-binary",
-                                            NAMES,
+                                            namesRequest,
                                             "-H",
                                             "CIMOperation: MethodCall"};
         command.insert(command.end(), more.begin(), more.end());
@@ -430,7 +430,7 @@ TEST_F(Program, KeepsTheOutputOfProvidersApart)
     std::string expected = atStart;
     test::Client client(port_);
     for (int i = 0; i < 3; ++i) {
-        const test::HttpAnswer answer = client.exchange(post(NAMES));
+        const test::HttpAnswer answer = client.exchange(post(namesRequest));
         ASSERT_THAT(answer.body, HasSubstr("<INSTANCENAME "));
         expected += "the things are named\n";
         EXPECT_EQ(test::readFile(directory_.file("trace")), expected)
@@ -455,7 +455,7 @@ TEST_F(Program, LeavesAProviderBehindThatDoesNotReturn)
     test::Client waiting(port_);
     std::string answer;
     while (answer.find("keeping the providers busy") == std::string::npos) {
-        answer = waiting.exchange(post(NAMES)).body;
+        answer = waiting.exchange(post(namesRequest)).body;
         ASSERT_NE(answer, "");
     }
     process->signal(SIGTERM);

@@ -206,7 +206,7 @@ bool Client::closed(int seconds)
 
 std::string base64(std::string_view text)
 {
-    static constexpr char DIGITS[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    static constexpr char digits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     std::string result;
     for (std::size_t i = 0; i < text.size(); i += 3) {
         unsigned group = 0;
@@ -214,7 +214,7 @@ std::string base64(std::string_view text)
             group = group << 8 | (i + j < text.size() ? static_cast<unsigned char>(text[i + j]) : 0u);
         }
         for (std::size_t j = 0; j < 4; ++j) {
-            result += i + j > text.size() ? '=' : DIGITS[group >> (18 - 6 * j) & 63];
+            result += i + j > text.size() ? '=' : digits[group >> (18 - 6 * j) & 63];
         }
     }
     return result;
@@ -224,7 +224,7 @@ std::string post(std::string_view body, std::string_view moreHeaders)
 {
     std::string request = "POST /cimom HTTP/1.1\r\nHost: localhost\r\n";
     request += "Content-Type: application/xml; charset=\"utf-8\"\r\nAuthorization: Basic ";
-    request += base64(std::string(USER) + ":" + PASSWORD);
+    request += base64(std::string(userName) + ":" + userPassword);
     request += "\r\nContent-Length: " + std::to_string(body.size()) + "\r\n";
     if (moreHeaders.find("CIMOperation:") == std::string_view::npos) {
         request += "CIMOperation: MethodCall\r\n";
@@ -239,7 +239,7 @@ std::string recorded(const std::string &name)
 {
     std::string request = readData("recorded/" + name + ".http");
     request.insert(request.find("\r\n") + 2,
-                   "Authorization: Basic " + base64(std::string(USER) + ":" + PASSWORD) + "\r\n");
+                   "Authorization: Basic " + base64(std::string(userName) + ":" + userPassword) + "\r\n");
     return request;
 }
 
@@ -301,7 +301,7 @@ std::string quickAccount(const std::string &user, const std::string &password)
 TestServer::TestServer(const host::HttpLimits &limits, const host::XmlLimits &xmlLimits)
 {
     std::string problem;
-    writeFile(directory_.file("accounts"), quickAccount(USER, PASSWORD));
+    writeFile(directory_.file("accounts"), quickAccount(userName, userPassword));
     manager_ = makeManager();
     accounts_ = std::make_unique<host::Accounts>(directory_.file("accounts"));
     EXPECT_TRUE(accounts_->load(problem)) << problem;

@@ -119,8 +119,8 @@ class Client
 /** Base64 for the header Authorization. */
 std::string base64(std::string_view text);
 
-inline constexpr const char *USER = "operator";
-inline constexpr const char *PASSWORD = "secret: word";
+inline constexpr const char *userName = "operator";
+inline constexpr const char *userPassword = "secret: word";
 
 /** A line of an accounts file, with a quick method of crypt(3). */
 std::string quickAccount(const std::string &user, const std::string &password);

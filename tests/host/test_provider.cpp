@@ -17,12 +17,12 @@
 namespace
 {
 
-constexpr int THINGS = 7;
-constexpr const char *SYSTEM_CLASS = "Linux_ComputerSystem";
-constexpr const char *SYSTEM_NAME = "desk";
+constexpr int things = 7;
+constexpr const char *systemClass = "Linux_ComputerSystem";
+constexpr const char *systemName = "desk";
 
 const CMPIBroker *broker = nullptr;
-std::string labels[THINGS];
+std::string labels[things];
 std::atomic<int> napping = 0; // calls of Nap at the same time
 std::atomic<int> mostNapping = 0;
 std::atomic<bool> mayWake = false; // what a nap without end waits for
@@ -76,8 +76,8 @@ std::string format(const char *pattern, ...)
 CMPIObjectPath *thingPath(const char *nameSpace, const char *className, int number)
 {
     CMPIObjectPath *path = CMNewObjectPath(broker, nameSpace, className, nullptr);
-    CMAddKey(path, "SystemCreationClassName", charsValue(SYSTEM_CLASS), CMPI_chars);
-    CMAddKey(path, "SystemName", charsValue(SYSTEM_NAME), CMPI_chars);
+    CMAddKey(path, "SystemCreationClassName", charsValue(systemClass), CMPI_chars);
+    CMAddKey(path, "SystemName", charsValue(systemName), CMPI_chars);
     CMAddKey(path, "CreationClassName", charsValue(className), CMPI_chars);
     CMAddKey(path, "DeviceID", charsValue(format("thing%d", number).c_str()), CMPI_chars);
     return path;
@@ -126,7 +126,7 @@ int thingNumber(const CMPIObjectPath *path)
         return -1;
     }
     const char *id = chars(key.value.string);
-    if (std::strncmp(id, "thing", 5) != 0 || id[5] < '0' || id[5] >= '0' + THINGS || id[6] != '\0') {
+    if (std::strncmp(id, "thing", 5) != 0 || id[5] < '0' || id[5] >= '0' + things || id[6] != '\0') {
         return -1;
     }
     return id[5] - '0';
@@ -143,7 +143,7 @@ CMPIStatus Test_ThingEnumInstanceNames(CMPIInstanceMI *, const CMPIContext *, co
                                        const CMPIObjectPath *reference)
 {
     trace("the things are named");
-    for (int i = 0; i < THINGS; ++i) {
+    for (int i = 0; i < things; ++i) {
         CMReturnObjectPath(result, thingPath(nameSpaceOf(reference).c_str(), "Test_Thing", i));
     }
     CMReturnDone(result);
@@ -153,7 +153,7 @@ CMPIStatus Test_ThingEnumInstanceNames(CMPIInstanceMI *, const CMPIContext *, co
 CMPIStatus Test_ThingEnumInstances(CMPIInstanceMI *, const CMPIContext *, const CMPIResult *result,
                                    const CMPIObjectPath *reference, const char **properties)
 {
-    for (int i = 0; i < THINGS; ++i) {
+    for (int i = 0; i < things; ++i) {
         CMReturnInstance(result, thing(reference, "Test_Thing", i, properties));
     }
     CMReturnDone(result);
@@ -328,7 +328,7 @@ CMPIStatus relay(const CMPIContext *context, const CMPIObjectPath *reference, co
         }
         info = format("%d", count);
     } else if (what == "system") {
-        CMPIObjectPath *path = CMNewObjectPath(broker, nameSpace.c_str(), SYSTEM_CLASS, nullptr);
+        CMPIObjectPath *path = CMNewObjectPath(broker, nameSpace.c_str(), systemClass, nullptr);
         CMPIEnumeration *found = CBEnumInstances(broker, context, path, nullptr, &result);
         if (found != nullptr && CMHasNext(found, nullptr)) {
             const CMPIInstance *system = CMGetNext(found, nullptr).value.inst;
@@ -526,13 +526,13 @@ CMPIStatus simpleGetInstance(CMPIInstanceMI *, const CMPIContext *, const CMPIRe
     return outcome;
 }
 
-const CMPIInstanceMIFT SIMPLE_TABLE = {
+const CMPIInstanceMIFT simpleTable = {
     200,     200,     "instanceTest_Simple", nullptr, nullptr, nullptr, simpleGetInstance, nullptr, nullptr,
     nullptr, nullptr,
 };
-const CMPIMethodMIFT SIMPLE_METHOD_TABLE = {200, 200, "methodTest_Simple", nullptr, nullptr};
-CMPIInstanceMI simpleInstances = {nullptr, &SIMPLE_TABLE};
-CMPIMethodMI simpleMethods = {nullptr, &SIMPLE_METHOD_TABLE};
+const CMPIMethodMIFT simpleMethodTable = {200, 200, "methodTest_Simple", nullptr, nullptr};
+CMPIInstanceMI simpleInstances = {nullptr, &simpleTable};
+CMPIMethodMI simpleMethods = {nullptr, &simpleMethodTable};
 
 // ----------------------------------------------------------------------------------------------- Test_Faulty
 
@@ -576,7 +576,7 @@ CMPIStatus faultyGetInstance(CMPIInstanceMI *, const CMPIContext *, const CMPIRe
     return status(CMPI_RC_ERR_FAILED);
 }
 
-const CMPIInstanceMIFT FAULTY_TABLE = {
+const CMPIInstanceMIFT faultyTable = {
     200,
     200,
     "instanceTest_Faulty",
@@ -589,7 +589,7 @@ const CMPIInstanceMIFT FAULTY_TABLE = {
     nullptr,
     nullptr,
 };
-CMPIInstanceMI faultyInstances = {nullptr, &FAULTY_TABLE};
+CMPIInstanceMI faultyInstances = {nullptr, &faultyTable};
 
 // -------------------------------------------------------------------------------------------- Test_ThingPair
 
@@ -614,7 +614,7 @@ CMPIStatus Test_ThingPairCleanup(CMPIInstanceMI *, const CMPIContext *, CMPIBool
 CMPIStatus Test_ThingPairEnumInstanceNames(CMPIInstanceMI *, const CMPIContext *, const CMPIResult *result,
                                            const CMPIObjectPath *reference)
 {
-    for (int i = 0; i + 1 < THINGS; ++i) {
+    for (int i = 0; i + 1 < things; ++i) {
         CMReturnObjectPath(result, CMGetObjectPath(pairOf(nameSpaceOf(reference), i), nullptr));
     }
     return status(CMPI_RC_OK);
@@ -623,7 +623,7 @@ CMPIStatus Test_ThingPairEnumInstanceNames(CMPIInstanceMI *, const CMPIContext *
 CMPIStatus Test_ThingPairEnumInstances(CMPIInstanceMI *, const CMPIContext *, const CMPIResult *result,
                                        const CMPIObjectPath *reference, const char **)
 {
-    for (int i = 0; i + 1 < THINGS; ++i) {
+    for (int i = 0; i + 1 < things; ++i) {
         CMReturnInstance(result, pairOf(nameSpaceOf(reference), i));
     }
     return status(CMPI_RC_OK);
@@ -638,7 +638,7 @@ CMPIStatus Test_ThingPairGetInstance(CMPIInstanceMI *, const CMPIContext *, cons
         return status(CMPI_RC_ERR_INVALID_PARAMETER, "Antecedent is no reference");
     }
     const int first = thingNumber(antecedent.value.ref);
-    if (first < 0 || first + 1 >= THINGS) {
+    if (first < 0 || first + 1 >= things) {
         return status(CMPI_RC_ERR_NOT_FOUND, "no such pair");
     }
     CMReturnInstance(result, pairOf(nameSpaceOf(reference), first));
@@ -690,7 +690,7 @@ CMPIStatus forPairs(const CMPIObjectPath *source, const char *role, const char *
     if (number > 0 && admits(role, "Dependent") && admits(resultRole, "Antecedent")) {
         function(number - 1, number - 1);
     }
-    if (number + 1 < THINGS && admits(role, "Antecedent") && admits(resultRole, "Dependent")) {
+    if (number + 1 < things && admits(role, "Antecedent") && admits(resultRole, "Dependent")) {
         function(number, number + 1);
     }
     return status(CMPI_RC_OK);
@@ -744,7 +744,7 @@ CMPIStatus Test_ThingOnSystemAssociators(CMPIAssociationMI *, const CMPIContext 
                                          const char *, const char *, const char *, const char **)
 {
     CMPIStatus outcome = {};
-    CMPIObjectPath *path = CMNewObjectPath(broker, nameSpaceOf(source).c_str(), SYSTEM_CLASS, nullptr);
+    CMPIObjectPath *path = CMNewObjectPath(broker, nameSpaceOf(source).c_str(), systemClass, nullptr);
     CMPIEnumeration *systems = CBEnumInstances(broker, context, path, nullptr, &outcome);
     while (systems != nullptr && CMHasNext(systems, nullptr)) {
         CMReturnInstance(result, CMGetNext(systems, nullptr).value.inst);
@@ -757,7 +757,7 @@ CMPIStatus Test_ThingOnSystemAssociatorNames(CMPIAssociationMI *, const CMPICont
                                              const char *, const char *, const char *, const char *)
 {
     CMPIStatus outcome = {};
-    CMPIObjectPath *path = CMNewObjectPath(broker, nameSpaceOf(source).c_str(), SYSTEM_CLASS, nullptr);
+    CMPIObjectPath *path = CMNewObjectPath(broker, nameSpaceOf(source).c_str(), systemClass, nullptr);
     CMPIEnumeration *systems = CBEnumInstanceNames(broker, context, path, &outcome);
     while (systems != nullptr && CMHasNext(systems, nullptr)) {
         CMReturnObjectPath(result, CMGetNext(systems, nullptr).value.ref);
@@ -780,7 +780,7 @@ CMPIStatus Test_ThingOnSystemReferenceNames(CMPIAssociationMI *, const CMPIConte
 void setUp(const CMPIBroker *given)
 {
     broker = given;
-    for (int i = 0; i < THINGS; ++i) {
+    for (int i = 0; i < things; ++i) {
         labels[i] = format("label-%d", i);
     }
     trace("the things are set up");

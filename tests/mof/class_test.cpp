@@ -28,15 +28,15 @@ struct ClassRow {
     Texts methods = {}; // in the order of the class's documentation
 };
 
-const Texts INSTANCE_ID = {"InstanceID"};
-const Texts IN_SYSTEM = {"SystemCreationClassName", "SystemName", "CreationClassName", "Name"};
+const Texts instanceId = {"InstanceID"};
+const Texts inSystem = {"SystemCreationClassName", "SystemName", "CreationClassName", "Name"};
 
-constexpr const char *LOGICAL_ELEMENT = "CIM_LogicalElement CIM_ManagedSystemElement CIM_ManagedElement";
-constexpr const char *SERVICE =
+constexpr const char *logicalElement = "CIM_LogicalElement CIM_ManagedSystemElement CIM_ManagedElement";
+constexpr const char *service =
     "CIM_Service CIM_EnabledLogicalElement CIM_LogicalElement CIM_ManagedSystemElement "
     "CIM_ManagedElement";
 
-const ClassRow INSTANCE_CLASSES[] = {
+const ClassRow instanceClasses[] = {
     {"Monitor",
      "CIM_Display CIM_UserDevice CIM_LogicalDevice CIM_AllocatedLogicalElement CIM_EnabledLogicalElement "
      "CIM_LogicalElement CIM_ManagedSystemElement CIM_ManagedElement",
@@ -70,8 +70,8 @@ const ClassRow INSTANCE_CLASSES[] = {
       "uint32 SetSoftPowerState(string SoftPowerState)", "uint32 FactoryReset()"}},
 
     {"DisplayManagement",
-     LOGICAL_ELEMENT,
-     INSTANCE_ID,
+     logicalElement,
+     instanceId,
      {"boolean AutoEDIDUpdateEnabled", "boolean CalibrationEnabled", "boolean DDCCICommunicationsEnabled",
       "boolean HotPlugInitiateEnabled", "boolean PowerOnRecallEnabled", "boolean PowerSaverEnabled",
       "uint16 DisplayPortHotPlugDetection", "string Caption", "string ElementName", "string InstanceID",
@@ -86,14 +86,14 @@ const ClassRow INSTANCE_CLASSES[] = {
       "uint32 SetDisplayPortComapatibility(string DisplayPortComapatibility)"}},
 
     {"VideoInput",
-     LOGICAL_ELEMENT,
-     INSTANCE_ID,
+     logicalElement,
+     instanceId,
      {"boolean Selected", "string Name", "boolean Active", "string Caption", "string ElementName",
       "string InstanceID", "string Description"}},
 
     {"ImageAdjustment",
-     LOGICAL_ELEMENT,
-     INSTANCE_ID,
+     logicalElement,
+     instanceId,
      {"uint16 Region4KPositionX", "uint16 Region4KPositionY", "uint16 CroppedRegionOpacity",
       "boolean OverscanFrame", "boolean ShowBlueChannel", "boolean ShowCroppedRegion",
       "boolean UseVideoLevels", "boolean OverdriveEnabled", "boolean DeinterlacerEnabled",
@@ -115,8 +115,8 @@ const ClassRow INSTANCE_CLASSES[] = {
       "uint32 Set4KSourceScaling(string SourceScaling4K)"}},
 
     {"PictureInPicture",
-     LOGICAL_ELEMENT,
-     INSTANCE_ID,
+     logicalElement,
+     instanceId,
      {"boolean PIPOverscanEnabled", "uint16 PIPSize", "uint16 PIPPositionX", "uint16 PIPPositionY",
       "uint16 PIPMode[]", "boolean UseVideoLevels", "boolean ShowDCICroppedRegion",
       "uint16 DigitalCinemaOption[]", "uint16 PIPInputSource[]", "string Caption", "string ElementName",
@@ -128,8 +128,8 @@ const ClassRow INSTANCE_CLASSES[] = {
       "uint32 SetDigitalCinemaOption(string DigitalCinemaOption)"}},
 
     {"OSDMenuAndMessages",
-     LOGICAL_ELEMENT,
-     INSTANCE_ID,
+     logicalElement,
+     instanceId,
      {"uint16 MenuAndMessageTimeOut", "boolean NotifyWhenReCalibrationIsDue", "uint16 OSDPositionX",
       "uint16 OSDPositionY", "real32 Opacity", "boolean ShowInfoWhenColorSpaceChanges",
       "boolean ShowInfoWhenInputSourceChanges", "boolean ShowInfoWhenPoweredOn", "uint16 Language[]",
@@ -144,8 +144,8 @@ const ClassRow INSTANCE_CLASSES[] = {
       "uint8 SetDisplayRotation(string DisplayRotation)"}},
 
     {"ColorSpace",
-     LOGICAL_ELEMENT,
-     INSTANCE_ID,
+     logicalElement,
+     instanceId,
      {"boolean Active",        "uint16 ColorSpaceNumber",
       "string ColorSpaceName", "uint16 DisplayLuminance",
       "string BluePrimaryU",   "string BluePrimaryV",
@@ -163,8 +163,8 @@ const ClassRow INSTANCE_CLASSES[] = {
       "uint32 ResetToFactoryCalibration()"}},
 
     {"BezelButton",
-     LOGICAL_ELEMENT,
-     INSTANCE_ID,
+     logicalElement,
+     instanceId,
      {"uint16 ButtonBrightness", "uint16 ButtonColor[]", "uint16 ButtonAutoFadeMode[]", "uint16 ButtonMode[]",
       "string Caption", "string ElementName", "string InstanceID", "string Description", "string Name"},
      {"uint32 SetButtonAutoFadeMode(string ButtonAutoFadeMode)",
@@ -172,31 +172,31 @@ const ClassRow INSTANCE_CLASSES[] = {
       "uint32 SetButtonMode(string ButtonMode)"}},
 
     {"FunctionButton",
-     LOGICAL_ELEMENT,
-     INSTANCE_ID,
+     logicalElement,
+     instanceId,
      {"string Name", "uint16 Setting[]", "string Caption", "string ElementName", "string InstanceID",
       "string Description"},
      {"uint32 SetSetting(string Setting)"}},
 
     {"TestPatternGenerator",
-     LOGICAL_ELEMENT,
-     INSTANCE_ID,
+     logicalElement,
+     instanceId,
      {"string Caption", "string ElementName", "string InstanceID", "string Description", "string Name",
       "boolean Enabled", "string RValue", "string GValue", "string BValue", "uint16 TestPattern[]"},
      {"uint32 SetEnabled(string Enabled)", "uint32 SetTestPattern(string TestPattern)",
       "uint32 SetRGBValue(string RValue, string GValue, string BValue)"}},
 
     {"RemoteManagementService",
-     SERVICE,
-     IN_SYSTEM,
+     service,
+     inSystem,
      {"uint16 EnabledState", "string SystemName", "string SystemCreationClassName",
       "string CreationClassName", "string Name", "string Caption", "string ElementName", "string InstanceID",
       "string Description", "uint16 AvailableRequestedStates[]"},
      {"uint32 RequestStateChange(string RequestedState)"}},
 
     {"WSManagementService",
-     SERVICE,
-     IN_SYSTEM,
+     service,
+     inSystem,
      {"boolean WSIdentifySupportEnabled", "uint16 EnabledState", "string SystemName",
       "string SystemCreationClassName", "string CreationClassName", "string Name", "string Caption",
       "string ElementName", "string InstanceID", "string Description", "uint16 AvailableRequestedStates[]"},
@@ -206,7 +206,7 @@ const ClassRow INSTANCE_CLASSES[] = {
     {"IPProtocolEndpoint",
      "CIM_IPProtocolEndpoint CIM_ProtocolEndpoint CIM_ServiceAccessPoint CIM_EnabledLogicalElement "
      "CIM_LogicalElement CIM_ManagedSystemElement CIM_ManagedElement",
-     IN_SYSTEM,
+     inSystem,
      {"string SystemCreationClassName",
       "string SystemName",
       "string CreationClassName",
@@ -231,14 +231,14 @@ const ClassRow INSTANCE_CLASSES[] = {
     {"IPNetworkConnection",
      "CIM_IPNetworkConnection CIM_ServiceAccessPoint CIM_EnabledLogicalElement CIM_LogicalElement "
      "CIM_ManagedSystemElement CIM_ManagedElement",
-     IN_SYSTEM,
+     inSystem,
      {"string SystemCreationClassName", "string CreationClassName", "string ElementName", "string InstanceID",
       "string Name", "string Status", "string SystemName", "string Description"}},
 
     {"IPConfigurationService",
      "CIM_IPConfigurationService CIM_Service CIM_EnabledLogicalElement CIM_LogicalElement "
      "CIM_ManagedSystemElement CIM_ManagedElement",
-     IN_SYSTEM,
+     inSystem,
      {"string SystemCreationClassName", "string CreationClassName", "string ElementName", "string InstanceID",
       "string Name", "string Status", "string SystemName", "string Description",
       "uint16 AvailableRequestedStates[]"},
@@ -250,25 +250,25 @@ const ClassRow INSTANCE_CLASSES[] = {
     {"ExtendedStaticIPAssignmentSettingData",
      "CIM_ExtendedStaticIPAssignmentSettingData CIM_IPAssignmentSettingData CIM_SettingData "
      "CIM_ManagedElement",
-     INSTANCE_ID,
+     instanceId,
      {"string CreationClassName", "string Name", "string Status", "string Caption", "string Description",
       "string InstanceID", "uint16 ChangeableType", "string GatewayAddresses[]", "string IPAddresses[]",
       "string SubnetMasks[]", "uint16 AddressOrigin", "uint16 ProtocolIFType", "string ConfigurationName"}},
 
     {"DHCPSettingData",
      "CIM_DHCPSettingData CIM_IPAssignmentSettingData CIM_SettingData CIM_ManagedElement",
-     INSTANCE_ID,
+     instanceId,
      {"string CreationClassName", "string Name", "string ConfigurationName", "string Status",
       "uint16 AddressOrigin", "uint16 ProtocolIFType", "string InstanceID", "string Caption",
       "string Description", "uint16 ChangeableType"}},
 
     {"IPAssignmentSettingData",
      "CIM_IPAssignmentSettingData CIM_SettingData CIM_ManagedElement",
-     INSTANCE_ID,
+     instanceId,
      {"string ConfigurationName", "string InstanceID", "uint16 AddressOrigin", "uint16 ProtocolIFType",
       "uint16 ChangeableType"}},
 
-    {"IPVersionSettingData", "CIM_IPVersionSettingData CIM_SettingData CIM_ManagedElement", INSTANCE_ID, {}},
+    {"IPVersionSettingData", "CIM_IPVersionSettingData CIM_SettingData CIM_ManagedElement", instanceId, {}},
 };
 
 struct AssociationRow {
@@ -282,7 +282,7 @@ struct AssociationRow {
     Texts otherProperties = {};
 };
 
-const AssociationRow ASSOCIATIONS[] = {
+const AssociationRow associations[] = {
     {"TestPattern",
      "",
      "TestPatternGenerator",
@@ -418,12 +418,12 @@ Texts keyNames(const cim::Class &klass)
 
 TEST(Classes, AreThirtyThree)
 {
-    static_assert(std::size(INSTANCE_CLASSES) + std::size(ASSOCIATIONS) == 33);
+    static_assert(std::size(instanceClasses) + std::size(associations) == 33);
     std::set<std::string> expected;
-    for (const ClassRow &row : INSTANCE_CLASSES) {
+    for (const ClassRow &row : instanceClasses) {
         expected.insert(std::string("ZT_Marovelton_") + row.name);
     }
-    for (const AssociationRow &row : ASSOCIATIONS) {
+    for (const AssociationRow &row : associations) {
         expected.insert(std::string("ZT_Marovelton_") + row.name);
     }
     std::set<std::string> declared;
@@ -459,14 +459,14 @@ TEST(Classes, EachStandsInItsOwnFileWhichIsIncludedOnce)
 
 TEST(Classes, DeriveFromTheStandardOnes)
 {
-    for (const ClassRow &row : INSTANCE_CLASSES) {
+    for (const ClassRow &row : instanceClasses) {
         const cim::Class *klass = findOurs(row.name);
         ASSERT_NE(klass, nullptr) << row.name;
         EXPECT_EQ(chainOf(*klass), row.chain) << row.name;
         EXPECT_FALSE(klass->isAssociation) << row.name;
         EXPECT_FALSE(klass->isAbstract) << row.name;
     }
-    for (const AssociationRow &row : ASSOCIATIONS) {
+    for (const AssociationRow &row : associations) {
         const cim::Class *klass = findOurs(row.name);
         ASSERT_NE(klass, nullptr) << row.name;
         EXPECT_EQ(chainOf(*klass), row.chain) << row.name;
@@ -483,7 +483,7 @@ TEST(Classes, DeriveFromTheStandardOnes)
 
 TEST(Classes, HaveTheKeysOfTheirObjectPaths)
 {
-    for (const ClassRow &row : INSTANCE_CLASSES) {
+    for (const ClassRow &row : instanceClasses) {
         const cim::Class *klass = findOurs(row.name);
         ASSERT_NE(klass, nullptr) << row.name;
         EXPECT_THAT(keyNames(*klass), UnorderedElementsAreArray(row.keys)) << row.name;
@@ -491,7 +491,7 @@ TEST(Classes, HaveTheKeysOfTheirObjectPaths)
             EXPECT_EQ(mof::describe(*key), "string " + key->name) << row.name;
         }
     }
-    for (const AssociationRow &row : ASSOCIATIONS) {
+    for (const AssociationRow &row : associations) {
         const cim::Class *klass = findOurs(row.name);
         ASSERT_NE(klass, nullptr) << row.name;
         EXPECT_THAT(keyNames(*klass), UnorderedElementsAreArray({row.leftRole, row.rightRole})) << row.name;
@@ -500,7 +500,7 @@ TEST(Classes, HaveTheKeysOfTheirObjectPaths)
 
 TEST(Classes, DeclareWhatTheProvidersSet)
 {
-    for (const ClassRow &row : INSTANCE_CLASSES) {
+    for (const ClassRow &row : instanceClasses) {
         const cim::Class *klass = findOurs(row.name);
         ASSERT_NE(klass, nullptr) << row.name;
         for (const std::string &expected : row.properties) {
@@ -515,7 +515,7 @@ TEST(Classes, DeclareWhatTheProvidersSet)
 // What a class adds to its superclasses is what its provider sets, no more, and in the provider's order.
 TEST(Classes, AddNothingThatTheProvidersDoNotSet)
 {
-    for (const ClassRow &row : INSTANCE_CLASSES) {
+    for (const ClassRow &row : instanceClasses) {
         const cim::Class *klass = findOurs(row.name);
         ASSERT_NE(klass, nullptr) << row.name;
         Texts added;
@@ -541,7 +541,7 @@ TEST(Classes, AddNothingThatTheProvidersDoNotSet)
 
 TEST(Classes, HaveTheMethodsOfTheProviders)
 {
-    for (const ClassRow &row : INSTANCE_CLASSES) {
+    for (const ClassRow &row : instanceClasses) {
         const cim::Class *klass = findOurs(row.name);
         ASSERT_NE(klass, nullptr) << row.name;
         Texts declared;
@@ -557,7 +557,7 @@ TEST(Classes, HaveTheMethodsOfTheProviders)
         }
         EXPECT_THAT(declared, UnorderedElementsAreArray(row.methods)) << row.name;
     }
-    for (const AssociationRow &row : ASSOCIATIONS) {
+    for (const AssociationRow &row : associations) {
         const cim::Class *klass = findOurs(row.name);
         ASSERT_NE(klass, nullptr) << row.name;
         EXPECT_THAT(klass->methods, IsEmpty()) << row.name;
@@ -566,7 +566,7 @@ TEST(Classes, HaveTheMethodsOfTheProviders)
 
 TEST(Classes, AssociationsReferToTheClassesOfTheirEnds)
 {
-    for (const AssociationRow &row : ASSOCIATIONS) {
+    for (const AssociationRow &row : associations) {
         const cim::Class *klass = findOurs(row.name);
         ASSERT_NE(klass, nullptr) << row.name;
         const cim::Property *left = klass->findProperty(row.leftRole);
@@ -600,7 +600,7 @@ struct CardinalityRow {
 
 TEST(Classes, AssociationsTellHowManyPartsThereAre)
 {
-    constexpr CardinalityRow ROWS[] = {
+    constexpr CardinalityRow rows[] = {
         {"TestPattern", "TestPatternGenerator", "1"},
         {"PIPFunctionality", "PictureInPicture", "1"},
         {"OnScreenDisplay", "OSDMenuAndMessages", "1"},
@@ -620,7 +620,7 @@ TEST(Classes, AssociationsTellHowManyPartsThereAre)
         {"OrderedComponent", "GroupComponent", "1"},
         {"OrderedComponent", "PartComponent", "2"},
     };
-    for (const CardinalityRow &row : ROWS) {
+    for (const CardinalityRow &row : rows) {
         const cim::Class *klass = findOurs(row.name);
         ASSERT_NE(klass, nullptr) << row.name;
         const cim::Property *property = klass->findProperty(row.role);
@@ -642,16 +642,16 @@ struct ValueRow {
 
 TEST(Classes, NameTheValuesThatHaveNames)
 {
-    const Texts INPUTS = {"Display Port1", "Display Port2", "HDMI"};
-    const Texts MODES = {"Off", "Picture in Picture", "Picture beside Picture"};
-    const Texts SIZES = {"Maximum", "Minimum", "Default"};
-    const ValueRow ROWS[] = {
-        {"Monitor", "InputSource", {"0", "1", "2"}, INPUTS},
-        {"PictureInPicture", "PIPMode", {"0", "1", "2"}, MODES},
-        {"PictureInPicture", "SetPIPMode.PIPMode", {"0", "1", "2"}, MODES},
-        {"PictureInPicture", "PIPSize", {"0", "1", "2"}, SIZES},
-        {"PictureInPicture", "SetPIPSize.PIPSize", {"0", "1", "2"}, SIZES},
-        {"PictureInPicture", "PIPInputSource", {"0", "1", "2"}, INPUTS},
+    const Texts inputs = {"Display Port1", "Display Port2", "HDMI"};
+    const Texts modes = {"Off", "Picture in Picture", "Picture beside Picture"};
+    const Texts sizes = {"Maximum", "Minimum", "Default"};
+    const ValueRow rows[] = {
+        {"Monitor", "InputSource", {"0", "1", "2"}, inputs},
+        {"PictureInPicture", "PIPMode", {"0", "1", "2"}, modes},
+        {"PictureInPicture", "SetPIPMode.PIPMode", {"0", "1", "2"}, modes},
+        {"PictureInPicture", "PIPSize", {"0", "1", "2"}, sizes},
+        {"PictureInPicture", "SetPIPSize.PIPSize", {"0", "1", "2"}, sizes},
+        {"PictureInPicture", "PIPInputSource", {"0", "1", "2"}, inputs},
         {"RemoteManagementService", "EnabledState", {"2", "3"}, {"Enabled", "Disabled"}},
         {"RemoteManagementService", "AvailableRequestedStates", {"2", "3"}, {"Enabled", "Disabled"}},
         {"RemoteManagementService", "RequestStateChange.RequestedState", {"2", "3"}, {"Enabled", "Disabled"}},
@@ -662,7 +662,7 @@ TEST(Classes, NameTheValuesThatHaveNames)
         {"ElementSettingData", "IsCurrent", {"1", "2"}, {"Is Current", "Is Not Current"}},
         {"ElementSettingData", "IsNext", {"2"}, {"Is Not Next"}},
     };
-    for (const ValueRow &row : ROWS) {
+    for (const ValueRow &row : rows) {
         const cim::Class *klass = findOurs(row.name);
         ASSERT_NE(klass, nullptr) << row.name;
         const std::string element = row.element;
@@ -761,7 +761,7 @@ struct DefaultRow {
 
 TEST(Classes, KeepTheDefaultValuesOfTheStandard)
 {
-    constexpr DefaultRow ROWS[] = {
+    constexpr DefaultRow rows[] = {
         {"CIM_EnabledLogicalElement", "EnabledState", "5"},
         {"CIM_EnabledLogicalElement", "RequestedState", "12"},
         {"CIM_EnabledLogicalElement", "EnabledDefault", "2"},
@@ -771,7 +771,7 @@ TEST(Classes, KeepTheDefaultValuesOfTheStandard)
         {"CIM_DHCPSettingData", "AddressOrigin", "4"},
         {"ZT_Marovelton_DHCPSettingData", "AddressOrigin", "4"},
     };
-    for (const DefaultRow &row : ROWS) {
+    for (const DefaultRow &row : rows) {
         const cim::Class *klass = classes().find(row.klass);
         ASSERT_NE(klass, nullptr) << row.klass;
         const cim::Property *property = klass->findProperty(row.property);

@@ -14,16 +14,16 @@ namespace mof
 namespace
 {
 
-constexpr std::uint16_t CHARS = 0x1700; // CMPI_chars
-constexpr std::uint16_t CHARS_ARRAY = 0x3700;
+constexpr std::uint16_t chars = 0x1700; // CMPI_chars
+constexpr std::uint16_t charsArray = 0x3700;
 
 std::uint16_t declaredType(std::uint16_t cmpiType)
 {
     const std::uint16_t string = static_cast<std::uint16_t>(cim::Type::String);
-    if (cmpiType == CHARS) {
+    if (cmpiType == chars) {
         return string;
     }
-    return cmpiType == CHARS_ARRAY ? cim::cmpiType(cim::Type::String, true) : cmpiType;
+    return cmpiType == charsArray ? cim::cmpiType(cim::Type::String, true) : cmpiType;
 }
 
 std::string join(std::vector<std::string> names)

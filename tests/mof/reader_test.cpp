@@ -19,7 +19,7 @@ namespace
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr const char *QUALIFIERS = R"(
+constexpr const char *qualifierText = R"(
 Qualifier Abstract : boolean = false, Scope(class, association, indication), Flavor(Restricted);
 Qualifier Association : boolean = false, Scope(association), Flavor(DisableOverride);
 Qualifier Indication : boolean = false, Scope(class, indication), Flavor(DisableOverride);
@@ -37,7 +37,7 @@ Qualifier Version : string, Scope(class, association, indication), Flavor(Restri
 /** A repository with the qualifiers above. */
 void prepare(cim::ClassRepository &repository)
 {
-    const cim::MofResult result = cim::readMofText(repository, QUALIFIERS, "qualifiers");
+    const cim::MofResult result = cim::readMofText(repository, qualifierText, "qualifiers");
     ASSERT_THAT(result.messages, IsEmpty()) << result.messages.front().format();
 }
 
@@ -108,22 +108,21 @@ TEST(Reader, ReadsQualifierDeclarations)
     ASSERT_NE(plain, nullptr);
     EXPECT_EQ(plain->type, cim::Type::String);
     EXPECT_TRUE(plain->defaultValue.isNull);
-    EXPECT_EQ(plain->scope,
-              cim::QualifierDeclaration::SCOPE_CLASS | cim::QualifierDeclaration::SCOPE_PROPERTY);
+    EXPECT_EQ(plain->scope, cim::QualifierDeclaration::scopeClass | cim::QualifierDeclaration::scopeProperty);
     EXPECT_EQ(plain->flavor, (cim::Flavor{true, true, false}));
     const cim::QualifierDeclaration *list = repository.findQualifier("List");
     ASSERT_NE(list, nullptr);
     EXPECT_TRUE(list->isArray);
     EXPECT_THAT(list->defaultValue.items, ElementsAre("1", "2", "3"));
-    EXPECT_EQ(list->scope, cim::QualifierDeclaration::SCOPE_ANY);
+    EXPECT_EQ(list->scope, cim::QualifierDeclaration::scopeAny);
     EXPECT_EQ(list->flavor, (cim::Flavor{false, false, true}));
     const cim::QualifierDeclaration *number = repository.findQualifier("Number");
     ASSERT_NE(number, nullptr);
     EXPECT_EQ(number->defaultValue.text(), "-5");
     EXPECT_EQ(number->scope,
-              cim::QualifierDeclaration::SCOPE_METHOD | cim::QualifierDeclaration::SCOPE_PARAMETER |
-                  cim::QualifierDeclaration::SCOPE_REFERENCE | cim::QualifierDeclaration::SCOPE_INDICATION |
-                  cim::QualifierDeclaration::SCOPE_ASSOCIATION | cim::QualifierDeclaration::SCOPE_SCHEMA);
+              cim::QualifierDeclaration::scopeMethod | cim::QualifierDeclaration::scopeParameter |
+                  cim::QualifierDeclaration::scopeReference | cim::QualifierDeclaration::scopeIndication |
+                  cim::QualifierDeclaration::scopeAssociation | cim::QualifierDeclaration::scopeSchema);
 }
 
 TEST(Reader, ReadsEveryTypeAndDefault)
@@ -973,10 +972,10 @@ TEST(Malformed, DamagedTextNeverBringsItDown)
         state = state * 6364136223846793005u + 1442695040888963407u;
         return static_cast<std::size_t>(state >> 33) % below;
     };
-    constexpr std::string_view INTERESTING = "\"'\\{}[]();:,=#$/*\n \x80\xff\x01"
+    constexpr std::string_view interesting = "\"'\\{}[]();:,=#$/*\n \x80\xff\x01"
                                              "0xb.-+eK";
     const std::string text =
-        std::string(QUALIFIERS) + mof::fileText("qualifiers.mof").substr(0, 400) +
+        std::string(qualifierText) + mof::fileText("qualifiers.mof").substr(0, 400) +
         mof::fileText("ZT_Marovelton_TestPattern.mof") +
         "class T_B { [Key] string Id; uint16 A[3] = { 1, 2 }; real32 R = -1.5e3; char16 C = 'c'; "
         "datetime D = \"20250131235959.000000+000\"; uint32 M([In] T_B REF P); };\n"
@@ -988,7 +987,7 @@ TEST(Malformed, DamagedTextNeverBringsItDown)
             const std::size_t place = random(damaged.size());
             switch (random(4)) {
             case 0:
-                damaged[place] = INTERESTING[random(INTERESTING.size())];
+                damaged[place] = interesting[random(interesting.size())];
                 break;
             case 1:
                 damaged.erase(place, 1 + random(20));
@@ -1012,7 +1011,7 @@ TEST(Malformed, DamagedTextNeverBringsItDown)
         }
         for (const cim::Class *klass : repository.all()) {
             ASSERT_EQ(repository.find(klass->name), klass);
-            ASSERT_EQ(klass->superclass.empty(), klass->superclassId == cim::NO_CLASS);
+            ASSERT_EQ(klass->superclass.empty(), klass->superclassId == cim::noClass);
             ASSERT_TRUE(klass->superclass.empty() || repository.isA(klass->name, klass->superclass));
         }
         good += result.ok() ? 1 : 0;

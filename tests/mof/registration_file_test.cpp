@@ -17,50 +17,50 @@ struct Row {
     const char *types;
 };
 
-constexpr const char *METHOD = "instance method";
-constexpr const char *ASSOCIATION = "instance association";
+constexpr const char *method = "instance method";
+constexpr const char *association = "instance association";
 
-constexpr Row ROWS[] = {
-    {"Monitor", METHOD},
-    {"DisplayManagement", METHOD},
-    {"VideoInput", METHOD},
-    {"ImageAdjustment", METHOD},
-    {"PictureInPicture", METHOD},
-    {"OSDMenuAndMessages", METHOD},
-    {"ColorSpace", METHOD},
-    {"BezelButton", METHOD},
-    {"FunctionButton", METHOD},
-    {"TestPatternGenerator", METHOD},
-    {"RemoteManagementService", METHOD},
-    {"WSManagementService", METHOD},
-    {"IPProtocolEndpoint", METHOD},
-    {"IPNetworkConnection", METHOD},
-    {"IPConfigurationService", METHOD},
-    {"ExtendedStaticIPAssignmentSettingData", METHOD},
-    {"DHCPSettingData", METHOD},
-    {"IPVersionSettingData", METHOD},
-    {"IPAssignmentSettingData", METHOD},
-    {"TestPattern", ASSOCIATION},
-    {"PIPFunctionality", ASSOCIATION},
-    {"OnScreenDisplay", ASSOCIATION},
-    {"Management", ASSOCIATION},
-    {"InputSource", ASSOCIATION},
-    {"ImageAdjustmentModel", ASSOCIATION},
-    {"ColorModel", ASSOCIATION},
-    {"Button", ASSOCIATION},
-    {"SystemDevice", ASSOCIATION},
-    {"ElementSettingData", ASSOCIATION},
-    {"HostedAccessPoint", ASSOCIATION},
-    {"ProvidesEndpoint", ASSOCIATION},
-    {"SAPSAPDependency", ASSOCIATION},
-    {"OrderedComponent", ASSOCIATION},
+constexpr Row rows[] = {
+    {"Monitor", method},
+    {"DisplayManagement", method},
+    {"VideoInput", method},
+    {"ImageAdjustment", method},
+    {"PictureInPicture", method},
+    {"OSDMenuAndMessages", method},
+    {"ColorSpace", method},
+    {"BezelButton", method},
+    {"FunctionButton", method},
+    {"TestPatternGenerator", method},
+    {"RemoteManagementService", method},
+    {"WSManagementService", method},
+    {"IPProtocolEndpoint", method},
+    {"IPNetworkConnection", method},
+    {"IPConfigurationService", method},
+    {"ExtendedStaticIPAssignmentSettingData", method},
+    {"DHCPSettingData", method},
+    {"IPVersionSettingData", method},
+    {"IPAssignmentSettingData", method},
+    {"TestPattern", association},
+    {"PIPFunctionality", association},
+    {"OnScreenDisplay", association},
+    {"Management", association},
+    {"InputSource", association},
+    {"ImageAdjustmentModel", association},
+    {"ColorModel", association},
+    {"Button", association},
+    {"SystemDevice", association},
+    {"ElementSettingData", association},
+    {"HostedAccessPoint", association},
+    {"ProvidesEndpoint", association},
+    {"SAPSAPDependency", association},
+    {"OrderedComponent", association},
 };
 
 TEST(RegistrationFile, HasOneStanzaPerClassInStrictForm)
 {
-    static_assert(std::size(ROWS) == 33);
+    static_assert(std::size(rows) == 33);
     std::string expected;
-    for (const Row &row : ROWS) {
+    for (const Row &row : rows) {
         const std::string name = std::string("ZT_Marovelton_") + row.name;
         expected += expected.empty() ? "" : "\n";
         expected += "[" + name + "]\n";
@@ -87,11 +87,11 @@ TEST(RegistrationFile, HasNoBlankAtTheEndOfALine)
 TEST(RegistrationFile, NamesTheClassesThatAreDefined)
 {
     std::set<std::string> registered;
-    for (const Row &row : ROWS) {
+    for (const Row &row : rows) {
         const std::string name = std::string("ZT_Marovelton_") + row.name;
         const cim::Class *klass = mof::deskClasses().find(name);
         ASSERT_NE(klass, nullptr) << name;
-        EXPECT_EQ(klass->isAssociation, row.types == ASSOCIATION) << name;
+        EXPECT_EQ(klass->isAssociation, row.types == association) << name;
         EXPECT_TRUE(registered.insert(name).second) << name;
     }
     for (const cim::Class *klass : mof::deskClasses().all()) {

@@ -102,7 +102,7 @@ TEST(Repository, FindsClassesInAnyCase)
     EXPECT_EQ(repository.find("t_left")->name, "T_Left");
     EXPECT_EQ(repository.find("T_None"), nullptr);
     EXPECT_EQ(repository.find(""), nullptr);
-    EXPECT_EQ(repository.idOf("T_None"), cim::NO_CLASS);
+    EXPECT_EQ(repository.idOf("T_None"), cim::noClass);
     EXPECT_EQ(&repository.byId(repository.idOf("T_LEAF")), repository.find("T_Leaf"));
     EXPECT_EQ(repository.size(), 5u);
 }
@@ -145,8 +145,8 @@ TEST(Repository, TellsAncestors)
     EXPECT_FALSE(repository.isA("T_Root", "T_None"));
     EXPECT_FALSE(repository.isA("T_None", "T_None"));
     EXPECT_TRUE(repository.isA(repository.idOf("T_Leaf"), repository.idOf("T_Root")));
-    EXPECT_FALSE(repository.isA(cim::NO_CLASS, repository.idOf("T_Root")));
-    EXPECT_FALSE(repository.isA(repository.idOf("T_Root"), cim::NO_CLASS));
+    EXPECT_FALSE(repository.isA(cim::noClass, repository.idOf("T_Root")));
+    EXPECT_FALSE(repository.isA(repository.idOf("T_Root"), cim::noClass));
 }
 
 TEST(Repository, ListsTheKeysInOrder)

@@ -215,13 +215,13 @@ void checkCardinality(const std::string &what, const cim::Qualifiers &qualifiers
         const cim::Qualifier *qualifier = list != nullptr ? cim::findQualifier(*list, name) : nullptr;
         return qualifier != nullptr ? std::stoul(qualifier->value.text()) : otherwise;
     };
-    constexpr unsigned long ANY = std::numeric_limits<unsigned long>::max();
+    constexpr unsigned long any = std::numeric_limits<unsigned long>::max();
     const unsigned long min = number(&qualifiers, "Min", 0);
-    const unsigned long max = number(&qualifiers, "Max", ANY);
+    const unsigned long max = number(&qualifiers, "Max", any);
     if (min > max) {
         found.push_back(what + " has a Min above its Max");
     }
-    if (min < number(overridden, "Min", 0) || max > number(overridden, "Max", ANY)) {
+    if (min < number(overridden, "Min", 0) || max > number(overridden, "Max", any)) {
         found.push_back(what + " has a wider Min or Max than what it overrides");
     }
 }
@@ -412,7 +412,7 @@ struct Case {
 // The rules of the reader.
 TEST(Standard, RefusesWhatTheReaderRefuses)
 {
-    const Case CASES[] = {
+    const Case cases[] = {
         {"class T_A : CIM_Projector { };",
          {"unknown superclass \"CIM_Projector\" of class \"T_A\"; "
           "it must be declared before its subclasses"}},
@@ -459,7 +459,7 @@ TEST(Standard, RefusesWhatTheReaderRefuses)
         {"class T_A : CIM_SettingData { [MaxLen (\"long\")] string Number; };",
          {"value of qualifier \"MaxLen\": expected a number of type uint32, found a string"}},
     };
-    for (const Case &test : CASES) {
+    for (const Case &test : cases) {
         Standard standard;
         EXPECT_EQ(standard.check(cim::readMofText(standard.classes, test.text)), test.found) << test.text;
     }
@@ -468,7 +468,7 @@ TEST(Standard, RefusesWhatTheReaderRefuses)
 // The rules of this file.
 TEST(Standard, RefusesWhatContradictsIt)
 {
-    const Case CASES[] = {
+    const Case cases[] = {
         {"class T_A : CIM_LogicalElement { };", {"T_A has no key"}},
         {"class T_A : CIM_SettingData { [Override (\"caption\")] string caption; };",
          {"T_A.caption is spelled Caption in what it overrides"}},
@@ -540,7 +540,7 @@ TEST(Standard, RefusesWhatContradictsIt)
          {"T_A.OnlineDevice leaves out the parameter in boolean Online",
           "T_A.OnlineDevice adds the parameter in boolean Now"}},
     };
-    for (const Case &test : CASES) {
+    for (const Case &test : cases) {
         Standard standard;
         EXPECT_EQ(standard.check(cim::readMofText(standard.classes, test.text)), test.found) << test.text;
     }
@@ -671,7 +671,7 @@ std::string shown(const cim::QualifierDeclaration &declaration)
     std::string text = declaration.name + " : " + cim::typeName(declaration.type) +
                        (declaration.isArray ? "[]" : "") + " = " + shown(declaration.defaultValue) +
                        ", scope";
-    for (unsigned bit = 1; bit <= cim::QualifierDeclaration::SCOPE_SCHEMA; bit <<= 1) {
+    for (unsigned bit = 1; bit <= cim::QualifierDeclaration::scopeSchema; bit <<= 1) {
         if ((declaration.scope & bit) != 0) {
             text += std::string(" ") + cim::scopeName(static_cast<std::uint16_t>(bit));
         }
@@ -722,7 +722,7 @@ TEST(Shortened, SaysNothingElseThanTheStandard)
 
 TEST(Shortened, IsFoundOutWhenItDoes)
 {
-    const Case CASES[] = {
+    const Case cases[] = {
         {"class CIM_Projector { };", {"CIM_Projector is not in the standard"}},
         {"[Version (\"2.28.0\"), Abstract] class CIM_ManagedSystemElement { };",
          {"CIM_ManagedSystemElement derives from , in the standard from CIM_ManagedElement"}},
@@ -770,7 +770,7 @@ TEST(Shortened, IsFoundOutWhenItDoes)
          {"qualifier Counter : uint8[] = 1, scope class, Restricted, Translatable; in the standard "
           "Counter : boolean = false, scope property method parameter"}},
     };
-    for (const Case &test : CASES) {
+    for (const Case &test : cases) {
         cim::ClassRepository classes;
         Texts messages;
         note(cim::readMofFiles(classes, {MOF_DIR "/qualifiers.mof"}), messages);

@@ -17,8 +17,8 @@ TEST(NameSpaces, FindsPropertiesInAnyLetterCase)
         EXPECT_EQ(thing->placeOf(thing->properties[i].name), i);
     }
     EXPECT_EQ(thing->placeOf("deviceid"), thing->placeOf("DEVICEID"));
-    EXPECT_EQ(thing->placeOf("Extra"), cim::NO_PROPERTY);
-    EXPECT_EQ(thing->placeOf(""), cim::NO_PROPERTY);
+    EXPECT_EQ(thing->placeOf("Extra"), cim::noProperty);
+    EXPECT_EQ(thing->placeOf(""), cim::noProperty);
     EXPECT_EQ(repository.find("Test_Nope"), nullptr);
     EXPECT_TRUE(repository.find("Test_SpecialThing")->isA(*thing));
     EXPECT_FALSE(thing->isA(*repository.find("Test_SpecialThing")));

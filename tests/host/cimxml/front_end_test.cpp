@@ -62,7 +62,7 @@ std::string nameOf(const testing::TestParamInfo<Recording> &info)
     return name;
 }
 
-constexpr Recording RECORDINGS[] = {
+constexpr Recording recordings[] = {
     {"command-line/associator-names", "associator-names"},
     {"command-line/associator-names-nofilter", "associator-names-nofilter"},
     {"command-line/associators", "associators"},
@@ -121,7 +121,7 @@ constexpr Recording RECORDINGS[] = {
     {"scripting/wbemserver", "scripting-other-namespace"},
 };
 
-INSTANTIATE_TEST_SUITE_P(Recorded, Replay, testing::ValuesIn(RECORDINGS), nameOf);
+INSTANTIATE_TEST_SUITE_P(Recorded, Replay, testing::ValuesIn(recordings), nameOf);
 
 TEST(CimXml, ATextThatIsNoXmlIsRefused)
 {
@@ -152,7 +152,7 @@ TEST(CimXml, ChangesAreSeenAfterwards)
 TEST(CimXml, ValuesAndPropertiesNeverCloseThemselves)
 {
     test::TestServer server;
-    for (const Recording &recording : RECORDINGS) {
+    for (const Recording &recording : recordings) {
         const std::string body = server.exchange(test::recorded(recording.request)).body;
         for (std::size_t place = body.find("/>"); place != std::string::npos;
              place = body.find("/>", place + 1)) {

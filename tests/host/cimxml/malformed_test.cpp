@@ -13,7 +13,7 @@ namespace
 using test::Client;
 using test::HttpAnswer;
 
-const std::string GOOD = test::intrinsic("GetInstance", "<IPARAMVALUE NAME=\"InstanceName\">" +
+const std::string good = test::intrinsic("GetInstance", "<IPARAMVALUE NAME=\"InstanceName\">" +
                                                             test::thingName(3) + "</IPARAMVALUE>");
 
 class Malformed : public testing::Test
@@ -64,36 +64,36 @@ class Malformed : public testing::Test
 TEST_F(Malformed, ARequestCutOffAnywhereIsNotWellFormed)
 {
     Client client(server_.port());
-    for (std::size_t length = 0; length < GOOD.size(); ++length) {
-        const HttpAnswer answer = client.exchange(test::post(GOOD.substr(0, length)));
+    for (std::size_t length = 0; length < good.size(); ++length) {
+        const HttpAnswer answer = client.exchange(test::post(good.substr(0, length)));
         ASSERT_EQ(answer.status, 400) << length;
         ASSERT_EQ(answer.header("CIMError"), "request-not-well-formed") << length;
     }
-    EXPECT_EQ(client.exchange(test::post(GOOD)).status, 200);
+    EXPECT_EQ(client.exchange(test::post(good)).status, 200);
 }
 
 TEST_F(Malformed, ARequestWithOneByteChangedNeverHarms)
 {
     Client client(server_.port());
     for (const char byte : {'<', '\0', '"', '\xff', '&'}) {
-        for (std::size_t place = 0; place < GOOD.size(); place += 3) {
-            std::string body = GOOD;
+        for (std::size_t place = 0; place < good.size(); place += 3) {
+            std::string body = good;
             body[place] = byte;
             const int status = client.exchange(test::post(body)).status;
             ASSERT_TRUE(status == 200 || status == 400 || status == 501) << status << " at " << place;
         }
     }
-    EXPECT_EQ(client.exchange(test::post(GOOD)).status, 200);
+    EXPECT_EQ(client.exchange(test::post(good)).status, 200);
 }
 
 TEST_F(Malformed, AConnectionCutOffAnywhereIsForgotten)
 {
-    const std::string request = test::post(GOOD);
+    const std::string request = test::post(good);
     for (std::size_t length = 0; length < request.size(); length += 7) {
         Client client(server_.port());
         client.send(request.substr(0, length));
     }
-    EXPECT_EQ(send(GOOD).status, 200);
+    EXPECT_EQ(send(good).status, 200);
 }
 
 TEST_F(Malformed, XmlThatIsNoMessageIsNotValid)
@@ -120,13 +120,13 @@ TEST_F(Malformed, XmlThatIsNoMessageIsNotValid)
 
 TEST_F(Malformed, OtherVersionsAreRefused)
 {
-    expectRefusal(replaced(GOOD, "CIMVERSION=\"2.0\"", "CIMVERSION=\"3.0\""), 501, "unsupported-cim-version");
-    expectRefusal(replaced(GOOD, "CIMVERSION=\"2.0\"", ""), 501, "unsupported-cim-version");
-    expectRefusal(replaced(GOOD, "DTDVERSION=\"2.0\"", "DTDVERSION=\"1.0\""), 501, "unsupported-dtd-version");
-    expectRefusal(replaced(GOOD, "PROTOCOLVERSION=\"1.0\"", "PROTOCOLVERSION=\"2.0\""), 501,
+    expectRefusal(replaced(good, "CIMVERSION=\"2.0\"", "CIMVERSION=\"3.0\""), 501, "unsupported-cim-version");
+    expectRefusal(replaced(good, "CIMVERSION=\"2.0\"", ""), 501, "unsupported-cim-version");
+    expectRefusal(replaced(good, "DTDVERSION=\"2.0\"", "DTDVERSION=\"1.0\""), 501, "unsupported-dtd-version");
+    expectRefusal(replaced(good, "PROTOCOLVERSION=\"1.0\"", "PROTOCOLVERSION=\"2.0\""), 501,
                   "unsupported-protocol-version");
-    EXPECT_EQ(send(replaced(GOOD, "DTDVERSION=\"2.0\"", "DTDVERSION=\"2.4\"")).status, 200);
-    EXPECT_EQ(send(replaced(GOOD, "PROTOCOLVERSION=\"1.0\"", "PROTOCOLVERSION=\"1.4\"")).status, 200);
+    EXPECT_EQ(send(replaced(good, "DTDVERSION=\"2.0\"", "DTDVERSION=\"2.4\"")).status, 200);
+    EXPECT_EQ(send(replaced(good, "PROTOCOLVERSION=\"1.0\"", "PROTOCOLVERSION=\"1.4\"")).status, 200);
 }
 
 TEST_F(Malformed, SeveralRequestsInOneAreNotImplemented)
@@ -150,18 +150,18 @@ TEST_F(Malformed, DeepAndWideDocumentsAreRefused)
     }
     expectRefusal(wide + "</a>", 400, "request-not-well-formed");
     expectRefusal(
-        replaced(GOOD, "NAME=\"root\"", "NAME=\"root\" A=\"" + std::string(900000, 'x') + "\" A=\"\""), 400,
+        replaced(good, "NAME=\"root\"", "NAME=\"root\" A=\"" + std::string(900000, 'x') + "\" A=\"\""), 400,
         "request-not-well-formed");
-    const HttpAnswer large = send(replaced(GOOD, "thing3", std::string(900000, 'x')));
+    const HttpAnswer large = send(replaced(good, "thing3", std::string(900000, 'x')));
     EXPECT_EQ(test::errorCode(large.body), 6) << "a huge key is a key like others";
 }
 
 TEST_F(Malformed, EntitiesAreNotExpanded)
 {
     expectRefusal("<!DOCTYPE CIM [<!ENTITY a \"aaaaaaaaaa\"><!ENTITY b \"&a;&a;&a;&a;\">]>" +
-                      GOOD.substr(GOOD.find("<CIM")),
+                      good.substr(good.find("<CIM")),
                   400, "request-not-well-formed");
-    expectRefusal(replaced(GOOD, "thing3", "&external;"), 400, "request-not-well-formed");
+    expectRefusal(replaced(good, "thing3", "&external;"), 400, "request-not-well-formed");
 }
 
 TEST_F(Malformed, DeepReferencesAreRefused)
@@ -186,7 +186,7 @@ TEST_F(Malformed, LengthsThatAreWrongAreTold)
     text.send("POST /cimom HTTP/1.1\r\nHost: localhost\r\nContent-Length: many\r\n\r\n");
     EXPECT_NE(text.receive().status, 200);
     Client longer(server_.port()); // the rest is no request
-    longer.send(test::post(GOOD) + "rubbish\r\n\r\n");
+    longer.send(test::post(good) + "rubbish\r\n\r\n");
     EXPECT_EQ(longer.receive().status, 200);
     EXPECT_NE(longer.receive().status, 200);
     Client noHttp(server_.port());
@@ -195,7 +195,7 @@ TEST_F(Malformed, LengthsThatAreWrongAreTold)
     Client chunk(server_.port());
     chunk.send("POST /cimom HTTP/1.1\r\nHost: localhost\r\nTransfer-Encoding: chunked\r\n\r\nzz\r\n");
     EXPECT_NE(chunk.receive().status, 200);
-    EXPECT_EQ(send(GOOD).status, 200);
+    EXPECT_EQ(send(good).status, 200);
 }
 
 // ------------------------------------------------------------------------------------------- parameters of
@@ -309,7 +309,7 @@ TEST_F(Malformed, AnArgumentGivenTwiceIsNeverReadThroughItsNumber)
                 "The argument undeclared is given twice.");
     expectError(twice("d", "uint64", "81985529216486895"), 4, "The argument d is given twice.");
     expectError(twice("f", "boolean", "TRUE"), 4, "The argument f is given twice.");
-    EXPECT_EQ(send(GOOD).status, 200);
+    EXPECT_EQ(send(good).status, 200);
 }
 
 TEST_F(Malformed, UnknownOperationsAreNotSupported)
@@ -356,21 +356,21 @@ TEST_F(Malformed, TooManyPartsAreRefusedByTheirName)
 TEST_F(Malformed, ASecondCallOrMessageIsRefused)
 {
     const std::string call =
-        GOOD.substr(GOOD.find("<IMETHODCALL"), GOOD.find("</SIMPLEREQ>") - GOOD.find("<IMETHODCALL"));
-    expectRefusal(replaced(GOOD, "</SIMPLEREQ>", call + "</SIMPLEREQ>"), 400, "request-not-valid");
+        good.substr(good.find("<IMETHODCALL"), good.find("</SIMPLEREQ>") - good.find("<IMETHODCALL"));
+    expectRefusal(replaced(good, "</SIMPLEREQ>", call + "</SIMPLEREQ>"), 400, "request-not-valid");
     const std::string message =
-        GOOD.substr(GOOD.find("<MESSAGE"), GOOD.find("</CIM>") - GOOD.find("<MESSAGE"));
-    expectRefusal(replaced(GOOD, "</CIM>", message + "</CIM>"), 400, "request-not-valid");
+        good.substr(good.find("<MESSAGE"), good.find("</CIM>") - good.find("<MESSAGE"));
+    expectRefusal(replaced(good, "</CIM>", message + "</CIM>"), 400, "request-not-valid");
 }
 
 TEST_F(Malformed, ElementsStandWhereTheDocumentTypeHasThem)
 {
-    expectRefusal(replaced(GOOD, "<IMETHODCALL NAME", "<IMETHODCALL Extra=\"1\" NAME"), 400,
+    expectRefusal(replaced(good, "<IMETHODCALL NAME", "<IMETHODCALL Extra=\"1\" NAME"), 400,
                   "request-not-valid");
-    expectRefusal(replaced(GOOD, "<SIMPLEREQ>", "<SIMPLEREQ>text"), 400, "request-not-valid");
-    expectRefusal(replaced(GOOD, "</LOCALNAMESPACEPATH>", "<HOST>h</HOST></LOCALNAMESPACEPATH>"), 400,
+    expectRefusal(replaced(good, "<SIMPLEREQ>", "<SIMPLEREQ>text"), 400, "request-not-valid");
+    expectRefusal(replaced(good, "</LOCALNAMESPACEPATH>", "<HOST>h</HOST></LOCALNAMESPACEPATH>"), 400,
                   "request-not-valid");
-    expectRefusal(replaced(GOOD, "<LOCALNAMESPACEPATH>", "<LOCALNAMESPACEPATH/><LOCALNAMESPACEPATH>"), 400,
+    expectRefusal(replaced(good, "<LOCALNAMESPACEPATH>", "<LOCALNAMESPACEPATH/><LOCALNAMESPACEPATH>"), 400,
                   "request-not-valid");
 }
 

@@ -39,10 +39,10 @@ class BrokerTables : public testing::Test
 template <typename Table>
 void expectNoNull(const Table &table, std::size_t firstPointer)
 {
-    constexpr std::size_t WORDS = sizeof(Table) / sizeof(void *);
-    const void *words[WORDS];
+    constexpr std::size_t wordCount = sizeof(Table) / sizeof(void *);
+    const void *words[wordCount];
     std::memcpy(words, &table, sizeof words);
-    for (std::size_t i = firstPointer; i < WORDS; ++i) {
+    for (std::size_t i = firstPointer; i < wordCount; ++i) {
         EXPECT_NE(words[i], nullptr) << "member at word " << i;
     }
 }
@@ -57,17 +57,17 @@ TEST_F(BrokerTables, HaveNoNullMember)
 
 TEST_F(BrokerTables, OfObjectsHaveNoNullMember)
 {
-    expectNoNull(host::STRING_TABLE, 1);
-    expectNoNull(host::ARRAY_TABLE, 1);
-    expectNoNull(host::PATH_TABLE, 1);
-    expectNoNull(host::INSTANCE_TABLE, 1);
-    expectNoNull(host::ARGS_TABLE, 1);
-    expectNoNull(host::ENUMERATION_TABLE, 1);
-    expectNoNull(host::DATE_TIME_TABLE, 1);
-    expectNoNull(host::CONTEXT_TABLE, 1);
-    expectNoNull(host::SELECT_EXPRESSION_TABLE, 1);
-    expectNoNull(host::ERROR_TABLE, 1);
-    expectNoNull(host::RESULT_TABLE, 1);
+    expectNoNull(host::stringTable, 1);
+    expectNoNull(host::arrayTable, 1);
+    expectNoNull(host::pathTable, 1);
+    expectNoNull(host::instanceTable, 1);
+    expectNoNull(host::argsTable, 1);
+    expectNoNull(host::enumerationTable, 1);
+    expectNoNull(host::dateTimeTable, 1);
+    expectNoNull(host::contextTable, 1);
+    expectNoNull(host::selectExpressionTable, 1);
+    expectNoNull(host::errorTable, 1);
+    expectNoNull(host::resultTable, 1);
 }
 
 TEST_F(BrokerTables, AreOfVersion200)
@@ -78,11 +78,10 @@ TEST_F(BrokerTables, AreOfVersion200)
     EXPECT_EQ(broker()->xft->ftVersion, 200);
     EXPECT_EQ(broker()->mft->ftVersion, 200);
     for (const CMPIVersion version :
-         {host::STRING_TABLE.ftVersion, host::ARRAY_TABLE.ftVersion, host::PATH_TABLE.ftVersion,
-          host::INSTANCE_TABLE.ftVersion, host::ARGS_TABLE.ftVersion, host::ENUMERATION_TABLE.ftVersion,
-          host::DATE_TIME_TABLE.ftVersion, host::CONTEXT_TABLE.ftVersion,
-          host::SELECT_EXPRESSION_TABLE.ftVersion, host::ERROR_TABLE.ftVersion,
-          host::RESULT_TABLE.ftVersion}) {
+         {host::stringTable.ftVersion, host::arrayTable.ftVersion, host::pathTable.ftVersion,
+          host::instanceTable.ftVersion, host::argsTable.ftVersion, host::enumerationTable.ftVersion,
+          host::dateTimeTable.ftVersion, host::contextTable.ftVersion, host::selectExpressionTable.ftVersion,
+          host::errorTable.ftVersion, host::resultTable.ftVersion}) {
         EXPECT_EQ(version, 200);
     }
 }

@@ -99,33 +99,32 @@ TEST_F(Objects, ReleasingAnObjectOfTheCallDoesNothing)
 
 TEST_F(Objects, FunctionsRefuseObjectsWithoutHandle)
 {
-    CMPIString string = {nullptr, &host::STRING_TABLE};
+    CMPIString string = {nullptr, &host::stringTable};
     CMPIStatus status = {};
     EXPECT_EQ(string.ft->getCharPtr(&string, &status), nullptr);
     EXPECT_EQ(status.rc, CMPI_RC_ERR_INVALID_HANDLE);
     EXPECT_EQ(string.ft->clone(&string, &status), nullptr);
     EXPECT_EQ(status.rc, CMPI_RC_ERR_INVALID_HANDLE);
     EXPECT_EQ(string.ft->release(&string).rc, CMPI_RC_ERR_INVALID_HANDLE);
-    EXPECT_EQ(host::PATH_TABLE.getKeyCount(nullptr, &status), 0u);
+    EXPECT_EQ(host::pathTable.getKeyCount(nullptr, &status), 0u);
     EXPECT_EQ(status.rc, CMPI_RC_ERR_INVALID_HANDLE);
-    EXPECT_EQ(host::PATH_TABLE.getNameSpace(nullptr, &status), nullptr);
-    EXPECT_EQ(host::PATH_TABLE.addKey(nullptr, "k", nullptr, CMPI_string).rc, CMPI_RC_ERR_INVALID_HANDLE);
-    EXPECT_EQ(host::PATH_TABLE.getKey(nullptr, "k", &status).state, CMPI_badValue);
-    EXPECT_EQ(host::INSTANCE_TABLE.getProperty(nullptr, "p", &status).state, CMPI_badValue);
-    EXPECT_EQ(host::INSTANCE_TABLE.setProperty(nullptr, "p", nullptr, CMPI_string).rc,
+    EXPECT_EQ(host::pathTable.getNameSpace(nullptr, &status), nullptr);
+    EXPECT_EQ(host::pathTable.addKey(nullptr, "k", nullptr, CMPI_string).rc, CMPI_RC_ERR_INVALID_HANDLE);
+    EXPECT_EQ(host::pathTable.getKey(nullptr, "k", &status).state, CMPI_badValue);
+    EXPECT_EQ(host::instanceTable.getProperty(nullptr, "p", &status).state, CMPI_badValue);
+    EXPECT_EQ(host::instanceTable.setProperty(nullptr, "p", nullptr, CMPI_string).rc,
               CMPI_RC_ERR_INVALID_HANDLE);
-    EXPECT_EQ(host::INSTANCE_TABLE.getObjectPath(nullptr, &status), nullptr);
-    EXPECT_EQ(host::ARRAY_TABLE.getElementAt(nullptr, 0, &status).state, CMPI_badValue);
-    EXPECT_EQ(host::ARRAY_TABLE.setElementAt(nullptr, 0, nullptr, CMPI_string).rc,
-              CMPI_RC_ERR_INVALID_HANDLE);
-    EXPECT_EQ(host::ARGS_TABLE.getArg(nullptr, "a", &status).state, CMPI_badValue);
-    EXPECT_EQ(host::ENUMERATION_TABLE.getNext(nullptr, &status).state, CMPI_badValue);
-    EXPECT_EQ(host::ENUMERATION_TABLE.hasNext(nullptr, &status), 0);
-    EXPECT_EQ(host::DATE_TIME_TABLE.getBinaryFormat(nullptr, &status), 0u);
-    EXPECT_EQ(host::CONTEXT_TABLE.getEntry(nullptr, "e", &status).state, CMPI_badValue);
-    EXPECT_EQ(host::RESULT_TABLE.returnDone(nullptr).rc, CMPI_RC_ERR_INVALID_HANDLE);
-    EXPECT_EQ(host::SELECT_EXPRESSION_TABLE.getString(nullptr, &status), nullptr);
-    EXPECT_EQ(host::ERROR_TABLE.getMessage(nullptr, &status), nullptr);
+    EXPECT_EQ(host::instanceTable.getObjectPath(nullptr, &status), nullptr);
+    EXPECT_EQ(host::arrayTable.getElementAt(nullptr, 0, &status).state, CMPI_badValue);
+    EXPECT_EQ(host::arrayTable.setElementAt(nullptr, 0, nullptr, CMPI_string).rc, CMPI_RC_ERR_INVALID_HANDLE);
+    EXPECT_EQ(host::argsTable.getArg(nullptr, "a", &status).state, CMPI_badValue);
+    EXPECT_EQ(host::enumerationTable.getNext(nullptr, &status).state, CMPI_badValue);
+    EXPECT_EQ(host::enumerationTable.hasNext(nullptr, &status), 0);
+    EXPECT_EQ(host::dateTimeTable.getBinaryFormat(nullptr, &status), 0u);
+    EXPECT_EQ(host::contextTable.getEntry(nullptr, "e", &status).state, CMPI_badValue);
+    EXPECT_EQ(host::resultTable.returnDone(nullptr).rc, CMPI_RC_ERR_INVALID_HANDLE);
+    EXPECT_EQ(host::selectExpressionTable.getString(nullptr, &status), nullptr);
+    EXPECT_EQ(host::errorTable.getMessage(nullptr, &status), nullptr);
     EXPECT_EQ(status.rc, CMPI_RC_ERR_INVALID_HANDLE);
 }
 

@@ -242,8 +242,8 @@ TEST_F(Audit, AReaderChangesNothing)
 {
     test::TestServer server;
     test::writeFile(server.accountsFile(),
-                    test::quickAccount(test::USER, test::PASSWORD)
-                            .substr(0, test::quickAccount(test::USER, test::PASSWORD).size() - 1) +
+                    test::quickAccount(test::userName, test::userPassword)
+                            .substr(0, test::quickAccount(test::userName, test::userPassword).size() - 1) +
                         ":reader\n");
     std::string problem;
     ASSERT_TRUE(server.accounts().load(problem)) << problem;

@@ -12,12 +12,12 @@ using host::OpenEnumeration;
 using std::chrono::milliseconds;
 using std::chrono::minutes;
 
-constexpr int KIND = 1;
+constexpr int usualKind = 1;
 
 class ContextsTest : public testing::Test
 {
   protected:
-    std::unique_ptr<OpenEnumeration> filled(std::size_t paths, int kind = KIND)
+    std::unique_ptr<OpenEnumeration> filled(std::size_t paths, int kind = usualKind)
     {
         auto enumeration = contexts_.make();
         enumeration->kind = kind;
@@ -54,13 +54,13 @@ TEST_F(ContextsTest, AnEnumerationIsTakenAndPutBackUnderItsName)
 {
     const std::string name = open("anna");
     ASSERT_EQ(name.size(), 32u);
-    auto taken = contexts_.take("anna", name, KIND);
+    auto taken = contexts_.take("anna", name, usualKind);
     ASSERT_NE(taken, nullptr);
     EXPECT_EQ(taken->remaining(), 3u);
-    EXPECT_EQ(contexts_.take("anna", name, KIND), nullptr) << "one request has it, no other gets it";
+    EXPECT_EQ(contexts_.take("anna", name, usualKind), nullptr) << "one request has it, no other gets it";
     taken->next = 2;
     contexts_.putBack("anna", name, std::move(taken));
-    taken = contexts_.take("anna", name, KIND);
+    taken = contexts_.take("anna", name, usualKind);
     ASSERT_NE(taken, nullptr);
     EXPECT_EQ(taken->remaining(), 1u);
     contexts_.close(name);
@@ -72,11 +72,11 @@ TEST_F(ContextsTest, AnEnumerationIsTakenAndPutBackUnderItsName)
 TEST_F(ContextsTest, ANameIsGoodForItsUserAndItsKindAlone)
 {
     const std::string name = open("anna");
-    EXPECT_EQ(contexts_.take("berta", name, KIND), nullptr);
-    EXPECT_EQ(contexts_.take("anna", name, KIND + 1), nullptr);
-    EXPECT_EQ(contexts_.take("anna", name + "0", KIND), nullptr);
-    EXPECT_EQ(contexts_.take("anna", "", KIND), nullptr);
-    EXPECT_NE(contexts_.take("anna", name, KIND), nullptr);
+    EXPECT_EQ(contexts_.take("berta", name, usualKind), nullptr);
+    EXPECT_EQ(contexts_.take("anna", name, usualKind + 1), nullptr);
+    EXPECT_EQ(contexts_.take("anna", name + "0", usualKind), nullptr);
+    EXPECT_EQ(contexts_.take("anna", "", usualKind), nullptr);
+    EXPECT_NE(contexts_.take("anna", name, usualKind), nullptr);
 }
 
 TEST_F(ContextsTest, AUserAndAllTogetherHaveAsManyAsTheyMay)
@@ -86,7 +86,7 @@ TEST_F(ContextsTest, AUserAndAllTogetherHaveAsManyAsTheyMay)
     EXPECT_EQ(open("anna"), "") << "two for a user";
     EXPECT_NE(open("berta"), "");
     EXPECT_EQ(open("clara"), "") << "three in all";
-    EXPECT_NE(contexts_.take("anna", first, KIND), nullptr);
+    EXPECT_NE(contexts_.take("anna", first, usualKind), nullptr);
     EXPECT_EQ(open("clara"), "") << "a taken one counts";
     contexts_.close(first);
     EXPECT_NE(open("clara"), "");
@@ -98,13 +98,13 @@ TEST_F(ContextsTest, WhatNobodyPullsIsFreedWhenItExpires)
     const std::string longer = open("anna", minutes(2));
     now_ += minutes(1) - milliseconds(1);
     EXPECT_EQ(contexts_.size(), 2u);
-    contexts_.putBack("anna", longer, contexts_.take("anna", longer, KIND));
+    contexts_.putBack("anna", longer, contexts_.take("anna", longer, usualKind));
     now_ += milliseconds(1);
-    EXPECT_EQ(contexts_.take("anna", shorter, KIND), nullptr) << "expired, though not yet freed";
+    EXPECT_EQ(contexts_.take("anna", shorter, usualKind), nullptr) << "expired, though not yet freed";
     contexts_.freeExpired();
     EXPECT_EQ(contexts_.size(), 1u);
     now_ += minutes(2) - milliseconds(2);
-    EXPECT_NE(contexts_.take("anna", longer, KIND), nullptr) << "a pull begins its lifetime anew";
+    EXPECT_NE(contexts_.take("anna", longer, usualKind), nullptr) << "a pull begins its lifetime anew";
     now_ += minutes(10);
     contexts_.freeExpired();
     EXPECT_EQ(contexts_.size(), 1u) << "a taken one does not expire under the request that has it";
@@ -134,7 +134,7 @@ TEST_F(ContextsTest, AUseGivesBackWhatRemains)
 {
     const std::string name = open("anna");
     try {
-        const host::ContextUse use(contexts_, "anna", name, KIND);
+        const host::ContextUse use(contexts_, "anna", name, usualKind);
         ASSERT_NE(use.get(), nullptr);
         use.get()->next = 1;
         throw std::runtime_error("on the way");
@@ -142,15 +142,15 @@ TEST_F(ContextsTest, AUseGivesBackWhatRemains)
         EXPECT_EQ(contexts_.size(), 1u);
     }
     {
-        const host::ContextUse use(contexts_, "anna", name, KIND);
+        const host::ContextUse use(contexts_, "anna", name, usualKind);
         ASSERT_NE(use.get(), nullptr);
         EXPECT_EQ(use.get()->remaining(), 2u);
-        EXPECT_EQ(host::ContextUse(contexts_, "anna", name, KIND).get(), nullptr);
+        EXPECT_EQ(host::ContextUse(contexts_, "anna", name, usualKind).get(), nullptr);
         use.get()->next = 3;
     }
     EXPECT_EQ(contexts_.size(), 0u) << "nothing remained";
     const std::string other = open("anna");
-    host::ContextUse(contexts_, "anna", other, KIND).close();
+    host::ContextUse(contexts_, "anna", other, usualKind).close();
     EXPECT_EQ(contexts_.size(), 0u);
 }
 

@@ -235,11 +235,11 @@ TEST_F(Queries, LengthAndDepthAreBounded)
     EXPECT_EQ(nested(63), "accepted");
     EXPECT_EQ(nested(64), "15 The query is nested more than 64 deep.");
     std::string longest = start + "Label = '";
-    longest += std::string(host::Query::MAX_LENGTH - longest.size() - 1, 'x') + "'";
+    longest += std::string(host::Query::maxLength - longest.size() - 1, 'x') + "'";
     EXPECT_EQ(error(longest), "accepted");
     EXPECT_EQ(error(longest + " "), "15 The query is longer than 16384 bytes.");
     std::string chain = start + "Level = 1";
-    while (chain.size() + 13 <= host::Query::MAX_LENGTH) {
+    while (chain.size() + 13 <= host::Query::maxLength) {
         chain += " OR Level = 2";
     }
     EXPECT_EQ(error(chain), "accepted");

@@ -14,12 +14,12 @@ using test::Client;
 using test::HttpAnswer;
 using testing::HasSubstr;
 
-const std::string NAMES =
+const std::string namesRequest =
     test::intrinsic("EnumerateInstanceNames",
                     "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"Test_SpecialThing\"/></IPARAMVALUE>");
 
 /** A request with that value of Authorization, or none of it. */
-std::string postAs(const std::string &authorization, std::string_view body = NAMES)
+std::string postAs(const std::string &authorization, std::string_view body = namesRequest)
 {
     std::string request =
         "POST /cimom HTTP/1.1\r\nHost: localhost\r\nCIMOperation: MethodCall\r\nContent-Length: " +
@@ -45,7 +45,7 @@ std::string basic(const std::string &user, const std::string &password)
 TEST(Http, AnswersWithTheRightHeaders)
 {
     test::TestServer server;
-    const HttpAnswer answer = server.exchange(test::post(NAMES));
+    const HttpAnswer answer = server.exchange(test::post(namesRequest));
     EXPECT_EQ(answer.status, 200);
     EXPECT_EQ(answer.header("Content-Type"), "application/xml; charset=\"utf-8\"");
     EXPECT_EQ(answer.header("CIMOperation"), "MethodResponse");
@@ -73,7 +73,7 @@ TEST(Http, GoesOnAfterAskingForCredentials)
     Client client(server.port());
     EXPECT_EQ(client.exchange(postAs("")).status, 401);
     EXPECT_EQ(client.exchange(postAs(basic("operator", "wrong"))).status, 401);
-    EXPECT_EQ(client.exchange(test::post(NAMES)).status, 200);
+    EXPECT_EQ(client.exchange(test::post(namesRequest)).status, 200);
     EXPECT_EQ(client.exchange(postAs("")).status, 401) << "credentials count for their request alone";
 }
 
@@ -82,7 +82,7 @@ TEST(Http, HashesCredentialsOnce)
     test::TestServer server;
     Client client(server.port());
     for (int i = 0; i < 20; ++i) {
-        EXPECT_EQ(client.exchange(test::post(NAMES)).status, 200);
+        EXPECT_EQ(client.exchange(test::post(namesRequest)).status, 200);
     }
     EXPECT_EQ(server.accounts().hashCount(), 1u);
 }
@@ -93,7 +93,7 @@ TEST(Http, HashesCredentialsOnce)
 TEST(Http, KnowsItsAddresses)
 {
     test::TestServer server;
-    std::string request = test::post(NAMES);
+    std::string request = test::post(namesRequest);
     EXPECT_EQ(server.exchange("POST / " + request.substr(std::string("POST /cimom ").size())).status, 200);
     EXPECT_EQ(server.exchange("POST /cimom?x=y " + request.substr(std::string("POST /cimom ").size())).status,
               200);
@@ -107,7 +107,7 @@ TEST(Http, TakesPostAlone)
 {
     test::TestServer server;
     for (const char *method : {"GET", "HEAD", "PUT", "DELETE", "OPTIONS", "TRACE"}) {
-        std::string request = test::post(NAMES);
+        std::string request = test::post(namesRequest);
         request.replace(0, 4, method);
         Client client(server.port());
         client.send(request);
@@ -121,7 +121,7 @@ TEST(Http, TakesPostAlone)
 TEST(Http, TellsThatMPostIsNotImplemented)
 {
     test::TestServer server;
-    std::string request = test::post(NAMES);
+    std::string request = test::post(namesRequest);
     request.replace(0, 4, "M-POST");
     const HttpAnswer answer = server.exchange(request);
     EXPECT_EQ(answer.status, 501);
@@ -145,7 +145,7 @@ TEST(Http, RefusesWhatIsNotForIt)
 {
     test::TestServer server;
     const auto with = [&](const std::string &field) {
-        return server.exchange(test::post(NAMES, field + "\r\n"));
+        return server.exchange(test::post(namesRequest, field + "\r\n"));
     };
     EXPECT_EQ(with("Origin: http://evil.example").status, 403);
     EXPECT_EQ(with("Origin: http://localhost").status, 200);
@@ -154,7 +154,7 @@ TEST(Http, RefusesWhatIsNotForIt)
     EXPECT_EQ(with("Transfer-Encoding: gzip").status, 400) << "and a length";
     EXPECT_EQ(with("Host: localhost").status, 400);
     EXPECT_EQ(with("Expect: tea").status, 417);
-    std::string foreign = test::post(NAMES);
+    std::string foreign = test::post(namesRequest);
     foreign.replace(foreign.find("localhost"), 9, "evil.test");
     const HttpAnswer answer = server.exchange(foreign);
     EXPECT_EQ(answer.status, 421);
@@ -166,7 +166,7 @@ TEST(Http, RefusesWhatIsNotForIt)
                 "POST /cimom HTTP/1.1\r\nHost: localhost\r\nCIMOperation: MethodCall\r\nTransfer-Encoding: gzip\r\n\r\n")
             .status,
         501);
-    std::string type = test::post(NAMES);
+    std::string type = test::post(namesRequest);
     type.replace(type.find("application/xml"), 15, "application/foo");
     EXPECT_EQ(server.exchange(type).status, 415);
     type.replace(type.find("application/foo"), 15, "text/xml");
@@ -182,7 +182,7 @@ TEST(Http, LetsOnlyUsersGoOn)
         "POST /cimom HTTP/1.1\r\nHost: localhost\r\nCIMOperation: MethodCall\r\nContent-Length: 500\r\nExpect: 100-continue\r\n\r\n");
     EXPECT_EQ(stranger.receiveBytes().substr(0, 13), "HTTP/1.1 401 ");
     Client user(server.port());
-    const std::string request = test::post(NAMES, "Expect: 100-continue\r\n");
+    const std::string request = test::post(namesRequest, "Expect: 100-continue\r\n");
     const std::size_t bodyStart = request.find("\r\n\r\n") + 4;
     user.send(request.substr(0, bodyStart));
     EXPECT_EQ(user.receiveBytes().substr(0, 13), "HTTP/1.1 100 ");
@@ -198,7 +198,7 @@ TEST(Http, KeepsConnections)
     test::TestServer server;
     Client client(server.port());
     for (int i = 0; i < 50; ++i) {
-        ASSERT_EQ(client.exchange(test::post(NAMES)).status, 200);
+        ASSERT_EQ(client.exchange(test::post(namesRequest)).status, 200);
     }
     EXPECT_EQ(server.server().connectionCount(), 1u);
 }
@@ -207,7 +207,7 @@ TEST(Http, TakesRequestsThatFollowAtOnce)
 {
     test::TestServer server;
     Client client(server.port());
-    client.send(test::post(NAMES) + test::post(NAMES) + postAs(""));
+    client.send(test::post(namesRequest) + test::post(namesRequest) + postAs(""));
     EXPECT_EQ(client.receive().status, 200);
     EXPECT_EQ(client.receive().status, 200);
     EXPECT_EQ(client.receive().status, 401);
@@ -217,10 +217,10 @@ TEST(Http, ClosesConnectionsWhenAsked)
 {
     test::TestServer server;
     Client client(server.port());
-    EXPECT_EQ(client.exchange(test::post(NAMES, "Connection: close\r\n")).status, 200);
+    EXPECT_EQ(client.exchange(test::post(namesRequest, "Connection: close\r\n")).status, 200);
     EXPECT_TRUE(client.closed());
     Client old(server.port());
-    std::string request = test::post(NAMES);
+    std::string request = test::post(namesRequest);
     request.replace(request.find("HTTP/1.1"), 8, "HTTP/1.0");
     EXPECT_EQ(old.exchange(request).status, 200);
     EXPECT_TRUE(old.closed());
@@ -230,7 +230,7 @@ TEST(Http, ContinuesOnExpectation)
 {
     test::TestServer server;
     Client client(server.port());
-    std::string request = test::post(NAMES, "Expect: 100-continue\r\n");
+    std::string request = test::post(namesRequest, "Expect: 100-continue\r\n");
     const std::size_t bodyStart = request.find("\r\n\r\n") + 4;
     client.send(request.substr(0, bodyStart));
     client.send(request.substr(bodyStart));
@@ -245,22 +245,22 @@ TEST(Http, TakesChunkedBodies)
         "POST /cimom HTTP/1.1\r\nHost: localhost\r\nCIMOperation: MethodCall\r\nTransfer-Encoding: chunked\r\nTE: trailers\r\n"
         "Authorization: " +
         basic("operator", "secret: word") + "\r\n\r\n";
-    for (std::size_t i = 0; i < NAMES.size(); i += 100) {
-        const std::string chunk = NAMES.substr(i, 100);
+    for (std::size_t i = 0; i < namesRequest.size(); i += 100) {
+        const std::string chunk = namesRequest.substr(i, 100);
         char size[16];
         std::snprintf(size, sizeof size, "%zx\r\n", chunk.size());
         request += size + chunk + "\r\n";
     }
     request += "0\r\n\r\n";
     EXPECT_EQ(client.exchange(request).status, 200);
-    EXPECT_EQ(client.exchange(test::post(NAMES)).status, 200);
+    EXPECT_EQ(client.exchange(test::post(namesRequest)).status, 200);
 }
 
 TEST(Http, TakesBodiesByteByByte)
 {
     test::TestServer server;
     Client client(server.port());
-    for (const char byte : test::post(NAMES)) {
+    for (const char byte : test::post(namesRequest)) {
         ASSERT_TRUE(client.send({&byte, 1}));
     }
     EXPECT_EQ(client.receive().status, 200);
@@ -280,7 +280,8 @@ TEST(Http, RefusesLargeBodies)
                 basic("operator", "secret: word") + "\r\nContent-Length: 2001\r\n\r\n");
     EXPECT_EQ(atOnce.receive().status, 413);
     EXPECT_TRUE(atOnce.closed());
-    EXPECT_EQ(server.exchange(test::post(NAMES + std::string(2000 - NAMES.size(), ' '))).status, 200);
+    EXPECT_EQ(server.exchange(test::post(namesRequest + std::string(2000 - namesRequest.size(), ' '))).status,
+              200);
     EXPECT_EQ(
         server.exchange(
                   "POST /cimom HTTP/1.1\r\nHost: localhost\r\nCIMOperation: MethodCall\r\nContent-Length: "
@@ -321,7 +322,7 @@ TEST(Http, RefusesLargeHeaders)
     const HttpAnswer answer = client.receive();
     EXPECT_TRUE(answer.status == 431 || answer.status == 0) << answer.status;
     EXPECT_TRUE(client.closed());
-    EXPECT_EQ(server.exchange(test::post(NAMES)).status, 200);
+    EXPECT_EQ(server.exchange(test::post(namesRequest)).status, 200);
 }
 
 TEST(Http, ClosesTheLongestIdleConnectionForANewcomer)
@@ -332,11 +333,11 @@ TEST(Http, ClosesTheLongestIdleConnectionForANewcomer)
     std::vector<std::unique_ptr<Client>> clients;
     for (int i = 0; i < 4; ++i) {
         clients.push_back(std::make_unique<Client>(server.port()));
-        EXPECT_EQ(clients.back()->exchange(test::post(NAMES)).status, 200) << i;
+        EXPECT_EQ(clients.back()->exchange(test::post(namesRequest)).status, 200) << i;
     }
     EXPECT_TRUE(clients[0]->closed());
     for (std::size_t i = 1; i < 4; ++i) {
-        EXPECT_EQ(clients[i]->exchange(test::post(NAMES)).status, 200) << i;
+        EXPECT_EQ(clients[i]->exchange(test::post(namesRequest)).status, 200) << i;
     }
 }
 
@@ -353,7 +354,7 @@ TEST(Http, IdleAndSlowSocketsKeepNobodyOut)
     }
     for (int i = 0; i < 20; ++i) {
         Client client(server.port());
-        client.send(test::post(NAMES));
+        client.send(test::post(namesRequest));
         EXPECT_EQ(client.receive(3).status, 200) << i;
         for (auto &each : idle) {
             each->send("a");
@@ -369,9 +370,9 @@ TEST(Http, EndsConnectionsWithoutALogin)
     Client wrong(server.port());
     EXPECT_EQ(wrong.exchange(postAs("")).status, 401);
     Client good(server.port());
-    EXPECT_EQ(good.exchange(test::post(NAMES)).status, 200);
+    EXPECT_EQ(good.exchange(test::post(namesRequest)).status, 200);
     EXPECT_TRUE(wrong.closed());
-    EXPECT_EQ(good.exchange(test::post(NAMES)).status, 200) << "who has logged in stays";
+    EXPECT_EQ(good.exchange(test::post(namesRequest)).status, 200) << "who has logged in stays";
 }
 
 TEST(Http, EndsSilentConnections)
@@ -395,7 +396,7 @@ TEST(Http, EndsSlowConnections)
     // A byte now and then keeps the connection from being silent, and does not help.
     bool open = true;
     int sent = 0;
-    for (const char byte : test::post(NAMES)) {
+    for (const char byte : test::post(namesRequest)) {
         if (!slow.send({&byte, 1}) || slow.closed(0)) {
             open = false;
             break;
@@ -405,7 +406,7 @@ TEST(Http, EndsSlowConnections)
     }
     EXPECT_FALSE(open);
     EXPECT_GT(sent, 10);
-    EXPECT_EQ(server.exchange(test::post(NAMES)).status, 200);
+    EXPECT_EQ(server.exchange(test::post(namesRequest)).status, 200);
 }
 
 TEST(Http, WaitsForAProviderAsLongAsItTakes)
@@ -458,7 +459,7 @@ TEST(Http, ForgetsConnectionsThatHaveGone)
     test::TestServer server;
     for (int i = 0; i < 30; ++i) {
         Client client(server.port());
-        client.send(test::post(NAMES).substr(0, static_cast<std::size_t>(i) * 20));
+        client.send(test::post(namesRequest).substr(0, static_cast<std::size_t>(i) * 20));
     }
     for (int i = 0; i < 2000 && server.server().connectionCount() != 0; ++i) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));

@@ -14,7 +14,7 @@ namespace
 
 using testing::HasSubstr;
 
-const std::string NAMES =
+const std::string namesRequest =
     test::intrinsic("EnumerateInstanceNames",
                     "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"Test_SpecialThing\"/></IPARAMVALUE>");
 
@@ -47,10 +47,10 @@ class Tls : public testing::Test
     /** What curl prints about a request over TLS: status code and result. */
     std::string curl(int port, const std::string &more)
     {
-        test::writeFile(file("body"), NAMES);
+        test::writeFile(file("body"), namesRequest);
         const std::string command = "curl -s -o " + file("answer") +
-                                    " -w '%{http_code} %{ssl_verify_result}' -u '" + test::USER + ":" +
-                                    test::PASSWORD + "' --data-binary @" + file("body") +
+                                    " -w '%{http_code} %{ssl_verify_result}' -u '" + test::userName + ":" +
+                                    test::userPassword + "' --data-binary @" + file("body") +
                                     " -H 'Content-Type: application/xml' -H 'CIMOperation: MethodCall' " +
                                     more + " https://localhost:" + std::to_string(port) + "/cimom 2>&1";
         FILE *pipe = popen(command.c_str(), "r");
@@ -69,7 +69,7 @@ TEST_F(Tls, ServesBothAtOnce)
     make("server");
     const int port = startTls();
     EXPECT_EQ(curl(port, "--cacert " + file("server.pem")), "200 0");
-    EXPECT_EQ(server_.exchange(test::post(NAMES)).status, 200);
+    EXPECT_EQ(server_.exchange(test::post(namesRequest)).status, 200);
     EXPECT_EQ(server_.server().endpoints().size(), 2u);
 }
 

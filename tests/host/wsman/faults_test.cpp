@@ -11,14 +11,14 @@ using test::FaultSeen;
 using test::selectors;
 using test::thingSelectors;
 
-const std::string GET = std::string(test::TRANSFER) + "Get";
-const std::string PUT = std::string(test::TRANSFER) + "Put";
-const std::string CREATE = std::string(test::TRANSFER) + "Create";
-const std::string DELETE = std::string(test::TRANSFER) + "Delete";
-const std::string ENUMERATE = std::string(test::ENUMERATION) + "Enumerate";
-const std::string PULL = std::string(test::ENUMERATION) + "Pull";
-const std::string RELEASE = std::string(test::ENUMERATION) + "Release";
-const std::string THING = test::THING_URI;
+const std::string getAction = std::string(test::transfer) + "Get";
+const std::string putAction = std::string(test::transfer) + "Put";
+const std::string createAction = std::string(test::transfer) + "Create";
+const std::string deleteAction = std::string(test::transfer) + "Delete";
+const std::string enumerateAction = std::string(test::enumeration) + "Enumerate";
+const std::string pullAction = std::string(test::enumeration) + "Pull";
+const std::string releaseAction = std::string(test::enumeration) + "Release";
+const std::string thing = test::thingUri;
 
 class WsmanFaults : public testing::Test
 {
@@ -34,22 +34,22 @@ class WsmanFaults : public testing::Test
         return test::faultOf(send(envelope(action, uri, headers, body)));
     }
 
-    FaultSeen enumerateFault(const std::string &inner, const std::string &uri = THING)
+    FaultSeen enumerateFault(const std::string &inner, const std::string &uri = thing)
     {
-        return fault(ENUMERATE, uri, "", "<wsen:Enumerate>" + inner + "</wsen:Enumerate>");
+        return fault(enumerateAction, uri, "", "<wsen:Enumerate>" + inner + "</wsen:Enumerate>");
     }
 
     FaultSeen callFault(const std::string &method, const std::string &arguments, int number = 3)
     {
-        return fault(THING + "/" + method, THING, thingSelectors(number),
-                     "<p:" + method + "_INPUT xmlns:p=\"" + THING + "\">" + arguments + "</p:" + method +
+        return fault(thing + "/" + method, thing, thingSelectors(number),
+                     "<p:" + method + "_INPUT xmlns:p=\"" + thing + "\">" + arguments + "</p:" + method +
                          "_INPUT>");
     }
 
     FaultSeen putFault(const std::string &properties, const std::string &headers = "")
     {
-        return fault(PUT, THING, thingSelectors(3) + headers,
-                     "<p:Test_Thing xmlns:p=\"" + THING + "\">" + properties + "</p:Test_Thing>");
+        return fault(putAction, thing, thingSelectors(3) + headers,
+                     "<p:Test_Thing xmlns:p=\"" + thing + "\">" + properties + "</p:Test_Thing>");
     }
 
     test::TestServer server_;
@@ -64,25 +64,25 @@ TEST_F(WsmanFaults, SelectorsThatDoNotFit)
         all.insert(all.end(), more.begin(), more.end());
         return selectors(all);
     };
-    EXPECT_EQ(fault(GET, THING, keys("desk", {})),
+    EXPECT_EQ(fault(getAction, thing, keys("desk", {})),
               (FaultSeen{400, "wsman:InvalidSelectors", "InsufficientSelectors",
                          "The selector DeviceID, a key of the class Test_Thing, is missing.", ""}));
     EXPECT_EQ(
-        fault(GET, THING, ""),
+        fault(getAction, thing, ""),
         (FaultSeen{400, "wsman:InvalidSelectors", "InsufficientSelectors",
                    "The selector SystemCreationClassName, a key of the class Test_Thing, is missing.", ""}));
-    EXPECT_EQ(fault(GET, THING, keys("desk", {"DeviceID", "thing3", "Colour", "red"})),
+    EXPECT_EQ(fault(getAction, thing, keys("desk", {"DeviceID", "thing3", "Colour", "red"})),
               (FaultSeen{400, "wsman:InvalidSelectors", "UnexpectedSelectors",
                          "The class Test_Thing has no key Colour.", ""}));
-    EXPECT_EQ(fault(GET, THING, keys("desk", {"DeviceID", "thing3", "deviceid", "thing4"})),
+    EXPECT_EQ(fault(getAction, thing, keys("desk", {"DeviceID", "thing3", "deviceid", "thing4"})),
               (FaultSeen{400, "wsman:InvalidSelectors", "DuplicateSelectors",
                          "The selector deviceid is given twice.", ""}));
-    EXPECT_EQ(fault(GET, test::classUri("Test_Simple"), selectors({"Id", "many"})),
+    EXPECT_EQ(fault(getAction, test::classUri("Test_Simple"), selectors({"Id", "many"})),
               (FaultSeen{400, "wsman:InvalidSelectors", "TypeMismatch",
                          "The value \"many\" of Id is not a uint16.", "4"}));
-    EXPECT_EQ(fault(GET, THING, selectors({"", "x"})),
+    EXPECT_EQ(fault(getAction, thing, selectors({"", "x"})),
               (FaultSeen{400, "wsman:SchemaValidationError", "", "A Selector has no Name.", ""}));
-    EXPECT_EQ(fault(GET, THING, keys("desk", {"DeviceID", "thing9"})),
+    EXPECT_EQ(fault(getAction, thing, keys("desk", {"DeviceID", "thing9"})),
               (FaultSeen{400, "wsa:DestinationUnreachable", "", "no such thing", "6"}));
 }
 
@@ -96,47 +96,48 @@ TEST_F(WsmanFaults, ResourcesThatAreNone)
           "http://schemas.example.org/wbem/wscim/1/cim-schema/2/", "http://schemas.example.org/Test_Thing",
           "Test_Thing", "/wbem/wscim/1/cim-schema/2/Test_Thing",
           "http://schemas.example.org/wbem/wscim/1/cim-schema/2/CIM_Thing"}) {
-        EXPECT_EQ(fault(GET, uri, thingSelectors(3)),
+        EXPECT_EQ(fault(getAction, uri, thingSelectors(3)),
                   (FaultSeen{400, "wsa:DestinationUnreachable", "InvalidResourceURI",
                              "The resource URI " + std::string(uri) + form, ""}));
     }
-    EXPECT_EQ(fault(GET, test::classUri("Test_Nope"), ""),
+    EXPECT_EQ(fault(getAction, test::classUri("Test_Nope"), ""),
               (FaultSeen{400, "wsa:DestinationUnreachable", "InvalidResourceURI",
                          "The class Test_Nope does not exist.", "5"}));
-    EXPECT_EQ(fault(GET, THING, selectors({"__cimnamespace", "root/nowhere"})),
+    EXPECT_EQ(fault(getAction, thing, selectors({"__cimnamespace", "root/nowhere"})),
               (FaultSeen{400, "wsa:DestinationUnreachable", "InvalidResourceURI",
                          "There is no namespace root/nowhere.", "3"}));
-    EXPECT_EQ(fault(ENUMERATE, THING, selectors({"__cimnamespace", "root/nowhere"}), "<wsen:Enumerate/>"),
-              (FaultSeen{400, "wsa:DestinationUnreachable", "InvalidResourceURI",
-                         "There is no namespace root/nowhere.", "3"}));
+    EXPECT_EQ(
+        fault(enumerateAction, thing, selectors({"__cimnamespace", "root/nowhere"}), "<wsen:Enumerate/>"),
+        (FaultSeen{400, "wsa:DestinationUnreachable", "InvalidResourceURI",
+                   "There is no namespace root/nowhere.", "3"}));
 }
 
 TEST_F(WsmanFaults, ActionsThatAreNone)
 {
     EXPECT_EQ(
-        fault(std::string(test::TRANSFER) + "Got", THING, thingSelectors(3)),
+        fault(std::string(test::transfer) + "Got", thing, thingSelectors(3)),
         (FaultSeen{400, "wsa:ActionNotSupported", "",
                    "The action is none of WS-Management's; a method is called by the resource URI of its "
                    "class, a slash, and its name.",
                    ""}));
     EXPECT_EQ(callFault("Nope", ""), (FaultSeen{400, "wsa:ActionNotSupported", "",
                                                 "The class Test_Thing has no method Nope.", "17"}));
-    EXPECT_EQ(fault(test::classUri("Test_Simple") + "/Echo", THING, thingSelectors(3)).subcode,
+    EXPECT_EQ(fault(test::classUri("Test_Simple") + "/Echo", thing, thingSelectors(3)).subcode,
               "wsa:ActionNotSupported");
     const test::HttpAnswer answer =
-        send(envelope(std::string(test::TRANSFER) + "Got", THING, thingSelectors(3), ""));
+        send(envelope(std::string(test::transfer) + "Got", thing, thingSelectors(3), ""));
     EXPECT_EQ(test::textOf(test::textOf(answer.body, "s:Detail"), "wsa:Action"),
               "http://schemas.xmlsoap.org/ws/2004/09/transfer/Got");
 }
 
 TEST_F(WsmanFaults, WhatCimRefusesIsRefused)
 {
-    EXPECT_EQ(fault(DELETE, THING, thingSelectors(3)),
+    EXPECT_EQ(fault(deleteAction, thing, thingSelectors(3)),
               (FaultSeen{400, "wsa:ActionNotSupported", "", "no delete", "7"}));
-    EXPECT_EQ(fault(CREATE, THING, "",
-                    "<p:Test_Thing xmlns:p=\"" + THING + "\"><p:DeviceID>thing3</p:DeviceID></p:Test_Thing>"),
+    EXPECT_EQ(fault(createAction, thing, "",
+                    "<p:Test_Thing xmlns:p=\"" + thing + "\"><p:DeviceID>thing3</p:DeviceID></p:Test_Thing>"),
               (FaultSeen{400, "wsman:AlreadyExists", "", "the thing is there already", "11"}));
-    EXPECT_EQ(fault(DELETE, test::classUri("Test_Unserved"), selectors({"Name", "x"})).cimCode, "7");
+    EXPECT_EQ(fault(deleteAction, test::classUri("Test_Unserved"), selectors({"Name", "x"})).cimCode, "7");
     EXPECT_EQ(callFault("Fail", "<p:code>2</p:code><p:message>not for you</p:message>"),
               (FaultSeen{400, "wsman:AccessDenied", "", "not for you", "2"}));
     EXPECT_EQ(callFault("Fail", "<p:code>1</p:code><p:message>it broke</p:message>"),
@@ -164,7 +165,7 @@ TEST_F(WsmanFaults, ValuesThatAreNone)
     EXPECT_EQ(putFault("<p:DeviceID>thing4</p:DeviceID>"),
               (FaultSeen{400, "wxf:InvalidRepresentation", "InvalidValues",
                          "The keys of an object cannot be changed.", ""}));
-    EXPECT_EQ(fault(PUT, THING, thingSelectors(3), "<p:Other xmlns:p=\"" + THING + "\"/>"),
+    EXPECT_EQ(fault(putAction, thing, thingSelectors(3), "<p:Other xmlns:p=\"" + thing + "\"/>"),
               (FaultSeen{400, "wxf:InvalidRepresentation", "InvalidNamespace",
                          "The body holds no object of the class Test_Thing.", ""}));
     EXPECT_EQ(callFault("Types", "<p:a>256</p:a>"),
@@ -172,7 +173,7 @@ TEST_F(WsmanFaults, ValuesThatAreNone)
     EXPECT_EQ(callFault("Types", "<p:a>1</p:a><p:a>2</p:a>"),
               (FaultSeen{400, "wsman:InvalidParameter", "InvalidValues",
                          "The element a is given twice, and is no array.", ""}));
-    EXPECT_EQ(fault(THING + "/Echo", THING, thingSelectors(3), "<p:Other_INPUT xmlns:p=\"x\"/>"),
+    EXPECT_EQ(fault(thing + "/Echo", thing, thingSelectors(3), "<p:Other_INPUT xmlns:p=\"x\"/>"),
               (FaultSeen{400, "wsman:SchemaValidationError", "",
                          "The body holds something else than Echo_INPUT.", ""}));
 }
@@ -183,29 +184,30 @@ TEST_F(WsmanFaults, FragmentsThatAreNone)
         return "<wsman:FragmentTransfer s:mustUnderstand=\"true\"" + attributes + ">" + expression +
                "</wsman:FragmentTransfer>";
     };
-    EXPECT_EQ(fault(GET, THING, thingSelectors(3) + header("Nope")),
+    EXPECT_EQ(fault(getAction, thing, thingSelectors(3) + header("Nope")),
               (FaultSeen{400, "wxf:InvalidRepresentation", "InvalidFragment",
                          "The fragment Nope names no property of the class Test_Thing.", ""}));
-    EXPECT_EQ(fault(GET, THING, thingSelectors(3) + header("Codes[x]")).detail, "InvalidFragment");
-    EXPECT_EQ(fault(GET, THING, thingSelectors(3) + header("Codes[0]")).detail, "InvalidFragment");
-    EXPECT_EQ(fault(GET, THING, thingSelectors(3) + header("Label", " Dialect=\"urn:own\"")),
+    EXPECT_EQ(fault(getAction, thing, thingSelectors(3) + header("Codes[x]")).detail, "InvalidFragment");
+    EXPECT_EQ(fault(getAction, thing, thingSelectors(3) + header("Codes[0]")).detail, "InvalidFragment");
+    EXPECT_EQ(fault(getAction, thing, thingSelectors(3) + header("Label", " Dialect=\"urn:own\"")),
               (FaultSeen{400, "wsman:UnsupportedFeature", "FragmentLevelAccess",
                          "Fragments are named by XPath only.", ""}));
-    EXPECT_EQ(fault(DELETE, THING, thingSelectors(3) + header("Label")),
+    EXPECT_EQ(fault(deleteAction, thing, thingSelectors(3) + header("Label")),
               (FaultSeen{400, "wsman:UnsupportedFeature", "FragmentLevelAccess",
                          "Get and Put have fragments, other actions have not.", ""}));
-    EXPECT_EQ(fault(PUT, THING, thingSelectors(3) + header("Label"), "<p:Label xmlns:p=\"x\">x</p:Label>"),
-              (FaultSeen{400, "wxf:InvalidRepresentation", "MissingValues",
-                         "The body holds no wsman:XmlFragment.", ""}));
-    EXPECT_EQ(fault(PUT, THING, thingSelectors(3) + header("Label"),
+    EXPECT_EQ(
+        fault(putAction, thing, thingSelectors(3) + header("Label"), "<p:Label xmlns:p=\"x\">x</p:Label>"),
+        (FaultSeen{400, "wxf:InvalidRepresentation", "MissingValues", "The body holds no wsman:XmlFragment.",
+                   ""}));
+    EXPECT_EQ(fault(putAction, thing, thingSelectors(3) + header("Label"),
                     "<wsman:XmlFragment><Level>1</Level></wsman:XmlFragment>"),
               (FaultSeen{400, "wxf:InvalidRepresentation", "InvalidFragment",
                          "The body holds something else than the property Label.", ""}));
-    EXPECT_EQ(fault(PUT, THING, thingSelectors(3) + header("Codes[1]"),
+    EXPECT_EQ(fault(putAction, thing, thingSelectors(3) + header("Codes[1]"),
                     "<wsman:XmlFragment><Codes>1</Codes></wsman:XmlFragment>"),
               (FaultSeen{400, "wsman:UnsupportedFeature", "FragmentLevelAccess",
                          "A single element of an array cannot be put.", ""}));
-    EXPECT_EQ(fault(PUT, THING, thingSelectors(3) + header("Level"),
+    EXPECT_EQ(fault(putAction, thing, thingSelectors(3) + header("Level"),
                     "<wsman:XmlFragment><Level>1</Level></wsman:XmlFragment>"),
               (FaultSeen{400, "wsa:ActionNotSupported", "", "only the label can be changed", "7"}));
 }
@@ -227,7 +229,7 @@ TEST_F(WsmanFaults, EnumerationsThatAreNone)
     EXPECT_EQ(enumerateFault("<wsen:Expires>PT0S</wsen:Expires>").subcode, "wsen:InvalidExpirationTime");
     EXPECT_EQ(enumerateFault("<wsen:Expires>2030-01-01T00:00:00Z</wsen:Expires>").subcode,
               "wsen:UnsupportedExpirationType");
-    EXPECT_EQ(enumerateFault("", test::ALL_URI),
+    EXPECT_EQ(enumerateFault("", test::allUri),
               (FaultSeen{400, "wsen:CannotProcessFilter", "", "An enumeration of all classes needs a filter.",
                          ""}));
     EXPECT_EQ(enumerateFault("<wsman:Filter Dialect=\"urn:own\">x</wsman:Filter>"),
@@ -245,17 +247,17 @@ TEST_F(WsmanFaults, EnumerationsThatAreNone)
                          "4"}));
     EXPECT_EQ(enumerateFault("<wsman:Filter Dialect=\"http://schemas.dmtf.org/wbem/wsman/1/cimbinding/"
                              "associationFilter\"><wsmb:AssociatedInstances/></wsman:Filter>",
-                             test::ALL_URI)
+                             test::allUri)
                   .text,
               "An association filter has one AssociatedInstances or AssociationInstances, with an Object.");
-    EXPECT_EQ(fault(ENUMERATE, THING, ""),
+    EXPECT_EQ(fault(enumerateAction, thing, ""),
               (FaultSeen{400, "wsman:SchemaValidationError", "", "The body holds no wsen:Enumerate.", ""}));
-    EXPECT_EQ(fault(PULL, THING, ""),
+    EXPECT_EQ(fault(pullAction, thing, ""),
               (FaultSeen{400, "wsman:SchemaValidationError", "", "The body holds no wsen:Pull.", ""}));
     const FaultSeen unknown = {500, "wsen:InvalidEnumerationContext", "",
                                "The supplied enumeration context is invalid.", ""};
-    EXPECT_EQ(fault(PULL, THING, "", "<wsen:Pull/>"), unknown);
-    EXPECT_EQ(fault(RELEASE, THING, "",
+    EXPECT_EQ(fault(pullAction, thing, "", "<wsen:Pull/>"), unknown);
+    EXPECT_EQ(fault(releaseAction, thing, "",
                     "<wsen:Release><wsen:EnumerationContext>x</wsen:EnumerationContext></wsen:Release>"),
               unknown);
 }
@@ -263,7 +265,7 @@ TEST_F(WsmanFaults, EnumerationsThatAreNone)
 TEST_F(WsmanFaults, HeadersThatDoNotFit)
 {
     const auto header = [this](const std::string &more) {
-        return fault(GET, THING, thingSelectors(3) + more);
+        return fault(getAction, thing, thingSelectors(3) + more);
     };
     EXPECT_EQ(header("<o:Own xmlns:o=\"urn:own\" s:mustUnderstand=\"true\"/>"),
               (FaultSeen{500, "s:MustUnderstand", "",
@@ -293,7 +295,7 @@ TEST_F(WsmanFaults, HeadersThatDoNotFit)
 
 TEST_F(WsmanFaults, MessagesThatAreNone)
 {
-    const std::string good = envelope(GET, THING, thingSelectors(3), "");
+    const std::string good = envelope(getAction, thing, thingSelectors(3), "");
     const auto without = [&](const std::string &from, const std::string &to) {
         std::string text = good;
         const std::size_t start = text.find(from);
@@ -322,7 +324,7 @@ TEST_F(WsmanFaults, MessagesThatAreNone)
 
 TEST_F(WsmanFaults, EveryFaultRelatesToItsRequest)
 {
-    const test::HttpAnswer answer = send(envelope(GET, THING, "", ""));
+    const test::HttpAnswer answer = send(envelope(getAction, thing, "", ""));
     EXPECT_EQ(test::textOf(answer.body, "wsa:RelatesTo"), "uuid:1");
     EXPECT_EQ(test::textOf(answer.body, "wsa:Action"), "http://schemas.dmtf.org/wbem/wsman/1/wsman/fault");
     EXPECT_EQ(answer.header("Content-Type"), "application/soap+xml;charset=UTF-8");

@@ -17,12 +17,12 @@ using test::thingSelectors;
 using testing::HasSubstr;
 using testing::Not;
 
-const std::string GET = std::string(test::TRANSFER) + "Get";
-const std::string PUT = std::string(test::TRANSFER) + "Put";
-const std::string ENUMERATE = std::string(test::ENUMERATION) + "Enumerate";
-const std::string PULL = std::string(test::ENUMERATION) + "Pull";
-const std::string RELEASE = std::string(test::ENUMERATION) + "Release";
-const std::string THING = test::THING_URI;
+const std::string getAction = std::string(test::transfer) + "Get";
+const std::string putAction = std::string(test::transfer) + "Put";
+const std::string enumerateAction = std::string(test::enumeration) + "Enumerate";
+const std::string pullAction = std::string(test::enumeration) + "Pull";
+const std::string releaseAction = std::string(test::enumeration) + "Release";
+const std::string thing = test::thingUri;
 
 class Wsman : public testing::Test
 {
@@ -36,23 +36,23 @@ class Wsman : public testing::Test
     }
 
     HttpAnswer enumerate(const std::string &inner, const std::string &headers = "",
-                         const std::string &uri = THING)
+                         const std::string &uri = thing)
     {
-        return send(ENUMERATE, uri, headers, "<wsen:Enumerate>" + inner + "</wsen:Enumerate>");
+        return send(enumerateAction, uri, headers, "<wsen:Enumerate>" + inner + "</wsen:Enumerate>");
     }
 
     HttpAnswer pull(const std::string &context, const std::string &inner = "",
                     const std::string &headers = "")
     {
-        return send(PULL, THING, headers,
+        return send(pullAction, thing, headers,
                     "<wsen:Pull><wsen:EnumerationContext>" + context + "</wsen:EnumerationContext>" + inner +
                         "</wsen:Pull>");
     }
 
     HttpAnswer call(const std::string &method, const std::string &arguments)
     {
-        return send(THING + "/" + method, THING, thingSelectors(3),
-                    "<p:" + method + "_INPUT xmlns:p=\"" + THING + "\">" + arguments + "</p:" + method +
+        return send(thing + "/" + method, thing, thingSelectors(3),
+                    "<p:" + method + "_INPUT xmlns:p=\"" + thing + "\">" + arguments + "</p:" + method +
                         "_INPUT>");
     }
 
@@ -83,7 +83,7 @@ TEST_F(Wsman, NamesOfSelectorsAndBlanksAroundTheNamespaceDoNotMatter)
     const std::string keys = test::selectors({"__CIMNamespace", " /root/cimv2 ", "systemname", "desk",
                                               "DEVICEID", "thing2", "CreationClassName", "Test_Thing",
                                               "SystemCreationClassName", "Linux_ComputerSystem"});
-    const HttpAnswer answer = send(GET, THING, keys, "");
+    const HttpAnswer answer = send(getAction, thing, keys, "");
     EXPECT_EQ(answer.status, 200) << answer.body;
     EXPECT_EQ(textOf(answer.body, "p:Label"), "label-2");
 }
@@ -95,7 +95,7 @@ TEST_F(Wsman, AnswersUseTheVendorOfTheClient)
         enumerate("<wsman:EnumerationMode>EnumerateEPR</wsman:EnumerationMode>", "", uri);
     const HttpAnswer pulled = pull(contextOf(answer));
     EXPECT_EQ(textOf(pulled.body, "wsman:ResourceURI"), uri);
-    EXPECT_THAT(send(GET, uri, thingSelectors(1), "").body, HasSubstr(" xmlns:p=\"" + uri + "\""));
+    EXPECT_THAT(send(getAction, uri, thingSelectors(1), "").body, HasSubstr(" xmlns:p=\"" + uri + "\""));
 }
 
 // ------------------------------------------------------------------------------------------------ fragments
@@ -103,7 +103,7 @@ TEST_F(Wsman, AnswersUseTheVendorOfTheClient)
 TEST_F(Wsman, AFragmentIsAPropertyAnElementOrAText)
 {
     const auto get = [this](const std::string &expression) {
-        const std::string body = send(GET, THING, thingSelectors(3) + fragment(expression), "").body;
+        const std::string body = send(getAction, thing, thingSelectors(3) + fragment(expression), "").body;
         const std::size_t start = body.find("<wsman:XmlFragment");
         return body.substr(start, body.find("</s:Body>") - start);
     };
@@ -122,14 +122,14 @@ TEST_F(Wsman, AFragmentIsAPropertyAnElementOrAText)
 TEST_F(Wsman, AFragmentIsPut)
 {
     const auto put = [this](const std::string &expression, const std::string &content) {
-        return send(PUT, THING, thingSelectors(5) + fragment(expression),
+        return send(putAction, thing, thingSelectors(5) + fragment(expression),
                     "<wsman:XmlFragment>" + content + "</wsman:XmlFragment>");
     };
     EXPECT_EQ(textOf(put("Label", "<Label>one</Label>").body, "p:Label"), "one");
     EXPECT_EQ(textOf(put("Label", "<p:label xmlns:p=\"x\">two</p:label>").body, "p:Label"), "two");
     EXPECT_THAT(put("Label/text()", "three &lt;3&gt;").body,
                 HasSubstr(">three &lt;3&gt;</wsman:XmlFragment>"));
-    EXPECT_EQ(textOf(send(GET, THING, thingSelectors(5), "").body, "p:Label"), "three &lt;3&gt;");
+    EXPECT_EQ(textOf(send(getAction, thing, thingSelectors(5), "").body, "p:Label"), "three &lt;3&gt;");
     EXPECT_EQ(textOf(put("Label", "<Label xsi:nil=\"true\"/>").body, "p:Label"), "(null)")
         << "the provider writes so what it got as null";
 }
@@ -268,7 +268,7 @@ TEST_F(Wsman, NoneIsTheClassItselfWithoutSubclasses)
 TEST_F(Wsman, AReleasedEnumerationIsGone)
 {
     const std::string context = contextOf(enumerate(""));
-    EXPECT_EQ(send(RELEASE, THING, "",
+    EXPECT_EQ(send(releaseAction, thing, "",
                    "<wsen:Release><wsen:EnumerationContext>" + context +
                        "</wsen:EnumerationContext></wsen:Release>")
                   .status,
@@ -317,16 +317,16 @@ TEST_F(Wsman, MaxEnvelopeSizeIsKept)
     EXPECT_EQ(first + test::count(answer.body, "<p:Label>"), 8u);
 
     const std::string longText(9000, 'x');
-    EXPECT_EQ(test::faultOf(send(THING + "/Echo", THING, thingSelectors(3) + limit,
-                                 "<p:Echo_INPUT xmlns:p=\"" + THING + "\"><p:text>" + longText +
+    EXPECT_EQ(test::faultOf(send(thing + "/Echo", thing, thingSelectors(3) + limit,
+                                 "<p:Echo_INPUT xmlns:p=\"" + thing + "\"><p:text>" + longText +
                                      "</p:text></p:Echo_INPUT>")),
               (FaultSeen{400, "wsman:EncodingLimit", "UnreportableSuccess",
                          "The answer is longer than the MaxEnvelopeSize of the request allows.", ""}));
-    EXPECT_EQ(send(PUT, THING, thingSelectors(3) + fragment("Label"),
+    EXPECT_EQ(send(putAction, thing, thingSelectors(3) + fragment("Label"),
                    "<wsman:XmlFragment><Label>" + longText + "</Label></wsman:XmlFragment>")
                   .status,
               200);
-    EXPECT_EQ(test::faultOf(send(GET, THING, thingSelectors(3) + limit, "")).detail, "MaxEnvelopeSize");
+    EXPECT_EQ(test::faultOf(send(getAction, thing, thingSelectors(3) + limit, "")).detail, "MaxEnvelopeSize");
     const FaultSeen tooLong = {400, "wsman:EncodingLimit", "MaxEnvelopeSize",
                                "An object is longer than the MaxEnvelopeSize of the request allows.", ""};
     const std::string filter =
@@ -341,10 +341,10 @@ TEST_F(Wsman, MaxEnvelopeSizeIsKept)
 TEST_F(Wsman, OperationTimeoutEndsTheWaitForAnotherRequest)
 {
     test::Client napper(server_.port());
-    const std::string nap = envelope(THING + "/Nap", THING, thingSelectors(3),
-                                     "<p:Nap_INPUT xmlns:p=\"" + THING + "\"><p:ms>300</p:ms></p:Nap_INPUT>");
+    const std::string nap = envelope(thing + "/Nap", thing, thingSelectors(3),
+                                     "<p:Nap_INPUT xmlns:p=\"" + thing + "\"><p:ms>300</p:ms></p:Nap_INPUT>");
     const std::string body = envelope(
-        GET, THING, thingSelectors(3) + "<wsman:OperationTimeout>PT0.01S</wsman:OperationTimeout>", "");
+        getAction, thing, thingSelectors(3) + "<wsman:OperationTimeout>PT0.01S</wsman:OperationTimeout>", "");
     HttpAnswer answer;
     do { // until this request comes while the other one is at its provider
         napper.send(test::postWsman(nap));
@@ -363,7 +363,7 @@ TEST_F(Wsman, OperationTimeoutEndsTheWaitForAnotherRequest)
 
 TEST_F(Wsman, ARequestCutOffAnywhereGetsAFault)
 {
-    const std::string good = envelope(GET, THING, thingSelectors(3), "");
+    const std::string good = envelope(getAction, thing, thingSelectors(3), "");
     test::Client client(server_.port());
     for (std::size_t length = 0; length < good.size(); length += 3) {
         const HttpAnswer answer = client.exchange(test::postWsman(good.substr(0, length)));
@@ -375,7 +375,7 @@ TEST_F(Wsman, ARequestCutOffAnywhereGetsAFault)
 TEST_F(Wsman, ARequestWithOneByteChangedNeverHarms)
 {
     const std::string good =
-        envelope(ENUMERATE, THING, "<wsman:OperationTimeout>PT30S</wsman:OperationTimeout>",
+        envelope(enumerateAction, thing, "<wsman:OperationTimeout>PT30S</wsman:OperationTimeout>",
                  "<wsen:Enumerate>" + maxElements(2) + "<wsen:Expires>PT1S</wsen:Expires></wsen:Enumerate>");
     test::Client client(server_.port());
     for (const char byte : {'<', '\0', '"', '\xff', '&', ':', '9'}) {
@@ -386,13 +386,14 @@ TEST_F(Wsman, ARequestWithOneByteChangedNeverHarms)
             ASSERT_TRUE(status == 200 || status == 400 || status == 500) << status << " at " << place;
         }
     }
-    EXPECT_EQ(client.exchange(test::postWsman(envelope(GET, THING, thingSelectors(3), ""))).status, 200);
+    EXPECT_EQ(client.exchange(test::postWsman(envelope(getAction, thing, thingSelectors(3), ""))).status,
+              200);
 }
 
 TEST_F(Wsman, WhatIsTooDeepTooWideOrHasEntitiesIsRefused)
 {
     const auto fault = [this](const std::string &headers, const std::string &body) {
-        return test::faultOf(send(THING + "/Echo", THING, thingSelectors(3) + headers, body));
+        return test::faultOf(send(thing + "/Echo", thing, thingSelectors(3) + headers, body));
     };
     const auto repeat = [](const std::string &text, int times) {
         std::string all;
@@ -410,7 +411,7 @@ TEST_F(Wsman, WhatIsTooDeepTooWideOrHasEntitiesIsRefused)
         notWellFormed);
     EXPECT_EQ(fault("", "<a>&other;</a>"), notWellFormed);
     EXPECT_EQ(fault(repeat("<o:Own xmlns:o=\"urn:own\"/>", 40), "").text, "There are more than 32 headers.");
-    std::string input = "<p:Echo_INPUT xmlns:p=\"" + THING + "\">";
+    std::string input = "<p:Echo_INPUT xmlns:p=\"" + thing + "\">";
     for (int i = 0; i < 1100; ++i) {
         input += "<p:a" + std::to_string(i) + ">1</p:a" + std::to_string(i) + ">";
     }
@@ -420,14 +421,14 @@ TEST_F(Wsman, WhatIsTooDeepTooWideOrHasEntitiesIsRefused)
         many.push_back("k" + std::to_string(i));
         many.push_back("v");
     }
-    EXPECT_EQ(test::faultOf(send(GET, THING, test::selectors(many), "")).text,
+    EXPECT_EQ(test::faultOf(send(getAction, thing, test::selectors(many), "")).text,
               "There are more than 64 selectors.");
     const std::string open = "<wsman:Selector Name=\"a\"><wsa:ReferenceParameters><wsman:ResourceURI>" +
-                             THING + "</wsman:ResourceURI><wsman:SelectorSet>";
+                             thing + "</wsman:ResourceURI><wsman:SelectorSet>";
     const std::string close = "</wsman:SelectorSet></wsa:ReferenceParameters></wsman:Selector>";
     EXPECT_EQ(
         test::faultOf(
-            send(GET, THING,
+            send(getAction, thing,
                  "<wsman:SelectorSet>" + repeat(open, 12) + repeat(close, 12) + "</wsman:SelectorSet>", ""))
             .text,
         "Endpoint references are nested more than 8 deep.");

@@ -76,28 +76,28 @@ std::string nameOf(const testing::TestParamInfo<Recording> &info)
     return name;
 }
 
-constexpr const char *PULL = "ws-command-line/enumerate-instances.4";
-constexpr const char *PULL_20 = "ws-command-line/associators.4";
-constexpr const char *SCRIPT_PULL = "ws-scripts/enumerate-instances.3";
+constexpr const char *pullRequest = "ws-command-line/enumerate-instances.4";
+constexpr const char *pull20Request = "ws-command-line/associators.4";
+constexpr const char *scriptPullRequest = "ws-scripts/enumerate-instances.3";
 
-constexpr Recording RECORDINGS[] = {
-    {"ws-command-line/associators", PULL_20},
-    {"ws-command-line/associators-epr", PULL_20},
-    {"ws-command-line/associators-filtered", PULL_20},
+constexpr Recording recordings[] = {
+    {"ws-command-line/associators", pull20Request},
+    {"ws-command-line/associators-epr", pull20Request},
+    {"ws-command-line/associators-filtered", pull20Request},
     {"ws-command-line/create"},
     {"ws-command-line/delete"},
     {"ws-command-line/enumerate-class-names"},
-    {"ws-command-line/enumerate-count", PULL},
-    {"ws-command-line/enumerate-instances", PULL},
+    {"ws-command-line/enumerate-count", pullRequest},
+    {"ws-command-line/enumerate-instances", pullRequest},
     {"ws-command-line/enumerate-instances-optimized"},
-    {"ws-command-line/enumerate-names-epr", PULL},
-    {"ws-command-line/enumerate-names-superclass-epr", PULL},
+    {"ws-command-line/enumerate-names-epr", pullRequest},
+    {"ws-command-line/enumerate-names-superclass-epr", pullRequest},
     {"ws-command-line/enumerate-namespace"},
-    {"ws-command-line/enumerate-objepr", PULL},
-    {"ws-command-line/enumerate-selector-filter", PULL},
-    {"ws-command-line/enumerate-superclass-exclude", PULL_20},
-    {"ws-command-line/enumerate-superclass-include", PULL_20},
-    {"ws-command-line/enumerate-wql", PULL_20},
+    {"ws-command-line/enumerate-objepr", pullRequest},
+    {"ws-command-line/enumerate-selector-filter", pullRequest},
+    {"ws-command-line/enumerate-superclass-exclude", pull20Request},
+    {"ws-command-line/enumerate-superclass-include", pull20Request},
+    {"ws-command-line/enumerate-wql", pull20Request},
     {"ws-command-line/error-bad-context"},
     {"ws-command-line/error-invalid-class"},
     {"ws-command-line/error-missing-selectors"},
@@ -119,14 +119,14 @@ constexpr Recording RECORDINGS[] = {
     {"ws-command-line/invoke-unknown-method"},
     {"ws-command-line/put-file"},
     {"ws-command-line/put-fragment"},
-    {"ws-command-line/references", PULL_20},
-    {"ws-command-line/references-epr", PULL_20},
+    {"ws-command-line/references", pull20Request},
+    {"ws-command-line/references-epr", pull20Request},
     {"ws-scripts/enumerate-class-names"},
-    {"ws-scripts/enumerate-cql", SCRIPT_PULL},
-    {"ws-scripts/enumerate-instances", SCRIPT_PULL},
-    {"ws-scripts/enumerate-instances-optimized", SCRIPT_PULL},
-    {"ws-scripts/enumerate-names-epr", SCRIPT_PULL},
-    {"ws-scripts/enumerate-objepr", SCRIPT_PULL},
+    {"ws-scripts/enumerate-cql", scriptPullRequest},
+    {"ws-scripts/enumerate-instances", scriptPullRequest},
+    {"ws-scripts/enumerate-instances-optimized", scriptPullRequest},
+    {"ws-scripts/enumerate-names-epr", scriptPullRequest},
+    {"ws-scripts/enumerate-objepr", scriptPullRequest},
     {"ws-scripts/error-invalid-class"},
     {"ws-scripts/get"},
     {"ws-scripts/identify"},
@@ -138,7 +138,7 @@ constexpr Recording RECORDINGS[] = {
     {"ws-scripts/put.1"},
 };
 
-INSTANTIATE_TEST_SUITE_P(Recorded, WsmanReplay, testing::ValuesIn(RECORDINGS), nameOf);
+INSTANTIATE_TEST_SUITE_P(Recorded, WsmanReplay, testing::ValuesIn(recordings), nameOf);
 
 TEST(WsmanReplayed, CredentialsAreAskedForOnAConnectionThatStaysOpen)
 {
@@ -164,10 +164,10 @@ TEST(WsmanReplayed, WhatWasGotIsPutWithOneChange)
     const std::size_t label = object.find("label-3");
     ASSERT_NE(label, std::string::npos);
     object.replace(label, 7, "from put");
-    object.insert(object.find('>'), std::string(" xmlns:p=\"") + test::THING_URI +
+    object.insert(object.find('>'), std::string(" xmlns:p=\"") + test::thingUri +
                                         "\" xmlns:cim=\"http://schemas.dmtf.org/wbem/wscim/1/common\"");
     const HttpAnswer put = client.exchange(test::postWsman(test::envelope(
-        std::string(test::TRANSFER) + "Put", test::THING_URI, test::thingSelectors(3), object)));
+        std::string(test::transfer) + "Put", test::thingUri, test::thingSelectors(3), object)));
     EXPECT_EQ(put.status, 200) << put.body;
     EXPECT_EQ(test::textOf(test::withOnePrefix(put.body), "p:Label"), "from put");
     const std::string after = client.exchange(test::recordedWsman("ws-command-line/get")).body;

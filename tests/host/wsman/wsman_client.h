@@ -12,11 +12,11 @@
 namespace test
 {
 
-inline constexpr const char *THING_URI = "http://schemas.example.org/wbem/wscim/1/cim-schema/2/Test_Thing";
-inline constexpr const char *ALL_URI = "http://schemas.dmtf.org/wbem/wscim/1/*";
+inline constexpr const char *thingUri = "http://schemas.example.org/wbem/wscim/1/cim-schema/2/Test_Thing";
+inline constexpr const char *allUri = "http://schemas.dmtf.org/wbem/wscim/1/*";
 
-inline constexpr const char *TRANSFER = "http://schemas.xmlsoap.org/ws/2004/09/transfer/";
-inline constexpr const char *ENUMERATION = "http://schemas.xmlsoap.org/ws/2004/09/enumeration/";
+inline constexpr const char *transfer = "http://schemas.xmlsoap.org/ws/2004/09/transfer/";
+inline constexpr const char *enumeration = "http://schemas.xmlsoap.org/ws/2004/09/enumeration/";
 
 /** The URI of a class of the tests. */
 std::string classUri(std::string_view className);
@@ -32,8 +32,8 @@ std::string envelope(const std::string &action, const std::string &resourceUri, 
                      const std::string &body);
 
 /** A whole request to /wsman with that body, with the right credentials. */
-std::string postWsman(std::string_view body, std::string_view user = USER,
-                      std::string_view password = PASSWORD);
+std::string postWsman(std::string_view body, std::string_view user = userName,
+                      std::string_view password = userPassword);
 
 /** A recorded request with the right credentials, with the context of an enumeration put in its place. */
 std::string recordedWsman(const std::string &name, const std::string &context = "");
