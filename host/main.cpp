@@ -111,6 +111,9 @@ bool listen(const Options &options, host::HttpServer &server, std::string &probl
     host::Endpoint https = options.https;
     http.socket = host::inheritedSocket("http");
     https.socket = host::inheritedSocket("https");
+    if (http.socket >= 0 && !options.noHttp && !host::listen(http, problem)) {
+        return false; // before it is asked how far it can be reached
+    }
     if (!options.noHttp && !options.insecure && !host::isLoopback(http)) {
         problem =
             "HTTP beyond this machine lets everybody on the way read passwords: give --certificate and --key "

@@ -2,6 +2,7 @@
 #include "http/certificates.h"
 
 #include "core/log.h"
+#include "http/pem_file.h"
 
 #include <algorithm>
 #include <arpa/inet.h>
@@ -9,11 +10,8 @@
 #include <cstring>
 #include <ctime>
 #include <fcntl.h>
-#include <fstream>
 #include <gnutls/crypto.h>
 #include <gnutls/x509.h>
-#include <sstream>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace host
@@ -23,24 +21,6 @@ namespace
 
 /** More than a chain has that anybody checks. */
 constexpr unsigned maxChain = 8;
-
-bool readText(const std::string &file, std::string &text, std::string &problem)
-{
-    std::ifstream stream(file, std::ios::binary);
-    std::ostringstream bytes;
-    bytes << stream.rdbuf();
-    if (!stream) {
-        problem = file + ": " + std::strerror(errno);
-        return false;
-    }
-    text = bytes.str();
-    return true;
-}
-
-gnutls_datum_t datumOf(std::string &text)
-{
-    return {reinterpret_cast<unsigned char *>(text.data()), static_cast<unsigned>(text.size())};
-}
 
 bool failed(int code, const std::string &what, std::string &problem)
 {
@@ -165,14 +145,7 @@ Certificates::~Certificates() = default;
 
 Certificates::Stamp Certificates::stamp() const
 {
-    const auto of = [](const std::string &file) {
-        struct stat status = {};
-        return stat(file.c_str(), &status) != 0
-                   ? 0
-                   : (status.st_mtim.tv_sec * 1000000000LL + status.st_mtim.tv_nsec) ^
-                         static_cast<long long>(status.st_ino) << 20;
-    };
-    return {of(certificateFile_), of(keyFile_)};
+    return {stampOf(certificateFile_), stampOf(keyFile_)};
 }
 
 bool Certificates::load(std::string &problem)

@@ -8,10 +8,8 @@
 #include <cerrno>
 #include <cstdarg>
 #include <cstring>
-#include <fstream>
 #include <gnutls/gnutls.h>
 #include <microhttpd.h>
-#include <sstream>
 #include <unistd.h>
 
 namespace host
@@ -22,7 +20,7 @@ struct HttpServer::Peer {
     HttpServer &server;
     ConnectionTable::Connection &entry;
     gnutls_session_t tls = nullptr; // null: none
-    bool isCertified = false;       // has shown the certificate that it needs
+    unsigned certifiedBy = 0;       // the generation of issuers that its certificate is of
 };
 
 namespace
@@ -75,12 +73,6 @@ RequestHead headOf(MHD_Connection *connection, const char *method, const char *v
     };
     MHD_get_connection_values(connection, MHD_HEADER_KIND, add, &head.fields);
     return head;
-}
-
-bool hasGoodCertificate(gnutls_session_t session)
-{
-    unsigned status = 0;
-    return gnutls_certificate_verify_peers2(session, &status) == 0 && status == 0;
 }
 
 } // namespace
@@ -223,14 +215,11 @@ bool HttpServer::setTls(const TlsOptions &options, std::string &problem)
         names_.add(name);
     }
     if (!options.clientCaFile.empty()) {
-        std::ifstream stream(options.clientCaFile);
-        std::ostringstream text;
-        text << stream.rdbuf();
-        clientCa_ = text.str();
-        if (!stream || clientCa_.find("-----BEGIN CERTIFICATE-----") == std::string::npos) {
-            problem = options.clientCaFile + " holds no certificate";
+        clientTrust_ = std::make_unique<ClientTrust>(options.clientCaFile);
+        if (!clientTrust_->load(problem)) {
             return false;
         }
+        clientCa_ = clientTrust_->text();
     }
     return true;
 }
@@ -337,6 +326,9 @@ void HttpServer::tick()
             names_.add(name);
         }
     }
+    if (clientTrust_ != nullptr) {
+        clientTrust_->refresh();
+    }
     if (task_) {
         task_();
     }
@@ -351,7 +343,13 @@ HttpServer::Peer *HttpServer::open(MHD_Connection *connection)
     info = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CLIENT_ADDRESS);
     ConnectionTable::Connection &entry =
         connections_.add(socket, info != nullptr ? numericAddress(info->client_addr) : "-");
-    return new Peer{*this, entry, nullptr, false};
+    info = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_GNUTLS_SESSION);
+    auto *tls = info != nullptr ? static_cast<gnutls_session_t>(info->tls_session) : nullptr;
+    if (tls != nullptr && clientTrust_ != nullptr) {
+        // The names of the issuers would be those of the start; without any, a client sends what it has.
+        gnutls_certificate_send_x509_rdn_sequence(tls, 1);
+    }
+    return new Peer{*this, entry};
 }
 
 void HttpServer::close(Peer *peer)
@@ -393,12 +391,13 @@ void HttpServer::check(Exchange &exchange, const char *method, const char *versi
     const MHD_ConnectionInfo *info =
         MHD_get_connection_info(exchange.connection, MHD_CONNECTION_INFO_GNUTLS_SESSION);
     peer.tls = info != nullptr ? static_cast<gnutls_session_t>(info->tls_session) : nullptr;
-    if (peer.tls != nullptr && !clientCa_.empty() && !peer.isCertified) {
-        peer.isCertified = hasGoodCertificate(peer.tls);
-        if (!peer.isCertified) {
+    if (peer.tls != nullptr && clientTrust_ != nullptr) {
+        const unsigned issuers = clientTrust_->generation();
+        if (peer.certifiedBy != issuers && !clientTrust_->trusts(peer.tls)) {
             return exchange.refuse(MHD_HTTP_FORBIDDEN,
                                    "A client certificate is needed that this server trusts.");
         }
+        peer.certifiedBy = issuers;
     }
     const RequestHead head = headOf(exchange.connection, method, version, peer.tls != nullptr);
     {

@@ -7,6 +7,7 @@
 #include "core/accounts.h"
 #include "core/front_end.h"
 #include "http/certificates.h"
+#include "http/client_trust.h"
 #include "http/connections.h"
 #include "http/listening.h"
 #include "http/login.h"
@@ -118,7 +119,8 @@ class HttpServer
     std::function<void()> task_;
 
     std::unique_ptr<Certificates> certificates_;
-    std::string clientCa_; // PEM
+    std::unique_ptr<ClientTrust> clientTrust_; // null: a client needs no certificate
+    std::string clientCa_;                     // its text at the start, which makes libmicrohttpd ask for one
     std::shared_mutex namesMutex_;
     ServerNames names_;
 

@@ -1,20 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // display-host as a program: its options, its messages, and the command-line client wbemcli against it.
-#include "test_host.h"
+#include "program.h"
 
 #include <gmock/gmock.h>
 
 #include <csignal>
-#include <cstdio>
-#include <fcntl.h>
 #include <pwd.h>
-#include <spawn.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
-
-extern char **environ;
 
 namespace
 {
@@ -23,149 +16,15 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-struct Outcome {
-    int code = -1;
-    std::string output; // standard output
-    std::string errors; // standard error
-};
-
-/** A program that runs, with its output in files. */
-class Process
-{
-  public:
-    Process(const std::vector<std::string> &command, const test::TemporaryDirectory &directory,
-            const std::string &input = "")
-        : output_(directory.file("output")), errors_(directory.file("errors"))
-    {
-        test::writeFile(directory.file("input"), input);
-        posix_spawn_file_actions_t actions;
-        posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_addopen(&actions, 0, directory.file("input").c_str(), O_RDONLY, 0);
-        posix_spawn_file_actions_addopen(&actions, 1, output_.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-        posix_spawn_file_actions_addopen(&actions, 2, errors_.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-        std::vector<char *> arguments;
-        for (const std::string &argument : command) {
-            arguments.push_back(const_cast<char *>(argument.c_str()));
-        }
-        arguments.push_back(nullptr);
-        if (posix_spawnp(&process_, arguments[0], &actions, nullptr, arguments.data(), environ) != 0) {
-            process_ = -1;
-            ADD_FAILURE() << "cannot run " << command[0];
-        }
-        posix_spawn_file_actions_destroy(&actions);
-    }
-
-    ~Process()
-    {
-        if (process_ > 0) {
-            kill(process_, SIGKILL);
-            waitpid(process_, nullptr, 0);
-        }
-    }
-
-    void signal(int number) const
-    {
-        ASSERT_GT(process_, 0) << "it has ended"; // a signal to -1 would end every process there is
-        kill(process_, number);
-    }
-
-    pid_t id() const
-    {
-        return process_;
-    }
-
-    Outcome wait()
-    {
-        Outcome outcome;
-        int status = 0;
-        if (process_ > 0 && waitpid(process_, &status, 0) == process_ && WIFEXITED(status)) {
-            outcome.code = WEXITSTATUS(status);
-        }
-        process_ = -1;
-        outcome.output = test::readFile(output_);
-        outcome.errors = test::readFile(errors_);
-        return outcome;
-    }
-
-    bool running()
-    {
-        if (process_ > 0 && waitpid(process_, nullptr, WNOHANG) == process_) {
-            process_ = -1;
-        }
-        return process_ > 0;
-    }
-
-  private:
-    pid_t process_ = -1;
-    std::string output_;
-    std::string errors_;
-};
+using test::Outcome;
+using test::Process;
 
 const std::string namesRequest =
     test::intrinsic("EnumerateInstanceNames",
                     "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"Test_Thing\"/></IPARAMVALUE>");
 
-/** A whole request with the credentials of these tests. */
-std::string post(const std::string &body)
+class Program : public test::Program
 {
-    return "POST /cimom HTTP/1.1\r\nHost: localhost\r\nCIMOperation: MethodCall\r\nAuthorization: Basic " +
-           test::base64("operator:secret") + "\r\nContent-Length: " + std::to_string(body.size()) +
-           "\r\n\r\n" + body;
-}
-
-class Program : public testing::Test
-{
-  protected:
-    Program()
-    {
-        test::writeFile(directory_.file("accounts"), test::quickAccount("operator", "secret"));
-    }
-
-    Outcome run(const std::vector<std::string> &arguments, const std::string &input = "")
-    {
-        std::vector<std::string> command = {DISPLAY_HOST_PROGRAM};
-        command.insert(command.end(), arguments.begin(), arguments.end());
-        return Process(command, directory_, input).wait();
-    }
-
-    std::vector<std::string> goodArguments() const
-    {
-        return {"--mof",          TEST_DATA_DIR "/test.mof",
-                "--registration", TEST_DATA_DIR "/test.reg",
-                "--library-dir",  TEST_PROVIDER_DIR,
-                "--accounts",     directory_.file("accounts"),
-                "--port",         "0",
-                "--ready-file",   directory_.file("ready"),
-                "--user",         getpwuid(geteuid())->pw_name};
-    }
-
-    /** Starts display-host and waits until it listens. */
-    std::unique_ptr<Process> start(std::vector<std::string> more = {})
-    {
-        std::vector<std::string> command = {DISPLAY_HOST_PROGRAM};
-        for (const std::string &argument : goodArguments()) {
-            command.push_back(argument);
-        }
-        command.insert(command.end(), more.begin(), more.end());
-        auto process = std::make_unique<Process>(command, directory_);
-        while (process->running() && access(directory_.file("ready").c_str(), F_OK) != 0) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        }
-        if (!process->running()) {
-            ADD_FAILURE() << "display-host has ended: " << test::readFile(directory_.file("errors"));
-            return process;
-        }
-        const std::string ready = test::readFile(directory_.file("ready"));
-        const std::string before = "listening on http://127.0.0.1:";
-        EXPECT_THAT(ready, StartsWith(before));
-        EXPECT_THAT(ready, EndsWith("/cimom\n"));
-        port_ = static_cast<std::uint16_t>(std::atoi(ready.c_str() + before.size()));
-        return process;
-    }
-
-    test::TemporaryDirectory directory_;
-    test::TemporaryDirectory clientDirectory_;
-    std::uint16_t port_ = 0;
 };
 
 // ------------------------------------------------------------------------------------------ start and stop
@@ -293,11 +152,8 @@ TEST_F(Program, ReadsItsOptionsFromAFile)
         text += options[i].substr(2) + " = \"" + options[i + 1] + "\"\n";
     }
     test::writeFile(directory_.file("conf"), text);
-    Process process({DISPLAY_HOST_PROGRAM, "--config", directory_.file("conf")}, directory_);
-    while (process.running() && access(directory_.file("ready").c_str(), F_OK) != 0) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    ASSERT_TRUE(process.running()) << test::readFile(directory_.file("errors"));
+    Process process(test::hostCommand({"--config", directory_.file("conf")}), directory_);
+    ASSERT_TRUE(process.waitFor(directory_.file("ready"))) << test::readFile(directory_.file("errors"));
     process.signal(SIGTERM);
     EXPECT_EQ(process.wait().code, 0);
     test::writeFile(directory_.file("conf"), text + "nonsense = 1\n");
@@ -376,8 +232,8 @@ TEST_F(Program, VerifiesTheAuditLog)
     auto process = start({"--audit", audit});
     test::Client client(port_);
     for (int i = 0; i < 3; ++i) {
-        client.exchange(
-            post(test::methodCall(1, "Echo", "<PARAMVALUE NAME=\"text\"><VALUE>x</VALUE></PARAMVALUE>")));
+        client.exchange(test::postAsOperator(
+            test::methodCall(1, "Echo", "<PARAMVALUE NAME=\"text\"><VALUE>x</VALUE></PARAMVALUE>")));
     }
     process->signal(SIGTERM);
     EXPECT_EQ(process->wait().code, 0);
@@ -409,12 +265,8 @@ TEST_F(Program, BecomesTheUserThatItIsTo)
     ASSERT_EQ(chown(directory_.path().c_str(), nobody->pw_uid, nobody->pw_gid), 0);
     ASSERT_EQ(chown(directory_.file("accounts").c_str(), nobody->pw_uid, nobody->pw_gid), 0);
     arguments.back() = "nobody";
-    arguments.insert(arguments.begin(), DISPLAY_HOST_PROGRAM);
-    Process process(arguments, directory_);
-    while (process.running() && access(directory_.file("ready").c_str(), F_OK) != 0) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    ASSERT_TRUE(process.running()) << test::readFile(directory_.file("errors"));
+    Process process(test::hostCommand(arguments), directory_);
+    ASSERT_TRUE(process.waitFor(directory_.file("ready"))) << test::readFile(directory_.file("errors"));
     EXPECT_THAT(test::readFile("/proc/" + std::to_string(process.id()) + "/status"),
                 HasSubstr("\nUid:\t" + std::to_string(nobody->pw_uid) + "\t" +
                           std::to_string(nobody->pw_uid) + "\t" + std::to_string(nobody->pw_uid) + "\t"));
@@ -430,7 +282,7 @@ TEST_F(Program, KeepsTheOutputOfProvidersApart)
     std::string expected = atStart;
     test::Client client(port_);
     for (int i = 0; i < 3; ++i) {
-        const test::HttpAnswer answer = client.exchange(post(namesRequest));
+        const test::HttpAnswer answer = client.exchange(test::postAsOperator(namesRequest));
         ASSERT_THAT(answer.body, HasSubstr("<INSTANCENAME "));
         expected += "the things are named\n";
         EXPECT_EQ(test::readFile(directory_.file("trace")), expected)
@@ -450,12 +302,12 @@ TEST_F(Program, LeavesAProviderBehindThatDoesNotReturn)
     auto process = start({"--provider-output", directory_.file("trace"), "--provider-timeout", "1"});
     unsetenv("TEST_PROVIDER_TRACE");
     test::Client napping(port_);
-    napping.send(
-        post(test::methodCall(1, "Nap", "<PARAMVALUE NAME=\"ms\"><VALUE>600000</VALUE></PARAMVALUE>")));
+    napping.send(test::postAsOperator(
+        test::methodCall(1, "Nap", "<PARAMVALUE NAME=\"ms\"><VALUE>600000</VALUE></PARAMVALUE>")));
     test::Client waiting(port_);
     std::string answer;
     while (answer.find("keeping the providers busy") == std::string::npos) {
-        answer = waiting.exchange(post(namesRequest)).body;
+        answer = waiting.exchange(test::postAsOperator(namesRequest)).body;
         ASSERT_NE(answer, "");
     }
     process->signal(SIGTERM);

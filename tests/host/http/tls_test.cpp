@@ -6,6 +6,8 @@
 #include <gmock/gmock.h>
 
 #include <cstdio>
+#include <netinet/in.h>
+#include <sys/socket.h>
 #include <thread>
 #include <unistd.h>
 
@@ -17,6 +19,63 @@ using testing::HasSubstr;
 const std::string namesRequest =
     test::intrinsic("EnumerateInstanceNames",
                     "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"Test_SpecialThing\"/></IPARAMVALUE>");
+
+/** One connection over TLS of a client with a certificate. */
+class TlsConnection
+{
+  public:
+    TlsConnection(int port, const std::string &certificate, const std::string &key)
+        : socket_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
+    {
+        sockaddr_in address = {};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        address.sin_port = htons(static_cast<std::uint16_t>(port));
+        EXPECT_EQ(connect(socket_, reinterpret_cast<const sockaddr *>(&address), sizeof address), 0);
+        gnutls_certificate_allocate_credentials(&credentials_);
+        EXPECT_EQ(gnutls_certificate_set_x509_key_file(credentials_, certificate.c_str(), key.c_str(),
+                                                       GNUTLS_X509_FMT_PEM),
+                  0);
+        gnutls_init(&session_, GNUTLS_CLIENT);
+        gnutls_set_default_priority(session_);
+        gnutls_credentials_set(session_, GNUTLS_CRD_CERTIFICATE, credentials_);
+        gnutls_transport_set_int(session_, socket_);
+        EXPECT_EQ(gnutls_handshake(session_), 0);
+    }
+    TlsConnection(const TlsConnection &) = delete;
+    TlsConnection &operator=(const TlsConnection &) = delete;
+
+    ~TlsConnection()
+    {
+        gnutls_deinit(session_);
+        gnutls_certificate_free_credentials(credentials_);
+        close(socket_);
+    }
+
+    /** The beginning of the answer to a request. */
+    std::string status(const std::string &request)
+    {
+        gnutls_record_send(session_, request.data(), request.size());
+        std::string answer;
+        char bytes[4096];
+        while (answer.find("</CIM>") == std::string::npos && answer.find("trusts.") == std::string::npos) {
+            const ssize_t size = gnutls_record_recv(session_, bytes, sizeof bytes);
+            if (size == GNUTLS_E_AGAIN || size == GNUTLS_E_INTERRUPTED) {
+                continue;
+            }
+            if (size <= 0) {
+                break;
+            }
+            answer.append(bytes, static_cast<std::size_t>(size));
+        }
+        return answer.substr(0, 12);
+    }
+
+  private:
+    const int socket_;
+    gnutls_certificate_credentials_t credentials_ = nullptr;
+    gnutls_session_t session_ = nullptr;
+};
 
 class Tls : public testing::Test
 {
@@ -150,6 +209,65 @@ TEST_F(Tls, ClientsShowTheCertificateThatIsAskedFor)
     EXPECT_THAT(test::readFile(file("answer")), HasSubstr("A client certificate is needed"));
     EXPECT_EQ(with("client"), "200 0");
     EXPECT_EQ(with("stranger"), "403 0");
+}
+
+TEST_F(Tls, NewIssuersOfClientsNeedNoRestart)
+{
+    make("server");
+    make("client");
+    make("successor");
+    test::writeFile(file("ca.pem"), test::readFile(file("client.pem")));
+    const int port = startTls(file("ca.pem"));
+    const auto with = [&](const std::string &name, const std::string &more = "") {
+        return curl(port, "--cacert " + file("server.pem") + " --cert " + file(name + ".pem") + " --key " +
+                              file(name + ".key") + more);
+    };
+    EXPECT_EQ(with("client"), "200 0");
+    EXPECT_EQ(with("successor"), "403 0");
+    testing::internal::CaptureStderr();
+    test::writeFile(file("ca.pem"), "nonsense");
+    std::string log;
+    for (int i = 0; i < 2400 && log.empty(); ++i) { // the file is looked at once a second
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        log = testing::internal::GetCapturedStderr();
+        testing::internal::CaptureStderr();
+    }
+    EXPECT_THAT(log, HasSubstr("the issuers of clients' certificates stay the former ones: " +
+                               file("ca.pem") + " holds no certificate"));
+    EXPECT_EQ(with("client"), "200 0");
+    test::writeFile(file("ca.pem"), test::readFile(file("successor.pem")));
+    std::string answer;
+    for (int i = 0; i < 300 && answer != "200 0"; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        answer = with("successor");
+    }
+    EXPECT_EQ(answer, "200 0");
+    EXPECT_EQ(with("client"), "403 0") << "the former issuer is gone";
+    EXPECT_THAT(testing::internal::GetCapturedStderr(),
+                HasSubstr("there are new issuers of clients' certificates in " + file("ca.pem")));
+}
+
+/** Its certificate counts for as long as its issuer is trusted, not for as long as its connection. */
+TEST_F(Tls, AKeptConnectionIsAskedAgainForNewIssuers)
+{
+    make("server");
+    make("client");
+    make("successor");
+    test::writeFile(file("ca.pem"), test::readFile(file("client.pem")));
+    const int port = startTls(file("ca.pem"));
+    TlsConnection connection(port, file("client.pem"), file("client.key"));
+    EXPECT_EQ(connection.status(test::post(namesRequest)), "HTTP/1.1 200");
+    EXPECT_EQ(connection.status(test::post(namesRequest)), "HTTP/1.1 200");
+    testing::internal::CaptureStderr();
+    test::writeFile(file("ca.pem"), test::readFile(file("successor.pem")));
+    std::string log;
+    for (int i = 0; i < 2400 && log.empty(); ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        log = testing::internal::GetCapturedStderr();
+        testing::internal::CaptureStderr();
+    }
+    EXPECT_EQ(connection.status(test::post(namesRequest)), "HTTP/1.1 403");
+    testing::internal::GetCapturedStderr();
 }
 
 } // namespace
