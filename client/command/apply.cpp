@@ -93,7 +93,9 @@ class Apply
     {
     }
 
-    Report work(const site::Monitor &monitor)
+    /** Brings the monitor to the profile; with isLook only where that changes nothing there, else nothing is
+     * done and there is no report. */
+    std::optional<Report> work(const site::Monitor &monitor, bool isLook = false)
     {
         session::Session session(monitor, call_.options.timeout());
         const auto leftOver = session::Work::leftOver(monitor, site::stateDirectory());
@@ -124,6 +126,9 @@ class Apply
         const std::vector<Step> steps = work.plan(targets);
         if (options_.isDryRun) {
             return dryRun(steps, session.state());
+        }
+        if (isLook && !steps.empty()) {
+            return std::nullopt;
         }
         if (!steps.empty() && !call_.isMany() && !agrees(steps, session.state())) {
             Report report;
@@ -201,6 +206,21 @@ class Apply
     const site::CodeNames &names_;
 };
 
+using Reports = std::vector<std::optional<Report>>;
+
+// Which monitors need a change, before anybody is asked: those without a report.
+Reports look(Call &call, Apply &each)
+{
+    const std::vector<site::Monitor> &monitors = call.monitors();
+    Reports reports(monitors.size());
+    site::Progress progress(monitors.size(), call.options.quiet);
+    std::size_t done = 0;
+    site::forEach(
+        monitors.size(), call.options.jobs, [&](std::size_t i) { reports[i] = each.work(monitors[i], true); },
+        [&](std::size_t) { progress.show(++done); });
+    return reports;
+}
+
 int apply(Call &call, const ApplyOptions &options)
 {
     const auto entries = profile::read(options.file, call.configuration().names);
@@ -213,14 +233,26 @@ int apply(Call &call, const ApplyOptions &options)
         std::cerr << "displayctl: skipped, because it belongs to one monitor: " << names
                   << " (--include-identity takes it in)\n";
     }
-    if (call.isMany() && !options.isDryRun &&
-        !call.confirm("Apply " + options.file + " to " + std::to_string(call.monitors().size()) +
-                      " monitors?")) {
-        std::cerr << "displayctl: nothing was changed\n";
-        return session::exitCodeOf(Outcome::refused);
-    }
     Apply each(call, options, selected);
-    return call.forEachMonitor([&](const site::Monitor &monitor) { return each.work(monitor); }, true);
+    Reports known;
+    if (call.isMany() && !options.isDryRun && !call.options.yes) {
+        known = look(call, each);
+        const auto count = std::ranges::count_if(known, [](const auto &report) { return !report; });
+        if (count != 0 && !call.confirm("Apply " + options.file + " to " + std::to_string(count) + " of " +
+                                        std::to_string(known.size()) +
+                                        " monitors? The others need nothing, or cannot be read.")) {
+            std::cerr << "displayctl: nothing was changed\n";
+            return session::exitCodeOf(Outcome::refused);
+        }
+    }
+    known.resize(call.monitors().size());
+    const site::Monitor *first = call.monitors().data();
+    return call.forEachMonitor(
+        [&](const site::Monitor &monitor) {
+            const std::optional<Report> &report = known[static_cast<std::size_t>(&monitor - first)];
+            return report ? *report : *each.work(monitor);
+        },
+        true);
 }
 
 } // namespace

@@ -114,6 +114,27 @@ std::string codesOf(const Setting &setting, const site::CodeNames &names)
     return text;
 }
 
+// What must hold for a setting or an action.
+std::string rulesText(std::string_view subject)
+{
+    std::string text;
+    for (const model::Rule *rule : model::rulesOf(subject)) {
+        text += line("what must hold", rule->meaning);
+        text += line("", rule->on.empty() ? "there is no way out" : "depends on " + std::string(rule->on));
+        text += line("", rule->refusal.empty() ? "" : "the monitor says: " + std::string(rule->refusal));
+    }
+    return text;
+}
+
+std::string sideEffectsText(std::string_view subject, int number)
+{
+    std::string text;
+    for (const Setting *other : model::sideEffectsOf(subject, number)) {
+        text += line("changes as well", other->name);
+    }
+    return text;
+}
+
 // All about a setting.
 std::string about(const model::Named &named, const site::CodeNames &names)
 {
@@ -131,16 +152,34 @@ std::string about(const model::Named &named, const site::CodeNames &names)
                  setting.isWritable()
                      ? setting.has(model::administrator) ? "administrators of the monitor" : "everybody"
                      : "");
-    for (const model::Rule *rule : model::rulesOf(setting.row->name)) {
-        text += line("what must hold", rule->meaning);
-        text += line("", rule->on.empty() ? "there is no way out" : "depends on " + std::string(rule->on));
-        text += line("", rule->refusal.empty() ? "" : "the monitor says: " + std::string(rule->refusal));
-    }
-    for (const Setting *other : model::sideEffectsOf(setting.row->name, setting.number)) {
-        text += line("changes as well", other->name);
-    }
+    text += rulesText(setting.row->name) + sideEffectsText(setting.row->name, setting.number);
     if (setting.isWritable() && !setting.has(model::neverAccepted)) {
         text += line("example", exampleOf(setting, shortest(named), names));
+    }
+    return text;
+}
+
+bool isAction(std::string_view name)
+{
+    return std::ranges::any_of(model::allActions(),
+                               [&](const model::ActionRow &action) { return action.name == name; });
+}
+
+// All about an action, with each argument it can have.
+std::string aboutAction(std::string_view name)
+{
+    std::string text;
+    for (const model::ActionRow &action : model::allActions()) {
+        if (action.name != name) {
+            continue;
+        }
+        const std::string subject =
+            std::string(name) + (action.argument.empty() ? "" : " " + std::string(action.argument));
+        text += subject + "\n" + line("what it does", action.description) + line("calls", action.method) +
+                line("asks first",
+                     action.cannotBeUndone ? "yes, and saves a profile: it cannot be undone" : "no");
+        text += rulesText(subject) + sideEffectsText(subject, 1);
+        text += line("example", "displayctl run " + subject);
     }
     return text;
 }
@@ -174,6 +213,10 @@ int help(Call &call, const std::string &topic, const CLI::App &program)
             std::cout << command->help("displayctl");
             return 0;
         }
+    }
+    if (isAction(topic)) {
+        std::cout << aboutAction(topic);
+        return 0;
     }
     std::cout << about(model::resolveName(topic), call.configuration().names);
     return 0;
@@ -218,9 +261,10 @@ Report tellNames(Call &call, const site::Monitor &monitor)
 
 void addHelp(CLI::App &program, Action &action)
 {
-    CLI::App *command = program.add_subcommand("help", "All about a setting or a command");
+    CLI::App *command = program.add_subcommand("help", "All about a setting, an action or a command");
     auto topic = std::make_shared<std::string>();
-    command->add_option("SETTING|COMMAND", *topic, "a setting, a command, or 'settings' for a list of all");
+    command->add_option("SETTING|COMMAND", *topic,
+                        "a setting, an action, a command, or 'settings' for a list of all");
     command->footer("Examples:\n"
                     "  displayctl help pip.size\n"
                     "  displayctl help apply\n"

@@ -101,6 +101,12 @@ Report failureReport(const wbem::Answer &answer)
     Report report;
     report.outcome = session::outcomeOf(answer);
     report.message = session::messageOf(answer);
+    if (const std::string_view reason = session::reasonOf(answer); !reason.empty()) {
+        report.documentMessage = report.message;
+        report.document["rule"] = reason;
+        report.message += "\n" + labelled("the rule", std::string(reason));
+        report.message.pop_back();
+    }
     return report;
 }
 
@@ -110,10 +116,11 @@ Json settingDocument(const Setting &setting, const Value &value, const site::Cod
     if (!setting.unit().empty()) {
         document["unit"] = setting.unit();
     }
-    document["writable"] = setting.isWritable();
+    const bool isWritable = setting.isWritable() && !setting.has(model::neverAccepted);
+    document["writable"] = isWritable;
     const bool isNumber = setting.kind() == model::Kind::number || setting.kind() == model::Kind::decimal ||
                           setting.kind() == model::Kind::code;
-    if (isNumber && setting.isWritable()) {
+    if (isNumber && isWritable) {
         const auto number = [](double bound) {
             return bound == static_cast<long>(bound) ? Json(static_cast<long>(bound)) : Json(bound);
         };
@@ -124,7 +131,7 @@ Json settingDocument(const Setting &setting, const Value &value, const site::Cod
             document["min"] = number(*setting.minimum());
             document["max"] = number(*setting.maximum());
         }
-    } else if (setting.isWritable() && !model::valueWords(setting, names).empty()) {
+    } else if (isWritable && !model::valueWords(setting, names).empty()) {
         document["values"] = model::valueWords(setting, names);
     }
     return document;
@@ -209,7 +216,7 @@ std::string refusalText(const Refusal &refusal, const std::string &monitor, cons
     }
     if (!change.first.empty()) {
         text += labelled("first", commandFor(selector, {change.first}));
-    } else if (change.outcome == Outcome::refused && !change.rule.empty()) {
+    } else if (change.hasNoWayOut) {
         text += labelled("first", "nothing: there is no way out");
     }
     text.pop_back();

@@ -45,6 +45,7 @@ enum Trait : unsigned {
     onlyAll = 32,      ///< not in the usual `show`
     late = 64,         ///< the monitor answers before the change is made
     network = 128,     ///< a change may cut the connection, so it asks first
+    mask = 256,        ///< an address whose ones stand before its zeros
 };
 
 /** One row of the table; N in its name stands for 1 to the number of the class's instances. */
@@ -82,7 +83,7 @@ struct Setting {
     {
         return (row->traits & trait) != 0;
     }
-    /** Whether the monitor lets it be changed at all. */
+    /** Whether there is something that changes it; the monitor may still refuse every change. */
     [[nodiscard]] bool isWritable() const;
     [[nodiscard]] bool isReadable() const
     {

@@ -180,7 +180,7 @@ const SettingRow rows[] = {
      address,
      "IPConfigurationService.ApplySettingToIPNetworkConnection.SettingData"},
     {"network.address", Kind::address, "ExtendedStaticIPAssignmentSettingData", {"IPAddresses"}, address},
-    {"network.mask", Kind::address, "ExtendedStaticIPAssignmentSettingData", {"SubnetMasks"}, address},
+    {"network.mask", Kind::address, "ExtendedStaticIPAssignmentSettingData", {"SubnetMasks"}, address | mask},
     {"network.gateway",
      Kind::address,
      "ExtendedStaticIPAssignmentSettingData",

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <charconv>
 #include <chrono>
 #include <cmath>
@@ -173,6 +174,7 @@ Value parseDate(const Setting &setting, std::string_view text, const site::CodeN
 Value parseAddress(const Setting &setting, std::string_view text, const site::CodeNames &names)
 {
     std::string_view rest = text;
+    std::uint32_t bits = 0;
     for (int octet = 0; octet < 4; ++octet) {
         const std::size_t dot = octet == 3 ? rest.size() : rest.find('.');
         unsigned number = 0;
@@ -180,7 +182,11 @@ Value parseAddress(const Setting &setting, std::string_view text, const site::Co
             !parseWhole(rest.substr(0, dot), number) || number > 255) {
             refuse(setting, text, names);
         }
+        bits = bits << 8 | number;
         rest.remove_prefix(std::min(dot + 1, rest.size()));
+    }
+    if (setting.has(mask) && std::countl_one(bits) != std::popcount(bits)) {
+        refuse(setting, text, names);
     }
     return text;
 }
@@ -360,7 +366,7 @@ std::string allowedValues(const Setting &setting, const site::CodeNames &names)
     case Kind::networkMode:
         return "dhcp static";
     case Kind::address:
-        return "an IPv4 address";
+        return setting.has(mask) ? "an IPv4 mask, as 255.255.255.0" : "an IPv4 address";
     case Kind::anything:
         return "nothing: the monitor refuses every value";
     case Kind::position:

@@ -159,14 +159,7 @@ void explain(Session &session, std::string_view subject, int number, const model
     change.message = answer.ok() ? "" : messageOf(answer);
     const bool isText = answer.status == wbem::Status::cimError || answer.ok();
     change.isBlankText = isText && answer.message.find_first_not_of(' ') == std::string::npos;
-    if (change.outcome == Outcome::busy) {
-        change.rule = "the display engine is busy with something else; try again in a moment";
-        return;
-    }
-    if (change.outcome == Outcome::login && isText) {
-        change.rule = "only administrators of the monitor may do this";
-        return;
-    }
+    change.rule = reasonOf(answer);
     const model::Rule *rule =
         change.outcome == Outcome::refused ? model::ruleOf(subject, answer.message) : nullptr;
     if (rule == nullptr) {
@@ -178,6 +171,7 @@ void explain(Session &session, std::string_view subject, int number, const model
     if (!session.readMissing(classes)) {
         change.first = model::wayOut(*rule, model::View(session.state()), number, value);
     }
+    change.hasNoWayOut = change.first.empty();
 }
 
 std::optional<wbem::Answer> prepare(Session &session, const Step &step)
@@ -219,6 +213,9 @@ StepResult perform(Session &session, const Step &step)
         return result;
     }
     judge(session, readBack(session, step), isInDoubt ? messageOf(answer) : std::string(), result);
+    for (Change &change : result.changes) {
+        change.rule = change.result == Result::unknown && isInDoubt ? reasonOf(answer) : "";
+    }
     for (Beside &beside : result.beside) {
         beside.after = session.state().value(*beside.setting);
     }

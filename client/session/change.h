@@ -30,6 +30,7 @@ struct Change {
     std::string rule = {};    ///< what the refusal means, empty where it is none of those known
     std::string first = {};   ///< what has to be set first, as in pip.mode=pip
     bool isBlankText = false; ///< the monitor refused without a text
+    bool hasNoWayOut = false; ///< the refusal's rule is known, and nothing makes it hold
 
     [[nodiscard]] bool isGood() const
     {

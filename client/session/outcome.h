@@ -23,6 +23,10 @@ enum class Outcome { ok, unchanged, different, refused, busy, unreachable, login
 /** What a request that was not answered with ok means for the monitor it was sent to. */
 [[nodiscard]] Outcome outcomeOf(const wbem::Answer &answer);
 
+/** What the monitor's text means where it tells of the monitor's own state or of missing rights, and what
+ * helps; empty where it tells of something else. */
+[[nodiscard]] std::string_view reasonOf(const wbem::Answer &answer);
+
 /** The answer's text for a person: the monitor's own, or what went wrong and what helps. */
 [[nodiscard]] std::string messageOf(const wbem::Answer &answer);
 

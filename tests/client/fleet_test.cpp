@@ -160,6 +160,42 @@ TEST_F(Fleet, ManyMonitorsAreSetAndASecondRunChangesNothing)
     EXPECT_EQ(verified.output, "40 lines, none of them altered, removed or added\n");
 }
 
+TEST_F(Fleet, AProfileIsAppliedToManyAndAsksOnlyWhereSomethingDiffers)
+{
+    Monitors monitors{MONITOR_DATA_DIR};
+    const std::vector<std::string> addresses = loopbackAddresses(5);
+    const Responder server{addresses, [&](const Request &request) { return monitors.answer(request); }};
+    writeConfig(addresses, server.port());
+    const std::string profile =
+        scratch_.write("house.yaml", "displayctl: 1\nsettings:\n  preset: { 1: { luminance: 120 } }\n");
+    EXPECT_EQ(run("-m m1003 --yes apply " + profile).code, 0);
+    const auto changes = [&] {
+        return server.counts().requests.at("SetDisplayLuminance ZT_Marovelton_ColorSpace");
+    };
+
+    const Result unasked = run("-m all apply " + profile);
+    EXPECT_EQ(unasked.code, 2);
+    EXPECT_EQ(unasked.output, "");
+    EXPECT_EQ(unasked.errors, "displayctl: this asks before it changes anything: give --yes where there is "
+                              "no terminal\n");
+    EXPECT_EQ(changes(), 1U);
+
+    const Result applied = run("-m all --yes apply " + profile);
+    EXPECT_EQ(applied.code, 0) << applied.errors;
+    EXPECT_EQ(applied.sortedLines(),
+              (std::vector<std::string>{"5 monitors: 4 ok, 1 unchanged", "m1000  1 setting changed",
+                                        "m1001  1 setting changed", "m1002  1 setting changed",
+                                        "m1003  unchanged", "m1004  1 setting changed"}));
+    EXPECT_EQ(changes(), 5U);
+
+    const Result again = run("-m all apply " + profile);
+    EXPECT_EQ(again.code, 0) << again.errors;
+    EXPECT_EQ(again.sortedLines(),
+              (std::vector<std::string>{"5 monitors: 5 unchanged", "m1000  unchanged", "m1001  unchanged",
+                                        "m1002  unchanged", "m1003  unchanged", "m1004  unchanged"}));
+    EXPECT_EQ(changes(), 5U);
+}
+
 TEST_F(Fleet, ASilentMonitorDelaysNobodyAndIsNamed)
 {
     // With two jobs, one of them busy with the silent monitor, all others are told before it.

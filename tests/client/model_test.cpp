@@ -201,6 +201,9 @@ TEST(Values, AreReadAsPeopleWriteThem)
               "monitor.deployed cannot be '2023-02-29'; it takes YYYY-MM-DD");
     EXPECT_EQ(parsed("network.address", "192.168.010.1"),
               "network.address cannot be '192.168.010.1'; it takes an IPv4 address");
+    EXPECT_EQ(parsed("network.mask", "255.255.255.0"), R"("255.255.255.0")");
+    EXPECT_EQ(parsed("network.mask", "255.0.255.0"),
+              "network.mask cannot be '255.0.255.0'; it takes an IPv4 mask, as 255.255.255.0");
     EXPECT_EQ(parsed("buttons.brightness", "7"),
               "buttons.brightness cannot be '7'; it takes 0 2 4 6 8 10 12 14 16 18 20");
     EXPECT_EQ(parsed("monitor.power", "on"), "monitor.power cannot be changed");

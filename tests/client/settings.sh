@@ -105,6 +105,22 @@ expect 'what would be accepted has no rule and nothing first' "0: {\"monitor\":\
 ctl --json why picture.mode-4k=1
 expect 'a refusal without a text says so' "1: {\"monitor\":\"$name\",\"outcome\":\"refused\",\"message\":\"the monitor gives no reason\",\"accepted\":false,\"rule\":\"this monitor does not support it\",\"first\":[]}" "$result: $output"
 
+# ---- help ----
+
+expect_plain_ctl 'all about an action' 0 'swap-inputs
+  what it does       Exchanges the inputs of the two pictures.
+  calls              PictureInPicture.SwapPrimaryPIPInputs
+  asks first         no
+  what must hold     the second picture must be on
+                     depends on pip.mode
+                     the monitor says: PIP mode is off. Unable to set the value for Swap input source
+  changes as well    monitor.input
+  changes as well    pip.input
+  example            displayctl run swap-inputs' help swap-inputs
+plain_ctl help reset-calibration
+expect 'of an action with its arguments, each' 'reset-calibration last
+reset-calibration factory' "$(grep '^[a-z]' <<<"$output")"
+
 # ---- show ----
 
 ctl show pip
@@ -125,6 +141,8 @@ expect 'what differs from a profile' '0: pip
 rm "$scratch/profile.yaml"
 ctl show --all
 all=$output
+ctl --json show picture.mode-4k preset.1.luminance
+expect 'what no monitor lets be changed is not writable' "0: \"picture.mode-4k\":{\"value\":null,\"writable\":false}" "$result: $(grep -o '"picture.mode-4k":{[^}]*}' <<<"$output")"
 ctl --json show --all
 expect 'properties in the kinds that the classes declare' 2 "$(grep -oE '"(WSManagementService.AvailableRequestedStates":\{"value":\[2,3\]|IPAssignmentSettingData.AddressOrigin":\{"value":11),' <<<"$output" | wc -l)"
 output=$all

@@ -121,11 +121,11 @@ expect_plain_ctl 'nothing was changed on another monitor' 0 '' -m http://127.0.0
 expect_plain_ctl 'a time that is none' 2 '' history --since yesterday
 
 expect_plain_ctl 'the history is whole' 0 '4 lines, none of them altered, removed or added' history --verify
-expect_plain_ctl 'the same as JSON' 0 '{"outcome":"ok","lines":4}' --json history --verify
+expect_plain_ctl 'the same as JSON' 0 '{"monitor":null,"outcome":"ok","lines":4}' --json history --verify
 cp "$lines" "$scratch/kept"
 sed -i '2s/"new":20/"new":21/' "$lines"
 expect_plain_ctl 'an altered line is found' 1 'history.jsonl, line 2: the line was altered' history --verify
-expect_plain_ctl 'the same as JSON' 1 '{"outcome":"different","message":"the line was altered","line":2,"lines":4}' \
+expect_plain_ctl 'the same as JSON' 1 '{"monitor":null,"outcome":"different","message":"the line was altered","line":2,"lines":4}' \
     --json history --verify
 sed -i '$d' "$lines"
 sed '$d' "$scratch/kept" >"$lines"
