@@ -215,12 +215,12 @@ std::uint64_t Board::newest() const
     return contents_.newest.load(std::memory_order_acquire);
 }
 
-std::vector<LoggedMessage> Board::messagesAfter(std::uint64_t number) const
+std::vector<LoggedMessage> Board::messagesAfter(std::uint64_t number, std::size_t most) const
 {
     std::vector<LoggedMessage> messages;
     const std::uint64_t last = newest();
-    for (std::uint64_t i = std::max(number + 1, last < loggedCount ? 1 : last - loggedCount + 1); i <= last;
-         ++i) {
+    for (std::uint64_t i = std::max(number + 1, last < loggedCount ? 1 : last - loggedCount + 1);
+         i <= last && messages.size() < most; ++i) {
         const Contents::Entry &entry = contents_.entries[i % loggedCount];
         if (entry.number.load(std::memory_order_acquire) != i) {
             continue; // overwritten meanwhile

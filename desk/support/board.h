@@ -102,8 +102,9 @@ class Board
 
     /** The number of the newest message; 0 when there is none. */
     std::uint64_t newest() const;
-    /** The messages after the one numbered, oldest first, as far as they are kept: the last loggedCount. */
-    std::vector<LoggedMessage> messagesAfter(std::uint64_t number) const;
+    /** The messages after the one numbered, oldest first and not more than asked for, as far as they are
+     * kept: the last loggedCount. */
+    std::vector<LoggedMessage> messagesAfter(std::uint64_t number, std::size_t most = loggedCount) const;
 
   private:
     struct Contents;

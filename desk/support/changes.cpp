@@ -57,7 +57,7 @@ std::string faultList()
     return list;
 }
 
-void switchFault(const std::string &name, const std::string &state, std::string argument)
+void switchFault(const std::string &name, const std::string &state, const std::string &argument)
 {
     if (name == "clear") {
         if (!state.empty()) {
@@ -66,24 +66,19 @@ void switchFault(const std::string &name, const std::string &state, std::string 
         change([](Contents &contents) { contents.faults.clear(); });
         return;
     }
-    const FaultRow *row = findFault(name);
-    if (row == nullptr) {
+    if (findFault(name) == nullptr) {
         throw UsageError("there is no fault " + name + "; the faults are:" + faultList());
     }
     if (state != "on" && state != "off") {
         throw UsageError("a fault is switched on or off");
     }
-    if (state == "off") {
-        change([&](Contents &contents) { contents.faults.erase(name); });
-        return;
+    std::string wrong;
+    change([&](Contents &contents) {
+        wrong = desk::switchFault(contents.faults, name, state == "on", argument);
+    });
+    if (!wrong.empty()) {
+        throw UsageError(wrong);
     }
-    if (argument.empty()) {
-        argument = row->defaultArgument;
-    }
-    if (const std::string wrong = row->complaint(argument); !wrong.empty()) {
-        throw UsageError(name + ": " + wrong);
-    }
-    change([&](Contents &contents) { contents.faults[name] = argument; });
 }
 
 void addUser(const std::string &name, bool administrator)

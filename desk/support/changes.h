@@ -11,7 +11,7 @@ namespace desk
 void setSetting(const std::string &name, std::string value);
 
 /** state: on or off; nothing for the name clear, which switches all faults off. */
-void switchFault(const std::string &name, const std::string &state, std::string argument);
+void switchFault(const std::string &name, const std::string &state, const std::string &argument);
 
 /** A line for each fault: name, argument, meaning. */
 std::string faultList();

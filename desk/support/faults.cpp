@@ -128,4 +128,22 @@ bool failsByFault(const Faults &faults, std::string_view fault, std::string_view
     return false;
 }
 
+std::string switchFault(Faults &faults, std::string_view name, bool on, std::string_view argument)
+{
+    const FaultRow *row = findFault(name);
+    if (row == nullptr) {
+        return "there is no fault " + std::string(name);
+    }
+    if (!on) {
+        faults.erase(std::string(name));
+        return {};
+    }
+    const std::string_view given = argument.empty() ? row->defaultArgument : argument;
+    if (const std::string wrong = row->complaint(given); !wrong.empty()) {
+        return std::string(name) + ": " + wrong;
+    }
+    faults[std::string(name)] = given;
+    return {};
+}
+
 } // namespace desk

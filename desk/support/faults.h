@@ -32,6 +32,11 @@ using Faults = std::map<std::string, std::string, std::less<>>;
  * perhaps, or names none and means all. */
 bool failsByFault(const Faults &faults, std::string_view fault, std::string_view function);
 
+/** Switches a fault on, with the default argument where none is given, or off. Returns what is wrong with it;
+ * empty when it was done. */
+[[nodiscard]] std::string switchFault(Faults &faults, std::string_view name, bool on,
+                                      std::string_view argument);
+
 } // namespace desk
 
 #endif

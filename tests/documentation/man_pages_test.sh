@@ -86,6 +86,7 @@ page display-host 8 'account account,add account,remove account,list certificate
 page desk-engine 8 '' desk/engine/main.cpp desk/engine/engine.cpp desk/support/environment.cpp
 page desk-monitor 1 'show set fault user user,add user,remove reset queues queues,remove' \
     desk/support/desk_monitor.cpp desk/support/environment.cpp
+page desk-screen 1 '' desk/screen/main.cpp desk/support/environment.cpp
 page object-graph 1 '' tools/object-graph
 displayctl=$(program_of displayctl)
 page displayctl 1 "$([ -z "$displayctl" ] || "$displayctl" --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z]*\) .*/\1/p')" \
