@@ -23,7 +23,7 @@ bool sameIgnoringCase(const char *a, const char *b)
 
 const char *classNameOf(const CMPIObjectPath *path)
 {
-    return isNullObject(path) ? nullptr : textOf(cmpi::getClassName(path));
+    return isNullObject(path) ? nullptr : textOf(cmpi::getClassName(path, nullptr));
 }
 
 /** Whether the class of `path` is `className` or derived from it. A class that the object manager does not
@@ -74,7 +74,7 @@ CMPIEnumeration *enumerateInstances(const CMPIBroker *broker, const CMPIContext 
                                     const CMPIObjectPath *path, CMPIStatus *rc)
 {
     *rc = {CMPI_RC_OK, nullptr};
-    CMPIEnumeration *instances = cmpi::enumerateInstances(broker, ctx, path, rc);
+    CMPIEnumeration *instances = cmpi::enumerateInstances(broker, ctx, path, nullptr, rc);
     if (delivered(instances, rc)) {
         return instances;
     }
@@ -120,7 +120,7 @@ CMPIInstance *fetch(const CMPIBroker *broker, const CMPIContext *ctx, const CMPI
                     const char *failed, const char *notFound, CMPIStatus *rc)
 {
     *rc = {CMPI_RC_OK, nullptr};
-    CMPIInstance *instance = cmpi::getInstance(broker, ctx, path, rc);
+    CMPIInstance *instance = cmpi::getInstance(broker, ctx, path, nullptr, rc);
     if (delivered(instance, rc)) {
         return instance;
     }
@@ -135,7 +135,7 @@ CMPIInstance *fetch(const CMPIBroker *broker, const CMPIContext *ctx, const CMPI
 /** Moves a path into the namespace of another; false, with the object manager's answer in `rc`. */
 bool moveToNameSpace(const CMPIObjectPath *path, const CMPIObjectPath *other, CMPIStatus *rc)
 {
-    const char *nameSpace = textOf(cmpi::getNameSpace(other));
+    const char *nameSpace = textOf(cmpi::getNameSpace(other, nullptr));
     if (!nameSpace) {
         return true;
     }
@@ -221,7 +221,7 @@ CMPIObjectPath *farEndPath(const CMPIBroker *broker, const CMPIObjectPath *ref, 
     if (!target) {
         return nullptr;
     }
-    const char *nameSpace = textOf(cmpi::getNameSpace(ref));
+    const char *nameSpace = textOf(cmpi::getNameSpace(ref, nullptr));
     CMPIObjectPath *path = cmpi::newObjectPath(broker, nameSpace ? nameSpace : "", target, rc);
     if (isNullObject(path)) {
         failed(broker, rc, "Create CMPIObjectPath failed.");

@@ -17,7 +17,7 @@ bool requireAdministrator(const CMPIBroker *broker, const CMPIContext *context, 
                           char *errorText, bool announce)
 {
     CMPIStatus read = {CMPI_RC_OK, nullptr};
-    const CMPIData data = cmpi::getContextEntry(context, CMPIPrincipal, &read);
+    const CMPIData data = cmpi::getEntry(context, CMPIPrincipal, &read);
     const char *user = textOf(data, read);
     if (!user) {
         setStatus(broker, status, CMPI_RC_ERR_FAILED, "Could not get user credentials");
@@ -106,7 +106,7 @@ const CMPIObjectPath *requireReference(Call &call, const char *name, const Refer
     } else if ((data.state & CMPI_nullValue) || !data.value.ref) {
         fail(call, CMPI_RC_ERR_INVALID_PARAMETER, texts.null);
     } else {
-        *className = textOf(cmpi::getClassName(data.value.ref));
+        *className = textOf(cmpi::getClassName(data.value.ref, nullptr));
         if (*className) {
             return data.value.ref;
         }

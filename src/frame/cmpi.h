@@ -76,165 +76,47 @@ consteval Table operationTable(const char *name)
 
 // ---- the object manager's functions ----
 
-inline CMPIInstance *newInstance(const CMPIBroker *broker, const CMPIObjectPath *path, CMPIStatus *rc)
-{
-    return call(broker->eft->newInstance, broker, path, rc);
-}
+// A function of a table under its own name: on its object, with its other parameters as the standard has
+// them.
+#define CMPI_FUNCTION(Object, table, name)                                                                   \
+    template <typename... Arguments>                                                                         \
+    auto name(const Object *object, Arguments... arguments)                                                  \
+    {                                                                                                        \
+        return call(object->table->name, object, arguments...);                                              \
+    }
 
-inline CMPIObjectPath *newObjectPath(const CMPIBroker *broker, const char *nameSpace, const char *className,
-                                     CMPIStatus *rc)
-{
-    return call(broker->eft->newObjectPath, broker, nameSpace, className, rc);
-}
+CMPI_FUNCTION(CMPIBroker, eft, newInstance)
+CMPI_FUNCTION(CMPIBroker, eft, newObjectPath)
+CMPI_FUNCTION(CMPIBroker, eft, newString)
+CMPI_FUNCTION(CMPIBroker, eft, newArray)
+CMPI_FUNCTION(CMPIBroker, eft, newDateTimeFromBinary)
+CMPI_FUNCTION(CMPIBroker, eft, classPathIsA)
+CMPI_FUNCTION(CMPIBroker, bft, enumerateInstanceNames)
+CMPI_FUNCTION(CMPIBroker, bft, enumerateInstances)
+CMPI_FUNCTION(CMPIBroker, bft, getInstance)
+CMPI_FUNCTION(CMPIInstance, ft, getProperty)
+CMPI_FUNCTION(CMPIInstance, ft, setProperty)
+CMPI_FUNCTION(CMPIInstance, ft, getObjectPath)
+CMPI_FUNCTION(CMPIObjectPath, ft, getNameSpace)
+CMPI_FUNCTION(CMPIObjectPath, ft, setNameSpace)
+CMPI_FUNCTION(CMPIObjectPath, ft, getClassName)
+CMPI_FUNCTION(CMPIObjectPath, ft, addKey)
+CMPI_FUNCTION(CMPIObjectPath, ft, getKey)
+CMPI_FUNCTION(CMPIArray, ft, getSize)
+CMPI_FUNCTION(CMPIArray, ft, getElementAt)
+CMPI_FUNCTION(CMPIArray, ft, setElementAt)
+CMPI_FUNCTION(CMPIString, ft, getCharPtr)
+CMPI_FUNCTION(CMPIEnumeration, ft, hasNext)
+CMPI_FUNCTION(CMPIEnumeration, ft, getNext)
+CMPI_FUNCTION(CMPIArgs, ft, getArg)
+CMPI_FUNCTION(CMPIArgs, ft, getArgCount)
+CMPI_FUNCTION(CMPIContext, ft, getEntry)
+CMPI_FUNCTION(CMPIResult, ft, returnData)
+CMPI_FUNCTION(CMPIResult, ft, returnInstance)
+CMPI_FUNCTION(CMPIResult, ft, returnObjectPath)
+CMPI_FUNCTION(CMPIResult, ft, returnDone)
 
-inline CMPIString *newString(const CMPIBroker *broker, const char *text)
-{
-    return call(broker->eft->newString, broker, text, nullptr);
-}
-
-inline CMPIArray *newArray(const CMPIBroker *broker, CMPICount size, CMPIType type, CMPIStatus *rc)
-{
-    return call(broker->eft->newArray, broker, size, type, rc);
-}
-
-/** A point in time, in microseconds since 1970. */
-inline CMPIDateTime *newDateTime(const CMPIBroker *broker, CMPIUint64 microseconds)
-{
-    return call(broker->eft->newDateTimeFromBinary, broker, microseconds, CMPIBoolean{0}, nullptr);
-}
-
-inline CMPIBoolean classPathIsA(const CMPIBroker *broker, const CMPIObjectPath *path, const char *className,
-                                CMPIStatus *rc)
-{
-    return call(broker->eft->classPathIsA, broker, path, className, rc);
-}
-
-inline CMPIEnumeration *enumerateInstanceNames(const CMPIBroker *broker, const CMPIContext *context,
-                                               const CMPIObjectPath *path, CMPIStatus *rc)
-{
-    return call(broker->bft->enumerateInstanceNames, broker, context, path, rc);
-}
-
-/** The instances with all their properties. */
-inline CMPIEnumeration *enumerateInstances(const CMPIBroker *broker, const CMPIContext *context,
-                                           const CMPIObjectPath *path, CMPIStatus *rc)
-{
-    return call(broker->bft->enumerateInstances, broker, context, path, nullptr, rc);
-}
-
-/** The instance with all its properties. */
-inline CMPIInstance *getInstance(const CMPIBroker *broker, const CMPIContext *context,
-                                 const CMPIObjectPath *path, CMPIStatus *rc)
-{
-    return call(broker->bft->getInstance, broker, context, path, nullptr, rc);
-}
-
-inline CMPIData getProperty(const CMPIInstance *instance, const char *name, CMPIStatus *rc)
-{
-    return call(instance->ft->getProperty, instance, name, rc);
-}
-
-inline CMPIStatus setProperty(const CMPIInstance *instance, const char *name, const CMPIValue *value,
-                              CMPIType type)
-{
-    return call(instance->ft->setProperty, instance, name, value, type);
-}
-
-inline CMPIObjectPath *getObjectPath(const CMPIInstance *instance, CMPIStatus *rc)
-{
-    return call(instance->ft->getObjectPath, instance, rc);
-}
-
-inline CMPIString *getNameSpace(const CMPIObjectPath *path)
-{
-    return call(path->ft->getNameSpace, path, nullptr);
-}
-
-inline CMPIStatus setNameSpace(const CMPIObjectPath *path, const char *nameSpace)
-{
-    return call(path->ft->setNameSpace, path, nameSpace);
-}
-
-inline CMPIString *getClassName(const CMPIObjectPath *path)
-{
-    return call(path->ft->getClassName, path, nullptr);
-}
-
-inline CMPIStatus addKey(const CMPIObjectPath *path, const char *name, const CMPIValue *value, CMPIType type)
-{
-    return call(path->ft->addKey, path, name, value, type);
-}
-
-inline CMPIData getKey(const CMPIObjectPath *path, const char *name, CMPIStatus *rc)
-{
-    return call(path->ft->getKey, path, name, rc);
-}
-
-inline CMPICount getArrayCount(const CMPIArray *array)
-{
-    return call(array->ft->getSize, array, nullptr);
-}
-
-inline CMPIData getArrayElementAt(const CMPIArray *array, CMPICount position, CMPIStatus *rc)
-{
-    return call(array->ft->getElementAt, array, position, rc);
-}
-
-inline CMPIStatus setArrayElementAt(const CMPIArray *array, CMPICount position, const CMPIValue *value,
-                                    CMPIType type)
-{
-    return call(array->ft->setElementAt, array, position, value, type);
-}
-
-inline const char *getCharPtr(const CMPIString *string)
-{
-    return call(string->ft->getCharPtr, string, nullptr);
-}
-
-inline CMPIBoolean hasNext(const CMPIEnumeration *enumeration, CMPIStatus *rc)
-{
-    return call(enumeration->ft->hasNext, enumeration, rc);
-}
-
-inline CMPIData getNext(const CMPIEnumeration *enumeration, CMPIStatus *rc)
-{
-    return call(enumeration->ft->getNext, enumeration, rc);
-}
-
-inline CMPIData getArg(const CMPIArgs *arguments, const char *name, CMPIStatus *rc)
-{
-    return call(arguments->ft->getArg, arguments, name, rc);
-}
-
-inline CMPICount getArgCount(const CMPIArgs *arguments, CMPIStatus *rc)
-{
-    return call(arguments->ft->getArgCount, arguments, rc);
-}
-
-inline CMPIData getContextEntry(const CMPIContext *context, const char *name, CMPIStatus *rc)
-{
-    return call(context->ft->getEntry, context, name, rc);
-}
-
-inline CMPIStatus returnData(const CMPIResult *result, const CMPIValue *value, CMPIType type)
-{
-    return call(result->ft->returnData, result, value, type);
-}
-
-inline CMPIStatus returnInstance(const CMPIResult *result, const CMPIInstance *instance)
-{
-    return call(result->ft->returnInstance, result, instance);
-}
-
-inline CMPIStatus returnObjectPath(const CMPIResult *result, const CMPIObjectPath *path)
-{
-    return call(result->ft->returnObjectPath, result, path);
-}
-
-inline CMPIStatus returnDone(const CMPIResult *result)
-{
-    return call(result->ft->returnDone, result);
-}
+#undef CMPI_FUNCTION
 
 } // namespace cmpi
 

@@ -81,7 +81,7 @@ void InstanceBuilder::dateTime(const char *name, int64_t seconds)
         return;
     }
     CMPIValue data = {};
-    data.dateTime = cmpi::newDateTime(broker, static_cast<CMPIUint64>(seconds * 1000000));
+    data.dateTime = cmpi::newDateTimeFromBinary(broker, seconds * 1000000, CMPIBoolean{0}, nullptr);
     // A date that the object manager cannot make stays null, the rest of the instance is right.
     if (data.dateTime) {
         set(name, &data, CMPI_dateTime);
@@ -107,7 +107,7 @@ CMPIArray *InstanceBuilder::newArray(CMPICount size, CMPIType type)
 void InstanceBuilder::setElement(CMPIArray *array, CMPICount position, const CMPIValue &value, CMPIType type)
 {
     static_cast<void>(
-        require(cmpi::setArrayElementAt(array, position, &value, type).rc == CMPI_RC_OK, arrayFailed));
+        require(cmpi::setElementAt(array, position, &value, type).rc == CMPI_RC_OK, arrayFailed));
 }
 
 void InstanceBuilder::uint16Array(const char *name, std::initializer_list<int> values)
@@ -134,7 +134,7 @@ void InstanceBuilder::textArray(const char *name, const char *value)
         return;
     }
     CMPIValue element = {};
-    element.string = cmpi::newString(broker, value);
+    element.string = cmpi::newString(broker, value, nullptr);
     if (require(element.string != nullptr, arrayFailed)) {
         setElement(data.array, 0, element, CMPI_string);
     }

@@ -11,7 +11,7 @@ namespace frame
 CMPIObjectPath *newPath(const CMPIBroker *broker, const char *className, const CMPIObjectPath *reference,
                         CMPIStatus *status, std::initializer_list<Key> keys)
 {
-    const char *nameSpace = textOf(cmpi::getNameSpace(reference));
+    const char *nameSpace = textOf(cmpi::getNameSpace(reference, nullptr));
     CMPIObjectPath *path = nameSpace ? cmpi::newObjectPath(broker, nameSpace, className, status) : nullptr;
     if (isNullObject(path)) {
         setStatus(broker, status, CMPI_RC_ERR_FAILED, "Create CMPIObjectPath failed.");
@@ -62,7 +62,7 @@ const char *keyText(const CMPIObjectPath *path, const char *name)
 
 bool isOfClass(const CMPIObjectPath *path, const char *className)
 {
-    const char *name = textOf(cmpi::getClassName(path));
+    const char *name = textOf(cmpi::getClassName(path, nullptr));
     return name && strcasecmp(name, className) == 0;
 }
 

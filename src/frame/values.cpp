@@ -8,7 +8,7 @@ namespace frame
 
 const char *textOf(const CMPIString *string)
 {
-    return string && string->ft ? cmpi::getCharPtr(string) : nullptr;
+    return string && string->ft ? cmpi::getCharPtr(string, nullptr) : nullptr;
 }
 
 const char *textOf(const CMPIData &data, const CMPIStatus &status)
@@ -26,7 +26,7 @@ void setStatus(const CMPIBroker *broker, CMPIStatus *status, CMPIrc code, const 
 {
     status->rc = code;
     // Without memory for the message the code alone reaches the client.
-    status->msg = cmpi::newString(broker, text);
+    status->msg = cmpi::newString(broker, text, nullptr);
 }
 
 void trace(const char *format, const char *className)

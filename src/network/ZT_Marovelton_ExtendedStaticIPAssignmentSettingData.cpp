@@ -64,10 +64,10 @@ const char *firstElement(const CMPIInstance *instance, const char *name)
     CMPIStatus read = {CMPI_RC_OK, nullptr};
     const CMPIData data = cmpi::getProperty(instance, name, &read);
     if (read.rc != CMPI_RC_OK || (data.state & (CMPI_nullValue | CMPI_notFound | CMPI_badValue)) ||
-        !(data.type & CMPI_ARRAY) || !data.value.array || cmpi::getArrayCount(data.value.array) == 0) {
+        !(data.type & CMPI_ARRAY) || !data.value.array || cmpi::getSize(data.value.array, nullptr) == 0) {
         return nullptr;
     }
-    const CMPIData element = cmpi::getArrayElementAt(data.value.array, 0, &read);
+    const CMPIData element = cmpi::getElementAt(data.value.array, 0, &read);
     return textOf(element, read);
 }
 
