@@ -58,37 +58,16 @@ CMPIInstance *_makeInst_ZT_Marovelton_BezelButton(const CMPIObjectPath *referenc
 // ---- settings ----
 // The texts of the steps differ from one setting to the next; clients know each as it is.
 
-int setButtonAutoFadeMode(int value, char *errorText)
-{
-    static constexpr ChannelTexts texts = {
+SETTING(setButtonAutoFadeMode, BEZEL_BTN_ID, BEZEL_BUTTON_AUTOFADE_STATUS,
         .reply = "Failed to set the value to Button AutoFadeMode.",
         .sendQueue = "Failed to process. Unable to create a message queue for sending message.",
         .send = "Failed to process. Unable to send value to SPEAr.",
-        .receiveQueue = "Failed to process. Unable to create a message queue for receiving message.",
-    };
-    return sendSetting(BEZEL_BTN_ID, {{BEZEL_BUTTON_AUTOFADE_STATUS, value}}, texts, errorText);
-}
-
-int setButtonBrightness(int value, char *errorText)
-{
-    return sendSetting(BEZEL_BTN_ID, {{BEZEL_BUTTON_BRIGHTNESS, value}},
-                       "Failed to set the value to ButtonBrightness.", errorText);
-}
-
-int setButtonColor(int value, char *errorText)
-{
-    static constexpr ChannelTexts texts = {
-        .reply = "Failed to set the Button color.",
-        .receiveQueue = "Unable to create a message queue for receving message.",
-    };
-    return sendSetting(BEZEL_BTN_ID, {{BEZEL_BUTTON_COLOR, value}}, texts, errorText);
-}
-
-int SetButtonMode(int value, char *errorText)
-{
-    return sendSetting(FUNCTION_BTN_ID, {{FUNCTION_BUTTON_MODE, value}},
-                       "Failed to set the value to ButtonMode.", errorText);
-}
+        .receiveQueue = "Failed to process. Unable to create a message queue for receiving message.")
+SETTING(setButtonBrightness, BEZEL_BTN_ID, BEZEL_BUTTON_BRIGHTNESS,
+        "Failed to set the value to ButtonBrightness.")
+SETTING(setButtonColor, BEZEL_BTN_ID, BEZEL_BUTTON_COLOR, .reply = "Failed to set the Button color.",
+        .receiveQueue = "Unable to create a message queue for receving message.")
+SETTING(SetButtonMode, FUNCTION_BTN_ID, FUNCTION_BUTTON_MODE, "Failed to set the value to ButtonMode.")
 
 // ---- methods ----
 

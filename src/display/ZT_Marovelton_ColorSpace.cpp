@@ -87,25 +87,12 @@ CMPIInstance *_makeInst_ZT_Marovelton_ColorSpace(const CMPIObjectPath *reference
 
 // ---- settings ----
 
-int SetDisplayLuminance(int luminance, char *errorText)
-{
-    return sendSetting(COLOR_SPACE_ID, {{LUMINANCE, luminance}},
-                       "Failed to set the value to DisplayLuminance.", errorText);
-}
-
+SETTING(SetDisplayLuminance, COLOR_SPACE_ID, LUMINANCE, "Failed to set the value to DisplayLuminance.")
 // Clients know both resets by the text about luminance.
-
-int ResetToLastCalibration(char *errorText)
-{
-    return sendSetting(RESET_GROUP_ID, {{RESET_LAST_CALIBRATION, 0}},
-                       "Failed to set the value to DisplayLuminance.", errorText);
-}
-
-int ResetToFactoryCalibration(char *errorText)
-{
-    return sendSetting(RESET_GROUP_ID, {{RESET_FACTORY_CALIBRATION, 0}},
-                       "Failed to set the value to DisplayLuminance.", errorText);
-}
+COMMAND(ResetToLastCalibration, RESET_GROUP_ID, RESET_LAST_CALIBRATION,
+        "Failed to set the value to DisplayLuminance.")
+COMMAND(ResetToFactoryCalibration, RESET_GROUP_ID, RESET_FACTORY_CALIBRATION,
+        "Failed to set the value to DisplayLuminance.")
 
 // ---- methods ----
 

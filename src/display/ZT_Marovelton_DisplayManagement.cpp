@@ -51,53 +51,20 @@ CMPIInstance *_makeInst_ZT_Marovelton_DisplayManagement(const CMPIObjectPath *re
 
 // ---- settings ----
 
-int setAutoEDIDUpdateState(int value, char *errorText)
-{
-    return sendSetting(MANAGEMENT_ID, {{AUTO_EDID_STATUS, value}}, "Failed to set AutoEDIDUpdateState.",
-                       errorText);
-}
-
-int setCalibrationState(int value, char *errorText)
-{
-    return sendSetting(MANAGEMENT_ID, {{CALIBRATION_STATUS, value}},
-                       "Failed to set the value to CalibrationState.", errorText);
-}
-
-int setDDCCICommunicationsState(int value, char *errorText)
-{
-    return sendSetting(MANAGEMENT_ID, {{DDC_CI_COMM_STATUS, value}},
-                       "Failed to set the value to DDCCICommunicationsState.", errorText);
-}
-
-int setHotPlugInitiateState(int value, char *errorText)
-{
-    return sendSetting(MANAGEMENT_ID, {{HOT_PLUG_INITIATE, value}},
-                       "Failed to set the values to HotPlugInitiateState.", errorText);
-}
-
-int setPowerOnRecallState(int value, char *errorText)
-{
-    return sendSetting(MANAGEMENT_ID, {{POWER_ON_RECALL_STATUS, value}},
-                       "Failed to set the value to PowerOnRecallState.", errorText);
-}
-
-int setPowerSaverState(int value, char *errorText)
-{
-    return sendSetting(MANAGEMENT_ID, {{AUTO_SLEEP_MODE, value}},
-                       "Failed to set the value to PowerSaverState.", errorText);
-}
-
-int setDisplayPortHotPlugDetection(int value, char *errorText)
-{
-    return sendSetting(MANAGEMENT_ID, {{DP_HPD_STATUS, value}},
-                       "Failed to set the value to DisplayPortHotPlugDetection.", errorText);
-}
-
-int setDisplayPortComapatibility(int value, char *errorText)
-{
-    return sendSetting(MANAGEMENT_ID, {{DP_COMPATABILITY_MODE, value}},
-                       "Failed to set the value to DisplayPortComapatibility.", errorText);
-}
+SETTING(setAutoEDIDUpdateState, MANAGEMENT_ID, AUTO_EDID_STATUS, "Failed to set AutoEDIDUpdateState.")
+SETTING(setCalibrationState, MANAGEMENT_ID, CALIBRATION_STATUS,
+        "Failed to set the value to CalibrationState.")
+SETTING(setDDCCICommunicationsState, MANAGEMENT_ID, DDC_CI_COMM_STATUS,
+        "Failed to set the value to DDCCICommunicationsState.")
+SETTING(setHotPlugInitiateState, MANAGEMENT_ID, HOT_PLUG_INITIATE,
+        "Failed to set the values to HotPlugInitiateState.")
+SETTING(setPowerOnRecallState, MANAGEMENT_ID, POWER_ON_RECALL_STATUS,
+        "Failed to set the value to PowerOnRecallState.")
+SETTING(setPowerSaverState, MANAGEMENT_ID, AUTO_SLEEP_MODE, "Failed to set the value to PowerSaverState.")
+SETTING(setDisplayPortHotPlugDetection, MANAGEMENT_ID, DP_HPD_STATUS,
+        "Failed to set the value to DisplayPortHotPlugDetection.")
+SETTING(setDisplayPortComapatibility, MANAGEMENT_ID, DP_COMPATABILITY_MODE,
+        "Failed to set the value to DisplayPortComapatibility.")
 
 // ---- methods ----
 

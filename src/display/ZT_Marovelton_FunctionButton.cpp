@@ -57,7 +57,7 @@ CMPIInstance *_makeInst_ZT_Marovelton_FunctionButton(const CMPIObjectPath *refer
 
 int SetButtonSetting(int value, int registerId, char *errorText)
 {
-    return sendSetting(FUNCTION_BTN_ID, {{registerId, value}}, "Failed to set the value to button setting.",
+    return sendSetting(FUNCTION_BTN_ID, {{registerId, value}}, {"Failed to set the value to button setting."},
                        errorText);
 }
 

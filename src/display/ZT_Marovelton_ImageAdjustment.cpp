@@ -61,87 +61,37 @@ CMPIInstance *_makeInst_ZT_Marovelton_ImageAdjustment(const CMPIObjectPath *refe
 
 // ---- settings ----
 
-int setCroppedRegionOpacity(int value, char *errorText)
-{
-    static constexpr ChannelTexts texts = {
+SETTING(setCroppedRegionOpacity, IMAGE_ADJ_SETTINGS_ID, OPACITY_CROPPED_REGION,
         .reply = "Failed to set the value to CroppedRegionOpacity.",
-        .busy = "Device is Busy. Please try after some time", // no full stop, unlike the others
-    };
-    return sendSetting(IMAGE_ADJ_SETTINGS_ID, {{OPACITY_CROPPED_REGION, value}}, texts, errorText);
-}
-
-int setDCIImageRegion(int value, char *errorText)
-{
-    return sendSetting(IMAGE_ADJ_SETTINGS_ID, {{DCI_IMAGE_REGION, value}},
-                       "Failed to set the value to DCIImageRegion.", errorText);
-}
-
-int setDisplayAspectRatio(int value, char *errorText)
-{
-    return sendSetting(IMAGE_ADJ_SETTINGS_ID, {{DISPLAY_FILL_STATUS, value}},
-                       "Failed to set the value to DisplayAspectRatio.", errorText);
-}
-
-int setDisplayed4KCorner(char *errorText)
-{
-    // Clients know the corner by the text about source scaling.
-    return sendSetting(QUICK_ACTION_ID, {{NEXT_4K_CORNER, 0}}, "Failed to set the value to Source Scaling.",
-                       errorText);
-}
-
-int setOverscanFrame(int value, char *errorText)
-{
-    return sendSetting(IMAGE_ADJ_SETTINGS_ID, {{OVERSCAN_STATUS, value}},
-                       "Failed to set the value to OverscanFrame.", errorText);
-}
+        .busy = "Device is Busy. Please try after some time") // no full stop, unlike the others
+SETTING(setDCIImageRegion, IMAGE_ADJ_SETTINGS_ID, DCI_IMAGE_REGION,
+        "Failed to set the value to DCIImageRegion.")
+SETTING(setDisplayAspectRatio, IMAGE_ADJ_SETTINGS_ID, DISPLAY_FILL_STATUS,
+        "Failed to set the value to DisplayAspectRatio.")
+// Clients know the corner by the text about source scaling.
+COMMAND(setDisplayed4KCorner, QUICK_ACTION_ID, NEXT_4K_CORNER, "Failed to set the value to Source Scaling.")
+SETTING(setOverscanFrame, IMAGE_ADJ_SETTINGS_ID, OVERSCAN_STATUS, "Failed to set the value to OverscanFrame.")
 
 int Set4KRegionPosition(int x, int y, char *errorText)
 {
     return sendSetting(IMAGE_ADJ_SETTINGS_ID, {{SCROLL_4K_POSITION_X, x}, {SCROLL_4K_POSITION_Y, y}},
-                       "Failed to set the 4k Region Position.", errorText);
+                       {"Failed to set the 4k Region Position."}, errorText);
 }
 
-int setShowBlueChannel(int value, char *errorText)
-{
-    return sendSetting(IMAGE_ADJ_SETTINGS_ID, {{BLUE_CHANNELS_STATUS, value}},
-                       "Failed to set the value to ShowBlueChannel.", errorText);
-}
-
-int setShowCroppedRegionForImageAdjustment(int value, char *errorText)
-{
-    return sendSetting(IMAGE_ADJ_SETTINGS_ID, {{SHOW_CROPPED_REGION, value}},
-                       "Failed to set the value to ShowCroppedRegion.", errorText);
-}
-
-int setUseVideoLevels(int value, char *errorText)
-{
-    return sendSetting(IMAGE_ADJ_SETTINGS_ID, {{VIDEO_LEVEL_STATUS, value}},
-                       "Failed to set the value to video level.", errorText);
-}
-
-int setOverdrive(int value, char *errorText)
-{
-    return sendSetting(IMAGE_ADJ_SETTINGS_ID, {{OVER_DRIVE, value}},
-                       "Failed to set the value of OverdriveEnabled property.", errorText);
-}
-
-int setDeinterlacer(int value, char *errorText)
-{
-    return sendSetting(IMAGE_ADJ_SETTINGS_ID, {{DEINTERLACING_STATUS, value}},
-                       "Failed to set the value of DeinterlacerEnabled property.", errorText);
-}
-
-int setCadence(int value, char *errorText)
-{
-    return sendSetting(IMAGE_ADJ_SETTINGS_ID, {{CADENCE_DETECTION_STATUS, value}},
-                       "Failed to set the value of CadenceDetectionEnabled property.", errorText);
-}
-
-int set4KSourceScaling(int value, char *errorText)
-{
-    return sendSetting(IMAGE_ADJ_SETTINGS_ID, {{SOURCE_SCALING_4K, value}},
-                       "Failed to set the value to Source Scaling.", errorText);
-}
+SETTING(setShowBlueChannel, IMAGE_ADJ_SETTINGS_ID, BLUE_CHANNELS_STATUS,
+        "Failed to set the value to ShowBlueChannel.")
+SETTING(setShowCroppedRegionForImageAdjustment, IMAGE_ADJ_SETTINGS_ID, SHOW_CROPPED_REGION,
+        "Failed to set the value to ShowCroppedRegion.")
+SETTING(setUseVideoLevels, IMAGE_ADJ_SETTINGS_ID, VIDEO_LEVEL_STATUS,
+        "Failed to set the value to video level.")
+SETTING(setOverdrive, IMAGE_ADJ_SETTINGS_ID, OVER_DRIVE,
+        "Failed to set the value of OverdriveEnabled property.")
+SETTING(setDeinterlacer, IMAGE_ADJ_SETTINGS_ID, DEINTERLACING_STATUS,
+        "Failed to set the value of DeinterlacerEnabled property.")
+SETTING(setCadence, IMAGE_ADJ_SETTINGS_ID, CADENCE_DETECTION_STATUS,
+        "Failed to set the value of CadenceDetectionEnabled property.")
+SETTING(set4KSourceScaling, IMAGE_ADJ_SETTINGS_ID, SOURCE_SCALING_4K,
+        "Failed to set the value to Source Scaling.")
 
 // The engine offers neither of these two: they fail without a text, and no method calls them.
 
@@ -165,7 +115,6 @@ int Get4kState()
 
 namespace
 {
-
 constexpr int pixelForPixel = 4; // an aspect ratio: only then is a 4K source larger than the display
 
 /** Reads the settings after asking the engine to refresh them. */
@@ -274,8 +223,8 @@ bool runSet4KRegionPosition(Call &call)
 
 bool runSet4KDisplayMode(Call &call)
 {
-    // Offered by no engine. The argument is fetched all the same, given or not, and the message clients know
-    // is the blank that no setting has replaced.
+    // Offered by no engine. The argument is fetched all the same, given or not, and the message clients
+    // know is the blank that no setting has replaced.
     static_cast<void>(cmpi::getArg(call.in, "DisplayMode4K", nullptr));
     return fail(call, CMPI_RC_ERR_NOT_SUPPORTED, call.errorText);
 }

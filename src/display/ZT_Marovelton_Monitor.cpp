@@ -100,43 +100,23 @@ int setDeploymentLocation(const char *text, char *errorText)
     return updated(UpdateDeploymentLocation(text, errorText), errorText);
 }
 
-int setAutoSwitchSource(int value, char *errorText)
-{
-    return sendSetting(VIDEO_INPUT_ID, {{AUTO_SWITCH_STATUS, value}},
-                       "Failed to set the value to AutoSwitchSource.", errorText);
-}
-
-int SetActiveColorSpace(int index, char *errorText)
-{
-    return sendSetting(COLOR_SPACE_ID, {{ACTIVE_COLORSPACE, index}},
-                       "Failed to set the value to ActiveColorSpace.", errorText);
-}
-
-int SetSelectedVideoInput(int index, char *errorText)
-{
-    return sendSetting(VIDEO_INPUT_ID, {{VIDEO_INPUT, index}}, "Failed to set the value to video input.",
-                       errorText);
-}
-
-int DoRecalibrationAlarmDuration(int value, char *errorText)
-{
-    return sendSetting(GENERAL_COMMANDS_ID, {{CALIBRATION_ALERT_LIMIT, value}},
-                       "Failed to perform the RecalibrationAlarmDuration operation.", errorText);
-}
+SETTING(setAutoSwitchSource, VIDEO_INPUT_ID, AUTO_SWITCH_STATUS,
+        "Failed to set the value to AutoSwitchSource.")
+SETTING(SetActiveColorSpace, COLOR_SPACE_ID, ACTIVE_COLORSPACE,
+        "Failed to set the value to ActiveColorSpace.")
+SETTING(SetSelectedVideoInput, VIDEO_INPUT_ID, VIDEO_INPUT, "Failed to set the value to video input.")
+SETTING(DoRecalibrationAlarmDuration, GENERAL_COMMANDS_ID, CALIBRATION_ALERT_LIMIT,
+        "Failed to perform the RecalibrationAlarmDuration operation.")
 
 int DoSoftPowerState(int, char *errorText)
 {
     // The command to power off is 1, whatever state the client named.
     return sendSetting(GENERAL_COMMANDS_ID, {{SOFT_POWER_OFF, 1}},
-                       "Failed to perform the softpowerstate operation.", errorText);
+                       {"Failed to perform the softpowerstate operation."}, errorText);
 }
 
-int FactoryReset(char *errorText)
-{
-    // Clients know the factory reset by this text about luminance.
-    return sendSetting(RESET_GROUP_ID, {{FACTORY_RESET_START, 0}},
-                       "Failed to set the value to DisplayLuminance.", errorText);
-}
+// Clients know the factory reset by this text about luminance.
+COMMAND(FactoryReset, RESET_GROUP_ID, FACTORY_RESET_START, "Failed to set the value to DisplayLuminance.")
 
 // ---- methods ----
 

@@ -87,11 +87,8 @@ int GetLanguageValue(int language)
     return -1;
 }
 
-int SetMenuAndMessageTimeOut(int seconds, char *errorText)
-{
-    return sendSetting(MENU_SETTINGS_ID, {{MENU_TIMEOUT, seconds}},
-                       "Failed to set the value to MenuAndMessageTimeOut.", errorText);
-}
+SETTING(SetMenuAndMessageTimeOut, MENU_SETTINGS_ID, MENU_TIMEOUT,
+        "Failed to set the value to MenuAndMessageTimeOut.")
 
 int SetLanguage(int language, char *errorText)
 {
@@ -105,16 +102,13 @@ int SetLanguage(int language, char *errorText)
     return exchange(setRequest(MENU_SETTINGS_ID, {{MENU_LANGUAGE, code}}), texts, errorText);
 }
 
-int SetNotifyWhenRecalibrationIsDueState(int value, char *errorText)
-{
-    return sendSetting(MENU_SETTINGS_ID, {{CALIBRATION_NOTIFICATION_STATUS, value}},
-                       "Failed to set the value to RecalibrationIsDueState.", errorText);
-}
+SETTING(SetNotifyWhenRecalibrationIsDueState, MENU_SETTINGS_ID, CALIBRATION_NOTIFICATION_STATUS,
+        "Failed to set the value to RecalibrationIsDueState.")
 
 int SetOSDPosition(int x, int y, char *errorText)
 {
     return sendSetting(MENU_SETTINGS_ID, {{OSD_POSITION_X, x}, {OSD_POSITION_Y, y}},
-                       "Failed to set the value to OSDPositions.", errorText);
+                       {"Failed to set the value to OSDPositions."}, errorText);
 }
 
 int SetOpacity(float opacity, char *errorText)
@@ -130,32 +124,15 @@ int SetOpacity(float opacity, char *errorText)
     return exchange(setRequest(MENU_SETTINGS_ID, {{OPACITY_VALUE, hundredths}}), texts, errorText);
 }
 
-int SetShowInfoWhenColorSpaceChangeState(int value, char *errorText)
-{
-    return sendSetting(MENU_SETTINGS_ID, {{SHOW_COLORSPACE_INFO_STATUS, value}},
-                       "Failed to to set the value to ShowInfoWhenColorSpaceChangeState.", errorText);
-}
-
-int SetShowInfoWhenInputSourceChangeState(int value, char *errorText)
-{
-    return sendSetting(MENU_SETTINGS_ID, {{SHOW_SOURCE_INFO_STATUS, value}},
-                       "Failed to set the value to ShowInfoWhenInputSourceChangeState.", errorText);
-}
-
-int SetShowInfoWhenPoweredOnState(int value, char *errorText)
-{
-    static constexpr ChannelTexts texts = {
+SETTING(SetShowInfoWhenColorSpaceChangeState, MENU_SETTINGS_ID, SHOW_COLORSPACE_INFO_STATUS,
+        "Failed to to set the value to ShowInfoWhenColorSpaceChangeState.")
+SETTING(SetShowInfoWhenInputSourceChangeState, MENU_SETTINGS_ID, SHOW_SOURCE_INFO_STATUS,
+        "Failed to set the value to ShowInfoWhenInputSourceChangeState.")
+SETTING(SetShowInfoWhenPoweredOnState, MENU_SETTINGS_ID, SHOW_POWER_ON_INFO_STATUS,
         .reply = "Failed to set the value to ShowInfoWhenPoweredOnState.",
-        .busy = "Device is Busy. Please try aftrer some time.",
-    };
-    return sendSetting(MENU_SETTINGS_ID, {{SHOW_POWER_ON_INFO_STATUS, value}}, texts, errorText);
-}
-
-int setDisplayRotation(int value, char *errorText)
-{
-    return sendSetting(MENU_SETTINGS_ID, {{DISPLAY_ROTATION_STATUS, value}},
-                       "Failed to set value to display rotation.", errorText);
-}
+        .busy = "Device is Busy. Please try aftrer some time.")
+SETTING(setDisplayRotation, MENU_SETTINGS_ID, DISPLAY_ROTATION_STATUS,
+        "Failed to set value to display rotation.")
 
 // ---- methods ----
 

@@ -84,60 +84,25 @@ int GetResolution(int *horizontal, int *vertical)
 
 // ---- settings ----
 
-int SetPIPInputSource(int value, char *errorText)
-{
-    static constexpr ChannelTexts texts = {
-        .reply = "Failed to set the value to InputSource.",
-        .busy = "Device is Busy. Please try after some Time.",
-    };
-    return sendSetting(PIP_INFO_ID, {{PIP_SOURCE, value}}, texts, errorText);
-}
-
-int SetSwapInputSource(char *errorText)
-{
-    // The engine acts on the register alone.
-    return sendSetting(PIP_INFO_ID, {{SWAP_PIP_PRIMARY_INPUTS, 0}},
-                       "Failed to set the value to SwapInputSource.", errorText);
-}
+SETTING(SetPIPInputSource, PIP_INFO_ID, PIP_SOURCE, .reply = "Failed to set the value to InputSource.",
+        .busy = "Device is Busy. Please try after some Time.")
+COMMAND(SetSwapInputSource, PIP_INFO_ID, SWAP_PIP_PRIMARY_INPUTS,
+        "Failed to set the value to SwapInputSource.")
 
 int SetPIPPosition(int x, int y, char *errorText)
 {
     // Preset 4 of PIP_POSITION stands for the coordinates.
     return sendSetting(PIP_INFO_ID, {{PIP_POSITION, 4}, {PIP_POSITION_X, x}, {PIP_POSITION_Y, y}},
-                       "Failed to set the value to PIPPositions.", errorText);
+                       {"Failed to set the value to PIPPositions."}, errorText);
 }
 
-int SetPIPSize(int value, char *errorText)
-{
-    return sendSetting(PIP_INFO_ID, {{PIP_SIZE, value}}, "Failed to set the value to PIP Size.", errorText);
-}
-
-int SetPIPMode(int value, char *errorText)
-{
-    static constexpr ChannelTexts texts = {
-        .reply = "Failed to set the value to PIPMode.",
-        .busy = "Device is Busy. Plese try after some time.",
-    };
-    return sendSetting(PIP_INFO_ID, {{PIP_STATE, value}}, texts, errorText);
-}
-
-int SetOverScan(int value, char *errorText)
-{
-    return sendSetting(PIP_INFO_ID, {{PIP_OVER_SCAN_STATUS, value}}, "Failed to set the value to OverScan.",
-                       errorText);
-}
-
-int SetUseVideoLevels(int value, char *errorText)
-{
-    return sendSetting(PIP_INFO_ID, {{PIP_VIDEO_LEVEL_STATUS, value}},
-                       "Failed to set the value to video level.", errorText);
-}
-
-int SetDigitalCinemaOption(int value, char *errorText)
-{
-    return sendSetting(PIP_INFO_ID, {{PIP_DCI_IMAGE_REGION, value}},
-                       "Failed to set the value to DigitalCinemaOption.", errorText);
-}
+SETTING(SetPIPSize, PIP_INFO_ID, PIP_SIZE, "Failed to set the value to PIP Size.")
+SETTING(SetPIPMode, PIP_INFO_ID, PIP_STATE, .reply = "Failed to set the value to PIPMode.",
+        .busy = "Device is Busy. Plese try after some time.")
+SETTING(SetOverScan, PIP_INFO_ID, PIP_OVER_SCAN_STATUS, "Failed to set the value to OverScan.")
+SETTING(SetUseVideoLevels, PIP_INFO_ID, PIP_VIDEO_LEVEL_STATUS, "Failed to set the value to video level.")
+SETTING(SetDigitalCinemaOption, PIP_INFO_ID, PIP_DCI_IMAGE_REGION,
+        "Failed to set the value to DigitalCinemaOption.")
 
 // ---- preconditions ----
 

@@ -55,24 +55,16 @@ CMPIInstance *_makeInst_ZT_Marovelton_TestPatternGenerator(const CMPIObjectPath 
 // ---- settings ----
 // Clients know a missing reply to any of these by the text about the power saver.
 
-int SetTestPatternEnable(int value, char *errorText)
-{
-    // The register carries the state, 1 for on, whatever its name says.
-    return sendSetting(TEST_PATTERN_ID, {{TEST_PATTERN_DISABLE, value}},
-                       "Failed to set the value to PowerSaverState.", errorText);
-}
-
-int SetTestPattern(int pattern, char *errorText)
-{
-    return sendSetting(TEST_PATTERN_ID, {{TEST_PATTERN_WEB, pattern}},
-                       "Failed to set the value to PowerSaverState.", errorText);
-}
+// The register carries the state, 1 for on, whatever its name says.
+SETTING(SetTestPatternEnable, TEST_PATTERN_ID, TEST_PATTERN_DISABLE,
+        "Failed to set the value to PowerSaverState.")
+SETTING(SetTestPattern, TEST_PATTERN_ID, TEST_PATTERN_WEB, "Failed to set the value to PowerSaverState.")
 
 int SetRGBValue(int red, int green, int blue, char *errorText)
 {
     return sendSetting(TEST_PATTERN_ID,
                        {{TEST_PATTERN_RED, red}, {TEST_PATTERN_GREEN, green}, {TEST_PATTERN_BLUE, blue}},
-                       "Failed to set the value to PowerSaverState.", errorText);
+                       {"Failed to set the value to PowerSaverState."}, errorText);
 }
 
 // ---- methods ----

@@ -72,12 +72,6 @@ int sendSetting(int groupId, std::initializer_list<RegisterWrite> writes, const 
     return engineIsBusy(texts.busy, errorText) ? -1 : exchange(setRequest(groupId, writes), texts, errorText);
 }
 
-int sendSetting(int groupId, std::initializer_list<RegisterWrite> writes, const char *replyText,
-                char *errorText)
-{
-    return sendSetting(groupId, writes, ChannelTexts{.reply = replyText}, errorText);
-}
-
 int readRegister(int registerId, int groupId, int *value)
 {
     char text[REGISTER_TEXT_SIZE + 1] = " ";

@@ -40,12 +40,9 @@ SpearMessage setRequest(int groupId, std::initializer_list<RegisterWrite> writes
 /** Sends `message` to the engine and waits for its reply, whose content is not examined. */
 [[nodiscard]] int exchange(const SpearMessage &message, const ChannelTexts &texts, char *errorText);
 
-/** Writes registers: refuses while the engine is busy, else one set request and its reply. The second form
- * has the usual texts but for a missing reply. */
+/** Writes registers: refuses while the engine is busy, else one set request and its reply. */
 [[nodiscard]] int sendSetting(int groupId, std::initializer_list<RegisterWrite> writes,
                               const ChannelTexts &texts, char *errorText);
-[[nodiscard]] int sendSetting(int groupId, std::initializer_list<RegisterWrite> writes, const char *replyText,
-                              char *errorText);
 
 /** Reads the stored value of a register as a number. Returns what GetRegisterValue returned. */
 [[nodiscard]] int readRegister(int registerId, int groupId, int *value);

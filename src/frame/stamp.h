@@ -59,6 +59,23 @@
     DECLARE_FOLLOWING(Class, ReferenceNames, const char *resultClass, const char *role);                     \
     DECLARE_FACTORY(Class, Association)
 
+// ---- setting functions ----
+// Each writes one register of an information group. The last arguments are its ChannelTexts: the text of a
+// missing reply, and what else differs from the usual ones.
+
+#define SETTING(function, groupId, registerId, ...)                                                          \
+    int function(int value, char *errorText)                                                                 \
+    {                                                                                                        \
+        return engine::sendSetting(groupId, {{registerId, value}}, {__VA_ARGS__}, errorText);                \
+    }
+
+/** For a register on whose mention alone the engine acts. */
+#define COMMAND(function, groupId, registerId, ...)                                                          \
+    int function(char *errorText)                                                                            \
+    {                                                                                                        \
+        return engine::sendSetting(groupId, {{registerId, 0}}, {__VA_ARGS__}, errorText);                    \
+    }
+
 // ---- the stamped skeleton ----
 // The operations of class `Class` and its factories. A module that has an operation of its own stamps the
 // others one by one.

@@ -28,15 +28,9 @@ int SetWSManagementEnabledState(int requestedState, char *errorText)
     return sendServiceState(WS_MANAGEMENT_STATUS, requestedState, errorText);
 }
 
-int SetWSIdentifyEnabledState(int enabled, char *errorText)
-{
-    static constexpr ChannelTexts texts = {
+SETTING(SetWSIdentifyEnabledState, REMOTE_MGMENT_ID, WS_IDENTIFY_STATUS,
         .reply = "Failed to set the value to WSIdentifySuportEnabledState.",
-        .busy = "Device is Busy. Please try after some Time.",
-        .onlyMinusOneFails = true,
-    };
-    return sendSetting(REMOTE_MGMENT_ID, {{WS_IDENTIFY_STATUS, enabled}}, texts, errorText);
-}
+        .busy = "Device is Busy. Please try after some Time.", .onlyMinusOneFails = true)
 
 // ---- path and instance ----
 

@@ -130,7 +130,7 @@ TEST(Channel, TheRangeIsThatOfTheWholeValueAndTheLow16BitsTravel)
     const auto sends = [](int value, const char *golden) {
         SCOPED_TRACE(value);
         EXPECT_SENT(call([=](char *text) {
-                        return sendSetting(COLOR_SPACE_ID, {{LUMINANCE, value}}, "No reply.", text);
+                        return sendSetting(COLOR_SPACE_ID, {{LUMINANCE, value}}, {"No reply."}, text);
                     }),
                     {golden});
     };
