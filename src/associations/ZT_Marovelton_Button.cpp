@@ -3,20 +3,12 @@
 
 #include "associations/modules.h"
 
-namespace
-{
-
-const CMPIBroker *_broker;
+static const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_Button";
 constexpr const char *_RefLeft = "Antecedent";
 constexpr const char *_RefLeftClass = "ZT_Marovelton_Monitor";
 constexpr const char *_RefRight = "Dependent";
 constexpr const char *_RefRightClass[] = {"ZT_Marovelton_FunctionButton", "ZT_Marovelton_BezelButton"};
 
-constexpr frame::AssociationClass association = {_ClassName, _RefLeft, _RefRight, _RefLeftClass,
-                                                 _RefRightClass};
-
-} // namespace
-
-STAMP_INSTANCE_AND_ASSOCIATION_PROVIDER(ZT_Marovelton_Button, association)
+STAMP_INSTANCE_AND_ASSOCIATION_PROVIDER(ZT_Marovelton_Button)
 STAMP_MODIFY_NOT_SUPPORTED(ZT_Marovelton_Button, SetInstance)

@@ -5,10 +5,7 @@
 #include "associations/matchers.h"
 #include "associations/modules.h"
 
-namespace
-{
-
-const CMPIBroker *_broker;
+static const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_ElementSettingData";
 constexpr const char *_RefLeft = "ManagedElement";
 constexpr const char *_RefLeftClass = "ZT_Marovelton_IPNetworkConnection";
@@ -17,9 +14,4 @@ constexpr const char *_RefRightClass[] = {"ZT_Marovelton_IPAssignmentSettingData
                                           "ZT_Marovelton_DHCPSettingData",
                                           "ZT_Marovelton_ExtendedStaticIPAssignmentSettingData"};
 
-constexpr frame::AssociationClass association = {_ClassName,    _RefLeft,       _RefRight,
-                                                 _RefLeftClass, _RefRightClass, &associations::currentByEnds};
-
-} // namespace
-
-STAMP_INSTANCE_AND_ASSOCIATION_PROVIDER(ZT_Marovelton_ElementSettingData, association)
+STAMP_INSTANCE_AND_ASSOCIATION_PROVIDER(ZT_Marovelton_ElementSettingData, .own = &associations::currentByEnds)

@@ -4,20 +4,12 @@
 
 #include "associations/modules.h"
 
-namespace
-{
-
-const CMPIBroker *_broker;
+static const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_ImageAdjustmentModel";
 constexpr const char *_RefLeft = "ImageAdjustment";
 constexpr const char *_RefLeftClass = "ZT_Marovelton_ImageAdjustment";
 constexpr const char *_RefRight = "Monitor";
 constexpr const char *_RefRightClass[] = {"ZT_Marovelton_Monitor"};
 
-constexpr frame::AssociationClass association = {_ClassName, _RefLeft, _RefRight, _RefLeftClass,
-                                                 _RefRightClass};
-
-} // namespace
-
-STAMP_INSTANCE_AND_ASSOCIATION_PROVIDER(ZT_Marovelton_ImageAdjustmentModel, association)
+STAMP_INSTANCE_AND_ASSOCIATION_PROVIDER(ZT_Marovelton_ImageAdjustmentModel)
 STAMP_MODIFY_NOT_SUPPORTED(ZT_Marovelton_ImageAdjustmentModel, SetInstance)

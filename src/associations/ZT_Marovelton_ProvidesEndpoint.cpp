@@ -6,10 +6,7 @@
 #include "associations/matchers.h"
 #include "associations/modules.h"
 
-namespace
-{
-
-const CMPIBroker *_broker;
+static const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_ProvidesEndpoint";
 constexpr const char *_RefLeft = "Dependent";
 constexpr const char *_RefLeftClass = "ZT_Marovelton_IPProtocolEndpoint";
@@ -17,16 +14,6 @@ constexpr const char *_RefRight = "Antecedent";
 constexpr const char *_RefRightClass[] = {"ZT_Marovelton_RemoteManagementService",
                                           "ZT_Marovelton_WSManagementService"};
 
-constexpr frame::AssociationClass association = {
-    .name = _ClassName,
-    .refLeft = _RefLeft,
-    .refRight = _RefRight,
-    .leftClass = _RefLeftClass,
-    .rightClasses = _RefRightClass,
-    .matcher = &associations::endpointOfServices,
-    .traces = &associations::endpointTraces,
-};
-
-} // namespace
-
-STAMP_INSTANCE_AND_ASSOCIATION_PROVIDER(ZT_Marovelton_ProvidesEndpoint, association)
+STAMP_INSTANCE_AND_ASSOCIATION_PROVIDER(ZT_Marovelton_ProvidesEndpoint,
+                                        .matcher = &associations::endpointOfServices,
+                                        .traces = &associations::endpointTraces)

@@ -5,26 +5,13 @@
 #include "associations/matchers.h"
 #include "associations/modules.h"
 
-namespace
-{
-
-const CMPIBroker *_broker;
+static const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_SAPSAPDependency";
 constexpr const char *_RefLeft = "Antecedent";
 constexpr const char *_RefLeftClass = "ZT_Marovelton_IPNetworkConnection";
 constexpr const char *_RefRight = "Dependent";
 constexpr const char *_RefRightClass[] = {"ZT_Marovelton_IPProtocolEndpoint"};
 
-constexpr frame::AssociationClass association = {
-    .name = _ClassName,
-    .refLeft = _RefLeft,
-    .refRight = _RefRight,
-    .leftClass = _RefLeftClass,
-    .rightClasses = _RefRightClass,
-    .matcher = &associations::endpointOfConnection,
-    .traces = &associations::endpointTraces,
-};
-
-} // namespace
-
-STAMP_INSTANCE_AND_ASSOCIATION_PROVIDER(ZT_Marovelton_SAPSAPDependency, association)
+STAMP_INSTANCE_AND_ASSOCIATION_PROVIDER(ZT_Marovelton_SAPSAPDependency,
+                                        .matcher = &associations::endpointOfConnection,
+                                        .traces = &associations::endpointTraces)

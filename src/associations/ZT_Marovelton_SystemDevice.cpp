@@ -4,19 +4,11 @@
 
 #include "associations/modules.h"
 
-namespace
-{
-
-const CMPIBroker *_broker;
+static const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_SystemDevice";
 constexpr const char *_RefLeft = "GroupComponent";
 constexpr const char *_RefLeftClass = "Linux_ComputerSystem";
 constexpr const char *_RefRight = "PartComponent";
 constexpr const char *_RefRightClass[] = {"ZT_Marovelton_Monitor"};
 
-constexpr frame::AssociationClass association = {_ClassName, _RefLeft, _RefRight, _RefLeftClass,
-                                                 _RefRightClass};
-
-} // namespace
-
-STAMP_INSTANCE_AND_ASSOCIATION_PROVIDER(ZT_Marovelton_SystemDevice, association)
+STAMP_INSTANCE_AND_ASSOCIATION_PROVIDER(ZT_Marovelton_SystemDevice)

@@ -20,16 +20,13 @@ DECLARE_ASSOCIATION_PROVIDER(ZT_Marovelton_SAPSAPDependency);
 DECLARE_ASSOCIATION_PROVIDER(ZT_Marovelton_SystemDevice);
 DECLARE_ASSOCIATION_PROVIDER(ZT_Marovelton_TestPattern);
 
-DECLARE_READ(ZT_Marovelton_Button, SetInstance, const CMPIInstance *instance, const char **properties);
-DECLARE_READ(ZT_Marovelton_ColorModel, SetInstance, const CMPIInstance *instance, const char **properties);
-DECLARE_READ(ZT_Marovelton_ImageAdjustmentModel, SetInstance, const CMPIInstance *instance,
-             const char **properties);
-DECLARE_READ(ZT_Marovelton_InputSource, SetInstance, const CMPIInstance *instance, const char **properties);
-DECLARE_READ(ZT_Marovelton_Management, SetInstance, const CMPIInstance *instance, const char **properties);
-DECLARE_READ(ZT_Marovelton_OnScreenDisplay, SetInstance, const CMPIInstance *instance,
-             const char **properties);
-DECLARE_READ(ZT_Marovelton_PIPFunctionality, SetInstance, const CMPIInstance *instance,
-             const char **properties);
-DECLARE_READ(ZT_Marovelton_TestPattern, SetInstance, const CMPIInstance *instance, const char **properties);
+INSTANCE_OPERATION(ZT_Marovelton_Button, SetInstance, const CMPIInstance *, const char **);
+INSTANCE_OPERATION(ZT_Marovelton_ColorModel, SetInstance, const CMPIInstance *, const char **);
+INSTANCE_OPERATION(ZT_Marovelton_ImageAdjustmentModel, SetInstance, const CMPIInstance *, const char **);
+INSTANCE_OPERATION(ZT_Marovelton_InputSource, SetInstance, const CMPIInstance *, const char **);
+INSTANCE_OPERATION(ZT_Marovelton_Management, SetInstance, const CMPIInstance *, const char **);
+INSTANCE_OPERATION(ZT_Marovelton_OnScreenDisplay, SetInstance, const CMPIInstance *, const char **);
+INSTANCE_OPERATION(ZT_Marovelton_PIPFunctionality, SetInstance, const CMPIInstance *, const char **);
+INSTANCE_OPERATION(ZT_Marovelton_TestPattern, SetInstance, const CMPIInstance *, const char **);
 
 #endif

@@ -7,21 +7,13 @@
 
 using namespace frame;
 
-namespace
-{
-
-const CMPIBroker *_broker;
+static const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_BezelButton";
 constexpr const char *_InstanceID = "ZT:Marovelton_BezelButton";
 
-} // namespace
-
 // ---- path and instance ----
 
-CMPIObjectPath *_makePath_ZT_Marovelton_BezelButton(const CMPIObjectPath *reference, CMPIStatus *status)
-{
-    return makePathByInstanceID(_broker, _ClassName, reference, _InstanceID, status);
-}
+STAMP_PATH_BY_INSTANCE_ID(ZT_Marovelton_BezelButton)
 
 CMPIInstance *_makeInst_ZT_Marovelton_BezelButton(const CMPIObjectPath *reference, CMPIStatus *status)
 {

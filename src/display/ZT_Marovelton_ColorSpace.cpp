@@ -9,15 +9,10 @@
 
 using namespace frame;
 
-namespace
-{
-
-const CMPIBroker *_broker;
+static const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_ColorSpace";
 constexpr const char *_InstanceID = "ZT:Marovelton_ColorSpace:%d";
 constexpr int presets = 7;
-
-} // namespace
 
 int ValidateColorSpaceInstanceID(const char *instanceID, char *errorText, int *index)
 {
@@ -26,11 +21,7 @@ int ValidateColorSpaceInstanceID(const char *instanceID, char *errorText, int *i
 
 // ---- path and instance ----
 
-CMPIObjectPath *_makePath_ZT_Marovelton_ColorSpace(const CMPIObjectPath *reference, int index,
-                                                   CMPIStatus *status)
-{
-    return makePathByInstanceID(_broker, _ClassName, reference, InstanceID(_InstanceID, index).text, status);
-}
+STAMP_PATH_BY_NUMBER(ZT_Marovelton_ColorSpace)
 
 CMPIInstance *_makeInst_ZT_Marovelton_ColorSpace(const CMPIObjectPath *reference, int index,
                                                  CMPIStatus *status)

@@ -6,21 +6,13 @@
 
 using namespace frame;
 
-namespace
-{
-
-const CMPIBroker *_broker;
+static const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_DisplayManagement";
 constexpr const char *_InstanceID = "ZT:Marovelton_DisplayManagement";
 
-} // namespace
-
 // ---- path and instance ----
 
-CMPIObjectPath *_makePath_ZT_Marovelton_DisplayManagement(const CMPIObjectPath *reference, CMPIStatus *status)
-{
-    return makePathByInstanceID(_broker, _ClassName, reference, _InstanceID, status);
-}
+STAMP_PATH_BY_INSTANCE_ID(ZT_Marovelton_DisplayManagement)
 
 CMPIInstance *_makeInst_ZT_Marovelton_DisplayManagement(const CMPIObjectPath *reference, CMPIStatus *status)
 {
@@ -67,9 +59,6 @@ SETTING(setDisplayPortComapatibility, MANAGEMENT_ID, DP_COMPATABILITY_MODE,
         "Failed to set the value to DisplayPortComapatibility.")
 
 // ---- methods ----
-
-namespace
-{
 
 // The range texts differ in a comma or a word; clients know each as it stands. The two Display Port methods
 // take numbers only.
@@ -123,7 +112,5 @@ constexpr ProviderClass provider = {
                  .instance = _makeInst_ZT_Marovelton_DisplayManagement},
     .methods = methods,
 };
-
-} // namespace
 
 STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_DisplayManagement, provider)

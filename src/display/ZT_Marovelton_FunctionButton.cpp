@@ -6,18 +6,13 @@
 
 using namespace frame;
 
-namespace
-{
-
-const CMPIBroker *_broker;
+static const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_FunctionButton";
 constexpr const char *_InstanceID = "ZT:Marovelton_FunctionButton:%d";
 
 constexpr RegisterId buttonRegisters[] = {FUNCTION_BUTTON_F1, FUNCTION_BUTTON_F2, FUNCTION_BUTTON_F3,
                                           FUNCTION_BUTTON_F4};
 constexpr int buttonCount = std::size(buttonRegisters);
-
-} // namespace
 
 int ValidateFunctionButtonInstanceID(const char *instanceID, char *errorText, int *index)
 {
@@ -26,11 +21,7 @@ int ValidateFunctionButtonInstanceID(const char *instanceID, char *errorText, in
 
 // ---- path and instance ----
 
-CMPIObjectPath *_makePath_ZT_Marovelton_FunctionButton(const CMPIObjectPath *reference, int index,
-                                                       CMPIStatus *status)
-{
-    return makePathByInstanceID(_broker, _ClassName, reference, InstanceID(_InstanceID, index).text, status);
-}
+STAMP_PATH_BY_NUMBER(ZT_Marovelton_FunctionButton)
 
 CMPIInstance *_makeInst_ZT_Marovelton_FunctionButton(const CMPIObjectPath *reference, int index,
                                                      CMPIStatus *status)

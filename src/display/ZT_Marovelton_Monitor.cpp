@@ -6,10 +6,7 @@
 
 using namespace frame;
 
-namespace
-{
-
-const CMPIBroker *_broker;
+static const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_Monitor";
 constexpr const char *_DeviceID = "ZT:Marovelton_Monitor";
 
@@ -20,8 +17,6 @@ constexpr Key keys[] = {
     {"SystemName", "%s"},
     {"SystemCreationClassName", "Linux_ComputerSystem"},
 };
-
-} // namespace
 
 // ---- path and instance ----
 

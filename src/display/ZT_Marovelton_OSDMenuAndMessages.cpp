@@ -12,22 +12,13 @@
 
 using namespace frame;
 
-namespace
-{
-
-const CMPIBroker *_broker;
+static const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_OSDMenuAndMessages";
 constexpr const char *_InstanceID = "ZT:Marovelton_OSDMenuAndMessages";
 
-} // namespace
-
 // ---- path and instance ----
 
-CMPIObjectPath *_makePath_ZT_Marovelton_OSDMenuAndMessages(const CMPIObjectPath *reference,
-                                                           CMPIStatus *status)
-{
-    return makePathByInstanceID(_broker, _ClassName, reference, _InstanceID, status);
-}
+STAMP_PATH_BY_INSTANCE_ID(ZT_Marovelton_OSDMenuAndMessages)
 
 CMPIInstance *_makeInst_ZT_Marovelton_OSDMenuAndMessages(const CMPIObjectPath *reference, CMPIStatus *status)
 {

@@ -72,9 +72,6 @@ CMPIInstance *_makeInst_ZT_Marovelton_VideoInput(const CMPIObjectPath *reference
 
 // ---- the class ----
 
-namespace
-{
-
 constexpr uint8_t refreshedGroups[] = {VIDEO_INPUT_ID};
 
 constexpr ProviderClass provider = {
@@ -86,11 +83,4 @@ constexpr ProviderClass provider = {
                  .refresh = refreshedGroups},
 };
 
-} // namespace
-
-STAMP_READS(ZT_Marovelton_VideoInput, provider)
-STAMP_MODIFY_NOT_SUPPORTED(ZT_Marovelton_VideoInput, ModifyInstance)
-STAMP_NOT_SUPPORTED(ZT_Marovelton_VideoInput)
-STAMP_PLACEHOLDER_METHOD(ZT_Marovelton_VideoInput, CMPI_RC_ERR_NOT_FOUND)
-STAMP_INSTANCE_FACTORY(ZT_Marovelton_VideoInput)
-STAMP_METHOD_FACTORY(ZT_Marovelton_VideoInput)
+STAMP_INSTANCE_AND_PLACEHOLDER_PROVIDER(ZT_Marovelton_VideoInput, provider, CMPI_RC_ERR_NOT_FOUND)

@@ -6,30 +6,22 @@
 
 #include "frame/stamp.h"
 
-// ---- ZT_Marovelton_BezelButton ----
-
-DECLARE_BUILDERS(ZT_Marovelton_BezelButton);
+DECLARE_METHOD_PROVIDER(ZT_Marovelton_BezelButton);
 [[nodiscard]] int setButtonAutoFadeMode(int value, char *errorText);
 [[nodiscard]] int setButtonBrightness(int value, char *errorText);
 [[nodiscard]] int setButtonColor(int value, char *errorText);
 [[nodiscard]] int SetButtonMode(int value, char *errorText);
-DECLARE_METHOD_PROVIDER(ZT_Marovelton_BezelButton);
-
-// ---- ZT_Marovelton_ColorSpace ----
 
 /** The index, from 0, of the preset with exactly this identifier. Returns 0, or -1 with `errorText` filled.
  */
 [[nodiscard]] int ValidateColorSpaceInstanceID(const char *instanceID, char *errorText, int *index);
-DECLARE_BUILDERS(ZT_Marovelton_ColorSpace, int index);
+DECLARE_METHOD_PROVIDER(ZT_Marovelton_ColorSpace, int index);
 /** Sets the luminance of the preset in use, in cd/m2. */
 [[nodiscard]] int SetDisplayLuminance(int luminance, char *errorText);
 [[nodiscard]] int ResetToLastCalibration(char *errorText);
 [[nodiscard]] int ResetToFactoryCalibration(char *errorText);
-DECLARE_METHOD_PROVIDER(ZT_Marovelton_ColorSpace);
 
-// ---- ZT_Marovelton_DisplayManagement ----
-
-DECLARE_BUILDERS(ZT_Marovelton_DisplayManagement);
+DECLARE_METHOD_PROVIDER(ZT_Marovelton_DisplayManagement);
 [[nodiscard]] int setAutoEDIDUpdateState(int value, char *errorText);
 [[nodiscard]] int setCalibrationState(int value, char *errorText);
 [[nodiscard]] int setDDCCICommunicationsState(int value, char *errorText);
@@ -38,20 +30,14 @@ DECLARE_BUILDERS(ZT_Marovelton_DisplayManagement);
 [[nodiscard]] int setPowerSaverState(int value, char *errorText);
 [[nodiscard]] int setDisplayPortHotPlugDetection(int value, char *errorText);
 [[nodiscard]] int setDisplayPortComapatibility(int value, char *errorText);
-DECLARE_METHOD_PROVIDER(ZT_Marovelton_DisplayManagement);
-
-// ---- ZT_Marovelton_FunctionButton ----
 
 /** The index, from 0, of the button with exactly this identifier. Returns 0, or -1 with `errorText` filled.
  */
 [[nodiscard]] int ValidateFunctionButtonInstanceID(const char *instanceID, char *errorText, int *index);
-DECLARE_BUILDERS(ZT_Marovelton_FunctionButton, int index);
+DECLARE_METHOD_PROVIDER(ZT_Marovelton_FunctionButton, int index);
 [[nodiscard]] int SetButtonSetting(int value, int registerId, char *errorText);
-DECLARE_METHOD_PROVIDER(ZT_Marovelton_FunctionButton);
 
-// ---- ZT_Marovelton_ImageAdjustment ----
-
-DECLARE_BUILDERS(ZT_Marovelton_ImageAdjustment);
+DECLARE_METHOD_PROVIDER(ZT_Marovelton_ImageAdjustment);
 [[nodiscard]] int setCroppedRegionOpacity(int value, char *errorText);
 [[nodiscard]] int setDCIImageRegion(int value, char *errorText);
 [[nodiscard]] int setDisplayAspectRatio(int value, char *errorText);
@@ -71,11 +57,8 @@ DECLARE_BUILDERS(ZT_Marovelton_ImageAdjustment);
 [[nodiscard]] int setShow4KPositionOverlay(int value, char *errorText);
 /** The stored state of scrolling through a 4K source, or -1 where it cannot be read. */
 [[nodiscard]] int Get4kState();
-DECLARE_METHOD_PROVIDER(ZT_Marovelton_ImageAdjustment);
 
-// ---- ZT_Marovelton_Monitor ----
-
-DECLARE_BUILDERS(ZT_Marovelton_Monitor);
+DECLARE_METHOD_PROVIDER(ZT_Marovelton_Monitor);
 [[nodiscard]] int setDisplayName(const char *name, char *errorText);
 [[nodiscard]] int setDeploymentDate(const char *text, char *errorText);
 [[nodiscard]] int setDeploymentLocation(const char *text, char *errorText);
@@ -85,11 +68,8 @@ DECLARE_BUILDERS(ZT_Marovelton_Monitor);
 [[nodiscard]] int DoRecalibrationAlarmDuration(int value, char *errorText);
 [[nodiscard]] int DoSoftPowerState(int value, char *errorText);
 [[nodiscard]] int FactoryReset(char *errorText);
-DECLARE_METHOD_PROVIDER(ZT_Marovelton_Monitor);
 
-// ---- ZT_Marovelton_OSDMenuAndMessages ----
-
-DECLARE_BUILDERS(ZT_Marovelton_OSDMenuAndMessages);
+DECLARE_METHOD_PROVIDER(ZT_Marovelton_OSDMenuAndMessages);
 /** The engine's code of a language of the class definition; -1 when there is no such language. */
 [[nodiscard]] int GetLanguageValue(int language);
 [[nodiscard]] int SetMenuAndMessageTimeOut(int seconds, char *errorText);
@@ -102,11 +82,8 @@ DECLARE_BUILDERS(ZT_Marovelton_OSDMenuAndMessages);
 [[nodiscard]] int SetShowInfoWhenInputSourceChangeState(int value, char *errorText);
 [[nodiscard]] int SetShowInfoWhenPoweredOnState(int value, char *errorText);
 [[nodiscard]] int setDisplayRotation(int value, char *errorText);
-DECLARE_METHOD_PROVIDER(ZT_Marovelton_OSDMenuAndMessages);
 
-// ---- ZT_Marovelton_PictureInPicture ----
-
-DECLARE_BUILDERS(ZT_Marovelton_PictureInPicture);
+DECLARE_METHOD_PROVIDER(ZT_Marovelton_PictureInPicture);
 /** The engine's picture-in-picture mode, a PipMode; -1 when it cannot be read. */
 [[nodiscard]] int GetPIPMode();
 /** The engine's size of the inset, a PipSize; -1 when it cannot be read. */
@@ -121,21 +98,14 @@ DECLARE_BUILDERS(ZT_Marovelton_PictureInPicture);
 [[nodiscard]] int SetOverScan(int value, char *errorText);
 [[nodiscard]] int SetUseVideoLevels(int value, char *errorText);
 [[nodiscard]] int SetDigitalCinemaOption(int value, char *errorText);
-DECLARE_METHOD_PROVIDER(ZT_Marovelton_PictureInPicture);
 
-// ---- ZT_Marovelton_TestPatternGenerator ----
-
-DECLARE_BUILDERS(ZT_Marovelton_TestPatternGenerator);
+DECLARE_METHOD_PROVIDER(ZT_Marovelton_TestPatternGenerator);
 [[nodiscard]] int SetTestPatternEnable(int value, char *errorText);
 [[nodiscard]] int SetTestPattern(int pattern, char *errorText);
 [[nodiscard]] int SetRGBValue(int red, int green, int blue, char *errorText);
-DECLARE_METHOD_PROVIDER(ZT_Marovelton_TestPatternGenerator);
-
-// ---- ZT_Marovelton_VideoInput ----
 
 /** The index, from 0, of the input with exactly this identifier. Returns 0, or -1 with `errorText` filled. */
 [[nodiscard]] int ValidateVideoInputInstanceID(const char *instanceID, char *errorText, int *index);
-DECLARE_BUILDERS(ZT_Marovelton_VideoInput, int index);
-DECLARE_METHOD_PROVIDER(ZT_Marovelton_VideoInput);
+DECLARE_METHOD_PROVIDER(ZT_Marovelton_VideoInput, int index);
 
 #endif

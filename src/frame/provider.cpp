@@ -241,9 +241,4 @@ CMPIStatus notSupported(const CMPIBroker *broker)
     return status;
 }
 
-CMPIStatus cleanedUp()
-{
-    return {CMPI_RC_OK, nullptr};
-}
-
 } // namespace frame

@@ -82,8 +82,6 @@ CMPIStatus invokeMethod(const ProviderClass &provider, const CMPIBroker *broker,
 
 /** The answer of the operations that a class does not offer. */
 CMPIStatus notSupported(const CMPIBroker *broker);
-/** The answer of every Cleanup: there is nothing to free. */
-CMPIStatus cleanedUp();
 
 /** The answer to methods of classes that have none but the placeholder "insert_method_name", which clients
  * know: always return value 1, and an unknown name, or another class, is answered with `unknownCode` and the

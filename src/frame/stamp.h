@@ -7,56 +7,69 @@
 #include "frame/association.h"
 #include "frame/provider.h"
 
+// ---- heads of operations ----
+// With what CMPI hands to each; a parameter that no operation of the kind looks at has no name.
+
+#define INSTANCE_OPERATION(Class, Operation, ...)                                                            \
+    CMPIStatus Class##Operation(CMPIInstanceMI *, [[maybe_unused]] const CMPIContext *context,               \
+                                [[maybe_unused]] const CMPIResult *result,                                   \
+                                [[maybe_unused]] const CMPIObjectPath *reference __VA_OPT__(, ) __VA_ARGS__)
+
+#define METHOD_OPERATION(Class)                                                                              \
+    CMPIStatus Class##InvokeMethod(CMPIMethodMI *, [[maybe_unused]] const CMPIContext *context,              \
+                                   const CMPIResult *result, const CMPIObjectPath *reference,                \
+                                   const char *methodName, [[maybe_unused]] const CMPIArgs *in, CMPIArgs *)
+
+#define ASSOCIATORS_OPERATION(Class, Operation, ...)                                                         \
+    CMPIStatus Class##Operation(CMPIAssociationMI *, const CMPIContext *context, const CMPIResult *result,   \
+                                const CMPIObjectPath *source, const char *associationClass,                  \
+                                const char *resultClass, const char *role,                                   \
+                                const char *resultRole __VA_OPT__(, ) __VA_ARGS__)
+
+#define REFERENCES_OPERATION(Class, Operation, ...)                                                          \
+    CMPIStatus Class##Operation(CMPIAssociationMI *, const CMPIContext *context, const CMPIResult *result,   \
+                                const CMPIObjectPath *source, const char *resultClass,                       \
+                                const char *role __VA_OPT__(, ) __VA_ARGS__)
+
+#define CLEANUP_OPERATION(Class, Operation, Kind)                                                            \
+    CMPIStatus Class##Operation(CMPI##Kind##MI *, const CMPIContext *, CMPIBoolean)
+
+#define FACTORY(Class, Kind)                                                                                 \
+    CMPI##Kind##MI *Class##_Create_##Kind##MI(const CMPIBroker *broker, const CMPIContext *, CMPIStatus *)
+
 // ---- declarations ----
 
-#define DECLARE_FACTORY(Class, Kind)                                                                         \
-    extern "C" __attribute__((visibility("default"))) CMPI##Kind##MI *Class##_Create_##Kind##MI(             \
-        const CMPIBroker *broker, const CMPIContext *context, CMPIStatus *status)
+#define DECLARE_FACTORY(Class, Kind) extern "C" __attribute__((visibility("default"))) FACTORY(Class, Kind)
 
-#define DECLARE_BUILDERS(Class, ...)                                                                         \
+#define DECLARE_INSTANCE_PROVIDER(Class)                                                                     \
+    INSTANCE_OPERATION(Class, EnumInstanceNames);                                                            \
+    INSTANCE_OPERATION(Class, EnumInstances, const char **);                                                 \
+    INSTANCE_OPERATION(Class, GetInstance, const char **);                                                   \
+    INSTANCE_OPERATION(Class, CreateInstance, const CMPIInstance *);                                         \
+    INSTANCE_OPERATION(Class, ModifyInstance, const CMPIInstance *instance, const char **);                  \
+    INSTANCE_OPERATION(Class, DeleteInstance);                                                               \
+    INSTANCE_OPERATION(Class, ExecQuery, const char *, const char *);                                        \
+    CLEANUP_OPERATION(Class, Cleanup, Instance);                                                             \
+    DECLARE_FACTORY(Class, Instance)
+
+/** Of a class; the further argument is what its builders are told of the object beside the reference. */
+#define DECLARE_METHOD_PROVIDER(Class, ...)                                                                  \
     CMPIObjectPath *_makePath_##Class(const CMPIObjectPath *reference __VA_OPT__(, ) __VA_ARGS__,            \
                                       CMPIStatus *status);                                                   \
     CMPIInstance *_makeInst_##Class(const CMPIObjectPath *reference __VA_OPT__(, ) __VA_ARGS__,              \
-                                    CMPIStatus *status)
-
-#define DECLARE_READ(Class, Operation, ...)                                                                  \
-    CMPIStatus Class##Operation(CMPIInstanceMI *mi, const CMPIContext *context, const CMPIResult *result,    \
-                                const CMPIObjectPath *reference __VA_OPT__(, ) __VA_ARGS__)
-
-#define DECLARE_INSTANCE_PROVIDER(Class)                                                                     \
-    CMPIStatus Class##Cleanup(CMPIInstanceMI *mi, const CMPIContext *context, CMPIBoolean terminating);      \
-    DECLARE_READ(Class, EnumInstanceNames);                                                                  \
-    DECLARE_READ(Class, EnumInstances, const char **properties);                                             \
-    DECLARE_READ(Class, GetInstance, const char **properties);                                               \
-    DECLARE_READ(Class, CreateInstance, const CMPIInstance *instance);                                       \
-    DECLARE_READ(Class, ModifyInstance, const CMPIInstance *instance, const char **properties);              \
-    DECLARE_READ(Class, DeleteInstance);                                                                     \
-    DECLARE_READ(Class, ExecQuery, const char *query, const char *language);                                 \
-    DECLARE_FACTORY(Class, Instance)
-
-#define DECLARE_METHOD_PROVIDER(Class)                                                                       \
+                                    CMPIStatus *status);                                                     \
     DECLARE_INSTANCE_PROVIDER(Class);                                                                        \
-    CMPIStatus Class##MethodCleanup(CMPIMethodMI *mi, const CMPIContext *context, CMPIBoolean terminating);  \
-    CMPIStatus Class##InvokeMethod(CMPIMethodMI *mi, const CMPIContext *context, const CMPIResult *result,   \
-                                   const CMPIObjectPath *reference, const char *methodName,                  \
-                                   const CMPIArgs *in, CMPIArgs *out);                                       \
+    METHOD_OPERATION(Class);                                                                                 \
+    CLEANUP_OPERATION(Class, MethodCleanup, Method);                                                         \
     DECLARE_FACTORY(Class, Method)
-
-#define DECLARE_FOLLOWING(Class, Operation, ...)                                                             \
-    CMPIStatus Class##Operation(CMPIAssociationMI *mi, const CMPIContext *context, const CMPIResult *result, \
-                                const CMPIObjectPath *source, __VA_ARGS__)
 
 #define DECLARE_ASSOCIATION_PROVIDER(Class)                                                                  \
     DECLARE_INSTANCE_PROVIDER(Class);                                                                        \
-    CMPIStatus Class##AssociationCleanup(CMPIAssociationMI *mi, const CMPIContext *context,                  \
-                                         CMPIBoolean terminating);                                           \
-    DECLARE_FOLLOWING(Class, Associators, const char *associationClass, const char *resultClass,             \
-                      const char *role, const char *resultRole, const char **properties);                    \
-    DECLARE_FOLLOWING(Class, AssociatorNames, const char *associationClass, const char *resultClass,         \
-                      const char *role, const char *resultRole);                                             \
-    DECLARE_FOLLOWING(Class, References, const char *resultClass, const char *role,                          \
-                      const char **properties);                                                              \
-    DECLARE_FOLLOWING(Class, ReferenceNames, const char *resultClass, const char *role);                     \
+    ASSOCIATORS_OPERATION(Class, Associators, const char **);                                                \
+    ASSOCIATORS_OPERATION(Class, AssociatorNames);                                                           \
+    REFERENCES_OPERATION(Class, References, const char **);                                                  \
+    REFERENCES_OPERATION(Class, ReferenceNames);                                                             \
+    CLEANUP_OPERATION(Class, AssociationCleanup, Association);                                               \
     DECLARE_FACTORY(Class, Association)
 
 // ---- setting functions ----
@@ -76,180 +89,153 @@
         return engine::sendSetting(groupId, {{registerId, 0}}, {__VA_ARGS__}, errorText);                    \
     }
 
+// ---- path builders ----
+
+#define STAMP_PATH_BY_INSTANCE_ID(Class)                                                                     \
+    CMPIObjectPath *_makePath_##Class(const CMPIObjectPath *reference, CMPIStatus *status)                   \
+    {                                                                                                        \
+        return frame::makePathByInstanceID(_broker, _ClassName, reference, _InstanceID, status);             \
+    }
+
+/** For a class with numbered instances. */
+#define STAMP_PATH_BY_NUMBER(Class)                                                                          \
+    CMPIObjectPath *_makePath_##Class(const CMPIObjectPath *reference, int index, CMPIStatus *status)        \
+    {                                                                                                        \
+        return frame::makePathByInstanceID(_broker, _ClassName, reference,                                   \
+                                           frame::InstanceID(_InstanceID, index).text, status);              \
+    }
+
 // ---- the stamped skeleton ----
 // The operations of class `Class` and its factories. A module that has an operation of its own stamps the
 // others one by one.
 
-#define STAMP_CLEANUP(Class, Kind, Operation)                                                                \
-    CMPIStatus Class##Operation(Kind *, const CMPIContext *, CMPIBoolean)                                    \
-    {                                                                                                        \
-        return frame::cleanedUp();                                                                           \
-    }
-
 #define STAMP_READS(Class, provider)                                                                         \
-    CMPIStatus Class##EnumInstanceNames(CMPIInstanceMI *, const CMPIContext *, const CMPIResult *result,     \
-                                        const CMPIObjectPath *reference)                                     \
+    INSTANCE_OPERATION(Class, EnumInstanceNames)                                                             \
     {                                                                                                        \
         return frame::enumInstanceNames(provider, _broker, result, reference);                               \
     }                                                                                                        \
-    CMPIStatus Class##EnumInstances(CMPIInstanceMI *, const CMPIContext *, const CMPIResult *result,         \
-                                    const CMPIObjectPath *reference, const char **)                          \
+    INSTANCE_OPERATION(Class, EnumInstances, const char **)                                                  \
     {                                                                                                        \
         return frame::enumInstances(provider, _broker, result, reference);                                   \
     }                                                                                                        \
-    CMPIStatus Class##GetInstance(CMPIInstanceMI *, const CMPIContext *, const CMPIResult *result,           \
-                                  const CMPIObjectPath *reference, const char **)                            \
+    INSTANCE_OPERATION(Class, GetInstance, const char **)                                                    \
     {                                                                                                        \
         return frame::getInstance(provider, _broker, result, reference);                                     \
     }
 
-#define STAMP_MODIFY_NOT_SUPPORTED(Class, Operation)                                                         \
-    CMPIStatus Class##Operation(CMPIInstanceMI *, const CMPIContext *, const CMPIResult *,                   \
-                                const CMPIObjectPath *, const CMPIInstance *, const char **)                 \
+#define STAMP_REFUSAL(Class, Operation, ...)                                                                 \
+    INSTANCE_OPERATION(Class, Operation, __VA_ARGS__)                                                        \
     {                                                                                                        \
         return frame::notSupported(_broker);                                                                 \
     }
+
+#define STAMP_MODIFY_NOT_SUPPORTED(Class, Operation)                                                         \
+    STAMP_REFUSAL(Class, Operation, const CMPIInstance *, const char **)
 
 #define STAMP_NOT_SUPPORTED(Class)                                                                           \
-    CMPIStatus Class##CreateInstance(CMPIInstanceMI *, const CMPIContext *, const CMPIResult *,              \
-                                     const CMPIObjectPath *, const CMPIInstance *)                           \
-    {                                                                                                        \
-        return frame::notSupported(_broker);                                                                 \
-    }                                                                                                        \
-    CMPIStatus Class##DeleteInstance(CMPIInstanceMI *, const CMPIContext *, const CMPIResult *,              \
-                                     const CMPIObjectPath *)                                                 \
-    {                                                                                                        \
-        return frame::notSupported(_broker);                                                                 \
-    }                                                                                                        \
-    CMPIStatus Class##ExecQuery(CMPIInstanceMI *, const CMPIContext *, const CMPIResult *,                   \
-                                const CMPIObjectPath *, const char *, const char *)                          \
-    {                                                                                                        \
-        return frame::notSupported(_broker);                                                                 \
-    }
-
-#define STAMP_METHODS(Class, provider)                                                                       \
-    CMPIStatus Class##InvokeMethod(CMPIMethodMI *, const CMPIContext *context, const CMPIResult *result,     \
-                                   const CMPIObjectPath *reference, const char *methodName,                  \
-                                   const CMPIArgs *in, CMPIArgs *)                                           \
-    {                                                                                                        \
-        return frame::invokeMethod(provider, _broker, context, result, reference, methodName, in);           \
-    }
+    STAMP_REFUSAL(Class, CreateInstance, const CMPIInstance *)                                               \
+    STAMP_REFUSAL(Class, DeleteInstance)                                                                     \
+    STAMP_REFUSAL(Class, ExecQuery, const char *, const char *)
 
 #define STAMP_PLACEHOLDER_METHOD(Class, unknownCode)                                                         \
-    CMPIStatus Class##InvokeMethod(CMPIMethodMI *, const CMPIContext *, const CMPIResult *result,            \
-                                   const CMPIObjectPath *reference, const char *methodName,                  \
-                                   const CMPIArgs *, CMPIArgs *)                                             \
+    METHOD_OPERATION(Class)                                                                                  \
     {                                                                                                        \
         return frame::invokePlaceholder(_broker, _ClassName, unknownCode, result, reference, methodName);    \
     }
 
 // The factory of one kind, with the table of its operations; `kind` is in the name that the provider gives
 // itself. The factories are all that the library exports.
-#define STAMP_FACTORY(Class, Kind, kind, ...)                                                                \
-    CMPI##Kind##MI *Class##_Create_##Kind##MI(const CMPIBroker *broker, const CMPIContext *, CMPIStatus *)   \
+#define STAMP_FACTORY(Class, Kind, kind, Cleanup, ...)                                                       \
+    CLEANUP_OPERATION(Class, Cleanup, Kind)                                                                  \
+    {                                                                                                        \
+        return {CMPI_RC_OK, nullptr};                                                                        \
+    }                                                                                                        \
+    FACTORY(Class, Kind)                                                                                     \
     {                                                                                                        \
         static constexpr CMPI##Kind##MIFT table =                                                            \
-            cmpi::operationTable<CMPI##Kind##MIFT, __VA_ARGS__>(kind #Class);                                \
+            cmpi::operationTable<CMPI##Kind##MIFT, Class##Cleanup, __VA_ARGS__>(kind #Class);                \
         static CMPI##Kind##MI mi = {nullptr, cmpi::as<decltype(CMPI##Kind##MI::ft)>(&table)};                \
         _broker = broker;                                                                                    \
         return &mi;                                                                                          \
     }
 
 #define STAMP_INSTANCE_FACTORY(Class)                                                                        \
-    STAMP_CLEANUP(Class, CMPIInstanceMI, Cleanup)                                                            \
-    STAMP_FACTORY(Class, Instance, "instance", Class##Cleanup, Class##EnumInstanceNames,                     \
-                  Class##EnumInstances, Class##GetInstance, Class##CreateInstance, Class##ModifyInstance,    \
-                  Class##DeleteInstance, Class##ExecQuery)
+    STAMP_FACTORY(Class, Instance, "instance", Cleanup, Class##EnumInstanceNames, Class##EnumInstances,      \
+                  Class##GetInstance, Class##CreateInstance, Class##ModifyInstance, Class##DeleteInstance,   \
+                  Class##ExecQuery)
 
-#define STAMP_METHOD_FACTORY(Class)                                                                          \
-    STAMP_CLEANUP(Class, CMPIMethodMI, MethodCleanup)                                                        \
-    STAMP_FACTORY(Class, Method, "method", Class##MethodCleanup, Class##InvokeMethod)
+#define STAMP_METHOD_FACTORY(Class) STAMP_FACTORY(Class, Method, "method", MethodCleanup, Class##InvokeMethod)
+
+// All but the methods over one ProviderClass.
+#define STAMP_INSTANCES(Class, provider)                                                                     \
+    STAMP_READS(Class, provider)                                                                             \
+    STAMP_MODIFY_NOT_SUPPORTED(Class, ModifyInstance)                                                        \
+    STAMP_NOT_SUPPORTED(Class)                                                                               \
+    STAMP_INSTANCE_FACTORY(Class)                                                                            \
+    STAMP_METHOD_FACTORY(Class)
 
 // A whole instance and method provider over one ProviderClass.
 #define STAMP_INSTANCE_AND_METHOD_PROVIDER(Class, provider)                                                  \
     static_assert(frame::methodsAreSound(provider.methods));                                                 \
-    STAMP_READS(Class, provider)                                                                             \
-    STAMP_MODIFY_NOT_SUPPORTED(Class, ModifyInstance)                                                        \
-    STAMP_NOT_SUPPORTED(Class)                                                                               \
-    STAMP_METHODS(Class, provider)                                                                           \
-    STAMP_INSTANCE_FACTORY(Class)                                                                            \
-    STAMP_METHOD_FACTORY(Class)
+    METHOD_OPERATION(Class)                                                                                  \
+    {                                                                                                        \
+        return frame::invokeMethod(provider, _broker, context, result, reference, methodName, in);           \
+    }                                                                                                        \
+    STAMP_INSTANCES(Class, provider)
 
 // The same for a class without methods, which answers the placeholder alone.
 #define STAMP_INSTANCE_AND_PLACEHOLDER_PROVIDER(Class, provider, unknownCode)                                \
-    STAMP_READS(Class, provider)                                                                             \
-    STAMP_MODIFY_NOT_SUPPORTED(Class, ModifyInstance)                                                        \
-    STAMP_NOT_SUPPORTED(Class)                                                                               \
     STAMP_PLACEHOLDER_METHOD(Class, unknownCode)                                                             \
-    STAMP_INSTANCE_FACTORY(Class)                                                                            \
-    STAMP_METHOD_FACTORY(Class)
+    STAMP_INSTANCES(Class, provider)
 
-#define STAMP_ASSOCIATION_READS(Class, association)                                                          \
-    CMPIStatus Class##EnumInstanceNames(CMPIInstanceMI *, const CMPIContext *ctx, const CMPIResult *result,  \
-                                        const CMPIObjectPath *reference)                                     \
+// ---- associations ----
+
+#define STAMP_ENUMERATION(Class, Operation, kind, ...)                                                       \
+    INSTANCE_OPERATION(Class, Operation, __VA_ARGS__)                                                        \
     {                                                                                                        \
-        return frame::enumAssociation(association, _broker, ctx, result, reference,                          \
-                                      frame::WalkKind::referenceNames);                                      \
-    }                                                                                                        \
-    CMPIStatus Class##EnumInstances(CMPIInstanceMI *, const CMPIContext *ctx, const CMPIResult *result,      \
-                                    const CMPIObjectPath *reference, const char **)                          \
-    {                                                                                                        \
-        return frame::enumAssociation(association, _broker, ctx, result, reference,                          \
-                                      frame::WalkKind::references);                                          \
-    }                                                                                                        \
-    CMPIStatus Class##GetInstance(CMPIInstanceMI *, const CMPIContext *ctx, const CMPIResult *result,        \
-                                  const CMPIObjectPath *reference, const char **)                            \
-    {                                                                                                        \
-        return frame::getAssociation(association, _broker, ctx, result, reference);                          \
+        return frame::enumAssociation(association, _broker, context, result, reference,                      \
+                                      frame::WalkKind::kind);                                                \
     }
 
-#define STAMP_ASSOCIATIONS(Class, association)                                                               \
-    CMPIStatus Class##Associators(CMPIAssociationMI *, const CMPIContext *ctx, const CMPIResult *result,     \
-                                  const CMPIObjectPath *source, const char *assocClass,                      \
-                                  const char *resultClass, const char *role, const char *resultRole,         \
-                                  const char **)                                                             \
+#define STAMP_ASSOCIATORS(Class, Operation, kind, ...)                                                       \
+    ASSOCIATORS_OPERATION(Class, Operation, __VA_ARGS__)                                                     \
     {                                                                                                        \
-        return frame::followAssociation(association, _broker, ctx, result, source,                           \
-                                        {assocClass, resultClass, role, resultRole},                         \
-                                        frame::WalkKind::associators);                                       \
-    }                                                                                                        \
-    CMPIStatus Class##AssociatorNames(CMPIAssociationMI *, const CMPIContext *ctx, const CMPIResult *result, \
-                                      const CMPIObjectPath *source, const char *assocClass,                  \
-                                      const char *resultClass, const char *role, const char *resultRole)     \
-    {                                                                                                        \
-        return frame::followAssociation(association, _broker, ctx, result, source,                           \
-                                        {assocClass, resultClass, role, resultRole},                         \
-                                        frame::WalkKind::associatorNames);                                   \
-    }                                                                                                        \
-    CMPIStatus Class##References(CMPIAssociationMI *, const CMPIContext *ctx, const CMPIResult *result,      \
-                                 const CMPIObjectPath *source, const char *resultClass, const char *role,    \
-                                 const char **)                                                              \
-    {                                                                                                        \
-        return frame::followAssociation(association, _broker, ctx, result, source,                           \
-                                        {resultClass, nullptr, role, nullptr}, frame::WalkKind::references); \
-    }                                                                                                        \
-    CMPIStatus Class##ReferenceNames(CMPIAssociationMI *, const CMPIContext *ctx, const CMPIResult *result,  \
-                                     const CMPIObjectPath *source, const char *resultClass,                  \
-                                     const char *role)                                                       \
-    {                                                                                                        \
-        return frame::followAssociation(association, _broker, ctx, result, source,                           \
-                                        {resultClass, nullptr, role, nullptr},                               \
-                                        frame::WalkKind::referenceNames);                                    \
+        return frame::followAssociation(association, _broker, context, result, source,                       \
+                                        {associationClass, resultClass, role, resultRole},                   \
+                                        frame::WalkKind::kind);                                              \
     }
 
-#define STAMP_ASSOCIATION_FACTORY(Class)                                                                     \
-    STAMP_CLEANUP(Class, CMPIAssociationMI, AssociationCleanup)                                              \
-    STAMP_FACTORY(Class, Association, "association", Class##AssociationCleanup, Class##Associators,          \
-                  Class##AssociatorNames, Class##References, Class##ReferenceNames)
+#define STAMP_REFERENCES(Class, Operation, kind, ...)                                                        \
+    REFERENCES_OPERATION(Class, Operation, __VA_ARGS__)                                                      \
+    {                                                                                                        \
+        return frame::followAssociation(association, _broker, context, result, source,                       \
+                                        {resultClass, nullptr, role, nullptr}, frame::WalkKind::kind);       \
+    }
 
-// A whole instance and association provider over one AssociationClass.
-#define STAMP_INSTANCE_AND_ASSOCIATION_PROVIDER(Class, association)                                          \
+// A whole instance and association provider over the constants of a module; the further arguments are what
+// the AssociationClass has beside them.
+#define STAMP_INSTANCE_AND_ASSOCIATION_PROVIDER(Class, ...)                                                  \
+    constexpr frame::AssociationClass association = {.name = _ClassName,                                     \
+                                                     .refLeft = _RefLeft,                                    \
+                                                     .refRight = _RefRight,                                  \
+                                                     .leftClass = _RefLeftClass,                             \
+                                                     .rightClasses = _RefRightClass,                         \
+                                                     __VA_ARGS__};                                           \
     static_assert(frame::associationIsSound(association));                                                   \
-    STAMP_ASSOCIATION_READS(Class, association)                                                              \
+    STAMP_ENUMERATION(Class, EnumInstanceNames, referenceNames)                                              \
+    STAMP_ENUMERATION(Class, EnumInstances, references, const char **)                                       \
+    INSTANCE_OPERATION(Class, GetInstance, const char **)                                                    \
+    {                                                                                                        \
+        return frame::getAssociation(association, _broker, context, result, reference);                      \
+    }                                                                                                        \
     STAMP_MODIFY_NOT_SUPPORTED(Class, ModifyInstance)                                                        \
     STAMP_NOT_SUPPORTED(Class)                                                                               \
-    STAMP_ASSOCIATIONS(Class, association)                                                                   \
     STAMP_INSTANCE_FACTORY(Class)                                                                            \
-    STAMP_ASSOCIATION_FACTORY(Class)
+    STAMP_ASSOCIATORS(Class, Associators, associators, const char **)                                        \
+    STAMP_ASSOCIATORS(Class, AssociatorNames, associatorNames)                                               \
+    STAMP_REFERENCES(Class, References, references, const char **)                                           \
+    STAMP_REFERENCES(Class, ReferenceNames, referenceNames)                                                  \
+    STAMP_FACTORY(Class, Association, "association", AssociationCleanup, Class##Associators,                 \
+                  Class##AssociatorNames, Class##References, Class##ReferenceNames)
 
 #endif

@@ -6,19 +6,11 @@
 
 using namespace frame;
 
-namespace
-{
-
-const CMPIBroker *_broker;
+static const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_DHCPSettingData";
 constexpr const char *_InstanceID = "ZT:Marovelton_DHCPSettingData";
 
-} // namespace
-
-CMPIObjectPath *_makePath_ZT_Marovelton_DHCPSettingData(const CMPIObjectPath *reference, CMPIStatus *status)
-{
-    return makePathByInstanceID(_broker, _ClassName, reference, _InstanceID, status);
-}
+STAMP_PATH_BY_INSTANCE_ID(ZT_Marovelton_DHCPSettingData)
 
 CMPIInstance *_makeInst_ZT_Marovelton_DHCPSettingData(const CMPIObjectPath *reference, CMPIStatus *status)
 {
@@ -42,16 +34,11 @@ CMPIInstance *_makeInst_ZT_Marovelton_DHCPSettingData(const CMPIObjectPath *refe
     return instance.finish();
 }
 
-namespace
-{
-
 constexpr ProviderClass provider = {
     .name = _ClassName,
     .key = {.name = "InstanceID", .value = _InstanceID},
     .builders = {.path = _makePath_ZT_Marovelton_DHCPSettingData,
                  .instance = _makeInst_ZT_Marovelton_DHCPSettingData},
 };
-
-} // namespace
 
 STAMP_INSTANCE_AND_PLACEHOLDER_PROVIDER(ZT_Marovelton_DHCPSettingData, provider, CMPI_RC_ERR_NOT_SUPPORTED)

@@ -7,22 +7,13 @@
 
 using namespace frame;
 
-namespace
-{
-
-const CMPIBroker *_broker;
+static const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_ExtendedStaticIPAssignmentSettingData";
 constexpr const char *_InstanceID = "ZT:Marovelton_ExtendedStaticIPAssignmentSettingData";
 
-} // namespace
-
 // ---- path and instance ----
 
-CMPIObjectPath *_makePath_ZT_Marovelton_ExtendedStaticIPAssignmentSettingData(const CMPIObjectPath *reference,
-                                                                              CMPIStatus *status)
-{
-    return makePathByInstanceID(_broker, _ClassName, reference, _InstanceID, status);
-}
+STAMP_PATH_BY_INSTANCE_ID(ZT_Marovelton_ExtendedStaticIPAssignmentSettingData)
 
 CMPIInstance *_makeInst_ZT_Marovelton_ExtendedStaticIPAssignmentSettingData(const CMPIObjectPath *reference,
                                                                             CMPIStatus *status)
@@ -130,9 +121,8 @@ bool applyStaticConfiguration(const CMPIInstance *instance, CMPIStatus *status, 
 
 } // namespace
 
-CMPIStatus ZT_Marovelton_ExtendedStaticIPAssignmentSettingDataModifyInstance(
-    CMPIInstanceMI *, const CMPIContext *context, const CMPIResult *, const CMPIObjectPath *,
-    const CMPIInstance *instance, const char **)
+INSTANCE_OPERATION(ZT_Marovelton_ExtendedStaticIPAssignmentSettingData, ModifyInstance,
+                   const CMPIInstance *instance, const char **)
 {
     CMPIStatus status = {CMPI_RC_OK, nullptr};
     char errorText[ERROR_TEXT_SIZE] = " ";
@@ -142,17 +132,12 @@ CMPIStatus ZT_Marovelton_ExtendedStaticIPAssignmentSettingDataModifyInstance(
     return status;
 }
 
-namespace
-{
-
 constexpr ProviderClass provider = {
     .name = _ClassName,
     .key = {.name = "InstanceID", .value = _InstanceID},
     .builders = {.path = _makePath_ZT_Marovelton_ExtendedStaticIPAssignmentSettingData,
                  .instance = _makeInst_ZT_Marovelton_ExtendedStaticIPAssignmentSettingData},
 };
-
-} // namespace
 
 STAMP_READS(ZT_Marovelton_ExtendedStaticIPAssignmentSettingData, provider)
 STAMP_NOT_SUPPORTED(ZT_Marovelton_ExtendedStaticIPAssignmentSettingData)

@@ -5,20 +5,11 @@
 
 using namespace frame;
 
-namespace
-{
-
-const CMPIBroker *_broker;
+static const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_IPAssignmentSettingData";
 constexpr const char *_InstanceID = "ZT:Marovelton_IPAssignmentSettingData";
 
-} // namespace
-
-CMPIObjectPath *_makePath_ZT_Marovelton_IPAssignmentSettingData(const CMPIObjectPath *reference,
-                                                                CMPIStatus *status)
-{
-    return makePathByInstanceID(_broker, _ClassName, reference, _InstanceID, status);
-}
+STAMP_PATH_BY_INSTANCE_ID(ZT_Marovelton_IPAssignmentSettingData)
 
 CMPIInstance *_makeInst_ZT_Marovelton_IPAssignmentSettingData(const CMPIObjectPath *reference,
                                                               CMPIStatus *status)
@@ -36,17 +27,12 @@ CMPIInstance *_makeInst_ZT_Marovelton_IPAssignmentSettingData(const CMPIObjectPa
     return instance.finish();
 }
 
-namespace
-{
-
 constexpr ProviderClass provider = {
     .name = _ClassName,
     .key = {.name = "InstanceID", .value = _InstanceID},
     .builders = {.path = _makePath_ZT_Marovelton_IPAssignmentSettingData,
                  .instance = _makeInst_ZT_Marovelton_IPAssignmentSettingData},
 };
-
-} // namespace
 
 STAMP_INSTANCE_AND_PLACEHOLDER_PROVIDER(ZT_Marovelton_IPAssignmentSettingData, provider,
                                         CMPI_RC_ERR_NOT_SUPPORTED)

@@ -7,10 +7,7 @@
 
 using namespace frame;
 
-namespace
-{
-
-const CMPIBroker *_broker;
+static const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_IPConfigurationService";
 
 constexpr NetworkObject service = {
@@ -19,8 +16,6 @@ constexpr NetworkObject service = {
     .description =
         "A class derived from CIM IPConfigurationService that represents the single node container of the Display management.",
 };
-
-} // namespace
 
 // ---- path and instance ----
 

@@ -6,10 +6,7 @@
 
 using namespace frame;
 
-namespace
-{
-
-const CMPIBroker *_broker;
+static const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_IPNetworkConnection";
 
 constexpr NetworkObject connection = {
@@ -18,8 +15,6 @@ constexpr NetworkObject connection = {
     .description =
         "A class derived from CIM IPNetworkConnectiom that represents the single node container of the Display management.",
 };
-
-} // namespace
 
 CMPIObjectPath *_makePath_ZT_Marovelton_IPNetworkConnection(const CMPIObjectPath *reference,
                                                             CMPIStatus *status)
@@ -32,17 +27,12 @@ CMPIInstance *_makeInst_ZT_Marovelton_IPNetworkConnection(const CMPIObjectPath *
     return makeNetworkObjectInst(_broker, connection, reference, status).finish();
 }
 
-namespace
-{
-
 constexpr ProviderClass provider = {
     .name = _ClassName,
     .systemKeys = &connection.keyed,
     .builders = {.path = _makePath_ZT_Marovelton_IPNetworkConnection,
                  .instance = _makeInst_ZT_Marovelton_IPNetworkConnection},
 };
-
-} // namespace
 
 STAMP_INSTANCE_AND_PLACEHOLDER_PROVIDER(ZT_Marovelton_IPNetworkConnection, provider,
                                         CMPI_RC_ERR_NOT_SUPPORTED)

@@ -291,9 +291,7 @@ CMPIStatus returnAll(const CMPIResult *result, const char *failure, Put put)
 
 } // namespace
 
-CMPIStatus ZT_Marovelton_IPProtocolEndpointEnumInstanceNames(CMPIInstanceMI *, const CMPIContext *,
-                                                             const CMPIResult *result,
-                                                             const CMPIObjectPath *reference)
+INSTANCE_OPERATION(ZT_Marovelton_IPProtocolEndpoint, EnumInstanceNames)
 {
     trace(usualReadTraces.namesCalled, _ClassName);
     const CMPIStatus status =
@@ -310,9 +308,7 @@ CMPIStatus ZT_Marovelton_IPProtocolEndpointEnumInstanceNames(CMPIInstanceMI *, c
     return status;
 }
 
-CMPIStatus ZT_Marovelton_IPProtocolEndpointEnumInstances(CMPIInstanceMI *, const CMPIContext *,
-                                                         const CMPIResult *result,
-                                                         const CMPIObjectPath *reference, const char **)
+INSTANCE_OPERATION(ZT_Marovelton_IPProtocolEndpoint, EnumInstances, const char **)
 {
     trace(usualReadTraces.instancesCalled, _ClassName);
     const CMPIStatus status =
@@ -329,9 +325,7 @@ CMPIStatus ZT_Marovelton_IPProtocolEndpointEnumInstances(CMPIInstanceMI *, const
     return status;
 }
 
-CMPIStatus ZT_Marovelton_IPProtocolEndpointGetInstance(CMPIInstanceMI *, const CMPIContext *,
-                                                       const CMPIResult *result,
-                                                       const CMPIObjectPath *reference, const char **)
+INSTANCE_OPERATION(ZT_Marovelton_IPProtocolEndpoint, GetInstance, const char **)
 {
     CMPIStatus status = {CMPI_RC_OK, nullptr};
     trace("--- %s CMPI GetInstance() called\n", _ClassName);

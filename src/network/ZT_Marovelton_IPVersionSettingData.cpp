@@ -5,13 +5,8 @@
 
 using namespace frame;
 
-namespace
-{
-
-const CMPIBroker *_broker;
+static const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_IPVersionSettingData";
-
-} // namespace
 
 CMPIObjectPath *_makePath_ZT_Marovelton_IPVersionSettingData(const CMPIObjectPath *reference,
                                                              CMPIStatus *status)
@@ -27,17 +22,12 @@ CMPIInstance *_makeInst_ZT_Marovelton_IPVersionSettingData(const CMPIObjectPath 
         .finish();
 }
 
-namespace
-{
-
 constexpr ProviderClass provider = {
     .name = _ClassName,
     .key = {.name = "InstanceID", .value = "ZT:Marovelton_IPVersionSettingData"},
     .builders = {.path = _makePath_ZT_Marovelton_IPVersionSettingData,
                  .instance = _makeInst_ZT_Marovelton_IPVersionSettingData},
 };
-
-} // namespace
 
 STAMP_INSTANCE_AND_PLACEHOLDER_PROVIDER(ZT_Marovelton_IPVersionSettingData, provider,
                                         CMPI_RC_ERR_NOT_SUPPORTED)

@@ -6,10 +6,7 @@
 
 using namespace frame;
 
-namespace
-{
-
-const CMPIBroker *_broker;
+static const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_WSManagementService";
 
 constexpr SwitchedService service = {
@@ -18,8 +15,6 @@ constexpr SwitchedService service = {
     .enabled = &RemoteManagementServer::WSManagementStatus,
     .showsIdentify = true,
 };
-
-} // namespace
 
 // ---- settings ----
 

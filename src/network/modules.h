@@ -7,55 +7,28 @@
 #include "frame/stamp.h"
 #include "network/ZT_Marovelton_IPProtocolEndpoint.h"
 
-// ---- ZT_Marovelton_DHCPSettingData ----
-
-DECLARE_BUILDERS(ZT_Marovelton_DHCPSettingData);
 DECLARE_METHOD_PROVIDER(ZT_Marovelton_DHCPSettingData);
 
-// ---- ZT_Marovelton_ExtendedStaticIPAssignmentSettingData ----
-
-DECLARE_BUILDERS(ZT_Marovelton_ExtendedStaticIPAssignmentSettingData);
 DECLARE_METHOD_PROVIDER(ZT_Marovelton_ExtendedStaticIPAssignmentSettingData);
 
-// ---- ZT_Marovelton_IPAssignmentSettingData ----
-
-DECLARE_BUILDERS(ZT_Marovelton_IPAssignmentSettingData);
 DECLARE_METHOD_PROVIDER(ZT_Marovelton_IPAssignmentSettingData);
 
-// ---- ZT_Marovelton_IPConfigurationService ----
-
-DECLARE_BUILDERS(ZT_Marovelton_IPConfigurationService);
+DECLARE_METHOD_PROVIDER(ZT_Marovelton_IPConfigurationService);
 /** Maps the CIM `Mode` of an apply request to the `IsCurrent` and `IsNext` answers (SettingsState) of the
  * settings association. Returns 1, or 0 with the outputs untouched for a mode that is not known. */
 [[nodiscard]] int mode_to_iscurrent_isnext(int mode, int *isCurrent, int *isNext);
-DECLARE_METHOD_PROVIDER(ZT_Marovelton_IPConfigurationService);
 
-// ---- ZT_Marovelton_IPNetworkConnection ----
-
-DECLARE_BUILDERS(ZT_Marovelton_IPNetworkConnection);
 DECLARE_METHOD_PROVIDER(ZT_Marovelton_IPNetworkConnection);
 
-// ---- ZT_Marovelton_IPProtocolEndpoint ----
+DECLARE_METHOD_PROVIDER(ZT_Marovelton_IPProtocolEndpoint, const cim_ipProtocolEndpoint *record);
 
-DECLARE_BUILDERS(ZT_Marovelton_IPProtocolEndpoint, const cim_ipProtocolEndpoint *record);
-DECLARE_METHOD_PROVIDER(ZT_Marovelton_IPProtocolEndpoint);
-
-// ---- ZT_Marovelton_IPVersionSettingData ----
-
-DECLARE_BUILDERS(ZT_Marovelton_IPVersionSettingData);
 DECLARE_METHOD_PROVIDER(ZT_Marovelton_IPVersionSettingData);
 
-// ---- ZT_Marovelton_RemoteManagementService ----
-
 [[nodiscard]] int SetRemoteManagementEnabledState(int requestedState, char *errorText);
-DECLARE_BUILDERS(ZT_Marovelton_RemoteManagementService);
 DECLARE_METHOD_PROVIDER(ZT_Marovelton_RemoteManagementService);
-
-// ---- ZT_Marovelton_WSManagementService ----
 
 [[nodiscard]] int SetWSManagementEnabledState(int requestedState, char *errorText);
 [[nodiscard]] int SetWSIdentifyEnabledState(int enabled, char *errorText);
-DECLARE_BUILDERS(ZT_Marovelton_WSManagementService);
 DECLARE_METHOD_PROVIDER(ZT_Marovelton_WSManagementService);
 
 #endif
