@@ -11,6 +11,20 @@ static const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_BezelButton";
 constexpr const char *_InstanceID = "ZT:Marovelton_BezelButton";
 
+// ---- settings ----
+// The texts of the steps differ from one setting to the next; clients know each as it is.
+
+SETTING(setButtonAutoFadeMode, BEZEL_BTN_ID, BEZEL_BUTTON_AUTOFADE_STATUS,
+        .reply = "Failed to set the value to Button AutoFadeMode.",
+        .sendQueue = "Failed to process. Unable to create a message queue for sending message.",
+        .send = "Failed to process. Unable to send value to SPEAr.",
+        .receiveQueue = "Failed to process. Unable to create a message queue for receiving message.")
+SETTING(setButtonBrightness, BEZEL_BTN_ID, BEZEL_BUTTON_BRIGHTNESS,
+        "Failed to set the value to ButtonBrightness.")
+SETTING(setButtonColor, BEZEL_BTN_ID, BEZEL_BUTTON_COLOR, .reply = "Failed to set the Button color.",
+        .receiveQueue = "Unable to create a message queue for receving message.")
+SETTING(SetButtonMode, FUNCTION_BTN_ID, FUNCTION_BUTTON_MODE, "Failed to set the value to ButtonMode.")
+
 // ---- path and instance ----
 
 STAMP_PATH_BY_INSTANCE_ID(ZT_Marovelton_BezelButton)
@@ -46,20 +60,6 @@ CMPIInstance *_makeInst_ZT_Marovelton_BezelButton(const CMPIObjectPath *referenc
     buttons.formatted("Name", "%s-BezelButton", systemName(monitor).text);
     return buttons.finish();
 }
-
-// ---- settings ----
-// The texts of the steps differ from one setting to the next; clients know each as it is.
-
-SETTING(setButtonAutoFadeMode, BEZEL_BTN_ID, BEZEL_BUTTON_AUTOFADE_STATUS,
-        .reply = "Failed to set the value to Button AutoFadeMode.",
-        .sendQueue = "Failed to process. Unable to create a message queue for sending message.",
-        .send = "Failed to process. Unable to send value to SPEAr.",
-        .receiveQueue = "Failed to process. Unable to create a message queue for receiving message.")
-SETTING(setButtonBrightness, BEZEL_BTN_ID, BEZEL_BUTTON_BRIGHTNESS,
-        "Failed to set the value to ButtonBrightness.")
-SETTING(setButtonColor, BEZEL_BTN_ID, BEZEL_BUTTON_COLOR, .reply = "Failed to set the Button color.",
-        .receiveQueue = "Unable to create a message queue for receving message.")
-SETTING(SetButtonMode, FUNCTION_BTN_ID, FUNCTION_BUTTON_MODE, "Failed to set the value to ButtonMode.")
 
 // ---- methods ----
 

@@ -19,6 +19,15 @@ int ValidateColorSpaceInstanceID(const char *instanceID, char *errorText, int *i
     return matchInstanceID(instanceID, _InstanceID, presets, errorText, index);
 }
 
+// ---- settings ----
+
+SETTING(SetDisplayLuminance, COLOR_SPACE_ID, LUMINANCE, "Failed to set the value to DisplayLuminance.")
+// Clients know both resets by the text about luminance.
+COMMAND(ResetToLastCalibration, RESET_GROUP_ID, RESET_LAST_CALIBRATION,
+        "Failed to set the value to DisplayLuminance.")
+COMMAND(ResetToFactoryCalibration, RESET_GROUP_ID, RESET_FACTORY_CALIBRATION,
+        "Failed to set the value to DisplayLuminance.")
+
 // ---- path and instance ----
 
 STAMP_PATH_BY_NUMBER(ZT_Marovelton_ColorSpace)
@@ -75,15 +84,6 @@ CMPIInstance *_makeInst_ZT_Marovelton_ColorSpace(const CMPIObjectPath *reference
     preset.text("Name", name);
     return preset.finish();
 }
-
-// ---- settings ----
-
-SETTING(SetDisplayLuminance, COLOR_SPACE_ID, LUMINANCE, "Failed to set the value to DisplayLuminance.")
-// Clients know both resets by the text about luminance.
-COMMAND(ResetToLastCalibration, RESET_GROUP_ID, RESET_LAST_CALIBRATION,
-        "Failed to set the value to DisplayLuminance.")
-COMMAND(ResetToFactoryCalibration, RESET_GROUP_ID, RESET_FACTORY_CALIBRATION,
-        "Failed to set the value to DisplayLuminance.")
 
 // ---- methods ----
 

@@ -10,6 +10,23 @@ static const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_DisplayManagement";
 constexpr const char *_InstanceID = "ZT:Marovelton_DisplayManagement";
 
+// ---- settings ----
+
+SETTING(setAutoEDIDUpdateState, MANAGEMENT_ID, AUTO_EDID_STATUS, "Failed to set AutoEDIDUpdateState.")
+SETTING(setCalibrationState, MANAGEMENT_ID, CALIBRATION_STATUS,
+        "Failed to set the value to CalibrationState.")
+SETTING(setDDCCICommunicationsState, MANAGEMENT_ID, DDC_CI_COMM_STATUS,
+        "Failed to set the value to DDCCICommunicationsState.")
+SETTING(setHotPlugInitiateState, MANAGEMENT_ID, HOT_PLUG_INITIATE,
+        "Failed to set the values to HotPlugInitiateState.")
+SETTING(setPowerOnRecallState, MANAGEMENT_ID, POWER_ON_RECALL_STATUS,
+        "Failed to set the value to PowerOnRecallState.")
+SETTING(setPowerSaverState, MANAGEMENT_ID, AUTO_SLEEP_MODE, "Failed to set the value to PowerSaverState.")
+SETTING(setDisplayPortHotPlugDetection, MANAGEMENT_ID, DP_HPD_STATUS,
+        "Failed to set the value to DisplayPortHotPlugDetection.")
+SETTING(setDisplayPortComapatibility, MANAGEMENT_ID, DP_COMPATABILITY_MODE,
+        "Failed to set the value to DisplayPortComapatibility.")
+
 // ---- path and instance ----
 
 STAMP_PATH_BY_INSTANCE_ID(ZT_Marovelton_DisplayManagement)
@@ -40,23 +57,6 @@ CMPIInstance *_makeInst_ZT_Marovelton_DisplayManagement(const CMPIObjectPath *re
     switches.formatted("Name", "%s-DisplayManagement", system.text);
     return switches.finish();
 }
-
-// ---- settings ----
-
-SETTING(setAutoEDIDUpdateState, MANAGEMENT_ID, AUTO_EDID_STATUS, "Failed to set AutoEDIDUpdateState.")
-SETTING(setCalibrationState, MANAGEMENT_ID, CALIBRATION_STATUS,
-        "Failed to set the value to CalibrationState.")
-SETTING(setDDCCICommunicationsState, MANAGEMENT_ID, DDC_CI_COMM_STATUS,
-        "Failed to set the value to DDCCICommunicationsState.")
-SETTING(setHotPlugInitiateState, MANAGEMENT_ID, HOT_PLUG_INITIATE,
-        "Failed to set the values to HotPlugInitiateState.")
-SETTING(setPowerOnRecallState, MANAGEMENT_ID, POWER_ON_RECALL_STATUS,
-        "Failed to set the value to PowerOnRecallState.")
-SETTING(setPowerSaverState, MANAGEMENT_ID, AUTO_SLEEP_MODE, "Failed to set the value to PowerSaverState.")
-SETTING(setDisplayPortHotPlugDetection, MANAGEMENT_ID, DP_HPD_STATUS,
-        "Failed to set the value to DisplayPortHotPlugDetection.")
-SETTING(setDisplayPortComapatibility, MANAGEMENT_ID, DP_COMPATABILITY_MODE,
-        "Failed to set the value to DisplayPortComapatibility.")
 
 // ---- methods ----
 

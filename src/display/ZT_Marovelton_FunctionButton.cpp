@@ -19,6 +19,14 @@ int ValidateFunctionButtonInstanceID(const char *instanceID, char *errorText, in
     return matchInstanceID(instanceID, _InstanceID, buttonCount, errorText, index);
 }
 
+// ---- settings ----
+
+int SetButtonSetting(int value, int registerId, char *errorText)
+{
+    return sendSetting(FUNCTION_BTN_ID, {{registerId, value}}, {"Failed to set the value to button setting."},
+                       errorText);
+}
+
 // ---- path and instance ----
 
 STAMP_PATH_BY_NUMBER(ZT_Marovelton_FunctionButton)
@@ -42,14 +50,6 @@ CMPIInstance *_makeInst_ZT_Marovelton_FunctionButton(const CMPIObjectPath *refer
         instanceID.text,
         "A class derived from Logical Element that represents the single node container of the Display Managemet System.");
     return button.finish();
-}
-
-// ---- settings ----
-
-int SetButtonSetting(int value, int registerId, char *errorText)
-{
-    return sendSetting(FUNCTION_BTN_ID, {{registerId, value}}, {"Failed to set the value to button setting."},
-                       errorText);
 }
 
 // ---- methods ----

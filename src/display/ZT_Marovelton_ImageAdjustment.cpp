@@ -13,44 +13,6 @@ static const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_ImageAdjustment";
 constexpr const char *_InstanceID = "ZT:Marovelton_ImageAdjustment";
 
-// ---- path and instance ----
-
-STAMP_PATH_BY_INSTANCE_ID(ZT_Marovelton_ImageAdjustment)
-
-CMPIInstance *_makeInst_ZT_Marovelton_ImageAdjustment(const CMPIObjectPath *reference, CMPIStatus *status)
-{
-    InstanceBuilder picture(_broker, _ClassName, _makePath_ZT_Marovelton_ImageAdjustment(reference, status),
-                            status);
-    ImageAdjustment image = {};
-    SystemName system;
-    if (!picture ||
-        !picture.require(GetImageAdjustmentInfo(&image) == 0,
-                         "Failed to get Image Adjustment information from database.") ||
-        !picture.readSystemName("Could not get monitor information from database.", &system)) {
-        return nullptr;
-    }
-
-    picture.uint16("Region4KPositionX", image.Region4KPositionX);
-    picture.uint16("Region4KPositionY", image.Region4KPositionY);
-    picture.uint16("CroppedRegionOpacity", image.CroppedRegionOpacity);
-    picture.boolean("OverscanFrame", image.Overscan);
-    picture.boolean("ShowBlueChannel", image.ShowBlueChannel);
-    picture.boolean("ShowCroppedRegion", image.ShowCroppedRegion);
-    picture.boolean("UseVideoLevels", image.UseVideoLevels);
-    picture.boolean("OverdriveEnabled", image.Overdrive);
-    picture.boolean("DeinterlacerEnabled", image.Deinterlacer);
-    picture.boolean("CadenceDetectionEnabled", image.Cadence);
-    picture.uint16Array("DisplayAspectRatio", {image.DisplayAspectRatio});
-    picture.uint16Array("DCIImageRegion", {image.CurrentDCIOptions});
-    // Not the record's field of that name: the scaling in use is among the options for 4K.
-    picture.uint16Array("SourceScaling4K", {image.CurrentDCIOptions4K});
-    picture.describe(
-        _InstanceID,
-        "A class derived from Logical Element that represents the single node container of the Display Management System.");
-    picture.formatted("Name", "%s-ImageAdjustment", system.text);
-    return picture.finish();
-}
-
 // ---- settings ----
 
 SETTING(setCroppedRegionOpacity, IMAGE_ADJ_SETTINGS_ID, OPACITY_CROPPED_REGION,
@@ -101,6 +63,44 @@ int Get4kState()
 {
     int state = 0;
     return readRegister(SCROLL_4K_STATE, IMAGE_ADJ_SETTINGS_ID, &state) == 0 ? state : -1;
+}
+
+// ---- path and instance ----
+
+STAMP_PATH_BY_INSTANCE_ID(ZT_Marovelton_ImageAdjustment)
+
+CMPIInstance *_makeInst_ZT_Marovelton_ImageAdjustment(const CMPIObjectPath *reference, CMPIStatus *status)
+{
+    InstanceBuilder picture(_broker, _ClassName, _makePath_ZT_Marovelton_ImageAdjustment(reference, status),
+                            status);
+    ImageAdjustment image = {};
+    SystemName system;
+    if (!picture ||
+        !picture.require(GetImageAdjustmentInfo(&image) == 0,
+                         "Failed to get Image Adjustment information from database.") ||
+        !picture.readSystemName("Could not get monitor information from database.", &system)) {
+        return nullptr;
+    }
+
+    picture.uint16("Region4KPositionX", image.Region4KPositionX);
+    picture.uint16("Region4KPositionY", image.Region4KPositionY);
+    picture.uint16("CroppedRegionOpacity", image.CroppedRegionOpacity);
+    picture.boolean("OverscanFrame", image.Overscan);
+    picture.boolean("ShowBlueChannel", image.ShowBlueChannel);
+    picture.boolean("ShowCroppedRegion", image.ShowCroppedRegion);
+    picture.boolean("UseVideoLevels", image.UseVideoLevels);
+    picture.boolean("OverdriveEnabled", image.Overdrive);
+    picture.boolean("DeinterlacerEnabled", image.Deinterlacer);
+    picture.boolean("CadenceDetectionEnabled", image.Cadence);
+    picture.uint16Array("DisplayAspectRatio", {image.DisplayAspectRatio});
+    picture.uint16Array("DCIImageRegion", {image.CurrentDCIOptions});
+    // Not the record's field of that name: the scaling in use is among the options for 4K.
+    picture.uint16Array("SourceScaling4K", {image.CurrentDCIOptions4K});
+    picture.describe(
+        _InstanceID,
+        "A class derived from Logical Element that represents the single node container of the Display Management System.");
+    picture.formatted("Name", "%s-ImageAdjustment", system.text);
+    return picture.finish();
 }
 
 // ---- methods ----

@@ -18,52 +18,6 @@ constexpr Key keys[] = {
     {"SystemCreationClassName", "Linux_ComputerSystem"},
 };
 
-// ---- path and instance ----
-
-CMPIObjectPath *_makePath_ZT_Marovelton_Monitor(const CMPIObjectPath *reference, CMPIStatus *status)
-{
-    return makePathBySystemName(_broker, _ClassName, reference, keys,
-                                "Failed to get monitor information from database.", status);
-}
-
-CMPIInstance *_makeInst_ZT_Marovelton_Monitor(const CMPIObjectPath *reference, CMPIStatus *status)
-{
-    CMPIObjectPath *path = newPath(_broker, _ClassName, reference, status);
-    if (!path) {
-        return nullptr;
-    }
-    MonitorInfo info = {};
-    ImageAdjustment image = {};
-    if (GetMoinitorInfo(&info) != 0 || GetImageAdjustmentInfo(&image) != 0) {
-        setStatus(_broker, status, CMPI_RC_ERR_FAILED, "Failed to get monitor information from database.");
-        return nullptr;
-    }
-    const SystemName system = systemName(info);
-    addSystemKeys(path, keys, system);
-
-    InstanceBuilder monitor(_broker, _ClassName, path, status);
-    monitor.ownKeys(keys, system);
-    monitor.boolean("SoftPowerState", info.SoftPowerState);
-    monitor.uint16("VideoPipelineDelay", info.VideoPipelineDelay);
-    monitor.uint16("LastCalibration", info.LastCalibration);
-    monitor.uint16("BacklightHours", info.BacklightHours);
-    monitor.uint16("InputSource", info.ActiveVideoInput);
-    monitor.boolean("AutoSwitchSource", info.AutoSwitchSource);
-    monitor.dateTime("DeploymentDate", info.Deployment_Date);
-    monitor.field("DeploymentLocation", info.DeploymentLocation);
-    monitor.uint16("DisplayMode", 8); // clients know this number, whatever the record's text says
-    monitor.uint16("VerticalResolution", image.VerticalResolution);
-    monitor.uint16("HorizontalResolution", image.HorizontalResolution);
-    monitor.text("Caption", _ClassName);
-    monitor.text("ElementName", _ClassName);
-    monitor.text("InstanceID", _DeviceID);
-    monitor.text("Name", system.text);
-    monitor.text(
-        "Description",
-        "A class derived from FlatPanel that represents the single node container of the Display Management System.");
-    return monitor.finish();
-}
-
 // ---- settings ----
 
 namespace
@@ -112,6 +66,52 @@ int DoSoftPowerState(int, char *errorText)
 
 // Clients know the factory reset by this text about luminance.
 COMMAND(FactoryReset, RESET_GROUP_ID, FACTORY_RESET_START, "Failed to set the value to DisplayLuminance.")
+
+// ---- path and instance ----
+
+CMPIObjectPath *_makePath_ZT_Marovelton_Monitor(const CMPIObjectPath *reference, CMPIStatus *status)
+{
+    return makePathBySystemName(_broker, _ClassName, reference, keys,
+                                "Failed to get monitor information from database.", status);
+}
+
+CMPIInstance *_makeInst_ZT_Marovelton_Monitor(const CMPIObjectPath *reference, CMPIStatus *status)
+{
+    CMPIObjectPath *path = newPath(_broker, _ClassName, reference, status);
+    if (!path) {
+        return nullptr;
+    }
+    MonitorInfo info = {};
+    ImageAdjustment image = {};
+    if (GetMoinitorInfo(&info) != 0 || GetImageAdjustmentInfo(&image) != 0) {
+        setStatus(_broker, status, CMPI_RC_ERR_FAILED, "Failed to get monitor information from database.");
+        return nullptr;
+    }
+    const SystemName system = systemName(info);
+    addSystemKeys(path, keys, system);
+
+    InstanceBuilder monitor(_broker, _ClassName, path, status);
+    monitor.ownKeys(keys, system);
+    monitor.boolean("SoftPowerState", info.SoftPowerState);
+    monitor.uint16("VideoPipelineDelay", info.VideoPipelineDelay);
+    monitor.uint16("LastCalibration", info.LastCalibration);
+    monitor.uint16("BacklightHours", info.BacklightHours);
+    monitor.uint16("InputSource", info.ActiveVideoInput);
+    monitor.boolean("AutoSwitchSource", info.AutoSwitchSource);
+    monitor.dateTime("DeploymentDate", info.Deployment_Date);
+    monitor.field("DeploymentLocation", info.DeploymentLocation);
+    monitor.uint16("DisplayMode", 8); // clients know this number, whatever the record's text says
+    monitor.uint16("VerticalResolution", image.VerticalResolution);
+    monitor.uint16("HorizontalResolution", image.HorizontalResolution);
+    monitor.text("Caption", _ClassName);
+    monitor.text("ElementName", _ClassName);
+    monitor.text("InstanceID", _DeviceID);
+    monitor.text("Name", system.text);
+    monitor.text(
+        "Description",
+        "A class derived from FlatPanel that represents the single node container of the Display Management System.");
+    return monitor.finish();
+}
 
 // ---- methods ----
 

@@ -16,42 +16,6 @@ static const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_OSDMenuAndMessages";
 constexpr const char *_InstanceID = "ZT:Marovelton_OSDMenuAndMessages";
 
-// ---- path and instance ----
-
-STAMP_PATH_BY_INSTANCE_ID(ZT_Marovelton_OSDMenuAndMessages)
-
-CMPIInstance *_makeInst_ZT_Marovelton_OSDMenuAndMessages(const CMPIObjectPath *reference, CMPIStatus *status)
-{
-    OSDMenuAndMessageInfo info = {};
-    SystemName system;
-    InstanceBuilder osd(_broker, _ClassName,
-                        newPath(_broker, _ClassName, reference, status, {{"InstanceID", _InstanceID}}),
-                        status);
-    if (!osd ||
-        !osd.require(GetOSDMenuAndMessagesInfo(&info) == 0,
-                     "Failed to get OSDmenu and messages information from database.") ||
-        !osd.readSystemName("Could not get monitor information from database.", &system)) {
-        return nullptr;
-    }
-
-    osd.uint16("MenuAndMessageTimeOut", info.MenuMessageTimeOut);
-    osd.boolean("NotifyWhenReCalibrationIsDue", info.MenuCalibration);
-    osd.uint16("OSDPositionX", info.OSDPositionX);
-    osd.uint16("OSDPositionY", info.OSDPositionY);
-    osd.real32("Opacity", static_cast<float>(info.Opacity) / 100.0F);
-    osd.boolean("ShowInfoWhenColorSpaceChanges", info.MenuColorspaces);
-    osd.boolean("ShowInfoWhenInputSourceChanges", info.InputSourceStatus);
-    osd.boolean("ShowInfoWhenPoweredOn", info.PowerStatus);
-    // The engine's code, although SetLanguage takes the numbering of the class definition.
-    osd.uint16Array("Language", {info.Language});
-    osd.uint16Array("DisplayRotation", {info.DisplayRotation});
-    osd.describe(
-        _InstanceID,
-        "A class derived from Logical Element that represents the single node container of the Display Management System.");
-    osd.formatted("Name", "%s-OSDMenuAndMessages", system.text);
-    return osd.finish();
-}
-
 // ---- settings ----
 
 namespace
@@ -124,6 +88,42 @@ SETTING(SetShowInfoWhenPoweredOnState, MENU_SETTINGS_ID, SHOW_POWER_ON_INFO_STAT
         .busy = "Device is Busy. Please try aftrer some time.")
 SETTING(setDisplayRotation, MENU_SETTINGS_ID, DISPLAY_ROTATION_STATUS,
         "Failed to set value to display rotation.")
+
+// ---- path and instance ----
+
+STAMP_PATH_BY_INSTANCE_ID(ZT_Marovelton_OSDMenuAndMessages)
+
+CMPIInstance *_makeInst_ZT_Marovelton_OSDMenuAndMessages(const CMPIObjectPath *reference, CMPIStatus *status)
+{
+    OSDMenuAndMessageInfo info = {};
+    SystemName system;
+    InstanceBuilder osd(_broker, _ClassName,
+                        newPath(_broker, _ClassName, reference, status, {{"InstanceID", _InstanceID}}),
+                        status);
+    if (!osd ||
+        !osd.require(GetOSDMenuAndMessagesInfo(&info) == 0,
+                     "Failed to get OSDmenu and messages information from database.") ||
+        !osd.readSystemName("Could not get monitor information from database.", &system)) {
+        return nullptr;
+    }
+
+    osd.uint16("MenuAndMessageTimeOut", info.MenuMessageTimeOut);
+    osd.boolean("NotifyWhenReCalibrationIsDue", info.MenuCalibration);
+    osd.uint16("OSDPositionX", info.OSDPositionX);
+    osd.uint16("OSDPositionY", info.OSDPositionY);
+    osd.real32("Opacity", static_cast<float>(info.Opacity) / 100.0F);
+    osd.boolean("ShowInfoWhenColorSpaceChanges", info.MenuColorspaces);
+    osd.boolean("ShowInfoWhenInputSourceChanges", info.InputSourceStatus);
+    osd.boolean("ShowInfoWhenPoweredOn", info.PowerStatus);
+    // The engine's code, although SetLanguage takes the numbering of the class definition.
+    osd.uint16Array("Language", {info.Language});
+    osd.uint16Array("DisplayRotation", {info.DisplayRotation});
+    osd.describe(
+        _InstanceID,
+        "A class derived from Logical Element that represents the single node container of the Display Management System.");
+    osd.formatted("Name", "%s-OSDMenuAndMessages", system.text);
+    return osd.finish();
+}
 
 // ---- methods ----
 

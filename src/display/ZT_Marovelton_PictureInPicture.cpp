@@ -13,6 +13,28 @@ static const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_PictureInPicture";
 constexpr const char *_InstanceID = "ZT:Marovelton_PictureInPicture";
 
+// ---- settings ----
+
+SETTING(SetPIPInputSource, PIP_INFO_ID, PIP_SOURCE, .reply = "Failed to set the value to InputSource.",
+        .busy = "Device is Busy. Please try after some Time.")
+COMMAND(SetSwapInputSource, PIP_INFO_ID, SWAP_PIP_PRIMARY_INPUTS,
+        "Failed to set the value to SwapInputSource.")
+
+int SetPIPPosition(int x, int y, char *errorText)
+{
+    // Preset 4 of PIP_POSITION stands for the coordinates.
+    return sendSetting(PIP_INFO_ID, {{PIP_POSITION, 4}, {PIP_POSITION_X, x}, {PIP_POSITION_Y, y}},
+                       {"Failed to set the value to PIPPositions."}, errorText);
+}
+
+SETTING(SetPIPSize, PIP_INFO_ID, PIP_SIZE, "Failed to set the value to PIP Size.")
+SETTING(SetPIPMode, PIP_INFO_ID, PIP_STATE, .reply = "Failed to set the value to PIPMode.",
+        .busy = "Device is Busy. Plese try after some time.")
+SETTING(SetOverScan, PIP_INFO_ID, PIP_OVER_SCAN_STATUS, "Failed to set the value to OverScan.")
+SETTING(SetUseVideoLevels, PIP_INFO_ID, PIP_VIDEO_LEVEL_STATUS, "Failed to set the value to video level.")
+SETTING(SetDigitalCinemaOption, PIP_INFO_ID, PIP_DCI_IMAGE_REGION,
+        "Failed to set the value to DigitalCinemaOption.")
+
 // ---- path and instance ----
 
 STAMP_PATH_BY_INSTANCE_ID(ZT_Marovelton_PictureInPicture)
@@ -73,28 +95,6 @@ int GetResolution(int *horizontal, int *vertical)
     *vertical = height;
     return 0;
 }
-
-// ---- settings ----
-
-SETTING(SetPIPInputSource, PIP_INFO_ID, PIP_SOURCE, .reply = "Failed to set the value to InputSource.",
-        .busy = "Device is Busy. Please try after some Time.")
-COMMAND(SetSwapInputSource, PIP_INFO_ID, SWAP_PIP_PRIMARY_INPUTS,
-        "Failed to set the value to SwapInputSource.")
-
-int SetPIPPosition(int x, int y, char *errorText)
-{
-    // Preset 4 of PIP_POSITION stands for the coordinates.
-    return sendSetting(PIP_INFO_ID, {{PIP_POSITION, 4}, {PIP_POSITION_X, x}, {PIP_POSITION_Y, y}},
-                       {"Failed to set the value to PIPPositions."}, errorText);
-}
-
-SETTING(SetPIPSize, PIP_INFO_ID, PIP_SIZE, "Failed to set the value to PIP Size.")
-SETTING(SetPIPMode, PIP_INFO_ID, PIP_STATE, .reply = "Failed to set the value to PIPMode.",
-        .busy = "Device is Busy. Plese try after some time.")
-SETTING(SetOverScan, PIP_INFO_ID, PIP_OVER_SCAN_STATUS, "Failed to set the value to OverScan.")
-SETTING(SetUseVideoLevels, PIP_INFO_ID, PIP_VIDEO_LEVEL_STATUS, "Failed to set the value to video level.")
-SETTING(SetDigitalCinemaOption, PIP_INFO_ID, PIP_DCI_IMAGE_REGION,
-        "Failed to set the value to DigitalCinemaOption.")
 
 // ---- preconditions ----
 

@@ -10,6 +10,21 @@ static const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_TestPatternGenerator";
 constexpr const char *_InstanceID = "ZT:Marovelton_TestPatternGenerator";
 
+// ---- settings ----
+// Clients know a missing reply to any of these by the text about the power saver.
+
+// The register carries the state, 1 for on, whatever its name says.
+SETTING(SetTestPatternEnable, TEST_PATTERN_ID, TEST_PATTERN_DISABLE,
+        "Failed to set the value to PowerSaverState.")
+SETTING(SetTestPattern, TEST_PATTERN_ID, TEST_PATTERN_WEB, "Failed to set the value to PowerSaverState.")
+
+int SetRGBValue(int red, int green, int blue, char *errorText)
+{
+    return sendSetting(TEST_PATTERN_ID,
+                       {{TEST_PATTERN_RED, red}, {TEST_PATTERN_GREEN, green}, {TEST_PATTERN_BLUE, blue}},
+                       {"Failed to set the value to PowerSaverState."}, errorText);
+}
+
 // ---- path and instance ----
 
 STAMP_PATH_BY_INSTANCE_ID(ZT_Marovelton_TestPatternGenerator)
@@ -41,21 +56,6 @@ CMPIInstance *_makeInst_ZT_Marovelton_TestPatternGenerator(const CMPIObjectPath 
     generator.field("BValue", info.BValue);
     generator.uint16Array("TestPattern", {info.TestPatternGenerator});
     return generator.finish();
-}
-
-// ---- settings ----
-// Clients know a missing reply to any of these by the text about the power saver.
-
-// The register carries the state, 1 for on, whatever its name says.
-SETTING(SetTestPatternEnable, TEST_PATTERN_ID, TEST_PATTERN_DISABLE,
-        "Failed to set the value to PowerSaverState.")
-SETTING(SetTestPattern, TEST_PATTERN_ID, TEST_PATTERN_WEB, "Failed to set the value to PowerSaverState.")
-
-int SetRGBValue(int red, int green, int blue, char *errorText)
-{
-    return sendSetting(TEST_PATTERN_ID,
-                       {{TEST_PATTERN_RED, red}, {TEST_PATTERN_GREEN, green}, {TEST_PATTERN_BLUE, blue}},
-                       {"Failed to set the value to PowerSaverState."}, errorText);
 }
 
 // ---- methods ----

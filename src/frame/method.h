@@ -10,6 +10,10 @@
 namespace frame
 {
 
+/** A setting function, and one that is told no value: 0, or -1 with what failed in `errorText`. */
+using Setting = int(int value, char *errorText);
+using Action = int(char *errorText);
+
 /** A method as a row. Its steps, in this order: administrator check; `run`, if given, does all the rest; else
  * the argument is read and converted, the precondition tested, the range checked, and `set` or `act` called.
  */
@@ -19,8 +23,8 @@ struct Method {
     Argument argument = {};
     bool (*precondition)(Call &) = nullptr;
     Range range = {};
-    int (*set)(int value, char *errorText) = nullptr;
-    int (*act)(char *errorText) = nullptr;
+    Setting *set = nullptr;
+    Action *act = nullptr;
     bool (*run)(Call &) = nullptr;
 };
 
