@@ -2,8 +2,6 @@
 #include "by_name.h"
 #include "associations/matchers.h"
 
-#include <cstring>
-
 using namespace frame;
 
 // ---- objects that are keyed to the system name ----
@@ -18,13 +16,13 @@ void Check_System_key_value_pairs(const CMPIBroker *broker, const CMPIObjectPath
         {"ZT_Marovelton_IPConfigurationService", "%s-IPConfigurationService"},
         {"ZT_Marovelton_Monitor", nullptr},
     };
+    SystemKeyed asked = {className, ""};
     for (const SystemKeyed &object : objects) {
-        if (strcmp(object.className, className) == 0) {
-            checkSystemKeys(broker, objectPath, object, status);
-            return;
+        if (same(object.className, className)) {
+            asked = object;
         }
     }
-    checkSystemKeys(broker, objectPath, {className, ""}, status);
+    static_cast<void>(checkSystemKeys(broker, objectPath, asked, status)); // the status tells
 }
 
 // ---- associations ----
@@ -50,7 +48,7 @@ Named named(const char *className)
         {"ZT_Marovelton_SAPSAPDependency", &associations::endpointOfConnection, nullptr},
     };
     for (const Named &each : all) {
-        if (className && strcmp(each.className, className) == 0) {
+        if (same(each.className, className)) {
             return each;
         }
     }

@@ -13,12 +13,6 @@ using namespace frame;
 namespace
 {
 
-/** Compares exactly; nothing is equal to a text that is not there. */
-bool same(const char *a, const char *b)
-{
-    return a && b && strcmp(a, b) == 0;
-}
-
 /** A text as a trace line shows it. */
 const char *shown(const char *text)
 {
@@ -142,18 +136,22 @@ bool readMode(const CMPIBroker *broker, CMPIStatus *status, Notes &notes)
 {
     RemoteManagementServer info = {};
     if (GetRemoteManagementServerInfo(&info) != 0) {
-        setStatus(broker, status, CMPI_RC_ERR_FAILED, "Failed to get remote management info.");
-        return false;
+        return fail(broker, status, CMPI_RC_ERR_FAILED, "Failed to get remote management info.");
     }
     notes.mode = info.IPConfigurationMode;
     printf("IP mode is %d\n", notes.mode);
     return true;
 }
 
+// As with every property that is not a reference, a refusal leaves the rest of the instance right.
+
 void setStates(const CMPIInstance *association, int isCurrent)
 {
-    setUint16(association, "IsNext", NO);
-    setUint16(association, "IsCurrent", isCurrent);
+    CMPIValue value = {};
+    value.uint16 = NO;
+    cmpi::setProperty(association, "IsNext", &value, CMPI_uint16);
+    value.uint16 = static_cast<CMPIUint16>(isCurrent);
+    cmpi::setProperty(association, "IsCurrent", &value, CMPI_uint16);
 }
 
 void setByEnds(const CMPIInstance *association, const Ends &ends, const Notes &notes)
@@ -168,7 +166,8 @@ void setByKeys(const CMPIInstance *association, const Ends &, const Notes &notes
 
 void setSequence(const CMPIInstance *association, const Ends &, const Notes &)
 {
-    setUint64(association, "AssignedSequence", 0);
+    const CMPIValue first = {};
+    cmpi::setProperty(association, "AssignedSequence", &first, CMPI_uint64);
 }
 
 } // namespace

@@ -84,7 +84,7 @@ CMPIInstance *_makeInst_ZT_Marovelton_Monitor(const CMPIObjectPath *reference, C
     MonitorInfo info = {};
     ImageAdjustment image = {};
     if (GetMoinitorInfo(&info) != 0 || GetImageAdjustmentInfo(&image) != 0) {
-        setStatus(_broker, status, CMPI_RC_ERR_FAILED, "Failed to get monitor information from database.");
+        fail(_broker, status, CMPI_RC_ERR_FAILED, "Failed to get monitor information from database.");
         return nullptr;
     }
     const SystemName system = systemName(info);

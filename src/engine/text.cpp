@@ -15,6 +15,11 @@ void copyText(char *to, size_t size, const char *from)
     to[length] = '\0';
 }
 
+bool same(const char *a, const char *b)
+{
+    return a && b && strcmp(a, b) == 0;
+}
+
 bool isDecimal(const char *text)
 {
     char *end = nullptr;

@@ -11,6 +11,9 @@ namespace engine
 /** Copies `from` into a buffer of `size` characters, shortened where it does not fit, always terminated. */
 void copyText(char *to, size_t size, const char *from);
 
+/** Compares exactly; nothing is equal to a text that is not there. */
+[[nodiscard]] bool same(const char *a, const char *b);
+
 /** Whether the whole text is a base-10 integer, as strtol reads it. */
 [[nodiscard]] bool isDecimal(const char *text);
 

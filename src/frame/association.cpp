@@ -7,14 +7,10 @@
 namespace frame
 {
 
+// ---- data from the object manager, none of which can be relied on ----
+
 namespace
 {
-
-/** Compares exactly; nothing is equal to a text that is not there. */
-bool same(const char *a, const char *b)
-{
-    return a && b && strcmp(a, b) == 0;
-}
 
 bool sameIgnoringCase(const char *a, const char *b)
 {
@@ -34,76 +30,58 @@ bool isA(const CMPIBroker *broker, const CMPIObjectPath *path, const char *class
     return !isNullObject(path) && className && cmpi::classPathIsA(broker, path, className, &asked) == 1;
 }
 
-// ---- data from the object manager, none of which can be relied on ----
-
-/** The path in a key, or null. */
-CMPIObjectPath *pathIn(const CMPIData &data, const CMPIStatus &status)
+/** Ends an operation with the code that most failures have; returns false. */
+bool failed(const CMPIBroker *broker, CMPIStatus *status, const char *text)
 {
-    const bool there = status.rc == CMPI_RC_OK && data.type == CMPI_ref &&
-                       !(data.state & (CMPI_nullValue | CMPI_notFound | CMPI_badValue));
-    return there && !isNullObject(data.value.ref) ? data.value.ref : nullptr;
+    return fail(broker, status, CMPI_RC_ERR_FAILED, text);
 }
 
-/** Whether a call to the object manager brought an object that can be used. */
+/** The object that a call brought, if it can be used; else null, with the status set. */
 template <typename Object>
-bool delivered(const Object *object, const CMPIStatus *status)
+Object *usable(Object *object, const CMPIBroker *broker, CMPIStatus *status, const char *text)
 {
-    return status->rc == CMPI_RC_OK && !isNullObject(object);
-}
-
-/** Sets the code that most failures have; returns false. */
-bool failed(const CMPIBroker *broker, CMPIStatus *rc, const char *text)
-{
-    setStatus(broker, rc, CMPI_RC_ERR_FAILED, text);
-    return false;
-}
-
-CMPIEnumeration *enumerateNames(const CMPIBroker *broker, const CMPIContext *ctx, const CMPIObjectPath *path,
-                                CMPIStatus *rc)
-{
-    *rc = {CMPI_RC_OK, nullptr};
-    CMPIEnumeration *names = cmpi::enumerateInstanceNames(broker, ctx, path, rc);
-    if (delivered(names, rc)) {
-        return names;
+    if (isNullObject(object)) {
+        failed(broker, status, text);
+        return nullptr;
     }
-    failed(broker, rc, "CBEnumInstanceNames( _broker, ctx, op, rc)");
-    return nullptr;
+    return object;
 }
 
-CMPIEnumeration *enumerateInstances(const CMPIBroker *broker, const CMPIContext *ctx,
-                                    const CMPIObjectPath *path, CMPIStatus *rc)
+CMPIEnumeration *listed(CMPIEnumeration *elements, const Request &request, const char *text)
 {
-    *rc = {CMPI_RC_OK, nullptr};
-    CMPIEnumeration *instances = cmpi::enumerateInstances(broker, ctx, path, nullptr, rc);
-    if (delivered(instances, rc)) {
-        return instances;
-    }
-    failed(broker, rc, "CBEnumInstances( _broker, ctx, op, rc)");
-    return nullptr;
+    return usable(request.status->rc == CMPI_RC_OK ? elements : nullptr, request.broker, request.status,
+                  text);
+}
+
+/** The names, or the instances, of the class of `path`; null, with the status set, on failure. */
+CMPIEnumeration *enumerate(const Request &request, const CMPIObjectPath *path, CMPIType type)
+{
+    const auto &[broker, context, result, status] = request;
+    *status = {CMPI_RC_OK, nullptr};
+    return type == CMPI_ref ? listed(cmpi::enumerateInstanceNames(broker, context, path, status), request,
+                                     "CBEnumInstanceNames( _broker, ctx, op, rc)")
+                            : listed(cmpi::enumerateInstances(broker, context, path, nullptr, status),
+                                     request, "CBEnumInstances( _broker, ctx, op, rc)");
 }
 
 /** An object at the far end: an instance, its path, or both. */
 struct Candidate {
-    const CMPIInstance *instance;
-    const CMPIObjectPath *path;
+    const CMPIInstance *instance = nullptr;
+    const CMPIObjectPath *path = nullptr;
 };
 
 /** The next element of an enumeration, an instance or a path. True, without an object, at its end; false,
- * with `rc` set, when the element is empty. */
-bool next(const CMPIBroker *broker, const CMPIEnumeration *enumeration, CMPIType type, Candidate *element,
-          CMPIStatus *rc)
+ * with the status set, when the element is empty. */
+bool next(const Request &request, const CMPIEnumeration *enumeration, CMPIType type, Candidate *element)
 {
     CMPIStatus asked = {CMPI_RC_OK, nullptr};
-    *element = {nullptr, nullptr};
+    *element = {};
     if (!cmpi::hasNext(enumeration, &asked) && asked.rc == CMPI_RC_OK) {
         return true;
     }
-    if (asked.rc == CMPI_RC_OK) {
-        // compat: some object managers mark each element as null and hand out its object all the same.
-        const CMPIData data = cmpi::getNext(enumeration, &asked);
-        if (asked.rc != CMPI_RC_OK || data.type != type || (data.state & (CMPI_notFound | CMPI_badValue))) {
-            return failed(broker, rc, "CMGetNext( en, rc)");
-        }
+    // compat: some object managers mark each element as null and hand out its object all the same.
+    const CMPIData data = asked.rc == CMPI_RC_OK ? cmpi::getNext(enumeration, &asked) : CMPIData{};
+    if (asked.rc == CMPI_RC_OK && data.type == type && !(data.state & (CMPI_notFound | CMPI_badValue))) {
         if (type == CMPI_instance && !isNullObject(data.value.inst)) {
             element->instance = data.value.inst;
         }
@@ -111,82 +89,57 @@ bool next(const CMPIBroker *broker, const CMPIEnumeration *enumeration, CMPIType
             element->path = data.value.ref;
         }
     }
-    return element->instance || element->path || failed(broker, rc, "CMGetNext( en, rc)");
+    return element->instance || element->path || failed(request.broker, request.status, "CMGetNext( en, rc)");
 }
 
-/** Fetches the instance at an end of the association. Null, with `rc` set, on failure; codes other than the
- *  two that have a text reach the client as the object manager set them. */
-CMPIInstance *fetch(const CMPIBroker *broker, const CMPIContext *ctx, const CMPIObjectPath *path,
-                    const char *failed, const char *notFound, CMPIStatus *rc)
+/** Fetches the instance at an end of the association. Null, with the status set, on failure; codes other than
+ * the two that have a text reach the client as the object manager set them. */
+CMPIInstance *fetch(const Request &request, const CMPIObjectPath *path, const char *failed,
+                    const char *notFound)
 {
-    *rc = {CMPI_RC_OK, nullptr};
-    CMPIInstance *instance = cmpi::getInstance(broker, ctx, path, nullptr, rc);
-    if (delivered(instance, rc)) {
+    const auto &[broker, context, result, status] = request;
+    *status = {CMPI_RC_OK, nullptr};
+    CMPIInstance *instance = cmpi::getInstance(broker, context, path, nullptr, status);
+    if (status->rc == CMPI_RC_OK && !isNullObject(instance)) {
         return instance;
     }
-    if (rc->rc == CMPI_RC_ERR_NOT_FOUND) {
-        setStatus(broker, rc, CMPI_RC_ERR_NOT_FOUND, notFound);
-    } else if (rc->rc == CMPI_RC_ERR_FAILED || rc->rc == CMPI_RC_OK) { // nothing delivered is a failure, too
-        setStatus(broker, rc, CMPI_RC_ERR_FAILED, failed);
+    if (status->rc == CMPI_RC_ERR_NOT_FOUND) {
+        fail(broker, status, CMPI_RC_ERR_NOT_FOUND, notFound);
+    } else if (status->rc == CMPI_RC_ERR_FAILED || status->rc == CMPI_RC_OK) { // nothing is a failure, too
+        fail(broker, status, CMPI_RC_ERR_FAILED, failed);
     }
     return nullptr;
 }
 
-/** Moves a path into the namespace of another; false, with the object manager's answer in `rc`. */
-bool moveToNameSpace(const CMPIObjectPath *path, const CMPIObjectPath *other, CMPIStatus *rc)
+/** Moves a path into the namespace of another; false, with the object manager's answer in the status. */
+bool moveToNameSpace(const CMPIObjectPath *path, const CMPIObjectPath *other, CMPIStatus *status)
 {
     const char *nameSpace = textOf(cmpi::getNameSpace(other, nullptr));
-    if (!nameSpace) {
-        return true;
+    if (nameSpace) {
+        *status = cmpi::setNameSpace(path, nameSpace);
     }
-    *rc = cmpi::setNameSpace(path, nameSpace);
-    return rc->rc == CMPI_RC_OK;
+    return !nameSpace || status->rc == CMPI_RC_OK;
 }
 
-/** Sets both references of an association instance. An association without its ends is none, so here the
- * object manager's refusal counts: false, with its answer in `rc`. */
-bool setReferences(const CMPIInstance *association, const char *refLeft, const CMPIObjectPath *left,
-                   const char *refRight, const CMPIObjectPath *right, CMPIStatus *rc)
+/** Sets a reference of an association instance. An association without its ends is none, so here the object
+ * manager's refusal counts: false, with its answer in the status. */
+bool setReference(const CMPIInstance *association, const char *name, const CMPIObjectPath *end,
+                  CMPIStatus *status)
 {
     CMPIValue value = {};
-    value.ref = const_cast<CMPIObjectPath *>(left); // the interface has no const references
-    *rc = cmpi::setProperty(association, refLeft, &value, CMPI_ref);
-    if (rc->rc != CMPI_RC_OK) {
-        return false;
-    }
-    value.ref = const_cast<CMPIObjectPath *>(right);
-    *rc = cmpi::setProperty(association, refRight, &value, CMPI_ref);
-    return rc->rc == CMPI_RC_OK;
+    value.ref = const_cast<CMPIObjectPath *>(end); // the interface has no const references
+    *status = cmpi::setProperty(association, name, &value, CMPI_ref);
+    return status->rc == CMPI_RC_OK;
 }
 
-/** An empty instance of the association class; null, with `rc` set, on failure. */
-CMPIInstance *newAssociation(const CMPIBroker *broker, const CMPIObjectPath *path, CMPIStatus *rc)
+/** An empty instance of the association class; null, with the status set, on failure. */
+CMPIInstance *newAssociation(const Request &request, const CMPIObjectPath *path)
 {
-    CMPIInstance *association = cmpi::newInstance(broker, path, rc);
-    if (!isNullObject(association)) {
-        return association;
-    }
-    failed(broker, rc, "Create CMPIInstance failed.");
-    return nullptr;
+    return usable(cmpi::newInstance(request.broker, path, request.status), request.broker, request.status,
+                  "Create CMPIInstance failed.");
 }
 
 } // namespace
-
-// As with every property that is not a reference, a refusal leaves the rest of the instance right.
-
-void setUint16(const CMPIInstance *instance, const char *name, int value)
-{
-    CMPIValue data = {};
-    data.uint16 = static_cast<CMPIUint16>(value);
-    cmpi::setProperty(instance, name, &data, CMPI_uint16);
-}
-
-void setUint64(const CMPIInstance *instance, const char *name, uint64_t number)
-{
-    CMPIValue data = {};
-    data.uint64 = number;
-    cmpi::setProperty(instance, name, &data, CMPI_uint64);
-}
 
 // ---- the far end ----
 
@@ -198,16 +151,10 @@ const char *farEndClass(const CMPIBroker *broker, const CMPIObjectPath *ref, con
         failed(broker, rc, "Could not get classname of source object path.");
         return nullptr;
     }
-    if (same(className, leftClass)) {
+    if (same(className, leftClass) || (!same(className, rightClass) && isA(broker, ref, leftClass))) {
         return rightClass;
     }
-    if (same(className, rightClass)) {
-        return leftClass;
-    }
-    if (isA(broker, ref, leftClass)) {
-        return rightClass;
-    }
-    if (isA(broker, ref, rightClass)) {
+    if (same(className, rightClass) || isA(broker, ref, rightClass)) {
         return leftClass;
     }
     failed(broker, rc, "referenced Class is not covered by this Association.");
@@ -234,16 +181,12 @@ bool admits(const CMPIBroker *broker, const CMPIObjectPath *cop, const Ends &end
 {
     const char *source = classNameOf(cop);
     if (!source) {
-        failed(broker, rc, "Could not get classname of source object path.");
-        return false;
+        return failed(broker, rc, "Could not get classname of source object path.");
     }
     // Where a path cannot be made the names may still decide; it is a failure only if they do not.
     CMPIStatus made = {CMPI_RC_OK, nullptr};
     const auto refuse = [&](bool pathsMade) {
-        if (!pathsMade) {
-            failed(broker, rc, "Create CMPIObjectPath failed.");
-        }
-        return false;
+        return pathsMade ? false : failed(broker, rc, "Create CMPIObjectPath failed.");
     };
     const CMPIObjectPath *path = newPath(broker, source, cop, &made);
     const bool isLeft = sameIgnoringCase(source, ends.leftClass) || isA(broker, path, ends.leftClass);
@@ -277,11 +220,6 @@ namespace
 struct Progress : Walk, Request {
     const CMPIObjectPath *ref;
     Notes notes = {};
-
-    bool failedWith(const char *text) const
-    {
-        return failed(broker, status, text);
-    }
 };
 
 enum class Verdict : uint8_t { handOver, passOver, fail };
@@ -306,12 +244,8 @@ Verdict judge(Progress &walk, const Candidate &candidate, const char *announceme
 /** The path of an instance; null, with the status set, where it cannot be taken. */
 CMPIObjectPath *pathOf(const Progress &walk, const CMPIInstance *instance)
 {
-    CMPIObjectPath *path = cmpi::getObjectPath(instance, walk.status);
-    if (!isNullObject(path)) {
-        return path;
-    }
-    walk.failedWith("CMGetObjectPath(ci,rc)");
-    return nullptr;
+    return usable(cmpi::getObjectPath(instance, walk.status), walk.broker, walk.status,
+                  "CMGetObjectPath(ci,rc)");
 }
 
 /** Associators and AssociatorNames: the candidate itself. */
@@ -338,15 +272,15 @@ bool setEnds(const Progress &walk, const CMPIInstance *association, const CMPIOb
     }
     printf("targetName is %s\n", target);
     const bool fromLeft = same(target, ends.rightClass);
-    return setReferences(association, ends.refLeft, fromLeft ? walk.ref : candidate, ends.refRight,
-                         fromLeft ? candidate : walk.ref, walk.status);
+    return setReference(association, ends.refLeft, fromLeft ? walk.ref : candidate, walk.status) &&
+           setReference(association, ends.refRight, fromLeft ? candidate : walk.ref, walk.status);
 }
 
 /** References and ReferenceNames: the association to one candidate. */
 bool handOverAssociation(Progress &walk, const CMPIObjectPath *path, const Candidate &found)
 {
     const CMPIObjectPath *candidate = found.instance ? pathOf(walk, found.instance) : found.path;
-    const CMPIInstance *association = candidate ? newAssociation(walk.broker, path, walk.status) : nullptr;
+    const CMPIInstance *association = candidate ? newAssociation(walk, path) : nullptr;
     if (!association || !setEnds(walk, association, candidate)) {
         return false;
     }
@@ -381,28 +315,22 @@ bool handOverAll(Progress &walk, const CMPIObjectPath *path, const CMPIObjectPat
     // An association that matches its candidates looks at the instances for its references, too.
     const bool instances =
         walk.kind == WalkKind::associators || (walk.kind == WalkKind::references && walk.matcher);
-    const CMPIEnumeration *found = instances
-                                       ? enumerateInstances(walk.broker, walk.context, farEnd, walk.status)
-                                       : enumerateNames(walk.broker, walk.context, farEnd, walk.status);
-    if (!found) {
-        return false;
-    }
-    for (;;) {
-        Candidate candidate;
-        if (!next(walk.broker, found, instances ? CMPI_instance : CMPI_ref, &candidate, walk.status)) {
-            return false;
-        }
+    const bool association = walk.kind == WalkKind::references || walk.kind == WalkKind::referenceNames;
+    const CMPIType type = instances ? CMPI_instance : CMPI_ref;
+    const CMPIEnumeration *found = enumerate(walk, farEnd, type);
+    Candidate candidate;
+    while (found && next(walk, found, type, &candidate)) {
         if (!candidate.instance && !candidate.path) {
             return true;
         }
         if (walk.kind == WalkKind::nothing) {
             continue;
         }
-        const bool association = walk.kind == WalkKind::references || walk.kind == WalkKind::referenceNames;
         if (association ? !handOverAssociation(walk, path, candidate) : !handOverFarEnd(walk, candidate)) {
-            return false;
+            break;
         }
     }
+    return false;
 }
 
 } // namespace
@@ -417,8 +345,7 @@ bool walkFrom(const CMPIObjectPath *source, const Walk &theWalk, const Request &
     if (walk.own && walk.own->read && !walk.own->read(walk.broker, walk.status, walk.notes)) {
         return true;
     }
-    if (!fetch(walk.broker, walk.context, source, "GetInstance of source object failed.",
-               "Source object not found.", walk.status)) {
+    if (!fetch(walk, source, "GetInstance of source object failed.", "Source object not found.")) {
         return false;
     }
     const CMPIObjectPath *farEnd =
@@ -439,24 +366,17 @@ bool walkFromAll(const CMPIObjectPath *reference, const char *sourceClass, const
 {
     printf("--- _assoc_create_inst_1toN() called\n---");
     const CMPIObjectPath *path = newPath(request.broker, sourceClass, reference, request.status);
-    const CMPIEnumeration *sources =
-        path ? enumerateNames(request.broker, request.context, path, request.status) : nullptr;
-    if (!sources) {
-        return false;
-    }
+    const CMPIEnumeration *sources = path ? enumerate(request, path, CMPI_ref) : nullptr;
+    Candidate source;
     bool last = true;
-    for (;;) {
-        Candidate source;
-        if (!next(request.broker, sources, CMPI_ref, &source, request.status)) {
-            return false;
-        }
+    while (sources && next(request, sources, CMPI_ref, &source)) {
         if (!source.path) {
-            break;
+            printf("--- _assoc_create_inst_1toN() Leave \n---");
+            return last;
         }
         last = walkFrom(source.path, walk, request);
     }
-    printf("--- _assoc_create_inst_1toN() Leave \n---");
-    return last;
+    return false;
 }
 
 // ---- one association ----
@@ -464,29 +384,13 @@ bool walkFromAll(const CMPIObjectPath *reference, const char *sourceClass, const
 namespace
 {
 
-/** The texts of an end that is not there. */
-struct EndTexts {
-    const char *key;
-    const char *failed;
-    const char *notFound;
-};
-
-/** The reference to an end in the namespace of the association; null when there is none. */
+/** The path in a key of another; null when there is none. */
 CMPIObjectPath *endIn(const CMPIObjectPath *path, const char *name)
 {
     CMPIStatus asked = {CMPI_RC_OK, nullptr};
     const CMPIData key = cmpi::getKey(path, name, &asked);
-    return pathIn(key, asked);
-}
-
-/** The instance at an end; null, with the status set, on failure. */
-CMPIInstance *fetchEnd(const Request &request, const CMPIObjectPath *end, const CMPIObjectPath *path,
-                       const EndTexts &texts)
-{
-    if (!moveToNameSpace(end, path, request.status)) {
-        return nullptr;
-    }
-    return fetch(request.broker, request.context, end, texts.failed, texts.notFound, request.status);
+    return !isMissing(key, asked) && key.type == CMPI_ref && !isNullObject(key.value.ref) ? key.value.ref
+                                                                                          : nullptr;
 }
 
 } // namespace
@@ -494,35 +398,33 @@ CMPIInstance *fetchEnd(const Request &request, const CMPIObjectPath *end, const 
 CMPIInstance *associationAt(const CMPIObjectPath *cop, const char *className, const char *refLeft,
                             const char *refRight, const Request &request)
 {
-    static constexpr EndTexts leftTexts = {
-        "CMGetKey( cop, _RefLeft, rc)", "GetInstance of left reference failed.", "Left reference not found."};
-    static constexpr EndTexts rightTexts = {"CMGetKey( cop, _RefRight, rc)",
-                                            "GetInstance of right reference failed.",
-                                            "Right reference not found."};
+    const auto end = [&](const CMPIObjectPath *path, const char *failed, const char *notFound) {
+        return moveToNameSpace(path, cop, request.status) ? fetch(request, path, failed, notFound) : nullptr;
+    };
     const CMPIObjectPath *left = endIn(cop, refLeft);
     if (!left) {
-        failed(request.broker, request.status, leftTexts.key);
+        failed(request.broker, request.status, "CMGetKey( cop, _RefLeft, rc)");
         return nullptr;
     }
-    CMPIInstance *leftEnd = fetchEnd(request, left, cop, leftTexts);
+    CMPIInstance *leftEnd = end(left, "GetInstance of left reference failed.", "Left reference not found.");
     if (!leftEnd) {
         return nullptr;
     }
     const CMPIObjectPath *right = endIn(cop, refRight);
     if (!right) {
         // compat: clients rely on the left end's instance in the answer, beside the failure.
-        failed(request.broker, request.status, rightTexts.key);
+        failed(request.broker, request.status, "CMGetKey( cop, _RefRight, rc)");
         return leftEnd;
     }
-    if (!fetchEnd(request, right, cop, rightTexts)) {
+    if (!end(right, "GetInstance of right reference failed.", "Right reference not found.")) {
         return nullptr;
     }
     const CMPIObjectPath *path = newPath(request.broker, className, cop, request.status);
-    CMPIInstance *association = path ? newAssociation(request.broker, path, request.status) : nullptr;
-    if (!association || !setReferences(association, refLeft, left, refRight, right, request.status)) {
-        return nullptr;
-    }
-    return association;
+    CMPIInstance *association = path ? newAssociation(request, path) : nullptr;
+    return association && setReference(association, refLeft, left, request.status) &&
+                   setReference(association, refRight, right, request.status)
+               ? association
+               : nullptr;
 }
 
 // ---- matching a candidate by its keys ----
@@ -546,8 +448,7 @@ bool readKeys(const KeyPair &pair, const CMPIBroker *broker, const CMPIObjectPat
            matching);
     const char *text = keyText(source, pair.sourceKey);
     if (!text) {
-        setStatus(broker, status, CMPI_RC_ERR_NOT_FOUND, "Could not get key of source class.");
-        return false;
+        return fail(broker, status, CMPI_RC_ERR_NOT_FOUND, "Could not get key of source class.");
     }
     copyText(keys->source, sizeof keys->source, text);
     printf("%s : Source Key is %s\n", matching, keys->source);
@@ -592,11 +493,8 @@ bool matchCandidate(const Matcher &matcher, const CMPIBroker *broker, const CMPI
         if (!readKeys(pair, broker, source, {targetInstance, targetPath}, status, &keys)) {
             return false;
         }
-        if (matcher.match(keys.source, keys.target, pair.direction, notes) == 0) {
-            return true;
-        }
-        setStatus(broker, status, CMPI_RC_ERR_NOT_FOUND, "Association not found.");
-        return false;
+        return matcher.match(keys.source, keys.target, pair.direction, notes) == 0 ||
+               fail(broker, status, CMPI_RC_ERR_NOT_FOUND, "Association not found.");
     }
     return true; // nothing that could match
 }
@@ -657,7 +555,7 @@ CMPIStatus getAssociation(const AssociationClass &association, const CMPIBroker 
     if (instance) {
         cmpi::returnInstance(result, instance);
     } else {
-        setStatus(broker, &status, CMPI_RC_ERR_FAILED, "Failed to create Instance.");
+        fail(broker, &status, CMPI_RC_ERR_FAILED, "Failed to create Instance.");
     }
     cmpi::returnDone(result);
     trace("--- %s CMPI GetInstance() exited\n", association.name);

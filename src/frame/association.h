@@ -91,9 +91,6 @@ struct Walk {
     const WalkTraces *traces = &usualWalkTraces;
 };
 
-void setUint16(const CMPIInstance *instance, const char *name, int value);
-void setUint64(const CMPIInstance *instance, const char *name, uint64_t value);
-
 // ---- the engine ----
 
 /** The class at the far end from `ref`, one of the two given pointers; where both ends fit, `ref` is the left

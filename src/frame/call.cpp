@@ -9,8 +9,7 @@ namespace frame
 
 bool fail(Call &call, CMPIrc code, const char *text)
 {
-    setStatus(call.broker, call.status, code, text);
-    return false;
+    return fail(call.broker, call.status, code, text);
 }
 
 bool requireAdministrator(const CMPIBroker *broker, const CMPIContext *context, CMPIStatus *status,
@@ -20,8 +19,7 @@ bool requireAdministrator(const CMPIBroker *broker, const CMPIContext *context, 
     const CMPIData data = cmpi::getEntry(context, CMPIPrincipal, &read);
     const char *user = textOf(data, read);
     if (!user) {
-        setStatus(broker, status, CMPI_RC_ERR_FAILED, "Could not get user credentials");
-        return false;
+        return fail(broker, status, CMPI_RC_ERR_FAILED, "Could not get user credentials");
     }
     if (announce) {
         trace("AccountSetInstance: requesting user is %s\n", user);
@@ -29,14 +27,10 @@ bool requireAdministrator(const CMPIBroker *broker, const CMPIContext *context, 
     char isAdmin = 0;
     if (IsAdminUser(user, &isAdmin, errorText) != 0) {
         errorText[ERROR_TEXT_SIZE - 1] = '\0';
-        setStatus(broker, status, CMPI_RC_ERR_FAILED, errorText);
-        return false;
+        return fail(broker, status, CMPI_RC_ERR_FAILED, errorText);
     }
-    if (!isAdmin) {
-        setStatus(broker, status, CMPI_RC_ERR_ACCESS_DENIED,
-                  "Operation not allowed for non-admin user credentials");
-    }
-    return isAdmin;
+    return isAdmin || fail(broker, status, CMPI_RC_ERR_ACCESS_DENIED,
+                           "Operation not allowed for non-admin user credentials");
 }
 
 namespace

@@ -21,7 +21,7 @@ InstanceBuilder::InstanceBuilder(const CMPIBroker *theBroker, const char *theCla
 bool InstanceBuilder::require(bool ok, const char *text)
 {
     if (!ok) {
-        setStatus(broker, status, CMPI_RC_ERR_FAILED, text);
+        fail(broker, status, CMPI_RC_ERR_FAILED, text);
         instance = nullptr;
     }
     return ok;
@@ -153,8 +153,7 @@ void InstanceBuilder::ownKeys(std::span<const Key> keys, const SystemName &syste
 {
     CMPIStatus read = {CMPI_RC_OK, nullptr};
     const CMPIData data = instance ? cmpi::getProperty(instance, keys[0].name, &read) : CMPIData{};
-    if (!instance ||
-        (read.rc == CMPI_RC_OK && !(data.state & (CMPI_nullValue | CMPI_notFound | CMPI_badValue)))) {
+    if (!instance || !isMissing(data, read)) {
         return;
     }
     for (const Key &key : keys) {

@@ -14,7 +14,7 @@ CMPIObjectPath *newPath(const CMPIBroker *broker, const char *className, const C
     const char *nameSpace = textOf(cmpi::getNameSpace(reference, nullptr));
     CMPIObjectPath *path = nameSpace ? cmpi::newObjectPath(broker, nameSpace, className, status) : nullptr;
     if (isNullObject(path)) {
-        setStatus(broker, status, CMPI_RC_ERR_FAILED, "Create CMPIObjectPath failed.");
+        fail(broker, status, CMPI_RC_ERR_FAILED, "Create CMPIObjectPath failed.");
         return nullptr;
     }
     addKeys(path, keys);

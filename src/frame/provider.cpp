@@ -27,8 +27,7 @@ int matchKey(const IdentifyingKey &key, const char *value, char *errorText, int 
 bool checkTarget(Call &call, const ProviderClass &provider)
 {
     if (provider.systemKeys) {
-        checkSystemKeys(call.broker, call.reference, *provider.systemKeys, call.status);
-        return call.status->rc == CMPI_RC_OK;
+        return checkSystemKeys(call.broker, call.reference, *provider.systemKeys, call.status);
     }
     const char *key = keyText(call.reference, provider.key.name);
     if (!key) {
@@ -101,7 +100,7 @@ CMPIStatus invokePlaceholder(const CMPIBroker *broker, const char *className, CM
 {
     CMPIStatus status = {CMPI_RC_OK, nullptr};
     if (!isOfClass(reference, className) || strcasecmp(methodName, "insert_method_name") != 0) {
-        setStatus(broker, &status, unknownCode, methodName);
+        fail(broker, &status, unknownCode, methodName);
     }
     returnMethodValue(result, 1, CMPI_uint32);
     return status;
@@ -118,8 +117,7 @@ bool refreshed(const ProviderClass &provider, const CMPIBroker *broker, CMPIStat
     char errorText[ERROR_TEXT_SIZE] = " ";
     for (const int group : provider.builders.refresh) {
         if (InvokeGetMethod_Spear(group, errorText) != 0) {
-            setStatus(broker, status, CMPI_RC_ERR_FAILED, errorText);
-            return false;
+            return fail(broker, status, CMPI_RC_ERR_FAILED, errorText);
         }
     }
     return true;
@@ -147,7 +145,7 @@ void returnPaths(const ProviderClass &provider, const CMPIBroker *broker, const 
     for (int index = 0; index < provider.builders.count; ++index) {
         const CMPIObjectPath *path = pathAt(provider, reference, index, status);
         if (!path) {
-            setStatus(broker, status, CMPI_RC_ERR_FAILED, "Couldn't build objectpath");
+            fail(broker, status, CMPI_RC_ERR_FAILED, "Couldn't build objectpath");
             return;
         }
         cmpi::returnObjectPath(result, path);
@@ -162,7 +160,7 @@ void returnInstances(const ProviderClass &provider, const CMPIBroker *broker, co
     for (int index = first; index <= last; ++index) {
         const CMPIInstance *instance = instanceAt(provider, reference, index, status);
         if (!instance) {
-            setStatus(broker, status, CMPI_RC_ERR_FAILED, "Couldn't build instance");
+            fail(broker, status, CMPI_RC_ERR_FAILED, "Couldn't build instance");
             return;
         }
         cmpi::returnInstance(result, instance);
@@ -174,11 +172,8 @@ void returnInstances(const ProviderClass &provider, const CMPIBroker *broker, co
 bool checkKeys(const ProviderClass &provider, const CMPIBroker *broker, const CMPIObjectPath *reference,
                int *index, CMPIStatus *status)
 {
-    if (provider.systemKeys) {
-        checkSystemKeys(broker, reference, *provider.systemKeys, status);
-        if (status->rc != CMPI_RC_OK) {
-            return false;
-        }
+    if (provider.systemKeys && !checkSystemKeys(broker, reference, *provider.systemKeys, status)) {
+        return false;
     }
     if (!provider.key.name) {
         return true;
@@ -188,8 +183,7 @@ bool checkKeys(const ProviderClass &provider, const CMPIBroker *broker, const CM
     if (key && matchKey(provider.key, key, errorText, index) == 0) {
         return true;
     }
-    setStatus(broker, status, CMPI_RC_ERR_NOT_FOUND, key ? errorText : provider.key.missing);
-    return false;
+    return fail(broker, status, CMPI_RC_ERR_NOT_FOUND, key ? errorText : provider.key.missing);
 }
 
 } // namespace
@@ -237,7 +231,7 @@ CMPIStatus getInstance(const ProviderClass &provider, const CMPIBroker *broker, 
 CMPIStatus notSupported(const CMPIBroker *broker)
 {
     CMPIStatus status = {CMPI_RC_OK, nullptr};
-    setStatus(broker, &status, CMPI_RC_ERR_NOT_SUPPORTED, "NOT_SUPPORTED");
+    fail(broker, &status, CMPI_RC_ERR_NOT_SUPPORTED, "NOT_SUPPORTED");
     return status;
 }
 

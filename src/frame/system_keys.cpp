@@ -26,8 +26,7 @@ bool readSystemName(const CMPIBroker *broker, CMPIStatus *status, const char *fa
 {
     MonitorInfo info = {};
     if (GetMoinitorInfo(&info) != 0) {
-        setStatus(broker, status, CMPI_RC_ERR_FAILED, failure);
-        return false;
+        return fail(broker, status, CMPI_RC_ERR_FAILED, failure);
     }
     *name = systemName(info);
     return true;
@@ -59,46 +58,29 @@ CMPIObjectPath *makePathBySystemName(const CMPIBroker *broker, const char *class
     return path;
 }
 
-namespace
-{
-
-/** Compares one key with its expected value; false, with `status` set, when it is missing or another. */
-bool keyMatches(const CMPIBroker *broker, const CMPIObjectPath *objectPath, const char *key,
-                const char *expected, const char *missing, const char *wrong, CMPIStatus *status)
-{
-    const char *value = keyText(objectPath, key);
-    if (!value) {
-        setStatus(broker, status, CMPI_RC_ERR_NOT_FOUND, missing);
-    } else if (strcasecmp(value, expected) != 0) {
-        setStatus(broker, status, CMPI_RC_ERR_NOT_FOUND, wrong);
-    } else {
-        return true;
-    }
-    return false;
-}
-
-} // namespace
-
-void checkSystemKeys(const CMPIBroker *broker, const CMPIObjectPath *path, const SystemKeyed &object,
+bool checkSystemKeys(const CMPIBroker *broker, const CMPIObjectPath *path, const SystemKeyed &object,
                      CMPIStatus *status)
 {
     SystemName system;
     if (!readSystemName(broker, status, "Could not get monitor information from database.", &system)) {
-        return;
+        return false;
     }
-    static_cast<void>(
-        (!object.nameFormat || keyMatches(broker, path, "Name", ObjectName(object.nameFormat, system).text,
+    const auto matches = [&](const char *key, const char *expected, const char *missing, const char *wrong) {
+        const char *value = keyText(path, key);
+        return (value && strcasecmp(value, expected) == 0) ||
+               fail(broker, status, CMPI_RC_ERR_NOT_FOUND, value ? wrong : missing);
+    };
+    return (!object.nameFormat || matches("Name", ObjectName(object.nameFormat, system).text,
                                           "Invalid selectors(Could not get Name of instance.)",
-                                          "This instance does not exist (wrong Name.)", status)) &&
-        keyMatches(broker, path, "SystemName", system.text,
-                   "Invalid selectors(Could not get systemName of instance.)",
-                   "This instance does not exist (wrong SystemName).", status) &&
-        keyMatches(broker, path, "SystemCreationClassName", "Linux_ComputerSystem",
+                                          "This instance does not exist (wrong Name.)")) &&
+           matches("SystemName", system.text, "Invalid selectors(Could not get systemName of instance.)",
+                   "This instance does not exist (wrong SystemName).") &&
+           matches("SystemCreationClassName", "Linux_ComputerSystem",
                    "Invalid selectors(Could not get SystemCreationClassName of instance.)",
-                   "This class name does not exist (wrong SystemCreationClassName).", status) &&
-        keyMatches(broker, path, "CreationClassName", object.className,
+                   "This class name does not exist (wrong SystemCreationClassName).") &&
+           matches("CreationClassName", object.className,
                    "Invalid selectors(Could not get CreationClassName of instance.)",
-                   "This class name does not exist (wrong CreationClassName).", status));
+                   "This class name does not exist (wrong CreationClassName).");
 }
 
 } // namespace frame

@@ -45,10 +45,10 @@ CMPIObjectPath *makePathBySystemName(const CMPIBroker *broker, const char *class
                                      const char *failure, CMPIStatus *status);
 
 /** Checks the keys of such an object: `Name`, `SystemName`, `SystemCreationClassName`, `CreationClassName`,
- * without regard to case. The first key that is missing or wrong sets `status` to CMPI_RC_ERR_NOT_FOUND;
- * success leaves it as it was. */
-void checkSystemKeys(const CMPIBroker *broker, const CMPIObjectPath *path, const SystemKeyed &object,
-                     CMPIStatus *status);
+ * without regard to case. False, with CMPI_RC_ERR_NOT_FOUND in the status, at the first key that is missing
+ * or wrong. */
+[[nodiscard]] bool checkSystemKeys(const CMPIBroker *broker, const CMPIObjectPath *path,
+                                   const SystemKeyed &object, CMPIStatus *status);
 
 } // namespace frame
 

@@ -22,12 +22,14 @@ template <typename Object>
 const char *textOf(const CMPIString *string);
 
 /** The text that a broker's data holds, a CMPIString's or the characters themselves (brokers hand both for
- * keys and for the principal); null when `status` tells of an error, the value is null, or it is of another
- * type. */
+ * keys and for the principal); null when it is missing or of another type. */
 const char *textOf(const CMPIData &data, const CMPIStatus &status);
 
-/** Sets the code and, made by the broker, the message of a status. */
-void setStatus(const CMPIBroker *broker, CMPIStatus *status, CMPIrc code, const char *text);
+/** Whether data from a broker holds no value. */
+[[nodiscard]] bool isMissing(const CMPIData &data, const CMPIStatus &status);
+
+/** Ends an operation: sets the code and, made by the broker, the message of its status; returns false. */
+bool fail(const CMPIBroker *broker, CMPIStatus *status, CMPIrc code, const char *text);
 
 /** Prints a trace line with the class name; null prints nothing. */
 void trace(const char *format, const char *className);

@@ -54,8 +54,8 @@ const char *firstElement(const CMPIInstance *instance, const char *name)
 {
     CMPIStatus read = {CMPI_RC_OK, nullptr};
     const CMPIData data = cmpi::getProperty(instance, name, &read);
-    if (read.rc != CMPI_RC_OK || (data.state & (CMPI_nullValue | CMPI_notFound | CMPI_badValue)) ||
-        !(data.type & CMPI_ARRAY) || !data.value.array || cmpi::getSize(data.value.array, nullptr) == 0) {
+    if (isMissing(data, read) || !(data.type & CMPI_ARRAY) || !data.value.array ||
+        cmpi::getSize(data.value.array, nullptr) == 0) {
         return nullptr;
     }
     const CMPIData element = cmpi::getElementAt(data.value.array, 0, &read);
@@ -85,10 +85,7 @@ bool applyStaticConfiguration(const CMPIInstance *instance, CMPIStatus *status, 
         .reply = nullptr,                                     // not awaited
         .busy = "Device is Busy. Please try after some time", // no full stop
     };
-    const auto fails = [status](const char *text) {
-        setStatus(_broker, status, CMPI_RC_ERR_FAILED, text);
-        return false;
-    };
+    const auto fails = [status](const char *text) { return fail(_broker, status, CMPI_RC_ERR_FAILED, text); };
 
     RemoteManagementServer server = {};
     if (GetRemoteManagementServerInfo(&server) != 0) {

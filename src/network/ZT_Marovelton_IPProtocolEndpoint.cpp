@@ -272,14 +272,14 @@ CMPIStatus returnAll(const CMPIResult *result, const char *failure, Put put)
     CMPIStatus status = {CMPI_RC_OK, nullptr};
     ipPEndpointList *list = nullptr;
     if (enum_all_ipProtocolEndpoints(&list) != 0) {
-        setStatus(_broker, &status, CMPI_RC_ERR_FAILED, "Could not list IP protocol endpoints.");
+        fail(_broker, &status, CMPI_RC_ERR_FAILED, "Could not list IP protocol endpoints.");
     } else {
         const ipPEndpointList *node = list;
         while (node && put(node->sptr, &status)) {
             node = node->next;
         }
         if (node) {
-            setStatus(_broker, &status, CMPI_RC_ERR_FAILED, failure);
+            fail(_broker, &status, CMPI_RC_ERR_FAILED, failure);
         } else {
             cmpi::returnDone(
                 result); // not looked at: the object manager has the answer or has given up the request
@@ -331,18 +331,18 @@ INSTANCE_OPERATION(ZT_Marovelton_IPProtocolEndpoint, GetInstance, const char **)
     trace("--- %s CMPI GetInstance() called\n", _ClassName);
     const char *name = keyText(reference, "Name");
     if (!name) {
-        setStatus(_broker, &status, CMPI_RC_ERR_NOT_FOUND, "Could not get IPProtocolEndpointID.");
+        fail(_broker, &status, CMPI_RC_ERR_NOT_FOUND, "Could not get IPProtocolEndpointID.");
         return status;
     }
     cim_ipProtocolEndpoint *record = nullptr;
     if (get_ipProtocolEndpoint_data(name, &record) != 0 || !record) {
-        setStatus(_broker, &status, CMPI_RC_ERR_NOT_FOUND, "IPProtocolEndpoint does not exist.");
+        fail(_broker, &status, CMPI_RC_ERR_NOT_FOUND, "IPProtocolEndpoint does not exist.");
         return status;
     }
     const CMPIInstance *instance = _makeInst_ZT_Marovelton_IPProtocolEndpoint(reference, record, &status);
     free_ipProtocolEndpoint(record);
     if (!instance) {
-        setStatus(_broker, &status, CMPI_RC_ERR_FAILED, "Could not create IPProtocolEndpointID instance.");
+        fail(_broker, &status, CMPI_RC_ERR_FAILED, "Could not create IPProtocolEndpointID instance.");
         return status;
     }
     cmpi::returnInstance(result, instance);
