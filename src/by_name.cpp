@@ -2,6 +2,7 @@
 #include "by_name.h"
 #include "associations/matchers.h"
 
+using namespace associations;
 using namespace frame;
 
 // ---- objects that are keyed to the system name ----
@@ -30,29 +31,29 @@ void Check_System_key_value_pairs(const CMPIBroker *broker, const CMPIObjectPath
 namespace
 {
 
+constexpr Matcher matchesNothing = {};
+
+/** What an association has of its own. */
 struct Named {
     const char *className;
-    const Matcher *matcher;
-    const OwnProperties *own;
+    const Matcher *matcher = &matchesNothing;
+    const OwnProperties *own = nullptr;
 };
-
-constexpr Matcher matchesNothing = {};
 
 Named named(const char *className)
 {
     static constexpr Named all[] = {
-        {"ZT_Marovelton_ElementSettingData", &associations::settingsOfConnection,
-         &associations::currentByEnds},
-        {"ZT_Marovelton_OrderedComponent", &matchesNothing, &associations::sequence},
-        {"ZT_Marovelton_ProvidesEndpoint", &associations::endpointOfServices, nullptr},
-        {"ZT_Marovelton_SAPSAPDependency", &associations::endpointOfConnection, nullptr},
+        {"ZT_Marovelton_ElementSettingData", &settingsOfConnection, &currentByEnds},
+        {"ZT_Marovelton_OrderedComponent", &matchesNothing, &sequence},
+        {"ZT_Marovelton_ProvidesEndpoint", &endpointOfServices},
+        {"ZT_Marovelton_SAPSAPDependency", &endpointOfConnection},
     };
     for (const Named &each : all) {
         if (same(each.className, className)) {
             return each;
         }
     }
-    return {className, &matchesNothing, nullptr};
+    return {className};
 }
 
 WalkKind kindOf(int inst, int associators)
@@ -116,7 +117,7 @@ int _assoc_create_refs_1toN_ProvideEndpoint(const CMPIBroker *broker, const CMPI
                        .kind = kindOf(inst, associators),
                        .matcher = association.matcher,
                        .own = association.own,
-                       .traces = &associations::endpointTraces};
+                       .traces = &endpointTraces};
     return walkFrom(ref, walk, {broker, ctx, rslt, rc}) ? 0 : -1;
 }
 
@@ -129,7 +130,7 @@ int _assoc_create_refs_1toN_ElementSetting(const CMPIBroker *broker, const CMPIC
     const Walk walk = {.ends = {className, leftClass, rightClass, refLeft, refRight},
                        .kind = kindOf(inst, associators),
                        .matcher = named(className).matcher,
-                       .own = &associations::currentByKeys,
+                       .own = &currentByKeys,
                        .traces = &settingTraces};
     return walkFrom(ref, walk, {broker, ctx, rslt, rc}) ? 0 : -1;
 }
@@ -154,14 +155,14 @@ CMPIInstance *_assoc_get_inst(const CMPIBroker *broker, const CMPIContext *ctx, 
 
 int match_instance(const char *key1, const char *key2, int *match, int direction)
 {
-    associations::matchEndpoint(key1, key2, direction, match);
+    matchEndpoint(key1, key2, direction, match);
     return 0;
 }
 
 int match_instance_elementsetting(const char *key1, const char *key2, int *match, int direction,
                                   int *ipConfigCount, int ipMode)
 {
-    associations::matchSetting(key1, key2, direction, ipMode, match, ipConfigCount);
+    matchSetting(key1, key2, direction, ipMode, match, ipConfigCount);
     return 0;
 }
 
