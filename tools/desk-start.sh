@@ -1,10 +1,11 @@
 # shellcheck shell=bash
 # SPDX-License-Identifier: Apache-2.0
-# Starts the two processes of a desk, the display engine and the object manager. Sourced: by ./run, by the end-to-end
+# Starts the processes of a desk: the display engine, the object manager and, for who wants it, the screen. Sourced: by ./run, by the end-to-end
 # tests and by the benchmarks, so that all of them have the same desk.
 #
 #   desk_programs BUILD                 takes the programs of a build directory, but for those that the environment names:
-#                                       DISPLAY_HOST, DESK_ENGINE, DESK_COMMAND (desk-monitor), DESK_LIBRARY
+#                                       DISPLAY_HOST, DESK_ENGINE, DESK_COMMAND (desk-monitor), DESK_SCREEN,
+#                                       DESK_LIBRARY
 #   desk_settings DIRECTORY KEY         exports where the desk keeps its settings, and the base key of its queues
 #   desk_password                       prints a new password
 #   desk_account DIRECTORY NAME [--administrator]
@@ -14,9 +15,11 @@
 #                                       DIRECTORY/ready.engine has a line as soon as it serves
 #   desk_start_host DIRECTORY PORT [OPTION...]
 #                                       the same with host.log and ready, whose line is the URL; port 0 is a free one
+#   desk_start_screen DIRECTORY PORT [OPTION...]
+#                                       the same with screen.log and ready.screen, whose line is the URL
 #   desk_is_ready FILE PROCESS          0: the line is there; 1: not yet; 2: the process has ended before
 #
-# Both processes end with the shell that has started them, however it ends, and the engine takes the queues with it.
+# All of them end with the shell that has started them, however it ends, and the engine takes the queues with it.
 # A directory belongs to one desk at a time: the caller sees to that.
 
 desk_source=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -27,6 +30,7 @@ desk_programs() {
     DISPLAY_HOST=${DISPLAY_HOST:-$1/host/display-host}
     DESK_ENGINE=${DESK_ENGINE:-$1/desk/engine/desk-engine}
     DESK_COMMAND=${DESK_COMMAND:-$1/desk/support/desk-monitor}
+    DESK_SCREEN=${DESK_SCREEN:-$1/desk/screen/desk-screen}
     DESK_LIBRARY=${DESK_LIBRARY:-$1/src/libcmpiDisplayManagement.so}
 }
 
@@ -55,6 +59,13 @@ desk_start_host() {
         --registration "$desk_source/mof/libcmpiDisplayManagement.reg" --library "$DESK_LIBRARY" \
         --accounts "$1/accounts" --address 127.0.0.1 --port "$2" --provider-calls 8 \
         --provider-output "$1/provider.log" --ready-file "$1/ready" "${@:3}" >>"$1/host.log" 2>&1 &
+    # shellcheck disable=SC2034
+    desk_process=$!
+}
+
+desk_start_screen() {
+    rm -f "$1/ready.screen"
+    setpriv --pdeathsig TERM "$DESK_SCREEN" --port "$2" --ready-file "$1/ready.screen" "${@:3}" >/dev/null 2>>"$1/screen.log" &
     # shellcheck disable=SC2034
     desk_process=$!
 }

@@ -62,7 +62,7 @@ process_of() { # process_of NAME: the youngest of the group with that program
 echo '== one desk'
 begin_run
 expect 'it has counted what is wrong' 0 "$(grep -c WRONG "$scratch/output" || true)"
-expect 'and what is right' 15 "$(grep -c '^  right: ' "$scratch/output")"
+expect 'and what is right' 16 "$(grep -c '^  right: ' "$scratch/output")"
 admin=$(password_of ADMIN)
 viewer=$(password_of VIEWER)
 expect 'its last lines are the commands to copy' "  . $scratch/desk/env
@@ -71,7 +71,14 @@ expect 'its last lines are the commands to copy' "  . $scratch/desk/env
   displayctl why pip.size=minimum" "$(tail -4 "$scratch/output")"
 expect 'the administrator and the password are told' 1 "$(grep -c "^  admin   $admin   (administrator)\$" "$scratch/output")"
 expect 'the passwords differ' yes "$([ "$admin" != "$viewer" ] && echo yes)"
-for file in env password monitors.yaml accounts key.pem; do
+screen=$(sed -n '1s|^\(http://127.0.0.1:[0-9]*/#[0-9a-f]*\)   the monitor in a browser, as soon as it serves$|\1|p' "$scratch/output")
+expect 'its first line has the URL of the screen' yes "$([ -n "$screen" ] && echo yes)"
+expect 'which is told at the end again, and in env' "  $screen $screen" \
+    "$(grep "^  http://127.0.0.1:[0-9]*/#" "$scratch/output") $(sed -n "s/^export DESK_SCREEN_URL='\(.*\)'\$/\1/p" "$scratch/desk/env")"
+expect 'the screen changes what the store holds' 'done 0' "$(curl -s -H "X-Desk-Token: ${screen#*#}" -H 'Content-Type: application/json' \
+    -d '{"power": false}' "${screen%#*}change") $("$DESK_COMMAND" --store "$scratch/desk/monitor.db" show soft_power_state)"
+curl -s -o "$scratch/answer" -H "X-Desk-Token: ${screen#*#}" -H 'Content-Type: application/json' -d '{"power": true}' "${screen%#*}change"
+for file in env password monitors.yaml accounts key.pem screen.token ready.screen; do
     expect "$file is for its owner alone" 600 "$(stat -c %a "$scratch/desk/$file")"
 done
 expect 'the accounts answer' 200 "$(answers "$(url)" "$admin")"
@@ -82,7 +89,7 @@ expect 'the certificate is the one told' ok "$(curl -s --cacert "$scratch/desk/c
 expect 'a wrong password does not' 401 "$(answers "$(url)" "not-$admin")"
 # Written down first: the search itself has them on its command line.
 cat /proc/[0-9]*/cmdline >"$scratch/commands" 2>/dev/null || true
-expect 'no password stands on a command line' '' "$(grep -aoE "$admin|$viewer" "$scratch/commands" || true)"
+expect 'no password stands on a command line' '' "$(grep -aoE "$admin|$viewer|${screen#*#}" "$scratch/commands" || true)"
 expect 'and the command lines were read' yes "$(grep -aq display-host "$scratch/commands" && echo yes)"
 # shellcheck source=/dev/null
 store=$(. "$scratch/desk/env" && echo "$DESK_MONITOR_STORE $DESK_MONITOR_QUEUE_KEY $DISPLAYCTL_CONFIG")
@@ -121,6 +128,11 @@ expect 'a busy port: its status' 1 "$result"
 expect 'a busy port: who has it, and what to set' \
     "run: port $port is in use by display-host (process $(process_of display-host)); set DESK_PORT to another, or to 0 for a free one" "$said"
 result=0
+said=$(DESK_DIR=$scratch/second DESK_PORT=0 DESK_SCREEN_PORT=$port "$source_dir/run" --check 2>&1) || result=$?
+expect 'a busy port of the screen: what to set' \
+    "1 run: port $port is in use by display-host (process $(process_of display-host)); set DESK_SCREEN_PORT to another, or to 0 for a free one" \
+    "$result $said"
+result=0
 said=$(DESK_DIR=$scratch/desk DESK_PORT=0 "$source_dir/run" --check 2>&1) || result=$?
 expect 'a busy directory: what it says' "1 run: another ./run is using $scratch/desk; stop it, or set DESK_DIR and DESK_PORT for a second desk" "$result $said"
 
@@ -134,6 +146,7 @@ echo '== the next start'
 certificate=$(cksum <"$scratch/desk/certificate.pem")
 begin_run
 expect 'the certificate is kept' "$certificate" "$(cksum <"$scratch/desk/certificate.pem")"
+expect 'the token of the screen is kept' "${screen#*#}" "$(sed -n '1s|.*#\([0-9a-f]*\) .*|\1|p' "$scratch/output")"
 expect 'the passwords are kept' "$admin $viewer" "$(password_of ADMIN) $(password_of VIEWER)"
 end_run TERM
 expect 'TERM: its status' 143 "$ended"
@@ -148,7 +161,7 @@ expect 'all answer' '200 200 200' "$(for i in 1 2 3; do answers "$(url $i)" 'a n
 expect 'all are in the list' "desk-1 desk-2 desk-3" "$(sed -n 's/^  \(desk-[0-9]*\): .*/\1/p' "$scratch/desk/monitors.yaml" | paste -sd' ')"
 expect 'each has a store of its own' 3 "$(find "$scratch"/desk/[1-3]/monitor.db | wc -l)"
 expect 'all are one process group' "$running" "$(ps -o pgid= --ppid "$running" | sort -u | tr -d ' ')"
-expect 'two processes each' 6 "$(ps -o pid= --ppid "$running" | wc -l)"
+expect 'two processes each, and the screen of the first' 7 "$(ps -o pid= --ppid "$running" | wc -l)"
 end_run INT
 
 echo '== what it is told wrongly'
@@ -166,6 +179,7 @@ wrongly 'no such option: --nothing' -- --nothing
 wrongly "DESK_PORT is '70000', which is no port for 1 monitor(s): a number from 0 to 65535" DESK_PORT=70000
 wrongly "DESK_PORT is '65534', which is no port for 3 monitor(s): a number from 0 to 65533" DESK_PORT=65534 -- --monitors 3
 wrongly "DESK_PORT is 'http', which is no port for 1 monitor(s): a number from 0 to 65535" DESK_PORT=http
+wrongly "DESK_SCREEN_PORT is 'web', which is no port: a number from 0 to 65535" DESK_SCREEN_PORT=web
 wrongly "DESK_QUEUE_KEY is '0x', which is no key: a number, decimal or 0x..." DESK_QUEUE_KEY=0x
 wrongly 'DESK_PASSWORD holds a quote, a backslash or a control character; use others' "DESK_PASSWORD=it's"
 wrongly "--monitors needs a number from 1 to 999, not '0'" -- --monitors 0
