@@ -4,7 +4,7 @@ import { locus, toUv, toXy } from "./locus.js";
 import { html, put, svg } from "./svg.js";
 
 const size = 520;
-const margin = { left: 46, right: 12, top: 12, bottom: 40 };
+const margin = { left: 58, right: 14, top: 14, bottom: 40 };
 const corners = ["red", "green", "blue"];
 const labelled = [460, 480, 490, 500, 520, 540, 560, 580, 600, 620, 700];
 const colours = ["#e0218a", "#0091a8", "#3f7fe0", "#7a5be0", "#c47a12", "#2d9a46", "#d24a2c"];
@@ -36,8 +36,9 @@ function shownColour({ x, y }) {
 }
 
 export class Colour {
-    constructor(place, values, buttons) {
+    constructor(place, legend, values, buttons) {
         this.place = place;
+        this.legend = legend;
         this.values = values;
         this.buttons = buttons;
         for (const [kind, button] of Object.entries(buttons)) {
@@ -83,12 +84,12 @@ export class Colour {
             }
             if (part <= this.diagram.height && i > 0) {
                 parts.push(svg("path", { class: "grid", d: `M${margin.left} ${y}H${margin.left + plot.width}` }),
-                    svg("text", { class: "tick", x: margin.left - 8, y: y + 4, "text-anchor": "end" }, part.toFixed(1)));
+                    svg("text", { class: "tick", x: 22, y: y + 4, "text-anchor": "end" }, part.toFixed(1)));
             }
         }
         const [a, b] = this.diagram.axes;
         parts.push(svg("text", { class: "axis", x: margin.left + plot.width, y: size - 6, "text-anchor": "end" }, a),
-            svg("text", { class: "axis", x: 8, y: margin.top + 10 }, b));
+            svg("text", { class: "axis", x: 34, y: margin.top + 10 }, b));
         return svg("g", { "aria-hidden": "true" }, parts);
     }
 
@@ -99,10 +100,12 @@ export class Colour {
     horseshoe() {
         const marks = locus.filter(({ wavelength }) => labelled.includes(wavelength)).map((point) => {
             const [x, y] = this.at(point);
+            const isAbove = this.kind === "uv" && point.wavelength > 510 && point.wavelength < 700;
             const toTheLeft = point.wavelength <= 510;
+            const [right, down] = isAbove ? [0, -8] : [toTheLeft ? -7 : 7, point.wavelength === 520 ? -4 : 4];
             return svg("g", {}, svg("circle", { cx: x, cy: y, r: 2, class: "wavelength" }),
-                svg("text", { class: "tick", x: x + (toTheLeft ? -7 : 7), y: y + (point.wavelength === 520 ? -4 : 4),
-                    "text-anchor": toTheLeft ? "end" : "start" }, point.wavelength));
+                svg("text", { class: "tick", x: x + right, y: y + down,
+                    "text-anchor": isAbove ? "middle" : toTheLeft ? "end" : "start" }, point.wavelength));
         });
         return svg("g", { "aria-hidden": "true" }, svg("path", { id: "locus", class: "locus", d: this.outline() }), marks);
     }
@@ -140,7 +143,15 @@ export class Colour {
         if (focused) {
             this.presets.querySelector(`[data-preset="${focused}"]`)?.focus();
         }
+        this.legend.replaceChildren(...colours.map((_, i) => html("li", { class: i + 1 === state.presetNumber ? "active" : "" },
+            this.swatch(i + 1), state.preset("name", i + 1))));
         this.showValues(state.presetNumber);
+    }
+
+    swatch(number) {
+        const swatch = html("span", { class: "swatch" });
+        swatch.style.background = colours[number - 1];
+        return swatch;
     }
 
     preset(state, number) {
@@ -170,11 +181,9 @@ export class Colour {
         const state = this.state;
         const cells = [...corners, "white"].map((corner) => html("tr", {}, html("th", { scope: "row" }, corner),
             ["x", "y", "u", "v"].map((field) => html("td", { "data-value": `${corner}_${field}` }, state.preset(`${corner}_${field}`, number)))));
-        const swatch = html("span", { class: "swatch" });
-        swatch.style.background = colours[number - 1];
         const title = `${state.preset("name", number)}${number === state.presetNumber ? " (active)" : ""}`;
         this.values.replaceChildren(html("table", { "data-preset": number },
-            html("caption", {}, swatch, title, html("span", {}, `${state.preset("luminance", number)} cd/m², gamma ${state.preset("gamma", number)}`)),
+            html("caption", {}, this.swatch(number), title, html("span", {}, `${state.preset("luminance", number)} cd/m², gamma ${state.preset("gamma", number)}`)),
             html("thead", {}, html("tr", {}, html("td", {}), ["x", "y", "u′", "v′"].map((each) => html("th", { scope: "col" }, each)))),
             html("tbody", {}, cells)));
         for (const each of this.presets.children) {

@@ -43,9 +43,9 @@ function bars(width, name) {
     drawing.push(ramp(0, 630, width, 130, [colour(0, 0, 0), colour(1, 1, 1)]));
     drawing.push(box(0, 760, width, 140, colour(0, 0, 0)));
     // Below black, black and a little above it; and the same at white.
-    [-0.04, 0, 0.02, 0.04].forEach((part, i) => drawing.push(box(width * 0.32 + i * 42, 790, 42, 80, colour(part, part, part))));
+    [-0.04, 0, 0.02, 0.04].forEach((part, i) => drawing.push(box(width * 0.42 + i * 42, 790, 42, 80, colour(part, part, part))));
     [0.94, 0.97, 1, 1.06].forEach((part, i) => drawing.push(box(width * 0.75 + i * 42, 790, 42, 80, colour(part, part, part))));
-    drawing.push(label(36, 842, name, 32));
+    drawing.push(label(36, 840, name, 28));
     return drawing;
 }
 

@@ -46,7 +46,7 @@ function showLink(state, link) {
 async function start() {
     const model = await loadModel();
     const picture = new Picture(part("screen"), part("halo"));
-    const colour = new Colour(part("diagram"), part("chromaticities"), { xy: part("diagram-xy"), uv: part("diagram-uv") });
+    const colour = new Colour(part("diagram"), part("legend"), part("chromaticities"), { xy: part("diagram-xy"), uv: part("diagram-uv") });
     const panel = new Panel({ functions: part("function-buttons"), menu: part("menu-button"), power: part("power-button"),
         panel: part("panel") }, model, {
         press: (button) => attempt({ press: button }),

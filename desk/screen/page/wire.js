@@ -31,7 +31,7 @@ function marked(title, hex, other) {
         const isIdle = entry !== undefined && entry >= used;
         const differs = bytes.slice(at, at + length).some((byte, i) => byte !== otherBytes[at + i]);
         const text = bytes.slice(at, at + length).map((byte) => byte.toString(16).padStart(2, "0")).join(" ");
-        return html("span", { class: `field ${name.replace(" ", "-")}${isIdle ? " idle" : ""}${differs ? " differs" : ""}`,
+        return html("span", { class: `field of-${name.replace(" ", "-")}${isIdle ? " idle" : ""}${differs ? " differs" : ""}`,
             "data-field": entry === undefined ? name : `${name} ${entry}` },
         html("i", {}, name), html("code", {}, text));
     });
