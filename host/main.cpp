@@ -252,17 +252,17 @@ int verifyAudit(const Options &options)
 int run(const Options &options)
 {
     switch (options.command) {
-    case host::Command::Serve:
+    case host::Command::serve:
         return serve(options);
-    case host::Command::AccountAdd:
+    case host::Command::accountAdd:
         return addAccount(options);
-    case host::Command::AccountRemove:
+    case host::Command::accountRemove:
         return removeAccount(options);
-    case host::Command::AccountList:
+    case host::Command::accountList:
         return listAccounts(options);
-    case host::Command::Certificate:
+    case host::Command::certificate:
         return makeCertificate(options);
-    case host::Command::AuditVerify:
+    case host::Command::auditVerify:
         return verifyAudit(options);
     }
     return 1;

@@ -161,11 +161,11 @@ std::vector<Subcommand> addSubcommands(CLI::App &app, Options &options)
     audit->require_subcommand(1);
     CLI::App *verify = audit->add_subcommand("verify", "Finds the first altered, removed or added line");
     verify->add_option("file", options.audit, "The audit log")->required();
-    return {{add, Command::AccountAdd},
-            {remove, Command::AccountRemove},
-            {list, Command::AccountList},
-            {certificate, Command::Certificate},
-            {verify, Command::AuditVerify}};
+    return {{add, Command::accountAdd},
+            {remove, Command::accountRemove},
+            {list, Command::accountList},
+            {certificate, Command::certificate},
+            {verify, Command::auditVerify}};
 }
 
 } // namespace

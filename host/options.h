@@ -15,10 +15,10 @@ namespace host
 {
 
 /** What display-host is to do. */
-enum class Command { Serve, AccountAdd, AccountRemove, AccountList, Certificate, AuditVerify };
+enum class Command { serve, accountAdd, accountRemove, accountList, certificate, auditVerify };
 
 struct Options {
-    Command command = Command::Serve;
+    Command command = Command::serve;
 
     std::vector<std::string> libraryDirectories;
     std::string library;

@@ -24,10 +24,10 @@ std::string address(const wire::Entry &entry)
 
 std::string storeValue(Settings &settings, const SettingRow &row, const wire::Entry &entry)
 {
-    if (row.access == Access::ReadOnly) {
+    if (row.access == Access::readOnly) {
         return "cannot be written";
     }
-    const bool isAddress = row.kind == Kind::Address;
+    const bool isAddress = row.kind == Kind::address;
     if (entry.type != (isAddress ? wire::entryAddress : wire::entryNumber)) {
         return isAddress ? "takes an address" : "takes a number";
     }
@@ -186,7 +186,7 @@ void placePip(Settings &settings)
 
 std::string setPipPosition(Settings &settings, const wire::Entry &entry)
 {
-    std::string wrong = storeRegister(settings, 51, PipGroup, entry);
+    std::string wrong = storeRegister(settings, 51, pipGroup, entry);
     if (wrong.empty()) {
         placePip(settings);
     }
@@ -205,7 +205,7 @@ std::string setPipPositionX(Settings &settings, const wire::Entry &entry)
         return outsidePanel(entry.value, pipRight(settings));
     }
     settings.set("pip_position", pipFreePosition);
-    return storeRegister(settings, 52, PipGroup, entry);
+    return storeRegister(settings, 52, pipGroup, entry);
 }
 
 std::string setPipPositionY(Settings &settings, const wire::Entry &entry)
@@ -214,12 +214,12 @@ std::string setPipPositionY(Settings &settings, const wire::Entry &entry)
         return outsidePanel(entry.value, pipBottom(settings));
     }
     settings.set("pip_position", pipFreePosition);
-    return storeRegister(settings, 53, PipGroup, entry);
+    return storeRegister(settings, 53, pipGroup, entry);
 }
 
 std::string setPipSize(Settings &settings, const wire::Entry &entry)
 {
-    std::string wrong = storeRegister(settings, 54, PipGroup, entry);
+    std::string wrong = storeRegister(settings, 54, pipGroup, entry);
     if (!wrong.empty()) {
         return wrong;
     }
@@ -231,7 +231,7 @@ std::string setPipSize(Settings &settings, const wire::Entry &entry)
 
 std::string setPipHeight(Settings &settings, const wire::Entry &entry)
 {
-    std::string wrong = storeRegister(settings, 55, PipGroup, entry);
+    std::string wrong = storeRegister(settings, 55, pipGroup, entry);
     if (!wrong.empty()) {
         return wrong;
     }
@@ -276,7 +276,7 @@ std::string setIpAddress(Settings &settings, const wire::Entry &entry)
     if (entry.type == wire::entryAddress && (first == 0 || first == 127 || first >= 224)) {
         return address(entry) + " is not an address of a host";
     }
-    return storeRegister(settings, 87, RemoteGroup, entry);
+    return storeRegister(settings, 87, remoteGroup, entry);
 }
 
 std::string setSubnetMask(Settings &settings, const wire::Entry &entry)
@@ -288,7 +288,7 @@ std::string setSubnetMask(Settings &settings, const wire::Entry &entry)
     if (entry.type == wire::entryAddress && (mask == 0 || (hosts & (hosts + 1)) != 0)) {
         return address(entry) + " is not a subnet mask";
     }
-    return storeRegister(settings, 88, RemoteGroup, entry);
+    return storeRegister(settings, 88, remoteGroup, entry);
 }
 
 // ---- the whole monitor ----
@@ -307,9 +307,9 @@ std::string resetDisplaySettings(Settings &settings, const wire::Entry &)
     for (std::size_t i = 0; i < plainCount; ++i) {
         const SettingRow &row = plainRows[i];
         const bool signal = row.registerId >= 66 && row.registerId <= 68;
-        const bool display = row.group == ImageGroup || row.group == PipGroup || row.group == MenuGroup ||
-                             row.group == FunctionButtonGroup || row.group == BezelButtonGroup ||
-                             row.group == TestPatternGroup;
+        const bool display = row.group == imageGroup || row.group == pipGroup || row.group == menuGroup ||
+                             row.group == functionButtonGroup || row.group == bezelButtonGroup ||
+                             row.group == testPatternGroup;
         if (display && !signal) {
             settings.reset(Key(i));
         }
@@ -337,35 +337,35 @@ struct Effect {
 constexpr int anyType = -1;
 
 constexpr Effect effects[] = {
-    {0, ColorSpaceGroup, wire::entryNumber, setLuminance},
-    {19, ResetGroup, wire::entryNumber, resetToFactoryCalibration},
-    {20, ResetGroup, wire::entryNumber, resetToLastCalibration},
-    {51, PipGroup, anyType, setPipPosition},
-    {52, PipGroup, wire::entryNumber, setPipPositionX},
-    {53, PipGroup, wire::entryNumber, setPipPositionY},
-    {54, PipGroup, anyType, setPipSize},
-    {55, PipGroup, anyType, setPipHeight},
-    {58, PipGroup, wire::entryNumber, swapInputs},
-    {87, RemoteGroup, anyType, setIpAddress},
-    {88, RemoteGroup, anyType, setSubnetMask},
-    {140, ResetGroup, wire::entryNumber, factoryReset},
-    {142, ResetGroup, anyType,
-     [](Settings &s, const wire::Entry &e) { return storeRegister(s, 79, ManagementGroup, e); }},
-    {144, ResetGroup, wire::entryNumber, resetDisplaySettings},
-    {150, QuickActionGroup, wire::entryNumber, resetColorSpaces},
-    {151, QuickActionGroup, wire::entryNumber, nextSourceScaling},
-    {152, QuickActionGroup, wire::entryNumber, nextActiveInput},
-    {153, QuickActionGroup, wire::entryNumber,
+    {0, colorSpaceGroup, wire::entryNumber, setLuminance},
+    {19, resetGroup, wire::entryNumber, resetToFactoryCalibration},
+    {20, resetGroup, wire::entryNumber, resetToLastCalibration},
+    {51, pipGroup, anyType, setPipPosition},
+    {52, pipGroup, wire::entryNumber, setPipPositionX},
+    {53, pipGroup, wire::entryNumber, setPipPositionY},
+    {54, pipGroup, anyType, setPipSize},
+    {55, pipGroup, anyType, setPipHeight},
+    {58, pipGroup, wire::entryNumber, swapInputs},
+    {87, remoteGroup, anyType, setIpAddress},
+    {88, remoteGroup, anyType, setSubnetMask},
+    {140, resetGroup, wire::entryNumber, factoryReset},
+    {142, resetGroup, anyType,
+     [](Settings &s, const wire::Entry &e) { return storeRegister(s, 79, managementGroup, e); }},
+    {144, resetGroup, wire::entryNumber, resetDisplaySettings},
+    {150, quickActionGroup, wire::entryNumber, resetColorSpaces},
+    {151, quickActionGroup, wire::entryNumber, nextSourceScaling},
+    {152, quickActionGroup, wire::entryNumber, nextActiveInput},
+    {153, quickActionGroup, wire::entryNumber,
      [](Settings &s, const wire::Entry &) { return toggle(s, "use_video_levels"); }},
-    {154, QuickActionGroup, wire::entryNumber,
+    {154, quickActionGroup, wire::entryNumber,
      [](Settings &s, const wire::Entry &) { return toggle(s, "overscan"); }},
-    {155, QuickActionGroup, wire::entryNumber,
+    {155, quickActionGroup, wire::entryNumber,
      [](Settings &s, const wire::Entry &) { return toggle(s, "show_blue_channel"); }},
-    {156, QuickActionGroup, wire::entryNumber, nextCorner},
-    {157, QuickActionGroup, wire::entryNumber, pipOnOff},
-    {158, QuickActionGroup, wire::entryNumber, swapInputs},
-    {159, QuickActionGroup, wire::entryNumber, nextPipCorner},
-    {180, GeneralGroup, wire::entryNumber, softPowerOff},
+    {156, quickActionGroup, wire::entryNumber, nextCorner},
+    {157, quickActionGroup, wire::entryNumber, pipOnOff},
+    {158, quickActionGroup, wire::entryNumber, swapInputs},
+    {159, quickActionGroup, wire::entryNumber, nextPipCorner},
+    {180, generalGroup, wire::entryNumber, softPowerOff},
 };
 
 } // namespace

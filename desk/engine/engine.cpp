@@ -57,7 +57,7 @@ bool senderWaits(const wire::Request &request)
     constexpr int alone[] = {registerOf("remote_management"), registerOf("ws_management"), mode};
     constexpr int together[] = {mode, registerOf("ipv4_address"), registerOf("ipv4_subnet"),
                                 registerOf("ipv4_gateway")};
-    if (request.command != wire::setRequest || request.group != RemoteGroup) {
+    if (request.command != wire::setRequest || request.group != remoteGroup) {
         return true;
     }
     const wire::Entry *entries = request.entries;
@@ -170,7 +170,7 @@ void Engine::handle(Ticket ticket, const wire::Bytes &bytes, const volatile sig_
     Work work{ticket, wire::decode(bytes), bytes, board_->sentAt(ticket)};
     message.outcome = serve(work, stop);
     board_->finish(ticket);
-    if (message.outcome == Outcome::NotAwaited) {
+    if (message.outcome == Outcome::notAwaited) {
         board_->close(ticket);
     }
     message.answer = work.answer;
@@ -183,7 +183,7 @@ Outcome Engine::serve(Work &work, const volatile sig_atomic_t &stop)
     const wire::Request &request = work.request;
     if (const std::string reason = refusal(request); !reason.empty()) {
         log("%s; dropped", reason.c_str());
-        return Outcome::NotServed;
+        return Outcome::notServed;
     }
     if (options_.verbose) {
         log("%s request, group %d, %d entries", request.command == wire::setRequest ? "set" : "get",
@@ -191,7 +191,7 @@ Outcome Engine::serve(Work &work, const volatile sig_atomic_t &stop)
     }
     if (work.sent != Clock::time_point() && work.sent < started_) {
         log("a request of group %d is older than this engine; dropped", request.group);
-        return Outcome::TooOld;
+        return Outcome::tooOld;
     }
     try {
         const Faults faults = store().read().faults;
@@ -199,7 +199,7 @@ Outcome Engine::serve(Work &work, const volatile sig_atomic_t &stop)
         if (!board_->claim(work.ticket)) {
             log("a request of group %d was taken back, as its sender waits no longer; not applied",
                 request.group);
-            return Outcome::TakenBack;
+            return Outcome::takenBack;
         }
         apply(work);
         return answer(work, faults);
@@ -207,33 +207,33 @@ Outcome Engine::serve(Work &work, const volatile sig_atomic_t &stop)
         // The sender takes any answer as success, so that only silence can tell it of the failure.
         log("%s; a request of group %d is not answered", error.what(), request.group);
         opened_.reset();
-        return Outcome::StoreFailed;
+        return Outcome::storeFailed;
     }
 }
 
 Outcome Engine::answer(const Work &work, const Faults &faults)
 {
     if (!senderWaits(work.request)) {
-        return Outcome::NotAwaited;
+        return Outcome::notAwaited;
     }
     if (faults.contains("silent")) {
         log("told to be silent: a request of group %d is not answered", work.request.group);
-        return Outcome::Silent;
+        return Outcome::silent;
     }
     if (faults.contains("lose-reply")) {
         loseReply();
         log("told to lose a reply: a request of group %d is not answered", work.request.group);
-        return Outcome::Lost;
+        return Outcome::lost;
     }
     reply(work);
-    return Outcome::Answered;
+    return Outcome::answered;
 }
 
 /** Applies a request, whole or not at all, and puts into its answer what became of each entry. */
 void Engine::apply(Work &work)
 {
     const wire::Request &request = work.request;
-    if (request.group > LastGroup) {
+    if (request.group > lastGroup) {
         log("group %d does not exist", request.group);
     }
     if (request.command == wire::getRequest) {
@@ -243,7 +243,7 @@ void Engine::apply(Work &work)
         log("a message says it has %d entries, %zu are possible; nothing was applied", request.count,
             wire::mostEntries);
         for (std::size_t i = 0; i < wire::mostEntries; ++i) {
-            wire::putStatus(work.answer, i, wire::Refused);
+            wire::putStatus(work.answer, i, wire::refused);
         }
         return;
     }
@@ -263,8 +263,8 @@ void Engine::apply(Work &work)
         return whole;
     });
     for (std::size_t i = 0; i < entries.size(); ++i) {
-        const wire::Status refused = accepted[i] ? wire::NotApplied : wire::Refused;
-        wire::putStatus(work.answer, i, whole ? wire::Applied : refused);
+        const wire::Status refused = accepted[i] ? wire::notApplied : wire::refused;
+        wire::putStatus(work.answer, i, whole ? wire::applied : refused);
     }
 }
 

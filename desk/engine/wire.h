@@ -44,9 +44,9 @@ inline constexpr int entryAddress = 1; // the entry carries four octets, first o
 
 /** What a reply says of an entry. */
 enum Status : std::uint8_t {
-    Applied = 0,
-    Refused = 1,    // the entry cannot be applied
-    NotApplied = 2, // another entry of the message was refused
+    applied = 0,
+    refused = 1,    // the entry cannot be applied
+    notApplied = 2, // another entry of the message was refused
 };
 
 using Bytes = std::array<std::uint8_t, messageSize>;

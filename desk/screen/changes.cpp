@@ -23,7 +23,7 @@ std::string write(Settings &settings, int group, int registerId, int value)
 template <int registerId>
 std::string quickAction(Settings &settings)
 {
-    return write(settings, QuickActionGroup, registerId, 0);
+    return write(settings, quickActionGroup, registerId, 0);
 }
 
 /** The next value of a setting, the first again after the last. */
@@ -38,7 +38,7 @@ std::string next(Settings &settings, Key key)
 std::string addLuminance(Settings &settings, int step)
 {
     const int now = settings.number(presetKey(settings.activePreset(), "luminance"));
-    return write(settings, ColorSpaceGroup, 0, std::clamp(now + step, lowestLuminance, highestLuminance));
+    return write(settings, colorSpaceGroup, 0, std::clamp(now + step, lowestLuminance, highestLuminance));
 }
 
 constexpr ButtonAction actions[] = {
@@ -102,11 +102,11 @@ void set(Contents &contents, const Json &change)
     const auto name = member<std::string>(change, "set", "the name of a setting");
     const int value = member<int>(change, "value", "a whole number of 16 bits");
     if (name == "luminance") { // of the active preset
-        expectDone(write(contents.settings, ColorSpaceGroup, 0, value));
+        expectDone(write(contents.settings, colorSpaceGroup, 0, value));
         return;
     }
     const int place = findSetting(name);
-    if (place < 0 || settingRows[static_cast<std::size_t>(place)].access != Access::Writable) {
+    if (place < 0 || settingRows[static_cast<std::size_t>(place)].access != Access::writable) {
         throw BadRequest("there is no setting " + name + " that can be written");
     }
     const SettingRow &row = settingRows[static_cast<std::size_t>(place)];
@@ -116,7 +116,7 @@ void set(Contents &contents, const Json &change)
 void power(Contents &contents, const Json &change)
 {
     const bool on = member<bool>(change, "power", "true or false");
-    expectDone(write(contents.settings, GeneralGroup, softPowerRegister, on ? 0 : 1));
+    expectDone(write(contents.settings, generalGroup, softPowerRegister, on ? 0 : 1));
 }
 
 void press(Contents &contents, const Json &change)

@@ -47,8 +47,8 @@ std::string describeModel(const std::string &version)
     for (const SettingRow &row : settingRows) {
         Json &entry = settings[std::string(row.name)];
         entry = {
-            {"register", row.registerId}, {"group", row.group}, {"writable", row.access == Access::Writable}};
-        if (row.kind == Kind::Number) {
+            {"register", row.registerId}, {"group", row.group}, {"writable", row.access == Access::writable}};
+        if (row.kind == Kind::number) {
             entry.update({{"minimum", row.minimum}, {"maximum", row.maximum}, {"step", row.step}});
         }
     }
@@ -82,7 +82,7 @@ std::string describeState(const Contents &contents, bool engineRuns)
     Json settings = Json::object();
     for (const SettingRow &row : settingRows) {
         const Key key = keyOf(row);
-        if (row.kind == Kind::Number) {
+        if (row.kind == Kind::number) {
             settings[std::string(row.name)] = contents.settings.number(key);
         } else {
             settings[std::string(row.name)] = contents.settings.text(key);

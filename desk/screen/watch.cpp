@@ -127,7 +127,7 @@ bool Watch::lookAtBoard()
         }
         if (board_ == nullptr) {
             try {
-                board_ = std::make_unique<Board>(options_.queueKey, SharedMemory::Access::Read);
+                board_ = std::make_unique<Board>(options_.queueKey, SharedMemory::Access::read);
                 ++boardNumber_;
                 newest_ = 0;
             } catch (const KernelError &) { // no engine has run yet

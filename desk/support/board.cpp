@@ -89,7 +89,7 @@ Board::Board(key_t key, SharedMemory::Access access)
 {
     // Not from 1: a reply of an earlier board may still lie on a queue.
     Ticket random = 0;
-    if (access == SharedMemory::Access::Write && contents_.lastTicket.load() == noTicket &&
+    if (access == SharedMemory::Access::write && contents_.lastTicket.load() == noTicket &&
         getrandom(&random, sizeof random, 0) == sizeof random) {
         Ticket none = noTicket;
         contents_.lastTicket.compare_exchange_strong(none, 1 + random % (highestTicket / 2));
@@ -113,8 +113,8 @@ Ticket Board::open()
         const Ticket ticket = contents_.lastTicket.fetch_add(1) % highestTicket + 1;
         Slot &slot = slotOf(ticket);
         std::uint32_t word = slot.word.load();
-        if (stageOf(word) == Stage::Closed &&
-            slot.word.compare_exchange_strong(word, wordOf(ticket, Stage::Waiting))) {
+        if (stageOf(word) == Stage::closed &&
+            slot.word.compare_exchange_strong(word, wordOf(ticket, Stage::waiting))) {
             slot.sentAt.store(now());
             return ticket;
         }
@@ -124,7 +124,7 @@ Ticket Board::open()
 
 bool Board::takeBack(Ticket ticket)
 {
-    return advance(ticket, Stage::Waiting, Stage::Closed);
+    return advance(ticket, Stage::waiting, Stage::closed);
 }
 
 void Board::close(Ticket ticket)
@@ -132,7 +132,7 @@ void Board::close(Ticket ticket)
     Slot &slot = slotOf(ticket);
     std::uint32_t word = slot.word.load();
     if (ticketOf(word) == ticket) {
-        slot.word.compare_exchange_strong(word, wordOf(ticket, Stage::Closed));
+        slot.word.compare_exchange_strong(word, wordOf(ticket, Stage::closed));
     }
 }
 
@@ -140,7 +140,7 @@ void Board::waitForChange(Ticket ticket, Stage stage, std::chrono::nanoseconds l
 {
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(longest);
     const timespec time{static_cast<time_t>(seconds.count()), static_cast<long>((longest - seconds).count())};
-    if (stage == Stage::Closed) { // and the place perhaps another ticket's: there is nothing to look at
+    if (stage == Stage::closed) { // and the place perhaps another ticket's: there is nothing to look at
         nanosleep(&time, nullptr);
         return;
     }
@@ -150,24 +150,24 @@ void Board::waitForChange(Ticket ticket, Stage stage, std::chrono::nanoseconds l
 Stage Board::stage(Ticket ticket) const
 {
     const std::uint32_t word = slotOf(ticket).word.load();
-    return ticketOf(word) == ticket ? stageOf(word) : Stage::Closed;
+    return ticketOf(word) == ticket ? stageOf(word) : Stage::closed;
 }
 
 bool Board::claim(Ticket ticket)
 {
-    return advance(ticket, Stage::Waiting, Stage::Claimed);
+    return advance(ticket, Stage::waiting, Stage::claimed);
 }
 
 void Board::finish(Ticket ticket)
 {
-    if (advance(ticket, Stage::Claimed, Stage::Done) || advance(ticket, Stage::Waiting, Stage::Done)) {
+    if (advance(ticket, Stage::claimed, Stage::done) || advance(ticket, Stage::waiting, Stage::done)) {
         syscall(SYS_futex, &slotOf(ticket).word, FUTEX_WAKE, INT_MAX, nullptr, nullptr, 0);
     }
 }
 
 Clock::time_point Board::sentAt(Ticket ticket) const
 {
-    const bool there = stage(ticket) != Stage::Closed;
+    const bool there = stage(ticket) != Stage::closed;
     return Clock::time_point(Clock::duration(there ? slotOf(ticket).sentAt.load() : 0));
 }
 
@@ -175,7 +175,7 @@ void Board::finishClaimed()
 {
     for (Slot &slot : contents_.slots) {
         const std::uint32_t word = slot.word.load();
-        if (stageOf(word) == Stage::Claimed) {
+        if (stageOf(word) == Stage::claimed) {
             finish(ticketOf(word));
         }
     }
@@ -186,8 +186,8 @@ std::vector<Ticket> Board::closeForgotten(Clock::time_point before)
     std::vector<Ticket> closed;
     for (Slot &slot : contents_.slots) {
         const std::uint32_t word = slot.word.load();
-        if (stageOf(word) == Stage::Done && slot.sentAt.load() < before.time_since_epoch().count() &&
-            advance(ticketOf(word), Stage::Done, Stage::Closed)) {
+        if (stageOf(word) == Stage::done && slot.sentAt.load() < before.time_since_epoch().count() &&
+            advance(ticketOf(word), Stage::done, Stage::closed)) {
             closed.push_back(ticketOf(word));
         }
     }

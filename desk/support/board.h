@@ -25,23 +25,23 @@ inline constexpr Ticket noTicket = 0;
 using Clock = std::chrono::steady_clock;
 
 enum class Stage : std::uint32_t {
-    Closed,  // nobody's; also what a ticket shows that is no longer there
-    Waiting, // sent, or about to be
-    Claimed, // the engine is applying it
-    Done,    // the engine has done with it, and sent the reply if there is one
+    closed,  // nobody's; also what a ticket shows that is no longer there
+    waiting, // sent, or about to be
+    claimed, // the engine is applying it
+    done,    // the engine has done with it, and sent the reply if there is one
 };
 
 /** What became of a request. */
 enum class Outcome : std::uint8_t {
-    None,        // of the future; never logged
-    Answered,    // what became of each entry is in the answer
-    NotAwaited,  // applied or refused; its sender does not wait for an answer
-    Silent,      // the engine was told to be silent
-    Lost,        // the engine was told to lose the reply
-    TakenBack,   // its sender had given up; not applied
-    TooOld,      // sent before this engine was started; not applied
-    NotServed,   // of a type, a source or a command that is not served; not applied
-    StoreFailed, // the settings store could not be used
+    none,        // of the future; never logged
+    answered,    // what became of each entry is in the answer
+    notAwaited,  // applied or refused; its sender does not wait for an answer
+    silent,      // the engine was told to be silent
+    lost,        // the engine was told to lose the reply
+    takenBack,   // its sender had given up; not applied
+    tooOld,      // sent before this engine was started; not applied
+    notServed,   // of a type, a source or a command that is not served; not applied
+    storeFailed, // the settings store could not be used
 };
 
 /** The name of an outcome, as it is shown: "answered", "taken back". */
@@ -64,8 +64,8 @@ class Board
     static constexpr std::size_t ticketCount = 256;
     static constexpr std::size_t loggedCount = 1000;
 
-    /** Throws KernelError. With Access::Read the tickets must not be touched. */
-    explicit Board(key_t key, SharedMemory::Access access = SharedMemory::Access::Write);
+    /** Throws KernelError. With Access::read the tickets must not be touched. */
+    explicit Board(key_t key, SharedMemory::Access access = SharedMemory::Access::write);
     /** False when it was removed since: others use another one. */
     bool inPlace() const
     {

@@ -65,14 +65,14 @@ int obtainQueue(key_t key)
 }
 
 SharedMemory::SharedMemory(key_t key, std::size_t size, Access access)
-    : key_(key), identifier_(shmget(key, size, access == Access::Write ? IPC_CREAT | ownerOnly : 0))
+    : key_(key), identifier_(shmget(key, size, access == Access::write ? IPC_CREAT | ownerOnly : 0))
 {
     shmid_ds state;
     if (identifier_ == -1 || shmctl(identifier_, IPC_STAT, &state) == -1) {
         fail("the shared memory", key, errno == EINVAL ? "is another program's" : refusal());
     }
     expectOwn("the shared memory", key, state.shm_perm);
-    address_ = shmat(identifier_, nullptr, access == Access::Read ? SHM_RDONLY : 0);
+    address_ = shmat(identifier_, nullptr, access == Access::read ? SHM_RDONLY : 0);
     if (address_ == reinterpret_cast<void *>(-1)) {
         fail("the shared memory", key, refusal());
     }

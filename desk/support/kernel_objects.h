@@ -40,8 +40,8 @@ int obtainQueue(key_t key);
 class SharedMemory
 {
   public:
-    enum class Access { Write, Read };
-    /** Throws KernelError; with Access::Read also when there is none. */
+    enum class Access { write, read };
+    /** Throws KernelError; with Access::read also when there is none. */
     SharedMemory(key_t key, std::size_t size, Access access);
     ~SharedMemory();
     SharedMemory(const SharedMemory &) = delete;

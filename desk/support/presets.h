@@ -93,27 +93,27 @@ inline constexpr int lowestLuminance = 48;
 inline constexpr int highestLuminance = 250;
 
 inline constexpr PresetField presetFields[] = {
-    {"name", noRegister, Kind::Text, 15, presets::name},
-    {"luminance", noRegister, Kind::Number, 0, presets::luminance}, // as the user left it
-    {"calibrated_luminance", noRegister, Kind::Number, 0,
+    {"name", noRegister, Kind::text, 15, presets::name},
+    {"luminance", noRegister, Kind::number, 0, presets::luminance}, // as the user left it
+    {"calibrated_luminance", noRegister, Kind::number, 0,
      presets::luminance}, // as the last calibration left it
-    {"red_x", 2, Kind::Text, 10, presets::decimals<&PresetRow::red, presets::x>},
-    {"red_y", 3, Kind::Text, 10, presets::decimals<&PresetRow::red, presets::y>},
-    {"red_u", 4, Kind::Text, 10, presets::decimals<&PresetRow::red, presets::u>},
-    {"red_v", 5, Kind::Text, 10, presets::decimals<&PresetRow::red, presets::v>},
-    {"green_x", 6, Kind::Text, 10, presets::decimals<&PresetRow::green, presets::x>},
-    {"green_y", 7, Kind::Text, 10, presets::decimals<&PresetRow::green, presets::y>},
-    {"green_u", 8, Kind::Text, 10, presets::decimals<&PresetRow::green, presets::u>},
-    {"green_v", 9, Kind::Text, 10, presets::decimals<&PresetRow::green, presets::v>},
-    {"blue_x", 10, Kind::Text, 10, presets::decimals<&PresetRow::blue, presets::x>},
-    {"blue_y", 11, Kind::Text, 10, presets::decimals<&PresetRow::blue, presets::y>},
-    {"blue_u", 12, Kind::Text, 10, presets::decimals<&PresetRow::blue, presets::u>},
-    {"blue_v", 13, Kind::Text, 10, presets::decimals<&PresetRow::blue, presets::v>},
-    {"white_x", 14, Kind::Text, 10, presets::decimals<&PresetRow::white, presets::x>},
-    {"white_y", 15, Kind::Text, 10, presets::decimals<&PresetRow::white, presets::y>},
-    {"white_u", 16, Kind::Text, 10, presets::decimals<&PresetRow::white, presets::u>},
-    {"white_v", 17, Kind::Text, 10, presets::decimals<&PresetRow::white, presets::v>},
-    {"gamma", 18, Kind::Text, 10, presets::gamma},
+    {"red_x", 2, Kind::text, 10, presets::decimals<&PresetRow::red, presets::x>},
+    {"red_y", 3, Kind::text, 10, presets::decimals<&PresetRow::red, presets::y>},
+    {"red_u", 4, Kind::text, 10, presets::decimals<&PresetRow::red, presets::u>},
+    {"red_v", 5, Kind::text, 10, presets::decimals<&PresetRow::red, presets::v>},
+    {"green_x", 6, Kind::text, 10, presets::decimals<&PresetRow::green, presets::x>},
+    {"green_y", 7, Kind::text, 10, presets::decimals<&PresetRow::green, presets::y>},
+    {"green_u", 8, Kind::text, 10, presets::decimals<&PresetRow::green, presets::u>},
+    {"green_v", 9, Kind::text, 10, presets::decimals<&PresetRow::green, presets::v>},
+    {"blue_x", 10, Kind::text, 10, presets::decimals<&PresetRow::blue, presets::x>},
+    {"blue_y", 11, Kind::text, 10, presets::decimals<&PresetRow::blue, presets::y>},
+    {"blue_u", 12, Kind::text, 10, presets::decimals<&PresetRow::blue, presets::u>},
+    {"blue_v", 13, Kind::text, 10, presets::decimals<&PresetRow::blue, presets::v>},
+    {"white_x", 14, Kind::text, 10, presets::decimals<&PresetRow::white, presets::x>},
+    {"white_y", 15, Kind::text, 10, presets::decimals<&PresetRow::white, presets::y>},
+    {"white_u", 16, Kind::text, 10, presets::decimals<&PresetRow::white, presets::u>},
+    {"white_v", 17, Kind::text, 10, presets::decimals<&PresetRow::white, presets::v>},
+    {"gamma", 18, Kind::text, 10, presets::gamma},
 };
 inline constexpr int presetFieldCount = static_cast<int>(std::size(presetFields));
 

@@ -99,7 +99,7 @@ bool isTold(std::string_view fault)
     return session.store().read().fault(fault);
 }
 
-enum class Look { NotYet, Came, Broken };
+enum class Look { notYet, came, broken };
 
 /** The reply says the same as the request, but for what became of the entries. */
 bool echoes(SpearMessage reply, SpearMessage request)
@@ -124,7 +124,7 @@ Look fetch(const Request &request, int queueId)
         const ssize_t size = msgrcv(queueId, &envelope, sizeof envelope.bytes,
                                     static_cast<long>(request.ticket), IPC_NOWAIT | MSG_NOERROR);
         if (size == -1 && errno != EINTR) {
-            return errno == ENOMSG ? Look::NotYet : Look::Broken;
+            return errno == ENOMSG ? Look::notYet : Look::broken;
         }
         if (size == -1) {
             continue;
@@ -132,7 +132,7 @@ Look fetch(const Request &request, int queueId)
         SpearMessage reply;
         memcpy(&reply, envelope.bytes, sizeof reply);
         if (size == static_cast<ssize_t>(messageSize) && echoes(reply, request.message)) {
-            return Look::Came;
+            return Look::came;
         }
         report("RecvMessageFromSource", "a message that is no reply to the request was dropped");
     }
@@ -160,11 +160,11 @@ bool giveUp(const Request &request, int queueId)
         return false;
     }
     const Clock::time_point end = Clock::now() + longestApplying;
-    while (request.board->stage(request.ticket) == Stage::Claimed && EnginePlace::isTaken(request.key) &&
+    while (request.board->stage(request.ticket) == Stage::claimed && EnginePlace::isTaken(request.key) &&
            Clock::now() < end) {
-        request.board->waitForChange(request.ticket, Stage::Claimed, longestPause);
+        request.board->waitForChange(request.ticket, Stage::claimed, longestPause);
     }
-    const bool came = fetch(request, queueId) == Look::Came;
+    const bool came = fetch(request, queueId) == Look::came;
     request.board->close(request.ticket);
     return came;
 }
@@ -192,12 +192,12 @@ int receive(const Request &request, int queueId)
     for (;;) {
         const Stage stage = request.board->stage(request.ticket);
         const Look look = fetch(request, queueId);
-        if (look == Look::Came) {
+        if (look == Look::came) {
             request.board->close(request.ticket);
             return SUCCESS;
         }
         const Clock::duration left = end - Clock::now();
-        if (look == Look::Broken || left <= Clock::duration::zero()) {
+        if (look == Look::broken || left <= Clock::duration::zero()) {
             return giveUp(request, queueId) ? SUCCESS : FAILURE;
         }
         request.board->waitForChange(request.ticket, stage, std::min<Clock::duration>(left, longestPause));

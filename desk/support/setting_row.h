@@ -13,36 +13,36 @@ namespace desk
 {
 
 enum class Kind : std::uint8_t {
-    Number,  // minimum..maximum, a multiple of step
-    Text,    // at most maximum bytes
-    Address, // IPv4, dotted
+    number,  // minimum..maximum, a multiple of step
+    text,    // at most maximum bytes
+    address, // IPv4, dotted
 };
 
 enum class Access : std::uint8_t {
-    Writable, // a set request may write it
-    ReadOnly, // a set request may not; the desk's command and the support library may
+    writable, // a set request may write it
+    readOnly, // a set request may not; the desk's command and the support library may
 };
 
 /** Information groups of registers. */
 enum Group : int {
-    ColorSpaceGroup = 0,
-    VideoInputGroup = 1,
-    ImageGroup = 2,
-    PipGroup = 3,
-    RemoteGroup = 4,
-    ManagementGroup = 5,
-    MenuGroup = 6,
-    FunctionButtonGroup = 7,
-    BezelButtonGroup = 8,
-    InfoGroup = 9,
-    VersionGroup = 10,
-    ResetGroup = 11,
-    ColorParameterGroup = 12,
-    QuickActionGroup = 13,
-    FactoryGroup = 14,
-    TestPatternGroup = 15,
-    GeneralGroup = 16,
-    LastGroup = GeneralGroup,
+    colorSpaceGroup = 0,
+    videoInputGroup = 1,
+    imageGroup = 2,
+    pipGroup = 3,
+    remoteGroup = 4,
+    managementGroup = 5,
+    menuGroup = 6,
+    functionButtonGroup = 7,
+    bezelButtonGroup = 8,
+    infoGroup = 9,
+    versionGroup = 10,
+    resetGroup = 11,
+    colorParameterGroup = 12,
+    quickActionGroup = 13,
+    factoryGroup = 14,
+    testPatternGroup = 15,
+    generalGroup = 16,
+    lastGroup = generalGroup,
 };
 
 inline constexpr int noRegister = -1;
@@ -56,7 +56,7 @@ struct SettingRow {
     int group;
     Kind kind;
     Access access;
-    int factoryNumber; // Kind::Number
+    int factoryNumber; // Kind::number
     std::string_view factoryText;
     int minimum;
     int maximum;
@@ -66,7 +66,7 @@ struct SettingRow {
 constexpr SettingRow range(std::string_view name, int reg, int group, int factory, int minimum, int maximum,
                            int step = 1)
 {
-    return {name, reg, group, Kind::Number, Access::Writable, factory, {}, minimum, maximum, step};
+    return {name, reg, group, Kind::number, Access::writable, factory, {}, minimum, maximum, step};
 }
 
 constexpr SettingRow onOff(std::string_view name, int reg, int group, int factory)
@@ -76,17 +76,17 @@ constexpr SettingRow onOff(std::string_view name, int reg, int group, int factor
 
 constexpr SettingRow figure(std::string_view name, int reg, int group, int factory, int minimum, int maximum)
 {
-    return {name, reg, group, Kind::Number, Access::ReadOnly, factory, {}, minimum, maximum, 1};
+    return {name, reg, group, Kind::number, Access::readOnly, factory, {}, minimum, maximum, 1};
 }
 
 constexpr SettingRow text(std::string_view name, int reg, int group, std::string_view factory, int width)
 {
-    return {name, reg, group, Kind::Text, Access::ReadOnly, 0, factory, 0, width, 1};
+    return {name, reg, group, Kind::text, Access::readOnly, 0, factory, 0, width, 1};
 }
 
 constexpr SettingRow address(std::string_view name, int reg, int group, std::string_view factory)
 {
-    return {name, reg, group, Kind::Address, Access::Writable, 0, factory, 0, 15, 1};
+    return {name, reg, group, Kind::address, Access::writable, 0, factory, 0, 15, 1};
 }
 
 } // namespace desk

@@ -11,7 +11,7 @@ consteval Settings::Values Settings::factoryValues()
     Values values;
     for (std::size_t i = 0; i < settingCount; ++i) {
         const SettingRow &row = settingRows[i];
-        if (row.kind == Kind::Number) {
+        if (row.kind == Kind::number) {
             values[i] = {row.factoryNumber, decimalText(row.factoryNumber)};
         } else {
             values[i] = {0, ShortText(row.factoryText)};
@@ -32,7 +32,7 @@ void Settings::set(Key key, int value)
 void Settings::set(Key key, std::string_view value)
 {
     int number = 0;
-    if (key.row().kind == Kind::Number) {
+    if (key.row().kind == Kind::number) {
         parseNumber(value, number);
     }
     values_[key.index()] = {number, ShortText(value)};

@@ -15,7 +15,7 @@ consteval bool acceptsItsFactoryValue(const SettingRow &row)
         row.step < 1) {
         return false;
     }
-    if (row.kind == Kind::Number) {
+    if (row.kind == Kind::number) {
         return row.factoryNumber >= row.minimum && row.factoryNumber <= row.maximum &&
                row.factoryNumber % row.step == 0;
     }
@@ -110,7 +110,7 @@ const SettingRow *findRegister(int registerId, int group)
 
 std::string complaint(const SettingRow &row, std::string_view value)
 {
-    if (row.kind == Kind::Number) {
+    if (row.kind == Kind::number) {
         int number = 0;
         if (!parseNumber(value, number)) {
             return "is not a whole number";
@@ -120,7 +120,7 @@ std::string complaint(const SettingRow &row, std::string_view value)
         }
         return number % row.step == 0 ? std::string() : "is not a multiple of " + std::to_string(row.step);
     }
-    if (row.kind == Kind::Address) {
+    if (row.kind == Kind::address) {
         std::uint8_t octets[4];
         return parseAddress(value, octets) ? std::string() : "is not an IPv4 address";
     }

@@ -28,7 +28,7 @@ int width(std::string_view text)
 std::string acceptedValues(Key key)
 {
     const SettingRow &row = key.row();
-    if (row.kind != Kind::Number || key == Key("deployment_date")) {
+    if (row.kind != Kind::number || key == Key("deployment_date")) {
         return {};
     }
     const std::string step = row.step > 1 ? " by " + std::to_string(row.step) : "";

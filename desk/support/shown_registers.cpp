@@ -44,39 +44,39 @@ struct ShownRegister {
 };
 
 constexpr ShownRegister shownRegisters[] = {
-    {0, ColorSpaceGroup, activeLuminance},
-    {19, ColorSpaceGroup, factoryResetAllowed},
-    {19, ResetGroup, factoryResetAllowed},
-    {20, ColorSpaceGroup, lastResetAllowed},
-    {20, ResetGroup, lastResetAllowed},
-    {41, ImageGroup,
+    {0, colorSpaceGroup, activeLuminance},
+    {19, colorSpaceGroup, factoryResetAllowed},
+    {19, resetGroup, factoryResetAllowed},
+    {20, colorSpaceGroup, lastResetAllowed},
+    {20, resetGroup, lastResetAllowed},
+    {41, imageGroup,
      [](const Settings &s) -> ShortText { return s.text(inputHeight(s.number("video_input"))); }},
-    {42, ImageGroup,
+    {42, imageGroup,
      [](const Settings &s) -> ShortText { return s.text(inputWidth(s.number("video_input"))); }},
-    {58, PipGroup, nothing},
-    {63, PipGroup, [](const Settings &s) -> ShortText { return s.text("video_input"); }},
-    {64, PipGroup,
+    {58, pipGroup, nothing},
+    {63, pipGroup, [](const Settings &s) -> ShortText { return s.text("video_input"); }},
+    {64, pipGroup,
      [](const Settings &s) -> ShortText { return s.text(inputHeight(s.number("pip_source"))); }},
-    {65, PipGroup, [](const Settings &s) -> ShortText { return s.text(inputWidth(s.number("pip_source"))); }},
-    {131, InfoGroup, [](const Settings &s) -> ShortText { return s.text("active_color_space"); }},
-    {136, VersionGroup, [](const Settings &s) -> ShortText { return s.text("pexal_version"); }},
-    {140, ResetGroup, nothing},
-    {141, ResetGroup, nothing},
-    {142, ResetGroup, [](const Settings &s) -> ShortText { return s.text("display_port_compatibility"); }},
-    {143, ResetGroup, nothing},
-    {144, ResetGroup, nothing},
-    {150, QuickActionGroup, nothing},
-    {151, QuickActionGroup, [](const Settings &s) -> ShortText { return s.text("source_scaling_4k"); }},
-    {152, QuickActionGroup, [](const Settings &s) -> ShortText { return s.text("video_input"); }},
-    {153, QuickActionGroup, [](const Settings &s) -> ShortText { return s.text("use_video_levels"); }},
-    {154, QuickActionGroup, [](const Settings &s) -> ShortText { return s.text("overscan"); }},
-    {155, QuickActionGroup, [](const Settings &s) -> ShortText { return s.text("show_blue_channel"); }},
-    {156, QuickActionGroup, [](const Settings &s) -> ShortText { return s.text("displayed_4k_corner"); }},
-    {157, QuickActionGroup, [](const Settings &s) -> ShortText { return s.text("pip_mode"); }},
-    {158, QuickActionGroup, nothing},
-    {159, QuickActionGroup, [](const Settings &s) -> ShortText { return s.text("pip_position"); }},
-    {175, TestPatternGroup, [](const Settings &s) -> ShortText { return s.text("test_pattern_enabled"); }},
-    {180, GeneralGroup,
+    {65, pipGroup, [](const Settings &s) -> ShortText { return s.text(inputWidth(s.number("pip_source"))); }},
+    {131, infoGroup, [](const Settings &s) -> ShortText { return s.text("active_color_space"); }},
+    {136, versionGroup, [](const Settings &s) -> ShortText { return s.text("pexal_version"); }},
+    {140, resetGroup, nothing},
+    {141, resetGroup, nothing},
+    {142, resetGroup, [](const Settings &s) -> ShortText { return s.text("display_port_compatibility"); }},
+    {143, resetGroup, nothing},
+    {144, resetGroup, nothing},
+    {150, quickActionGroup, nothing},
+    {151, quickActionGroup, [](const Settings &s) -> ShortText { return s.text("source_scaling_4k"); }},
+    {152, quickActionGroup, [](const Settings &s) -> ShortText { return s.text("video_input"); }},
+    {153, quickActionGroup, [](const Settings &s) -> ShortText { return s.text("use_video_levels"); }},
+    {154, quickActionGroup, [](const Settings &s) -> ShortText { return s.text("overscan"); }},
+    {155, quickActionGroup, [](const Settings &s) -> ShortText { return s.text("show_blue_channel"); }},
+    {156, quickActionGroup, [](const Settings &s) -> ShortText { return s.text("displayed_4k_corner"); }},
+    {157, quickActionGroup, [](const Settings &s) -> ShortText { return s.text("pip_mode"); }},
+    {158, quickActionGroup, nothing},
+    {159, quickActionGroup, [](const Settings &s) -> ShortText { return s.text("pip_position"); }},
+    {175, testPatternGroup, [](const Settings &s) -> ShortText { return s.text("test_pattern_enabled"); }},
+    {180, generalGroup,
      [](const Settings &s) { return decimalText(s.number("soft_power_state") != 0 ? 0 : 1); }},
 };
 
@@ -93,7 +93,7 @@ const ShownRegister *findShown(int registerId, int group)
 /** The value of the active preset that a register of the groups of colour shows, -1 when it shows none. */
 int findPresetField(int registerId, int group)
 {
-    if (group != ColorSpaceGroup && group != ColorParameterGroup) {
+    if (group != colorSpaceGroup && group != colorParameterGroup) {
         return -1;
     }
     for (int i = 0; i < presetFieldCount; ++i) {

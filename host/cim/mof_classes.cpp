@@ -132,7 +132,7 @@ void MofParser::resolveClass(ParsedClass &parsed)
     resolveMethods(parsed, parent);
     if (klass.isAssociation) {
         const auto count = std::count_if(klass.properties.begin(), klass.properties.end(),
-                                         [](const Property &p) { return p.type == Type::Reference; });
+                                         [](const Property &p) { return p.type == Type::reference; });
         if (count < 2) {
             error(parsed.where, what + " is an association with " + std::to_string(count) +
                                     " references; expected at least two");
@@ -160,7 +160,7 @@ void MofParser::checkOverride(const Qualifiers &qualifiers, const char *kind, co
 void MofParser::addReference(const Element &element, const std::string &ancestor, const std::string &what,
                              Where where)
 {
-    if (element.type == Type::Reference) {
+    if (element.type == Type::reference) {
         pending_.push_back({element.referenceClass, ancestor, what, file_, where});
     }
 }
@@ -191,7 +191,7 @@ void MofParser::resolveProperties(ParsedClass &parsed, const Class *parent)
         const bool isInherited = place != places.end();
         const Property *old = isInherited ? parent->findProperty(property.name) : nullptr;
         checkScope(declared.uses,
-                   property.type == Type::Reference ? Declaration::scopeReference
+                   property.type == Type::reference ? Declaration::scopeReference
                                                     : Declaration::scopeProperty,
                    what);
         property.qualifiers =
@@ -200,7 +200,7 @@ void MofParser::resolveProperties(ParsedClass &parsed, const Class *parent)
         property.classOrigin = old != nullptr ? old->classOrigin : klass.name;
         checkOverride(property.qualifiers, "property", property.name, klass.name,
                       old != nullptr ? &old->classOrigin : nullptr, declared.where);
-        if (property.type == Type::Reference && !klass.isAssociation) {
+        if (property.type == Type::reference && !klass.isAssociation) {
             error(declared.where, what + " is a reference; only an association may have one");
         }
         if (property.isKey && property.isArray) {

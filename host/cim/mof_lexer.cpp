@@ -93,7 +93,7 @@ std::string shown(char letter)
 
 void makeBad(MofToken &token, std::string message)
 {
-    token.kind = MofTokenKind::Bad;
+    token.kind = MofTokenKind::bad;
     token.text = std::move(message);
 }
 
@@ -168,7 +168,7 @@ MofToken MofLexer::next()
         while (isNameStart(peek(length)) || isDigit(peek(length))) {
             ++length;
         }
-        token.kind = MofTokenKind::Name;
+        token.kind = MofTokenKind::name;
         token.text = text_.substr(place_, length);
         skip(length);
     } else if (isDigit(letter) || letter == '+' || letter == '-' || (letter == '.' && isDigit(peek(1)))) {
@@ -176,7 +176,7 @@ MofToken MofLexer::next()
     } else if (letter == '"' || letter == '\'') {
         readQuoted(token, letter);
     } else if (symbols.find(letter) != std::string_view::npos) {
-        token.kind = MofTokenKind::Symbol;
+        token.kind = MofTokenKind::symbol;
         token.symbol = letter;
         token.text = letter;
         skip(1);
@@ -239,7 +239,7 @@ void MofLexer::readNumber(MofToken &token)
             makeBad(token, "\"" + token.text + "\" is not a number");
             return;
         }
-        token.kind = MofTokenKind::Real;
+        token.kind = MofTokenKind::real;
         return;
     } else if (digits.size() > 1 && digits[0] == '0') {
         base = 8;
@@ -262,7 +262,7 @@ void MofLexer::readNumber(MofToken &token)
         }
         value = value * base + static_cast<unsigned>(digit);
     }
-    token.kind = MofTokenKind::Integer;
+    token.kind = MofTokenKind::integer;
     token.magnitude = value;
 }
 
@@ -382,7 +382,7 @@ void MofLexer::readQuoted(MofToken &token, char quote)
         makeBad(token, std::move(message));
         return;
     }
-    token.kind = isString ? MofTokenKind::String : MofTokenKind::Char;
+    token.kind = isString ? MofTokenKind::string : MofTokenKind::character;
     token.text = std::move(value);
 }
 

@@ -12,18 +12,18 @@ namespace cim
 {
 
 enum class MofTokenKind {
-    End,
-    Name,    // identifiers and keywords
-    Integer, // in any of the four bases
-    Real,
-    String, // adjacent literals joined, escapes resolved, UTF-8
-    Char,   // a single character in single quotes, UTF-8
-    Symbol, // one of { } ( ) [ ] , ; : = # $
-    Bad,    // no token at all; text says what is wrong
+    end,
+    name,    // identifiers and keywords
+    integer, // in any of the four bases
+    real,
+    string,    // adjacent literals joined, escapes resolved, UTF-8
+    character, // a single character in single quotes, UTF-8
+    symbol,    // one of { } ( ) [ ] , ; : = # $
+    bad,       // no token at all; text says what is wrong
 };
 
 struct MofToken {
-    MofTokenKind kind = MofTokenKind::End;
+    MofTokenKind kind = MofTokenKind::end;
     std::string text; // the word; of a String or Char what it stands for; of Bad the message
     char symbol = 0;
     std::uint64_t magnitude = 0; // of an Integer, without its sign

@@ -28,13 +28,13 @@ std::string shown(const MofToken &token)
     constexpr std::size_t longest = 40;
     std::string text = token.text.size() > longest ? token.text.substr(0, longest) + "..." : token.text;
     switch (token.kind) {
-    case MofTokenKind::End:
+    case MofTokenKind::end:
         return "the end of the file";
-    case MofTokenKind::String:
+    case MofTokenKind::string:
         return "a string";
-    case MofTokenKind::Char:
+    case MofTokenKind::character:
         return "a character literal";
-    case MofTokenKind::Bad:
+    case MofTokenKind::bad:
         return text;
     default:
         return inQuotes(text);
@@ -72,7 +72,7 @@ void MofParser::abandon(Where where, std::string text)
 
 void MofParser::unexpected(const std::string &expected)
 {
-    if (token_.kind == MofTokenKind::Bad) {
+    if (token_.kind == MofTokenKind::bad) {
         abandon(here(), token_.text);
     }
     abandon(here(), "expected " + expected + ", found " + shown(token_));
@@ -88,8 +88,8 @@ void MofParser::advance()
         --depth_;
     }
     token_ = lexer_.next();
-    if (token_.kind == MofTokenKind::Name && token_.text.size() > limits_.nameLength) {
-        token_.kind = MofTokenKind::Bad;
+    if (token_.kind == MofTokenKind::name && token_.text.size() > limits_.nameLength) {
+        token_.kind = MofTokenKind::bad;
         token_.text = "the name is longer than " + std::to_string(limits_.nameLength) + " characters";
     }
 }
@@ -112,7 +112,7 @@ void MofParser::expect(char symbol, const char *after)
 
 std::string MofParser::expectName(const char *what)
 {
-    if (token_.kind != MofTokenKind::Name) {
+    if (token_.kind != MofTokenKind::name) {
         unexpected(what);
     }
     std::string name = std::move(token_.text);
@@ -131,7 +131,7 @@ void MofParser::checkLength(std::size_t length, const char *what)
  * the first column that can only start another one. */
 void MofParser::recover()
 {
-    while (token_.kind != MofTokenKind::End && !isAtDeclaration()) {
+    while (token_.kind != MofTokenKind::end && !isAtDeclaration()) {
         const bool isEnd = isSymbol(';') && depth_ <= 0;
         advance();
         if (isEnd) {
@@ -216,7 +216,7 @@ void MofParser::readText(std::string_view text, const std::string &name)
 
 void MofParser::readProductions()
 {
-    while (token_.kind != MofTokenKind::End) {
+    while (token_.kind != MofTokenKind::end) {
         depth_ = 0;
         isBroken_ = false;
         className_.clear();
@@ -264,7 +264,7 @@ void MofParser::readDirective()
     const Where where = here();
     const std::string name = expectName("the name of a pragma");
     expect('(', "the name of the pragma");
-    if (token_.kind != MofTokenKind::String) {
+    if (token_.kind != MofTokenKind::string) {
         unexpected("a string, the argument of the pragma");
     }
     const std::string argument = token_.text;
@@ -294,7 +294,7 @@ void MofParser::readQualifierDeclaration()
     const Where typeWhere = here();
     const std::string type = expectName("the type of the qualifier");
     declaration.type = typeFromName(type);
-    if (declaration.type == Type::None || declaration.type == Type::Reference) {
+    if (declaration.type == Type::none || declaration.type == Type::reference) {
         abandon(typeWhere, inQuotes(type) +
                                " is not a type of qualifiers; expected boolean, string, datetime, "
                                "char16, real32, real64 or an integer type");
@@ -387,13 +387,13 @@ void MofParser::readInstance()
     advance();
     const std::string name = expectName("the class of the instance");
     while (!isSymbol('{')) {
-        if (token_.kind == MofTokenKind::End || isSymbol(';')) {
+        if (token_.kind == MofTokenKind::end || isSymbol(';')) {
             unexpected("\"{\" after the class of the instance");
         }
         advance();
     }
     do {
-        if (token_.kind == MofTokenKind::End || token_.kind == MofTokenKind::Bad) {
+        if (token_.kind == MofTokenKind::end || token_.kind == MofTokenKind::bad) {
             unexpected("\"}\" at the end of the instance");
         }
         advance();
@@ -421,7 +421,7 @@ void MofParser::readClass(std::vector<QualifierUse> uses)
     }
     expect('{', "the name of the class");
     while (!isSymbol('}')) {
-        if (token_.kind == MofTokenKind::End || isAtDeclaration()) {
+        if (token_.kind == MofTokenKind::end || isAtDeclaration()) {
             unexpected("\"}\" at the end of class " + inQuotes(className_));
         }
         readFeature(parsed);
@@ -453,7 +453,7 @@ void MofParser::readFeature(ParsedClass &parsed)
         method.uses = std::move(uses);
         method.method.name = std::move(element.name);
         method.method.returnType = element.type;
-        if (element.type == Type::Reference) {
+        if (element.type == Type::reference) {
             error(where, "method " + inQuotes(method.method.name) +
                              " returns a reference; expected one of the "
                              "other types");
@@ -469,7 +469,7 @@ void MofParser::readFeature(ParsedClass &parsed)
     Property &target = property.property;
     const std::string what = "property " + inQuotes(target.name) + " of class " + inQuotes(parsed.klass.name);
     target.isArray = readArraySuffix(target);
-    if (target.isArray && target.type == Type::Reference) {
+    if (target.isArray && target.type == Type::reference) {
         error(where, what + " is an array of references; only parameters may be");
     }
     target.defaultValue.isArray = target.isArray;
@@ -543,7 +543,7 @@ std::vector<QualifierUse> MofParser::readQualifierList()
                 convert(written, use.declaration->type, use.declaration->isArray, "value of " + what,
                         use.qualifier.value);
             }
-        } else if (use.declaration != nullptr && use.declaration->type == Type::Boolean &&
+        } else if (use.declaration != nullptr && use.declaration->type == Type::boolean &&
                    !use.declaration->isArray) {
             use.qualifier.value.isNull = false;
             use.qualifier.value.items = {"true"};
@@ -598,12 +598,12 @@ Literal MofParser::readLiteral()
 {
     Literal literal;
     switch (token_.kind) {
-    case MofTokenKind::Integer:
-    case MofTokenKind::Real:
-    case MofTokenKind::String:
-    case MofTokenKind::Char:
+    case MofTokenKind::integer:
+    case MofTokenKind::real:
+    case MofTokenKind::string:
+    case MofTokenKind::character:
         break;
-    case MofTokenKind::Name:
+    case MofTokenKind::name:
         literal.isTrue = isWord("true");
         literal.isBoolean = literal.isTrue || isWord("false");
         literal.isNull = isWord("null");
@@ -625,7 +625,7 @@ bool MofParser::readArraySuffix(Element &element)
     if (!accept('[')) {
         return false;
     }
-    if (token_.kind == MofTokenKind::Integer) {
+    if (token_.kind == MofTokenKind::integer) {
         if (token_.isNegative || token_.magnitude == 0 || token_.magnitude > UINT32_MAX) {
             abandon(here(), "the size of an array is a positive number of 32 bits");
         }
@@ -644,10 +644,10 @@ Type MofParser::readType(std::string &referenceClass)
     if (isWord("ref")) {
         advance();
         referenceClass = name;
-        return Type::Reference;
+        return Type::reference;
     }
     const Type type = typeFromName(name);
-    if (type == Type::None || type == Type::Reference) {
+    if (type == Type::none || type == Type::reference) {
         abandon(where, "unknown type " + inQuotes(name) +
                            "; expected boolean, string, datetime, char16, real32, real64, uint8 to uint64, "
                            "sint8 to sint64, or a class name followed by REF");

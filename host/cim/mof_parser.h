@@ -132,11 +132,11 @@ class MofParser
     void advance();
     bool isSymbol(char symbol) const
     {
-        return token_.kind == MofTokenKind::Symbol && token_.symbol == symbol;
+        return token_.kind == MofTokenKind::symbol && token_.symbol == symbol;
     }
     bool isWord(std::string_view word) const
     {
-        return token_.kind == MofTokenKind::Name && sameName(token_.text, word);
+        return token_.kind == MofTokenKind::name && sameName(token_.text, word);
     }
     /** True at a word in the first column that can only start a declaration: something before it is
      * unfinished. */

@@ -15,23 +15,23 @@ void integerRange(Type type, std::uint64_t &negative, std::uint64_t &positive)
 {
     unsigned bits = 64;
     switch (type) {
-    case Type::Uint8:
-    case Type::Sint8:
+    case Type::uint8:
+    case Type::sint8:
         bits = 8;
         break;
-    case Type::Uint16:
-    case Type::Sint16:
+    case Type::uint16:
+    case Type::sint16:
         bits = 16;
         break;
-    case Type::Uint32:
-    case Type::Sint32:
+    case Type::uint32:
+    case Type::sint32:
         bits = 32;
         break;
     default:
         break;
     }
     const bool isSigned =
-        type == Type::Sint8 || type == Type::Sint16 || type == Type::Sint32 || type == Type::Sint64;
+        type == Type::sint8 || type == Type::sint16 || type == Type::sint32 || type == Type::sint64;
     positive = UINT64_MAX >> (64 - bits + (isSigned ? 1 : 0));
     negative = isSigned ? positive + 1 : 0;
 }
@@ -93,7 +93,7 @@ bool MofParser::convertItem(const Literal &literal, Type type, const std::string
     if (literal.isNull) {
         return fail("a value that is not NULL in an array");
     }
-    if (type == Type::Boolean) {
+    if (type == Type::boolean) {
         text = literal.isTrue ? "true" : "false";
         return literal.isBoolean || fail("TRUE or FALSE");
     }
@@ -101,7 +101,7 @@ bool MofParser::convertItem(const Literal &literal, Type type, const std::string
         std::uint64_t negative = 0;
         std::uint64_t positive = 0;
         integerRange(type, negative, positive);
-        if (token.kind != MofTokenKind::Integer) {
+        if (token.kind != MofTokenKind::integer) {
             return fail(std::string("a number of type ") + typeName(type));
         }
         if (token.magnitude > (token.isNegative ? negative : positive)) {
@@ -113,11 +113,11 @@ bool MofParser::convertItem(const Literal &literal, Type type, const std::string
         return true;
     }
     if (isReal(type)) {
-        if (token.kind == MofTokenKind::Integer) {
+        if (token.kind == MofTokenKind::integer) {
             text = (token.isNegative ? "-" : "") + std::to_string(token.magnitude);
             return true;
         }
-        if (token.kind != MofTokenKind::Real) {
+        if (token.kind != MofTokenKind::real) {
             return fail(std::string("a number of type ") + typeName(type));
         }
         std::string_view digits = token.text;
@@ -127,18 +127,18 @@ bool MofParser::convertItem(const Literal &literal, Type type, const std::string
         double real64 = 0;
         float real32 = 0;
         const char *end = text.data() + text.size();
-        const auto read = type == Type::Real64 ? std::from_chars(text.data(), end, real64)
+        const auto read = type == Type::real64 ? std::from_chars(text.data(), end, real64)
                                                : std::from_chars(text.data(), end, real32);
         return read.ec == std::errc() || fail(std::string("a number in the range of ") + typeName(type));
     }
     text = token.text;
-    if (type == Type::Char16) {
-        return token.kind == MofTokenKind::Char || fail("a character in single quotes");
+    if (type == Type::char16) {
+        return token.kind == MofTokenKind::character || fail("a character in single quotes");
     }
-    if (token.kind != MofTokenKind::String) {
-        return fail(type == Type::Reference ? "an object path in a string" : "a string");
+    if (token.kind != MofTokenKind::string) {
+        return fail(type == Type::reference ? "an object path in a string" : "a string");
     }
-    if (type == Type::DateTime && !isDateTime(text)) {
+    if (type == Type::dateTime && !isDateTime(text)) {
         return fail("a datetime like \"20250131235959.000000+000\" or \"00000001235959.000000:000\"");
     }
     return true;

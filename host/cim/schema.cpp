@@ -14,11 +14,11 @@ struct NamedType {
 };
 
 constexpr NamedType types[] = {
-    {"boolean", Type::Boolean}, {"char16", Type::Char16},     {"real32", Type::Real32},
-    {"real64", Type::Real64},   {"uint8", Type::Uint8},       {"uint16", Type::Uint16},
-    {"uint32", Type::Uint32},   {"uint64", Type::Uint64},     {"sint8", Type::Sint8},
-    {"sint16", Type::Sint16},   {"sint32", Type::Sint32},     {"sint64", Type::Sint64},
-    {"string", Type::String},   {"datetime", Type::DateTime}, {"reference", Type::Reference},
+    {"boolean", Type::boolean}, {"char16", Type::char16},     {"real32", Type::real32},
+    {"real64", Type::real64},   {"uint8", Type::uint8},       {"uint16", Type::uint16},
+    {"uint32", Type::uint32},   {"uint64", Type::uint64},     {"sint8", Type::sint8},
+    {"sint16", Type::sint16},   {"sint32", Type::sint32},     {"sint64", Type::sint64},
+    {"string", Type::string},   {"datetime", Type::dateTime}, {"reference", Type::reference},
 };
 
 constexpr unsigned char lower(char letter)
@@ -59,7 +59,7 @@ Type typeFromName(std::string_view name)
             return entry.type;
         }
     }
-    return Type::None;
+    return Type::none;
 }
 
 bool sameName(std::string_view left, std::string_view right)
@@ -105,7 +105,7 @@ const Qualifier *findQualifier(const Qualifiers &qualifiers, std::string_view na
 bool hasQualifier(const Qualifiers &qualifiers, std::string_view name)
 {
     const Qualifier *qualifier = findQualifier(qualifiers, name);
-    return qualifier != nullptr && qualifier->type == Type::Boolean && qualifier->value.isTrue();
+    return qualifier != nullptr && qualifier->type == Type::boolean && qualifier->value.isTrue();
 }
 
 const Parameter *Method::findParameter(std::string_view parameterName) const

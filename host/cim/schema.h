@@ -22,22 +22,22 @@ namespace cim
 
 /** The intrinsic types of CIM (DSP0004), with the values of the CMPI type codes. None is "no type". */
 enum class Type : std::uint16_t {
-    None = 0x0000,
-    Boolean = 0x0002,
-    Char16 = 0x0003,
-    Real32 = 0x0008,
-    Real64 = 0x000c,
-    Uint8 = 0x0080,
-    Uint16 = 0x0090,
-    Uint32 = 0x00a0,
-    Uint64 = 0x00b0,
-    Sint8 = 0x00c0,
-    Sint16 = 0x00d0,
-    Sint32 = 0x00e0,
-    Sint64 = 0x00f0,
-    Reference = 0x1100,
-    String = 0x1600,
-    DateTime = 0x1800,
+    none = 0x0000,
+    boolean = 0x0002,
+    char16 = 0x0003,
+    real32 = 0x0008,
+    real64 = 0x000c,
+    uint8 = 0x0080,
+    uint16 = 0x0090,
+    uint32 = 0x00a0,
+    uint64 = 0x00b0,
+    sint8 = 0x00c0,
+    sint16 = 0x00d0,
+    sint32 = 0x00e0,
+    sint64 = 0x00f0,
+    reference = 0x1100,
+    string = 0x1600,
+    dateTime = 0x1800,
 };
 
 /** The bit that makes a CMPI type code an array's. */
@@ -53,7 +53,7 @@ constexpr std::uint16_t cmpiType(Type type, bool isArray)
  * None. */
 const char *typeName(Type type);
 
-/** The type of a name as typeName() gives it, any letter case; Type::None when there is no such type. */
+/** The type of a name as typeName() gives it, any letter case; Type::none when there is no such type. */
 Type typeFromName(std::string_view name);
 
 /** True of the eight integer types. */
@@ -65,7 +65,7 @@ constexpr bool isInteger(Type type)
 /** True of real32 and real64. */
 constexpr bool isReal(Type type)
 {
-    return type == Type::Real32 || type == Type::Real64;
+    return type == Type::real32 || type == Type::real64;
 }
 
 /** True when the two names are equal without regard to the case of ASCII letters. */
@@ -115,7 +115,7 @@ struct Flavor {
 
 struct Qualifier {
     std::string name;
-    Type type = Type::None;
+    Type type = Type::none;
     Value value;
     Flavor flavor;
     bool propagated = false; // inherited from the superclass's element, not written at this one
@@ -132,10 +132,10 @@ bool hasQualifier(const Qualifiers &qualifiers, std::string_view name);
 /** What properties and parameters have in common. */
 struct Element {
     std::string name;
-    Type type = Type::None;
+    Type type = Type::none;
     bool isArray = false;
     std::uint32_t arraySize = 0; // of a fixed array, 0: open
-    std::string referenceClass;  // of Type::Reference
+    std::string referenceClass;  // of Type::reference
     Qualifiers qualifiers;       // with the inherited ones
 
     /** The CMPI type code of the element. */
@@ -159,7 +159,7 @@ struct Parameter : Element {
 
 struct Method {
     std::string name;
-    Type returnType = Type::None;
+    Type returnType = Type::none;
     std::vector<Parameter> parameters;
     Qualifiers qualifiers;
     bool isStatic = false;
@@ -241,7 +241,7 @@ struct QualifierDeclaration {
     };
 
     std::string name;
-    Type type = Type::None;
+    Type type = Type::none;
     bool isArray = false;
     std::uint32_t arraySize = 0;
     Value defaultValue;

@@ -27,18 +27,18 @@ HttpReply refuse(unsigned status, const char *cimError)
 HttpReply refuse(MessageVerdict verdict)
 {
     switch (verdict) {
-    case MessageVerdict::UnsupportedCimVersion:
+    case MessageVerdict::unsupportedCimVersion:
         return refuse(httpNotImplemented, "unsupported-cim-version");
-    case MessageVerdict::UnsupportedDtdVersion:
+    case MessageVerdict::unsupportedDtdVersion:
         return refuse(httpNotImplemented, "unsupported-dtd-version");
-    case MessageVerdict::UnsupportedProtocolVersion:
+    case MessageVerdict::unsupportedProtocolVersion:
         return refuse(httpNotImplemented, "unsupported-protocol-version");
-    case MessageVerdict::MultipleRequests:
+    case MessageVerdict::multipleRequests:
         return refuse(httpNotImplemented, "multiple-requests-unsupported");
-    case MessageVerdict::UnsupportedMessage:
+    case MessageVerdict::unsupportedMessage:
         return refuse(httpNotImplemented, "unsupported-operation");
-    case MessageVerdict::NotValid:
-    case MessageVerdict::Good:
+    case MessageVerdict::notValid:
+    case MessageVerdict::good:
         break;
     }
     return refuse(httpBadRequest, "request-not-valid");
@@ -134,7 +134,7 @@ void CimXmlFrontEnd::answer(const CimXmlMessage &message, Arena &arena, TextBuff
         writer.writeError(message.id, message.name, message.isMethodCall, message.code, message.error);
     } else if (!message.operation) {
         writer.writeError(message.id, message.name, message.isMethodCall, CMPI_RC_ERR_NOT_SUPPORTED, nullptr);
-    } else if (message.pull.step != PullStep::None) {
+    } else if (message.pull.step != PullStep::none) {
         answerPull(dispatcher_, contexts_, arena, message, writer, out);
     } else {
         Call call{&arena, nextRequestNumber()};
@@ -161,7 +161,7 @@ HttpReply CimXmlFrontEnd::handle(const HttpRequest &request, TextBuffer &out)
     Arena arena(firstChunk, request.memory);
     CimXmlMessage message;
     const MessageVerdict verdict = readCimXml(document, arena, dispatcher_.nameSpaces(), message);
-    if (verdict != MessageVerdict::Good) {
+    if (verdict != MessageVerdict::good) {
         return refuse(verdict);
     }
     if (!agreesWithHeader(message, request.headers)) {

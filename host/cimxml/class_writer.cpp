@@ -56,7 +56,7 @@ void CimXmlWriter::propertyDefinition(const cim::Property &property, const Reque
     const Tags tags = propertyTags(property);
     out_.append(tags.open);
     attribute("NAME", property.name);
-    if (property.type == cim::Type::Reference) {
+    if (property.type == cim::Type::reference) {
         attribute("REFERENCECLASS", property.referenceClass);
     } else {
         attribute("TYPE", cim::typeName(property.type));
@@ -77,7 +77,7 @@ void CimXmlWriter::propertyDefinition(const cim::Property &property, const Reque
     if (request.includeQualifiers) {
         qualifiers(property.qualifiers);
     }
-    if (property.type != cim::Type::Reference) {
+    if (property.type != cim::Type::reference) {
         textValue(property.defaultValue);
     }
     out_.append(tags.close);
@@ -87,7 +87,7 @@ void CimXmlWriter::method(const cim::Method &method, const Request &request)
 {
     out_.append("<METHOD");
     attribute("NAME", method.name);
-    if (method.returnType != cim::Type::None) {
+    if (method.returnType != cim::Type::none) {
         attribute("TYPE", cim::typeName(method.returnType));
     }
     if (request.includeClassOrigin) {
@@ -101,7 +101,7 @@ void CimXmlWriter::method(const cim::Method &method, const Request &request)
         qualifiers(method.qualifiers);
     }
     for (const cim::Parameter &parameter : method.parameters) {
-        const bool isReference = parameter.type == cim::Type::Reference;
+        const bool isReference = parameter.type == cim::Type::reference;
         const std::string_view element = isReference && parameter.isArray ? "PARAMETER.REFARRAY"
                                          : isReference                    ? "PARAMETER.REFERENCE"
                                          : parameter.isArray              ? "PARAMETER.ARRAY"

@@ -14,10 +14,10 @@ using pugi::xml_node;
 
 /** How the children of an element stand. */
 enum class Order {
-    Any,
-    Listed, // in the order of the rule
-    Text,   // there is text instead of elements
-    Open,   // not looked at
+    any,
+    listed, // in the order of the rule
+    text,   // there is text instead of elements
+    open,   // not looked at
 };
 
 constexpr std::size_t many = static_cast<std::size_t>(-1);
@@ -29,7 +29,7 @@ struct Rule {
     std::string_view children; // elements, a blank after each
     std::size_t atLeast = 0;
     std::size_t atMost = many;
-    Order order = Order::Any;
+    Order order = Order::any;
 };
 
 #define OBJECT_ATTRIBUTES "CLASSORIGIN PROPAGATED EmbeddedObject EMBEDDEDOBJECT MODIFIED "
@@ -40,40 +40,40 @@ struct Rule {
 constexpr Rule rules[] = {
     {"CIM", "CIMVERSION DTDVERSION ", "", "MESSAGE ", 1, 1},
     {"MESSAGE", "ID PROTOCOLVERSION ", "", "SIMPLEREQ ", 1, 1},
-    {"SIMPLEREQ", "", "", "CORRELATOR IMETHODCALL METHODCALL ", 1, many, Order::Listed},
+    {"SIMPLEREQ", "", "", "CORRELATOR IMETHODCALL METHODCALL ", 1, many, Order::listed},
     {"CORRELATOR", "NAME TYPE ", "", "VALUE ", 1, 1},
-    {"IMETHODCALL", "NAME ", "", "LOCALNAMESPACEPATH IPARAMVALUE ", 1, many, Order::Listed},
-    {"METHODCALL", "NAME ", "", "LOCALINSTANCEPATH LOCALCLASSPATH PARAMVALUE ", 1, many, Order::Listed},
+    {"IMETHODCALL", "NAME ", "", "LOCALNAMESPACEPATH IPARAMVALUE ", 1, many, Order::listed},
+    {"METHODCALL", "NAME ", "", "LOCALINSTANCEPATH LOCALCLASSPATH PARAMVALUE ", 1, many, Order::listed},
     // compat: null values are sent as VALUE.NULL, too, where the document type has no element at all.
     {"IPARAMVALUE", "NAME ", "", ANY_VALUE ANY_PATH DECLARATIONS, 0, 1},
     {"PARAMVALUE", "NAME ", "PARAMTYPE EmbeddedObject EMBEDDEDOBJECT ", ANY_VALUE ANY_PATH DECLARATIONS, 0,
      1},
     {"LOCALNAMESPACEPATH", "", "", "NAMESPACE ", 1},
     {"NAMESPACE", "NAME ", "", "", 0, 0},
-    {"NAMESPACEPATH", "", "", "HOST LOCALNAMESPACEPATH ", 2, 2, Order::Listed},
-    {"HOST", "", "", "", 0, 0, Order::Text},
-    {"LOCALCLASSPATH", "", "", "LOCALNAMESPACEPATH CLASSNAME ", 2, 2, Order::Listed},
-    {"CLASSPATH", "", "", "NAMESPACEPATH CLASSNAME ", 2, 2, Order::Listed},
-    {"LOCALINSTANCEPATH", "", "", "LOCALNAMESPACEPATH INSTANCENAME ", 2, 2, Order::Listed},
-    {"INSTANCEPATH", "", "", "NAMESPACEPATH INSTANCENAME ", 2, 2, Order::Listed},
+    {"NAMESPACEPATH", "", "", "HOST LOCALNAMESPACEPATH ", 2, 2, Order::listed},
+    {"HOST", "", "", "", 0, 0, Order::text},
+    {"LOCALCLASSPATH", "", "", "LOCALNAMESPACEPATH CLASSNAME ", 2, 2, Order::listed},
+    {"CLASSPATH", "", "", "NAMESPACEPATH CLASSNAME ", 2, 2, Order::listed},
+    {"LOCALINSTANCEPATH", "", "", "LOCALNAMESPACEPATH INSTANCENAME ", 2, 2, Order::listed},
+    {"INSTANCEPATH", "", "", "NAMESPACEPATH INSTANCENAME ", 2, 2, Order::listed},
     {"CLASSNAME", "NAME ", "", "", 0, 0},
     {"INSTANCENAME", "CLASSNAME ", "", "KEYBINDING KEYVALUE VALUE.REFERENCE "},
     {"KEYBINDING", "NAME ", "", "KEYVALUE VALUE.REFERENCE ", 1, 1},
-    {"KEYVALUE", "", "VALUETYPE TYPE ", "", 0, 0, Order::Text},
-    {"VALUE", "", "TYPE ", "", 0, 0, Order::Text},
+    {"KEYVALUE", "", "VALUETYPE TYPE ", "", 0, 0, Order::text},
+    {"VALUE", "", "TYPE ", "", 0, 0, Order::text},
     {"VALUE.NULL", "", "", "", 0, 0},
     {"VALUE.ARRAY", "", "TYPE ", "VALUE VALUE.NULL "},
     {"VALUE.REFERENCE", "", "TYPE ", ANY_PATH, 1, 1},
     {"VALUE.REFARRAY", "", "TYPE ", "VALUE.REFERENCE VALUE.NULL "},
-    {"VALUE.NAMEDINSTANCE", "", "", "INSTANCENAME INSTANCE ", 2, 2, Order::Listed},
+    {"VALUE.NAMEDINSTANCE", "", "", "INSTANCENAME INSTANCE ", 2, 2, Order::listed},
     {"INSTANCE", "CLASSNAME ", "", "QUALIFIER PROPERTY PROPERTY.ARRAY PROPERTY.REFERENCE "},
     {"QUALIFIER", "NAME TYPE ", "PROPAGATED OVERRIDABLE TOSUBCLASS TOINSTANCE TRANSLATABLE ",
      "VALUE VALUE.ARRAY ", 0, 1},
     {"PROPERTY", "NAME TYPE ", OBJECT_ATTRIBUTES, "QUALIFIER VALUE "},
     {"PROPERTY.ARRAY", "NAME TYPE ", OBJECT_ATTRIBUTES "ARRAYSIZE ", "QUALIFIER VALUE.ARRAY "},
     {"PROPERTY.REFERENCE", "NAME ", OBJECT_ATTRIBUTES "REFERENCECLASS ", "QUALIFIER VALUE.REFERENCE "},
-    {"CLASS", "", "", "", 0, many, Order::Open},
-    {"QUALIFIER.DECLARATION", "", "", "", 0, many, Order::Open},
+    {"CLASS", "", "", "", 0, many, Order::open},
+    {"QUALIFIER.DECLARATION", "", "", "", 0, many, Order::open},
 };
 
 /** The place of the word in a list of words with a blank after each; npos when it is not there. */
@@ -114,7 +114,7 @@ bool isValid(const xml_node &node)
     if (rule == std::end(rules)) {
         return false;
     }
-    if (rule->order == Order::Open) {
+    if (rule->order == Order::open) {
         return true;
     }
     if (!hasValidAttributes(node, *rule)) {
@@ -126,11 +126,11 @@ bool isValid(const xml_node &node)
         if (child.type() == pugi::node_element) {
             const std::size_t place = placeIn(rule->children, child.name());
             if (place == std::string_view::npos || ++count > rule->atMost ||
-                (rule->order == Order::Listed && place < last) || !isValid(child)) {
+                (rule->order == Order::listed && place < last) || !isValid(child)) {
                 return false;
             }
             last = place;
-        } else if (rule->order != Order::Text && !isBlank(child.value())) {
+        } else if (rule->order != Order::text && !isBlank(child.value())) {
             return false;
         }
     }

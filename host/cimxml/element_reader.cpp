@@ -142,10 +142,10 @@ cim::Type ElementReader::typeOf(const xml_node &node, const char *attributeName)
 {
     const std::string_view name = attribute(node, attributeName);
     if (name.empty()) {
-        return cim::Type::None;
+        return cim::Type::none;
     }
     const cim::Type type = cim::typeFromName(name);
-    if (type == cim::Type::None) {
+    if (type == cim::Type::none) {
         failWith("There is no type %.*s.", name);
     }
     return type;
@@ -163,16 +163,16 @@ void ElementReader::readKeyValue(const xml_node &node, ValueText &key)
     }
     key.item.text = textOf(node);
     key.type = typeOf(node, "TYPE");
-    if (key.type != cim::Type::None) {
+    if (key.type != cim::Type::none) {
         return;
     }
     const std::string_view valueType = attribute(node, "VALUETYPE");
     if (valueType == "numeric") {
-        key.type = key.item.text.starts_with('-') ? cim::Type::Sint64 : cim::Type::Uint64;
+        key.type = key.item.text.starts_with('-') ? cim::Type::sint64 : cim::Type::uint64;
     } else if (valueType == "boolean") {
-        key.type = cim::Type::Boolean;
+        key.type = cim::Type::boolean;
     } else {
-        key.type = cim::Type::String;
+        key.type = cim::Type::string;
     }
 }
 

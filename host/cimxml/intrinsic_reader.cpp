@@ -15,8 +15,8 @@ namespace
 struct IntrinsicCall {
     std::string_view name;
     Operation operation; // of a pull: the one that is answered part by part
-    PullStep step = PullStep::None;
-    ObjectForm form = ObjectForm::InstancesWithPath;
+    PullStep step = PullStep::none;
+    ObjectForm form = ObjectForm::instancesWithPath;
     std::string_view parameters; // each followed by a blank
 };
 
@@ -29,49 +29,49 @@ struct IntrinsicCall {
 #define PULL_PARAMETERS "EnumerationContext MaxObjectCount "
 
 constexpr IntrinsicCall calls[] = {
-    {"EnumerateInstances", Operation::EnumerateInstances, {}, {}, ENUMERATION_PARAMETERS},
-    {"EnumerateInstanceNames", Operation::EnumerateInstanceNames, {}, {}, "ClassName "},
-    {"GetInstance", Operation::GetInstance, {}, {}, "InstanceName LocalOnly " SHAPE_PARAMETERS},
-    {"CreateInstance", Operation::CreateInstance, {}, {}, "NewInstance "},
-    {"ModifyInstance", Operation::ModifyInstance, {}, {}, "ModifiedInstance IncludeQualifiers PropertyList "},
-    {"DeleteInstance", Operation::DeleteInstance, {}, {}, "InstanceName "},
-    {"GetProperty", Operation::GetProperty, {}, {}, "InstanceName PropertyName "},
-    {"SetProperty", Operation::SetProperty, {}, {}, "InstanceName PropertyName NewValue "},
-    {"ExecQuery", Operation::ExecQuery, {}, {}, "QueryLanguage Query "},
-    {"Associators", Operation::Associators, {}, {}, "ObjectName " ASSOCIATOR_PARAMETERS SHAPE_PARAMETERS},
-    {"AssociatorNames", Operation::AssociatorNames, {}, {}, "ObjectName " ASSOCIATOR_PARAMETERS},
-    {"References", Operation::References, {}, {}, "ObjectName " REFERENCE_PARAMETERS SHAPE_PARAMETERS},
-    {"ReferenceNames", Operation::ReferenceNames, {}, {}, "ObjectName " REFERENCE_PARAMETERS},
-    {"GetClass", Operation::GetClass, {}, {}, "ClassName LocalOnly " SHAPE_PARAMETERS},
+    {"EnumerateInstances", Operation::enumerateInstances, {}, {}, ENUMERATION_PARAMETERS},
+    {"EnumerateInstanceNames", Operation::enumerateInstanceNames, {}, {}, "ClassName "},
+    {"GetInstance", Operation::getInstance, {}, {}, "InstanceName LocalOnly " SHAPE_PARAMETERS},
+    {"CreateInstance", Operation::createInstance, {}, {}, "NewInstance "},
+    {"ModifyInstance", Operation::modifyInstance, {}, {}, "ModifiedInstance IncludeQualifiers PropertyList "},
+    {"DeleteInstance", Operation::deleteInstance, {}, {}, "InstanceName "},
+    {"GetProperty", Operation::getProperty, {}, {}, "InstanceName PropertyName "},
+    {"SetProperty", Operation::setProperty, {}, {}, "InstanceName PropertyName NewValue "},
+    {"ExecQuery", Operation::execQuery, {}, {}, "QueryLanguage Query "},
+    {"Associators", Operation::associators, {}, {}, "ObjectName " ASSOCIATOR_PARAMETERS SHAPE_PARAMETERS},
+    {"AssociatorNames", Operation::associatorNames, {}, {}, "ObjectName " ASSOCIATOR_PARAMETERS},
+    {"References", Operation::references, {}, {}, "ObjectName " REFERENCE_PARAMETERS SHAPE_PARAMETERS},
+    {"ReferenceNames", Operation::referenceNames, {}, {}, "ObjectName " REFERENCE_PARAMETERS},
+    {"GetClass", Operation::getClass, {}, {}, "ClassName LocalOnly " SHAPE_PARAMETERS},
     {"EnumerateClasses",
-     Operation::EnumerateClasses,
+     Operation::enumerateClasses,
      {},
      {},
      "ClassName DeepInheritance LocalOnly IncludeQualifiers IncludeClassOrigin "},
-    {"EnumerateClassNames", Operation::EnumerateClassNames, {}, {}, "ClassName DeepInheritance "},
-    {"GetQualifier", Operation::GetQualifier, {}, {}, "QualifierName "},
-    {"EnumerateQualifiers", Operation::EnumerateQualifiers, {}, {}, ""},
+    {"EnumerateClassNames", Operation::enumerateClassNames, {}, {}, "ClassName DeepInheritance "},
+    {"GetQualifier", Operation::getQualifier, {}, {}, "QualifierName "},
+    {"EnumerateQualifiers", Operation::enumerateQualifiers, {}, {}, ""},
 
-    {"OpenEnumerateInstances", Operation::EnumerateInstances, PullStep::Open, ObjectForm::InstancesWithPath,
+    {"OpenEnumerateInstances", Operation::enumerateInstances, PullStep::open, ObjectForm::instancesWithPath,
      ENUMERATION_PARAMETERS OPEN_PARAMETERS},
-    {"OpenEnumerateInstancePaths", Operation::EnumerateInstanceNames, PullStep::Open, ObjectForm::Paths,
+    {"OpenEnumerateInstancePaths", Operation::enumerateInstanceNames, PullStep::open, ObjectForm::paths,
      "ClassName " OPEN_PARAMETERS},
-    {"OpenReferenceInstances", Operation::References, PullStep::Open, ObjectForm::InstancesWithPath,
+    {"OpenReferenceInstances", Operation::references, PullStep::open, ObjectForm::instancesWithPath,
      "InstanceName " REFERENCE_PARAMETERS SHAPE_PARAMETERS OPEN_PARAMETERS},
-    {"OpenReferenceInstancePaths", Operation::ReferenceNames, PullStep::Open, ObjectForm::Paths,
+    {"OpenReferenceInstancePaths", Operation::referenceNames, PullStep::open, ObjectForm::paths,
      "InstanceName " REFERENCE_PARAMETERS OPEN_PARAMETERS},
-    {"OpenAssociatorInstances", Operation::Associators, PullStep::Open, ObjectForm::InstancesWithPath,
+    {"OpenAssociatorInstances", Operation::associators, PullStep::open, ObjectForm::instancesWithPath,
      "InstanceName " ASSOCIATOR_PARAMETERS SHAPE_PARAMETERS OPEN_PARAMETERS},
-    {"OpenAssociatorInstancePaths", Operation::AssociatorNames, PullStep::Open, ObjectForm::Paths,
+    {"OpenAssociatorInstancePaths", Operation::associatorNames, PullStep::open, ObjectForm::paths,
      "InstanceName " ASSOCIATOR_PARAMETERS OPEN_PARAMETERS},
-    {"OpenQueryInstances", Operation::ExecQuery, PullStep::Open, ObjectForm::Instances,
+    {"OpenQueryInstances", Operation::execQuery, PullStep::open, ObjectForm::instances,
      "ReturnQueryResultClass " OPEN_PARAMETERS},
-    {"PullInstancesWithPath", Operation::EnumerateInstances, PullStep::Pull, ObjectForm::InstancesWithPath,
+    {"PullInstancesWithPath", Operation::enumerateInstances, PullStep::pull, ObjectForm::instancesWithPath,
      PULL_PARAMETERS},
-    {"PullInstancePaths", Operation::EnumerateInstanceNames, PullStep::Pull, ObjectForm::Paths,
+    {"PullInstancePaths", Operation::enumerateInstanceNames, PullStep::pull, ObjectForm::paths,
      PULL_PARAMETERS},
-    {"PullInstances", Operation::ExecQuery, PullStep::Pull, ObjectForm::Instances, PULL_PARAMETERS},
-    {"CloseEnumeration", Operation::EnumerateInstances, PullStep::Close, {}, "EnumerationContext "},
+    {"PullInstances", Operation::execQuery, PullStep::pull, ObjectForm::instances, PULL_PARAMETERS},
+    {"CloseEnumeration", Operation::enumerateInstances, PullStep::close, {}, "EnumerationContext "},
 };
 
 class IntrinsicReader : private ElementReader
@@ -89,7 +89,7 @@ class IntrinsicReader : private ElementReader
         request.nameSpace = nameSpaceOf(call_.child("LOCALNAMESPACEPATH"));
         const auto *known = std::ranges::find(calls, message_.name, &IntrinsicCall::name);
         if (known == std::end(calls)) {
-            return MessageVerdict::Good;
+            return MessageVerdict::good;
         }
         message_.operation = known->operation;
         request.operation = known->operation;
@@ -97,16 +97,16 @@ class IntrinsicReader : private ElementReader
         message_.pull.form = known->form;
         // In a namespace that does not exist no class gives types; the dispatcher refuses it at once.
         if (nameSpaces_.find(request.nameSpace) == nullptr) {
-            return MessageVerdict::Good;
+            return MessageVerdict::good;
         }
         allow(known->parameters);
-        if (known->step != PullStep::None) {
+        if (known->step != PullStep::none) {
             readPull(message_.pull);
         }
-        if (!failed() && known->step != PullStep::Pull && known->step != PullStep::Close) {
+        if (!failed() && known->step != PullStep::pull && known->step != PullStep::close) {
             readParameters(request);
         }
-        return MessageVerdict::Good;
+        return MessageVerdict::good;
     }
 
   private:
@@ -382,7 +382,7 @@ void IntrinsicReader::readNewValue(Request &request)
 void IntrinsicReader::readPull(PullRequest &pull)
 {
     pull.maxObjectCount = numberParameter("MaxObjectCount").value_or(0);
-    if (pull.step == PullStep::Open) {
+    if (pull.step == PullStep::open) {
         pull.timeout = numberParameter("OperationTimeout");
         pull.continueOnError = booleanParameter("ContinueOnError", false);
         pull.returnsQueryResultClass = booleanParameter("ReturnQueryResultClass", false);
@@ -390,7 +390,7 @@ void IntrinsicReader::readPull(PullRequest &pull)
         message_.request.queryLanguage = filterParameter("FilterQueryLanguage");
         return;
     }
-    if (pull.step == PullStep::Pull && !failed() && !parameter("MaxObjectCount")) {
+    if (pull.step == PullStep::pull && !failed() && !parameter("MaxObjectCount")) {
         missing("MaxObjectCount");
     }
     pull.context = nameParameter("EnumerationContext", true);
@@ -399,78 +399,78 @@ void IntrinsicReader::readPull(PullRequest &pull)
 void IntrinsicReader::readParameters(Request &request)
 {
     switch (request.operation) {
-    case Operation::EnumerateInstances:
+    case Operation::enumerateInstances:
         request.className = nameParameter("ClassName", true);
         request.deepInheritance = booleanParameter("DeepInheritance", true);
         // DSP0200 gave LocalOnly the default true and then deprecated it: clients that leave it out expect
         // whole instances.
         return readFlags(request, false, false);
-    case Operation::EnumerateInstanceNames:
+    case Operation::enumerateInstanceNames:
         request.className = nameParameter("ClassName", true);
         return;
-    case Operation::GetInstance:
+    case Operation::getInstance:
         request.path = pathParameter("InstanceName");
         return readFlags(request, false, false);
-    case Operation::CreateInstance:
+    case Operation::createInstance:
         return readNewInstance(request);
-    case Operation::ModifyInstance:
+    case Operation::modifyInstance:
         request.propertyList = listParameter("PropertyList");
         return readModifiedInstance(request);
-    case Operation::DeleteInstance:
+    case Operation::deleteInstance:
         request.path = pathParameter("InstanceName");
         return;
-    case Operation::GetProperty:
-    case Operation::SetProperty:
+    case Operation::getProperty:
+    case Operation::setProperty:
         request.path = pathParameter("InstanceName");
         request.propertyName = nameParameter("PropertyName", true);
-        return request.operation == Operation::SetProperty ? readNewValue(request) : void();
-    case Operation::ExecQuery:
-        if (message_.pull.step == PullStep::None) {
+        return request.operation == Operation::setProperty ? readNewValue(request) : void();
+    case Operation::execQuery:
+        if (message_.pull.step == PullStep::none) {
             request.queryLanguage = textParameter("QueryLanguage", true);
             request.query = textParameter("Query", true);
         } else if (request.query == nullptr) {
             missing("FilterQuery");
         }
         return;
-    case Operation::Associators:
-    case Operation::AssociatorNames:
-    case Operation::References:
-    case Operation::ReferenceNames:
+    case Operation::associators:
+    case Operation::associatorNames:
+    case Operation::references:
+    case Operation::referenceNames:
         return readTraversal(request);
-    case Operation::GetClass:
+    case Operation::getClass:
         request.className = nameParameter("ClassName", true);
         return readFlags(request, true, true);
-    case Operation::EnumerateClasses:
+    case Operation::enumerateClasses:
         request.className = nameParameter("ClassName", false);
         request.deepInheritance = booleanParameter("DeepInheritance", false);
         return readFlags(request, true, true);
-    case Operation::EnumerateClassNames:
+    case Operation::enumerateClassNames:
         request.className = nameParameter("ClassName", false);
         request.deepInheritance = booleanParameter("DeepInheritance", false);
         return;
-    case Operation::GetQualifier:
+    case Operation::getQualifier:
         request.qualifierName = nameParameter("QualifierName", true);
         return;
-    case Operation::EnumerateQualifiers:
-    case Operation::InvokeMethod:
+    case Operation::enumerateQualifiers:
+    case Operation::invokeMethod:
         return;
     }
 }
 
 void IntrinsicReader::readTraversal(Request &request)
 {
-    const char *source = message_.pull.step == PullStep::None ? "ObjectName" : "InstanceName";
+    const char *source = message_.pull.step == PullStep::none ? "ObjectName" : "InstanceName";
     request.path = pathParameter(source);
     request.isOfClass = is(firstElement(parameter(source)), "CLASSNAME");
     request.filter.role = filterParameter("Role");
-    if (request.operation == Operation::Associators || request.operation == Operation::AssociatorNames) {
+    if (request.operation == Operation::associators || request.operation == Operation::associatorNames) {
         request.filter.associationClass = filterParameter("AssocClass");
         request.filter.resultClass = filterParameter("ResultClass");
         request.filter.resultRole = filterParameter("ResultRole");
     } else {
         request.filter.associationClass = filterParameter("ResultClass");
     }
-    if (request.operation == Operation::Associators || request.operation == Operation::References) {
+    if (request.operation == Operation::associators || request.operation == Operation::references) {
         readFlags(request, false, false);
     }
 }

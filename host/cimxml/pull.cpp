@@ -37,7 +37,7 @@ class PullAnswer
             return fail(statusInvalidOperationTimeout,
                         "The OperationTimeout has to be from 1 to 600 seconds.");
         }
-        if (pull.form == ObjectForm::Paths && message_.request.query != nullptr) {
+        if (pull.form == ObjectForm::paths && message_.request.query != nullptr) {
             return fail(statusFilteredEnumerationNotSupported,
                         "Paths cannot be filtered; enumerate instances.");
         }
@@ -89,7 +89,7 @@ class PullAnswer
     void close()
     {
         for (const ObjectForm form :
-             {ObjectForm::InstancesWithPath, ObjectForm::Paths, ObjectForm::Instances}) {
+             {ObjectForm::instancesWithPath, ObjectForm::paths, ObjectForm::instances}) {
             ContextUse use(contexts_, message_.request.principal, std::string(message_.pull.context),
                            static_cast<int>(form));
             if (use.get() != nullptr && isOfNameSpace(*use.get())) {
@@ -163,13 +163,13 @@ void answerPull(Dispatcher &dispatcher, Contexts &contexts, Arena &arena, const 
 {
     PullAnswer answer(dispatcher, contexts, arena, message, writer, out);
     switch (message.pull.step) {
-    case PullStep::Open:
+    case PullStep::open:
         return answer.open();
-    case PullStep::Pull:
+    case PullStep::pull:
         return answer.pull();
-    case PullStep::Close:
+    case PullStep::close:
         return answer.close();
-    case PullStep::None:
+    case PullStep::none:
         return;
     }
 }

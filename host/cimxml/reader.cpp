@@ -36,36 +36,36 @@ class MessageReader : private ElementReader
     {
         const xml_node cim = firstElement(document);
         if (!is(cim, "CIM")) {
-            return MessageVerdict::NotValid;
+            return MessageVerdict::notValid;
         }
         if (!isVersion(attribute(cim, "CIMVERSION"), '2')) {
-            return MessageVerdict::UnsupportedCimVersion;
+            return MessageVerdict::unsupportedCimVersion;
         }
         if (!isVersion(attribute(cim, "DTDVERSION"), '2')) {
-            return MessageVerdict::UnsupportedDtdVersion;
+            return MessageVerdict::unsupportedDtdVersion;
         }
         const xml_node messageNode = firstElement(cim);
         if (!is(messageNode, "MESSAGE") || !messageNode.attribute("ID")) {
-            return MessageVerdict::NotValid;
+            return MessageVerdict::notValid;
         }
         message_.id = attribute(messageNode, "ID");
         message_.protocolVersion = attribute(messageNode, "PROTOCOLVERSION");
         if (!isVersion(message_.protocolVersion, '1')) {
-            return MessageVerdict::UnsupportedProtocolVersion;
+            return MessageVerdict::unsupportedProtocolVersion;
         }
         const xml_node request = firstElement(messageNode);
         if (is(request, "MULTIREQ")) {
-            return MessageVerdict::MultipleRequests;
+            return MessageVerdict::multipleRequests;
         }
         if (is(request, "SIMPLEEXPREQ") || is(request, "MULTIEXPREQ")) {
-            return MessageVerdict::UnsupportedMessage;
+            return MessageVerdict::unsupportedMessage;
         }
         if (!isValidRequest(cim)) {
-            return MessageVerdict::NotValid;
+            return MessageVerdict::notValid;
         }
         const xml_node call = simpleRequest(request);
         if (!call.attribute("NAME")) {
-            return MessageVerdict::NotValid;
+            return MessageVerdict::notValid;
         }
         message_.name = attribute(call, "NAME");
         if (is(call, "IMETHODCALL")) {
@@ -74,25 +74,25 @@ class MessageReader : private ElementReader
         if (is(call, "METHODCALL")) {
             return readMethod(call);
         }
-        return MessageVerdict::NotValid;
+        return MessageVerdict::notValid;
     }
 
   private:
     MessageVerdict readMethod(const xml_node &call)
     {
         message_.isMethodCall = true;
-        message_.operation = Operation::InvokeMethod;
+        message_.operation = Operation::invokeMethod;
         Request &request = message_.request;
-        request.operation = Operation::InvokeMethod;
+        request.operation = Operation::invokeMethod;
         request.methodName = zeroTerminated(message_.name);
         const xml_node target = firstElement(call);
         if (!is(target, "LOCALINSTANCEPATH") && !is(target, "LOCALCLASSPATH")) {
-            return MessageVerdict::NotValid;
+            return MessageVerdict::notValid;
         }
         const PathText *path = pathOf(target);
         request.nameSpace = path->nameSpace;
         if (nameSpaces_.find(request.nameSpace) == nullptr) {
-            return MessageVerdict::Good;
+            return MessageVerdict::good;
         }
         request.path = typedPath(path);
         ArenaList<ValueText> values(arena_);
@@ -101,7 +101,7 @@ class MessageReader : private ElementReader
                 continue;
             }
             if (!is(node, "PARAMVALUE") || attribute(node, "NAME").empty()) {
-                return MessageVerdict::NotValid;
+                return MessageVerdict::notValid;
             }
             ValueText value;
             value.name = attribute(node, "NAME");
@@ -121,7 +121,7 @@ class MessageReader : private ElementReader
                 fail(typing.code(), typing.error());
             }
         }
-        return MessageVerdict::Good;
+        return MessageVerdict::good;
     }
 };
 

@@ -17,24 +17,24 @@ namespace host
 
 /** What the operations over HTTP (DSP0200) make of a message before they look at its operation. */
 enum class MessageVerdict {
-    Good,
-    NotValid, // XML, but not a CIM-XML request
-    UnsupportedCimVersion,
-    UnsupportedDtdVersion,
-    UnsupportedProtocolVersion,
-    MultipleRequests,
-    UnsupportedMessage, // an export request
+    good,
+    notValid, // XML, but not a CIM-XML request
+    unsupportedCimVersion,
+    unsupportedDtdVersion,
+    unsupportedProtocolVersion,
+    multipleRequests,
+    unsupportedMessage, // an export request
 };
 
 /** Where a request stands in an enumeration that is answered part by part. */
-enum class PullStep { None, Open, Pull, Close };
+enum class PullStep { none, open, pull, close };
 
 /** How the objects of such an enumeration are sent. */
-enum class ObjectForm { InstancesWithPath, Paths, Instances };
+enum class ObjectForm { instancesWithPath, paths, instances };
 
 struct PullRequest {
-    PullStep step = PullStep::None;
-    ObjectForm form = ObjectForm::InstancesWithPath;
+    PullStep step = PullStep::none;
+    ObjectForm form = ObjectForm::instancesWithPath;
     std::uint32_t maxObjectCount = 0;
     std::optional<std::uint32_t> timeout; // in seconds
     bool continueOnError = false;

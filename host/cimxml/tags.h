@@ -27,7 +27,7 @@ struct Tags {
 
 inline Tags propertyTags(const cim::Property &property)
 {
-    if (property.type == cim::Type::Reference) {
+    if (property.type == cim::Type::reference) {
         return {"<PROPERTY.REFERENCE", "</PROPERTY.REFERENCE>\n"};
     }
     if (property.isArray) {

@@ -26,8 +26,8 @@ cim::Type cimType(CMPIType type)
 
 bool isOperationWithoutResult(Operation operation)
 {
-    return operation == Operation::ModifyInstance || operation == Operation::DeleteInstance ||
-           operation == Operation::SetProperty;
+    return operation == Operation::modifyInstance || operation == Operation::deleteInstance ||
+           operation == Operation::setProperty;
 }
 
 } // namespace
@@ -43,7 +43,7 @@ ClassFragments::ClassFragments(const cim::Class &definition)
         const Tags tags = propertyTags(property);
         const std::string name = std::string(tags.open) + " NAME=\"" + escaped(property.name) + "\"";
         std::string rest;
-        if (property.type != cim::Type::Reference) {
+        if (property.type != cim::Type::reference) {
             rest = std::string(" TYPE=\"") + cim::typeName(property.type) + "\"";
         }
         // compat: wbemcli refuses EmbeddedObject at PROPERTY.ARRAY; the qualifiers of the class tell the
@@ -76,7 +76,7 @@ const ClassFragments &FragmentCache::of(const cim::Class &klass)
 void CimXmlWriter::writeAnswer(std::string_view messageId, std::string_view name, const Request &request,
                                const Answer &answer)
 {
-    const bool isMethodCall = request.operation == Operation::InvokeMethod;
+    const bool isMethodCall = request.operation == Operation::invokeMethod;
     begin(messageId, name, isMethodCall);
     if (!answer.ok()) {
         error(answer.code, answer.message);
@@ -141,7 +141,7 @@ void CimXmlWriter::attribute(std::string_view name, std::string_view value)
 void CimXmlWriter::result(const Request &request, const Answer &answer)
 {
     switch (request.operation) {
-    case Operation::EnumerateInstances:
+    case Operation::enumerateInstances:
         for (const Instance *each : answer.instances) {
             out_.append("<VALUE.NAMEDINSTANCE>\n");
             instanceName(*each->path);
@@ -149,40 +149,40 @@ void CimXmlWriter::result(const Request &request, const Answer &answer)
             out_.append("</VALUE.NAMEDINSTANCE>\n");
         }
         return;
-    case Operation::GetInstance:
+    case Operation::getInstance:
         return instance(*answer.instances[0], request.includeClassOrigin);
-    case Operation::EnumerateInstanceNames:
-    case Operation::CreateInstance:
+    case Operation::enumerateInstanceNames:
+    case Operation::createInstance:
         for (const Path *path : answer.paths) {
             instanceName(*path);
         }
         return;
-    case Operation::ExecQuery:
-    case Operation::Associators:
-    case Operation::References:
-    case Operation::AssociatorNames:
-    case Operation::ReferenceNames:
+    case Operation::execQuery:
+    case Operation::associators:
+    case Operation::references:
+    case Operation::associatorNames:
+    case Operation::referenceNames:
         return traversalResult(request, answer);
-    case Operation::GetProperty:
+    case Operation::getProperty:
         if (answer.hasReturnValue) {
             value(answer.returnValue);
         }
         return;
-    case Operation::GetClass:
-    case Operation::EnumerateClasses:
+    case Operation::getClass:
+    case Operation::enumerateClasses:
         for (const cim::Class *klass : answer.classes) {
             classDefinition(*klass, request);
         }
         return;
-    case Operation::EnumerateClassNames:
+    case Operation::enumerateClassNames:
         for (const cim::Class *klass : answer.classes) {
             out_.append("<CLASSNAME");
             attribute("NAME", klass->name);
             out_.append("/>\n");
         }
         return;
-    case Operation::GetQualifier:
-    case Operation::EnumerateQualifiers:
+    case Operation::getQualifier:
+    case Operation::enumerateQualifiers:
         for (const cim::QualifierDeclaration *declaration : answer.qualifiers) {
             qualifierDeclaration(*declaration);
         }
@@ -210,7 +210,7 @@ void CimXmlWriter::traversalResult(const Request &request, const Answer &answer)
         return;
     }
     const bool names =
-        request.operation == Operation::AssociatorNames || request.operation == Operation::ReferenceNames;
+        request.operation == Operation::associatorNames || request.operation == Operation::referenceNames;
     for (const cim::Class *klass : answer.classes) {
         out_.append(names ? "<OBJECTPATH>\n" : "<VALUE.OBJECTWITHPATH>\n");
         classPath(*klass, request.nameSpace);
@@ -267,13 +267,13 @@ void CimXmlWriter::part(const ArenaList<Instance *> &instances, const ArenaList<
     out_.append("<IRETURNVALUE>\n");
     for (std::size_t i = first; i < first + count; ++i) {
         switch (form) {
-        case ObjectForm::Paths:
+        case ObjectForm::paths:
             instancePath(*paths[i]);
             break;
-        case ObjectForm::Instances:
+        case ObjectForm::instances:
             instance(*instances[i], includeClassOrigin);
             break;
-        case ObjectForm::InstancesWithPath:
+        case ObjectForm::instancesWithPath:
             out_.append("<VALUE.INSTANCEWITHPATH>\n");
             instancePath(*instances[i]->path);
             instance(*instances[i], includeClassOrigin);
@@ -344,7 +344,7 @@ void CimXmlWriter::instanceName(const Path &path)
         } else {
             const cim::Type type = cimType(key.data.type);
             out_.append(cim::isInteger(type) || cim::isReal(type) ? "<KEYVALUE VALUETYPE=\"numeric\">"
-                        : type == cim::Type::Boolean              ? "<KEYVALUE VALUETYPE=\"boolean\">"
+                        : type == cim::Type::boolean              ? "<KEYVALUE VALUETYPE=\"boolean\">"
                                                                   : "<KEYVALUE VALUETYPE=\"string\">");
             scalar(key.data);
             out_.append("</KEYVALUE>\n");

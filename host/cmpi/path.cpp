@@ -122,7 +122,7 @@ CMPIData qualifierData(Arena &arena, const cim::Qualifiers &qualifiers, const ch
         data.value.array = &array->cmpi;
         return data;
     }
-    if (qualifier->type == cim::Type::Boolean) {
+    if (qualifier->type == cim::Type::boolean) {
         data.type = CMPI_boolean;
         data.value.boolean = qualifier->value.isTrue() ? 1 : 0;
         return data;

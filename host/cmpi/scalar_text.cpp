@@ -104,38 +104,38 @@ bool readScalar(Arena &arena, std::string_view text, cim::Type type, CMPIData &d
     data = nullData(cim::cmpiType(type, false), CMPI_goodValue);
     double real = 0;
     switch (type) {
-    case cim::Type::Boolean:
+    case cim::Type::boolean:
         return readBoolean(text, data.value.boolean);
-    case cim::Type::Char16:
+    case cim::Type::char16:
         return readChar16(text, data.value.char16);
-    case cim::Type::Uint8:
+    case cim::Type::uint8:
         return readInteger(text, data.value.uint8);
-    case cim::Type::Uint16:
+    case cim::Type::uint16:
         return readInteger(text, data.value.uint16);
-    case cim::Type::Uint32:
+    case cim::Type::uint32:
         return readInteger(text, data.value.uint32);
-    case cim::Type::Uint64:
+    case cim::Type::uint64:
         return readInteger(text, data.value.uint64);
-    case cim::Type::Sint8:
+    case cim::Type::sint8:
         return readInteger(text, data.value.sint8);
-    case cim::Type::Sint16:
+    case cim::Type::sint16:
         return readInteger(text, data.value.sint16);
-    case cim::Type::Sint32:
+    case cim::Type::sint32:
         return readInteger(text, data.value.sint32);
-    case cim::Type::Sint64:
+    case cim::Type::sint64:
         return readInteger(text, data.value.sint64);
-    case cim::Type::Real32:
-    case cim::Type::Real64:
+    case cim::Type::real32:
+    case cim::Type::real64:
         if (!readReal(text, real)) {
             return false;
         }
-        if (type == cim::Type::Real32) {
+        if (type == cim::Type::real32) {
             data.value.real32 = static_cast<CMPIReal32>(real);
         } else {
             data.value.real64 = real;
         }
         return true;
-    case cim::Type::DateTime: {
+    case cim::Type::dateTime: {
         DateTime *dateTime = makeDateTime(arena, trim(text));
         data.value.dateTime = dateTime != nullptr ? &dateTime->cmpi : nullptr;
         return dateTime != nullptr;

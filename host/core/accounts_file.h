@@ -15,7 +15,7 @@ namespace host
 
 struct Account {
     std::string hash;
-    Role role = Role::Operator;
+    Role role = Role::operatorUser;
 };
 
 using AccountMap = std::map<std::string, Account, std::less<>>;

@@ -13,7 +13,7 @@ namespace
 bool canReference(const Work &work, const cim::Class &association, const cim::Class &source)
 {
     for (const cim::Property &property : association.properties) {
-        if (property.type != cim::Type::Reference) {
+        if (property.type != cim::Type::reference) {
             continue;
         }
         const cim::Class *end = work.nameSpace.classes->find(property.referenceClass);
@@ -31,13 +31,13 @@ CMPIStatus callAssociation(const Provider &provider, const CMPIContext *context,
     CMPIAssociationMI *mi = provider.association;
     const TraversalFilter &filter = request.filter;
     switch (request.operation) {
-    case Operation::Associators:
+    case Operation::associators:
         return table.associators(mi, context, result, &source.cmpi, filter.associationClass,
                                  filter.resultClass, filter.role, filter.resultRole, request.propertyList);
-    case Operation::AssociatorNames:
+    case Operation::associatorNames:
         return table.associatorNames(mi, context, result, &source.cmpi, filter.associationClass,
                                      filter.resultClass, filter.role, filter.resultRole);
-    case Operation::References:
+    case Operation::references:
         return table.references(mi, context, result, &source.cmpi, filter.associationClass, filter.role,
                                 request.propertyList);
     default:
@@ -86,7 +86,7 @@ void traverse(const Work &work)
         return;
     }
     const bool names =
-        request.operation == Operation::AssociatorNames || request.operation == Operation::ReferenceNames;
+        request.operation == Operation::associatorNames || request.operation == Operation::referenceNames;
     Answer &answer = work.answer;
     Deduplication deduplication;
     for (const cim::Class *association : work.providers.associationClasses(*work.nameSpace.classes)) {
@@ -97,7 +97,7 @@ void traverse(const Work &work)
         const Path *path = copyObject(work.arena(), *request.path);
         const std::size_t firstInstance = answer.instances.size();
         const std::size_t firstPath = answer.paths.size();
-        if (!work.callProvider(names ? Collector::Kind::Paths : Collector::Kind::Instances,
+        if (!work.callProvider(names ? Collector::Kind::paths : Collector::Kind::instances,
                                [&](const CMPIContext *context, const CMPIResult *collected) {
                                    return callAssociation(*work.providers.associationProvider(*association),
                                                           context, collected, *path, request);

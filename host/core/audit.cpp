@@ -169,7 +169,7 @@ std::string bodyOf(Arena &arena, const Request &request, const Answer &answer)
         for (const NamedValue &argument : *request.arguments->values) {
             appendValue(json, arena, argument.name->view(), argument.data);
         }
-    } else if (request.operation == Operation::SetProperty) {
+    } else if (request.operation == Operation::setProperty) {
         appendValue(json, arena, request.propertyName, request.propertyValue);
     } else if (request.instance != nullptr) {
         appendProperties(json, arena, request);
@@ -199,11 +199,11 @@ std::string lastLineOf(const std::string &file)
 bool isChange(Operation operation)
 {
     switch (operation) {
-    case Operation::CreateInstance:
-    case Operation::ModifyInstance:
-    case Operation::DeleteInstance:
-    case Operation::SetProperty:
-    case Operation::InvokeMethod:
+    case Operation::createInstance:
+    case Operation::modifyInstance:
+    case Operation::deleteInstance:
+    case Operation::setProperty:
+    case Operation::invokeMethod:
         return true;
     default:
         return false;

@@ -12,7 +12,7 @@ void readClasses(const Work &work)
     const cim::ClassRepository &repository = *work.nameSpace.classes;
     const Request &request = work.request;
     Answer &answer = work.answer;
-    if (request.operation == Operation::GetClass) {
+    if (request.operation == Operation::getClass) {
         const cim::Class *klass = repository.find(request.className);
         if (klass == nullptr) { // DSP0200 has GetClass alone say "not found" here
             fail(work.call, answer, CMPI_RC_ERR_NOT_FOUND, "The class %.*s does not exist.",
@@ -54,7 +54,7 @@ bool findFilterClass(const Work &work, const char *name, const cim::Class *&klas
 
 bool hasRole(const cim::Property &property, const char *role)
 {
-    return property.type == cim::Type::Reference && (role == nullptr || cim::sameName(property.name, role));
+    return property.type == cim::Type::reference && (role == nullptr || cim::sameName(property.name, role));
 }
 
 } // namespace
@@ -71,7 +71,7 @@ void traverseClasses(const Work &work)
         return;
     }
     const bool references =
-        request.operation == Operation::References || request.operation == Operation::ReferenceNames;
+        request.operation == Operation::references || request.operation == Operation::referenceNames;
     std::unordered_set<const cim::Class *> seen;
     const auto add = [&](const cim::Class &klass) {
         if (seen.insert(&klass).second) {
@@ -108,7 +108,7 @@ void readQualifiers(const Work &work)
 {
     const cim::ClassRepository &repository = *work.nameSpace.classes;
     const Request &request = work.request;
-    if (request.operation == Operation::EnumerateQualifiers) {
+    if (request.operation == Operation::enumerateQualifiers) {
         for (const cim::QualifierDeclaration *declaration : repository.qualifiers()) {
             work.answer.qualifiers.append(declaration);
         }

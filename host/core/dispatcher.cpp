@@ -15,36 +15,36 @@ using Function = void (*)(const Work &);
 Function functionOf(Operation operation)
 {
     switch (operation) {
-    case Operation::EnumerateInstances:
-    case Operation::EnumerateInstanceNames:
+    case Operation::enumerateInstances:
+    case Operation::enumerateInstanceNames:
         return enumerate;
-    case Operation::GetInstance:
+    case Operation::getInstance:
         return getInstance;
-    case Operation::CreateInstance:
+    case Operation::createInstance:
         return createInstance;
-    case Operation::ModifyInstance:
+    case Operation::modifyInstance:
         return modifyInstance;
-    case Operation::DeleteInstance:
+    case Operation::deleteInstance:
         return deleteInstance;
-    case Operation::GetProperty:
+    case Operation::getProperty:
         return getProperty;
-    case Operation::SetProperty:
+    case Operation::setProperty:
         return setProperty;
-    case Operation::ExecQuery:
+    case Operation::execQuery:
         return execQuery;
-    case Operation::Associators:
-    case Operation::AssociatorNames:
-    case Operation::References:
-    case Operation::ReferenceNames:
+    case Operation::associators:
+    case Operation::associatorNames:
+    case Operation::references:
+    case Operation::referenceNames:
         return traverse;
-    case Operation::InvokeMethod:
+    case Operation::invokeMethod:
         return invokeMethod;
-    case Operation::GetClass:
-    case Operation::EnumerateClasses:
-    case Operation::EnumerateClassNames:
+    case Operation::getClass:
+    case Operation::enumerateClasses:
+    case Operation::enumerateClassNames:
         return readClasses;
-    case Operation::GetQualifier:
-    case Operation::EnumerateQualifiers:
+    case Operation::getQualifier:
+    case Operation::enumerateQualifiers:
         break;
     }
     return readQualifiers;
@@ -61,7 +61,7 @@ Dispatcher::Dispatcher(const cim::NameSpaces &nameSpaces, const ProviderManager 
 /** False, with the error in the answer, for a change that must not be. */
 bool Dispatcher::permits(Call &call, const Request &request, Answer &answer) const
 {
-    if (request.role == Role::Reader) {
+    if (request.role == Role::reader) {
         fail(call, answer, CMPI_RC_ERR_ACCESS_DENIED,
              "The account %.*s is a reader: it changes nothing and calls no methods.",
              shown(request.principal), request.principal.data());
@@ -87,7 +87,7 @@ void Dispatcher::execute(Call &call, const Request &request, Answer &answer)
              shown(request.nameSpace), request.nameSpace.data());
     } else if (!isClientsChange || permits(call, request, answer)) {
         const Work work{call, request, answer, nameSpaces_, *nameSpace, providers_, access_};
-        if (request.query != nullptr && request.operation != Operation::ExecQuery) {
+        if (request.query != nullptr && request.operation != Operation::execQuery) {
             runFiltered(work, functionOf(request.operation));
         } else {
             functionOf(request.operation)(work);

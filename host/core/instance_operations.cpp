@@ -66,9 +66,9 @@ bool enumerateClass(const Work &work, const cim::Class &klass)
     if (provider == nullptr) {
         return false;
     }
-    const bool names = work.request.operation == Operation::EnumerateInstanceNames;
+    const bool names = work.request.operation == Operation::enumerateInstanceNames;
     Path *path = makePath(work.arena(), work.nameSpaces, work.request.nameSpace, klass.name);
-    work.callProvider(names ? Collector::Kind::Paths : Collector::Kind::Instances,
+    work.callProvider(names ? Collector::Kind::paths : Collector::Kind::instances,
                       [&](const CMPIContext *context, const CMPIResult *result) {
                           const CMPIInstanceMIFT &table = provider->instanceTable;
                           CMPIInstanceMI *mi = provider->instance;
@@ -132,7 +132,7 @@ namespace
 void getExactInstance(const Work &work)
 {
     const Provider *provider = instanceProviderOfPath(work);
-    if (provider == nullptr || !work.callProvider(Collector::Kind::Instances, [&](const CMPIContext *context,
+    if (provider == nullptr || !work.callProvider(Collector::Kind::instances, [&](const CMPIContext *context,
                                                                                   const CMPIResult *result) {
             return provider->instanceTable.getInstance(provider->instance, context, result,
                                                        &work.request.path->cmpi, work.request.propertyList);
@@ -226,7 +226,7 @@ void createInstance(const Work &work)
         return;
     }
     const bool created =
-        work.callProvider(Collector::Kind::Paths, [&](const CMPIContext *context, const CMPIResult *result) {
+        work.callProvider(Collector::Kind::paths, [&](const CMPIContext *context, const CMPIResult *result) {
             return provider->instanceTable.createInstance(
                 provider->instance, context, result, &work.request.path->cmpi, &work.request.instance->cmpi);
         });
@@ -243,7 +243,7 @@ void modifyInstance(const Work &work)
     const Provider *provider = request != nullptr ? instanceProviderOfPath(work.with(*request)) : nullptr;
     if (provider != nullptr) {
         work.callProvider(
-            Collector::Kind::Nothing, [&](const CMPIContext *context, const CMPIResult *result) {
+            Collector::Kind::nothing, [&](const CMPIContext *context, const CMPIResult *result) {
                 return provider->instanceTable.modifyInstance(provider->instance, context, result,
                                                               &request->path->cmpi, &request->instance->cmpi,
                                                               request->propertyList);
@@ -256,7 +256,7 @@ void deleteInstance(const Work &work)
     const Request *request = resolved(work);
     const Provider *provider = request != nullptr ? instanceProviderOfPath(work.with(*request)) : nullptr;
     if (provider != nullptr) {
-        work.callProvider(Collector::Kind::Nothing,
+        work.callProvider(Collector::Kind::nothing,
                           [&](const CMPIContext *context, const CMPIResult *result) {
                               return provider->instanceTable.deleteInstance(provider->instance, context,
                                                                             result, &request->path->cmpi);
@@ -273,7 +273,7 @@ void getProperty(const Work &work)
     }
     const char *list[] = {klass->properties[index].name.c_str(), nullptr};
     Request whole = work.request;
-    whole.operation = Operation::GetInstance;
+    whole.operation = Operation::getInstance;
     whole.propertyList = list;
     getInstance(work.with(whole));
     Answer &answer = work.answer;
@@ -300,7 +300,7 @@ void setProperty(const Work &work)
     }
     const char *list[] = {property.name.c_str(), nullptr};
     Request change = work.request;
-    change.operation = Operation::ModifyInstance;
+    change.operation = Operation::modifyInstance;
     change.propertyList = list;
     change.instance = makeInstance(work.arena(), *work.request.path);
     setProperty(*change.instance, index, copyData(work.arena(), work.request.propertyValue));
@@ -328,7 +328,7 @@ void invokeMethod(const Work &work)
         return;
     }
     Args *out = makeArgs(work.arena());
-    if (work.callProvider(Collector::Kind::Data, [&](const CMPIContext *context, const CMPIResult *result) {
+    if (work.callProvider(Collector::Kind::data, [&](const CMPIContext *context, const CMPIResult *result) {
             return provider->methodTable.invokeMethod(provider->method, context, result, &request->path->cmpi,
                                                       request->methodName, &request->arguments->cmpi,
                                                       &out->cmpi);

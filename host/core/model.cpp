@@ -7,43 +7,43 @@ namespace host
 const char *operationName(Operation operation)
 {
     switch (operation) {
-    case Operation::EnumerateInstances:
+    case Operation::enumerateInstances:
         return "EnumerateInstances";
-    case Operation::EnumerateInstanceNames:
+    case Operation::enumerateInstanceNames:
         return "EnumerateInstanceNames";
-    case Operation::GetInstance:
+    case Operation::getInstance:
         return "GetInstance";
-    case Operation::CreateInstance:
+    case Operation::createInstance:
         return "CreateInstance";
-    case Operation::ModifyInstance:
+    case Operation::modifyInstance:
         return "ModifyInstance";
-    case Operation::DeleteInstance:
+    case Operation::deleteInstance:
         return "DeleteInstance";
-    case Operation::GetProperty:
+    case Operation::getProperty:
         return "GetProperty";
-    case Operation::SetProperty:
+    case Operation::setProperty:
         return "SetProperty";
-    case Operation::ExecQuery:
+    case Operation::execQuery:
         return "ExecQuery";
-    case Operation::Associators:
+    case Operation::associators:
         return "Associators";
-    case Operation::AssociatorNames:
+    case Operation::associatorNames:
         return "AssociatorNames";
-    case Operation::References:
+    case Operation::references:
         return "References";
-    case Operation::ReferenceNames:
+    case Operation::referenceNames:
         return "ReferenceNames";
-    case Operation::InvokeMethod:
+    case Operation::invokeMethod:
         return "InvokeMethod";
-    case Operation::GetClass:
+    case Operation::getClass:
         return "GetClass";
-    case Operation::EnumerateClasses:
+    case Operation::enumerateClasses:
         return "EnumerateClasses";
-    case Operation::EnumerateClassNames:
+    case Operation::enumerateClassNames:
         return "EnumerateClassNames";
-    case Operation::GetQualifier:
+    case Operation::getQualifier:
         return "GetQualifier";
-    case Operation::EnumerateQualifiers:
+    case Operation::enumerateQualifiers:
         return "EnumerateQualifiers";
     }
     return "";

@@ -19,25 +19,25 @@ namespace host
 
 /** The operations of DSP0200 that this object manager knows. */
 enum class Operation {
-    EnumerateInstances,
-    EnumerateInstanceNames,
-    GetInstance,
-    CreateInstance,
-    ModifyInstance,
-    DeleteInstance,
-    GetProperty,
-    SetProperty,
-    ExecQuery,
-    Associators,
-    AssociatorNames,
-    References,
-    ReferenceNames,
-    InvokeMethod,
-    GetClass,
-    EnumerateClasses,
-    EnumerateClassNames,
-    GetQualifier,
-    EnumerateQualifiers,
+    enumerateInstances,
+    enumerateInstanceNames,
+    getInstance,
+    createInstance,
+    modifyInstance,
+    deleteInstance,
+    getProperty,
+    setProperty,
+    execQuery,
+    associators,
+    associatorNames,
+    references,
+    referenceNames,
+    invokeMethod,
+    getClass,
+    enumerateClasses,
+    enumerateClassNames,
+    getQualifier,
+    enumerateQualifiers,
 };
 
 /** The name of the operation as DSP0200 has it; "InvokeMethod" of an extrinsic method. */
@@ -52,12 +52,12 @@ struct TraversalFilter {
 };
 
 struct Request {
-    Operation operation = Operation::GetInstance;
+    Operation operation = Operation::getInstance;
     std::string_view nameSpace;
     /** Who asks; never empty: nothing is dispatched without a principal. */
     std::string_view principal;
     /** A front end sets it to that of the account. */
-    Role role = Role::Reader;
+    Role role = Role::reader;
 
     /** How long the request may wait for its turn with the providers; none: as long as any. */
     std::optional<std::chrono::milliseconds> patience;

@@ -44,7 +44,7 @@ void Collector::complete(Path &path)
 
 CMPIrc Collector::takeData(const CMPIValue *value, CMPIType type)
 {
-    if (const CMPIrc problem = refuses(Kind::Data); problem != CMPI_RC_OK) {
+    if (const CMPIrc problem = refuses(Kind::data); problem != CMPI_RC_OK) {
         return problem;
     }
     const CMPIrc code = takeValue(arena_, value, type, answer_.returnValue);
@@ -54,7 +54,7 @@ CMPIrc Collector::takeData(const CMPIValue *value, CMPIType type)
 
 CMPIrc Collector::takeInstance(const Instance &instance)
 {
-    if (const CMPIrc problem = refuses(Kind::Instances); problem != CMPI_RC_OK) {
+    if (const CMPIrc problem = refuses(Kind::instances); problem != CMPI_RC_OK) {
         return problem;
     }
     // A copy, because the provider may go on to change the instance and return it again.
@@ -67,7 +67,7 @@ CMPIrc Collector::takeInstance(const Instance &instance)
 
 CMPIrc Collector::takePath(const Path &path)
 {
-    if (const CMPIrc problem = refuses(Kind::Paths); problem != CMPI_RC_OK) {
+    if (const CMPIrc problem = refuses(Kind::paths); problem != CMPI_RC_OK) {
         return problem;
     }
     Path *copy = copyObject(arena_, path);

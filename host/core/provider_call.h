@@ -14,7 +14,7 @@ namespace host
 class Collector final : public ResultSink
 {
   public:
-    enum class Kind { Nothing, Data, Instances, Paths };
+    enum class Kind { nothing, data, instances, paths };
 
     Collector(Arena &arena, const Request &request, Kind kind, Answer &answer)
         : arena_(arena), request_(request), kind_(kind), answer_(answer)

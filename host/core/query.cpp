@@ -177,7 +177,7 @@ bool Query::bind(const cim::Class &klass, const cim::ClassRepository &classes, s
         }
     }
     for (Node &node : nodes_) {
-        if (node.kind == Node::Kind::Test && !bindTest(node, klass, classes, problem)) {
+        if (node.kind == Node::Kind::test && !bindTest(node, klass, classes, problem)) {
             return false;
         }
     }
@@ -187,21 +187,21 @@ bool Query::bind(const cim::Class &klass, const cim::ClassRepository &classes, s
 Query::Family Query::familyOf(const cim::Property &property)
 {
     if (property.isArray) {
-        return Family::None;
+        return Family::none;
     }
     switch (property.type) {
-    case cim::Type::Boolean:
-        return Family::Boolean;
-    case cim::Type::String:
-    case cim::Type::Char16:
-        return Family::Text;
-    case cim::Type::DateTime:
-        return Family::DateTime;
-    case cim::Type::Reference:
-    case cim::Type::None:
-        return Family::None;
+    case cim::Type::boolean:
+        return Family::boolean;
+    case cim::Type::string:
+    case cim::Type::char16:
+        return Family::text;
+    case cim::Type::dateTime:
+        return Family::dateTime;
+    case cim::Type::reference:
+    case cim::Type::none:
+        return Family::none;
     default:
-        return Family::Number;
+        return Family::number;
     }
 }
 
@@ -219,9 +219,9 @@ std::optional<Query::Side> Query::sideOf(const Operand &operand, const cim::Clas
         return Side{familyOf(*property), property};
     }
     if (std::holds_alternative<std::string>(operand)) {
-        return Side{Family::Text, nullptr};
+        return Side{Family::text, nullptr};
     }
-    return Side{std::holds_alternative<bool>(operand) ? Family::Boolean : Family::Number, nullptr};
+    return Side{std::holds_alternative<bool>(operand) ? Family::boolean : Family::number, nullptr};
 }
 
 /** A text beside a date is a date. */
@@ -238,14 +238,14 @@ bool Query::bindDate(Operand &operand, Side &side, const cim::Property &beside, 
         return false;
     }
     operand = Integer(static_cast<std::int64_t>(microseconds));
-    side.family = Family::DateTime;
+    side.family = Family::dateTime;
     return true;
 }
 
 bool Query::bindTest(Node &node, const cim::Class &klass, const cim::ClassRepository &classes,
                      std::string &problem)
 {
-    if (node.relation == Relation::IsA) {
+    if (node.relation == Relation::isA) {
         const std::string &name = std::get<std::string>(node.second);
         node.isA = classes.find(name);
         if (node.isA == nullptr) {
@@ -254,7 +254,7 @@ bool Query::bindTest(Node &node, const cim::Class &klass, const cim::ClassReposi
         return node.isA != nullptr;
     }
     std::optional<Side> left = sideOf(node.first, klass, problem);
-    if (!left || node.relation == Relation::IsNull || node.relation == Relation::IsNotNull) {
+    if (!left || node.relation == Relation::isNull || node.relation == Relation::isNotNull) {
         return left.has_value();
     }
     std::optional<Side> right = sideOf(node.second, klass, problem);
@@ -262,17 +262,17 @@ bool Query::bindTest(Node &node, const cim::Class &klass, const cim::ClassReposi
         return false;
     }
     for (const Side &side : {*left, *right}) {
-        if (side.family == Family::None) {
+        if (side.family == Family::none) {
             problem = "The property " + side.property->name + " can only be tested for NULL.";
             return false;
         }
     }
-    if ((left->family == Family::DateTime && !bindDate(node.second, *right, *left->property, problem)) ||
-        (right->family == Family::DateTime && right->property != nullptr &&
+    if ((left->family == Family::dateTime && !bindDate(node.second, *right, *left->property, problem)) ||
+        (right->family == Family::dateTime && right->property != nullptr &&
          !bindDate(node.first, *left, *right->property, problem))) {
         return false;
     }
-    if (left->family != right->family || (node.relation == Relation::Like && left->family != Family::Text)) {
+    if (left->family != right->family || (node.relation == Relation::like && left->family != Family::text)) {
         problem = "The query compares values of different types.";
         return false;
     }
@@ -281,22 +281,22 @@ bool Query::bindTest(Node &node, const cim::Class &klass, const cim::ClassReposi
 
 bool Query::admits(const Instance &instance) const
 {
-    return nodes_.empty() || truthOf(nodes_.size() - 1, instance) == Truth::True;
+    return nodes_.empty() || truthOf(nodes_.size() - 1, instance) == Truth::isTrue;
 }
 
 Query::Truth Query::truthOf(std::size_t place, const Instance &instance) const
 {
     const Node &node = nodes_[place];
     switch (node.kind) {
-    case Node::Kind::And:
+    case Node::Kind::conjunction:
         return std::min(truthOf(node.left, instance), truthOf(node.right, instance));
-    case Node::Kind::Or:
+    case Node::Kind::disjunction:
         return std::max(truthOf(node.left, instance), truthOf(node.right, instance));
-    case Node::Kind::Not: {
+    case Node::Kind::negation: {
         const Truth inner = truthOf(node.left, instance);
-        return inner == Truth::Unknown ? inner : inner == Truth::True ? Truth::False : Truth::True;
+        return inner == Truth::unknown ? inner : inner == Truth::isTrue ? Truth::isFalse : Truth::isTrue;
     }
-    case Node::Kind::Test:
+    case Node::Kind::test:
         break;
     }
     return test(node, instance);
@@ -304,8 +304,8 @@ Query::Truth Query::truthOf(std::size_t place, const Instance &instance) const
 
 Query::Truth Query::test(const Node &node, const Instance &instance)
 {
-    const auto truth = [](bool is) { return is ? Truth::True : Truth::False; };
-    if (node.relation == Relation::IsA) {
+    const auto truth = [](bool is) { return is ? Truth::isTrue : Truth::isFalse; };
+    if (node.relation == Relation::isA) {
         return truth(instance.klass->isA(*node.isA));
     }
     const auto valueOf = [&instance](const Operand &operand) -> Comparable {
@@ -324,32 +324,32 @@ Query::Truth Query::test(const Node &node, const Instance &instance)
         const auto *boolean = std::get_if<bool>(&operand);
         return boolean != nullptr ? Comparable(*boolean) : Comparable();
     };
-    if (node.relation == Relation::IsNull || node.relation == Relation::IsNotNull) {
+    if (node.relation == Relation::isNull || node.relation == Relation::isNotNull) {
         const auto &name = std::get<PropertyName>(node.first).name;
         const bool null = isNull(instance.values[instance.klass->placeOf(name)]);
-        return truth(null == (node.relation == Relation::IsNull));
+        return truth(null == (node.relation == Relation::isNull));
     }
     const Comparable left = valueOf(node.first);
     const Comparable right = valueOf(node.second);
     if (std::holds_alternative<std::monostate>(left) || std::holds_alternative<std::monostate>(right)) {
-        return Truth::Unknown;
+        return Truth::unknown;
     }
-    if (node.relation == Relation::Like) {
+    if (node.relation == Relation::like) {
         const auto *view = std::get_if<std::string_view>(&left);
         const std::string_view text = view != nullptr ? *view : std::string_view(std::get<std::string>(left));
         return truth(isLike(text, std::get<std::string_view>(right)));
     }
     const std::partial_ordering relation = order(left, right);
     switch (node.relation) {
-    case Relation::Equal:
+    case Relation::equal:
         return truth(holds(relation, false, true, false));
-    case Relation::NotEqual:
+    case Relation::notEqual:
         return truth(!holds(relation, false, true, false));
-    case Relation::Less:
+    case Relation::less:
         return truth(holds(relation, true, false, false));
-    case Relation::LessOrEqual:
+    case Relation::lessOrEqual:
         return truth(holds(relation, true, true, false));
-    case Relation::Greater:
+    case Relation::greater:
         return truth(holds(relation, false, false, true));
     default:
         return truth(holds(relation, false, true, true));

@@ -27,7 +27,7 @@
 namespace host
 {
 
-enum class QueryLanguage { Wql, Cql };
+enum class QueryLanguage { wql, cql };
 
 /** The language of that name ("WQL", "DMTF:CQL", "CQL"; any letter case). */
 std::optional<QueryLanguage> queryLanguage(std::string_view name);
@@ -66,18 +66,18 @@ class Query
     friend class QueryParser;
 
     enum class Relation {
-        Equal,
-        NotEqual,
-        Less,
-        LessOrEqual,
-        Greater,
-        GreaterOrEqual,
-        IsNull,
-        IsNotNull,
-        Like,
-        IsA
+        equal,
+        notEqual,
+        less,
+        lessOrEqual,
+        greater,
+        greaterOrEqual,
+        isNull,
+        isNotNull,
+        like,
+        isA
     };
-    enum class Truth { False, Unknown, True };
+    enum class Truth { isFalse, unknown, isTrue };
 
     using Integer = std::variant<std::int64_t, std::uint64_t>;
     struct PropertyName {
@@ -87,17 +87,17 @@ class Query
     using Operand = std::variant<std::monostate, PropertyName, std::string, Integer, double, bool>;
 
     struct Node {
-        enum class Kind { And, Or, Not, Test } kind = Kind::Test;
+        enum class Kind { conjunction, disjunction, negation, test } kind = Kind::test;
         std::size_t left = 0; // places in nodes_
         std::size_t right = 0;
-        Relation relation = Relation::Equal;
+        Relation relation = Relation::equal;
         Operand first;
         Operand second;
         const cim::Class *isA = nullptr; // filled by bind()
     };
 
     /** What values are compared as. */
-    enum class Family { None, Text, Number, Boolean, DateTime };
+    enum class Family { none, text, number, boolean, dateTime };
     struct Side {
         Family family;
         const cim::Property *property; // null: a value of the query

@@ -73,7 +73,7 @@ void execQuery(const Work &work)
         return;
     }
     Request all = work.request;
-    all.operation = Operation::EnumerateInstances;
+    all.operation = Operation::enumerateInstances;
     all.className = klass->name;
     enumerate(work.with(all));
     if (work.answer.ok()) {
@@ -93,7 +93,7 @@ void runFiltered(const Work &work, void (*operation)(const Work &))
     // A filter is the condition of a query.
     std::string problem;
     std::optional<Query> filter = Query::parse(std::string("SELECT * FROM Any WHERE ") + work.request.query,
-                                               QueryLanguage::Cql, problem);
+                                               QueryLanguage::cql, problem);
     if (!filter) {
         fail(work.call, work.answer, CMPI_RC_ERR_INVALID_QUERY, "%s", problem.c_str());
         return;

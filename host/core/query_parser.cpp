@@ -10,7 +10,7 @@ namespace
 {
 
 struct Token {
-    enum class Kind { End, Word, Text, Number, Sign, Broken } kind = Kind::End;
+    enum class Kind { end, word, text, number, sign, broken } kind = Kind::end;
     std::string text; // of a Text without its quotes; of a Broken one what is wrong
 };
 
@@ -29,9 +29,9 @@ class QueryLexer
         rest_.remove_prefix(start);
         const char first = rest_.front();
         if (isLetter(first)) {
-            return {Token::Kind::Word, take([](char c) { return isLetter(c) || isDigit(c); })};
+            return {Token::Kind::word, take([](char c) { return isLetter(c) || isDigit(c); })};
         }
-        if (first == '\'' || (first == '"' && language_ == QueryLanguage::Wql)) {
+        if (first == '\'' || (first == '"' && language_ == QueryLanguage::wql)) {
             return text(first);
         }
         if (isDigit(first) || (isSign(first) && rest_.size() > 1 && isDigit(rest_[1]))) {
@@ -79,16 +79,16 @@ class QueryLexer
                 text += rest_[i];
             } else {
                 rest_.remove_prefix(i + 1);
-                return {Token::Kind::Text, text};
+                return {Token::Kind::text, text};
             }
         }
-        return {Token::Kind::Broken, "a text does not end"};
+        return {Token::Kind::broken, "a text does not end"};
     }
 
     Token number()
     {
         char before = 0;
-        return {Token::Kind::Number, take([&before](char c) {
+        return {Token::Kind::number, take([&before](char c) {
                     const bool belongs = isDigit(c) || c == '.' || c == 'e' || c == 'E' ||
                                          (isSign(c) && (before == 'e' || before == 'E'));
                     before = c;
@@ -102,10 +102,10 @@ class QueryLexer
              {"<>", "!=", "<=", ">=", "=", "<", ">", "(", ")", ",", "*", "."}) {
             if (rest_.starts_with(known)) {
                 rest_.remove_prefix(known.size());
-                return {Token::Kind::Sign, std::string(known)};
+                return {Token::Kind::sign, std::string(known)};
             }
         }
-        return {Token::Kind::Broken,
+        return {Token::Kind::broken,
                 "the character " + std::string(rest_.substr(0, 1)) + " has no place in it"};
     }
 
@@ -130,7 +130,7 @@ class QueryParser
             return false;
         }
         const bool as = isWord("AS") && advance();
-        if (as || (token_.kind == Token::Kind::Word && !isWord("WHERE"))) {
+        if (as || (token_.kind == Token::Kind::word && !isWord("WHERE"))) {
             if (!name(alias_, "an alias")) {
                 return false;
             }
@@ -142,7 +142,7 @@ class QueryParser
                 return false;
             }
         }
-        return token_.kind == Token::Kind::End ? checkQualifiers() : expected("the end");
+        return token_.kind == Token::Kind::end ? checkQualifiers() : expected("the end");
     }
 
     Query &query()
@@ -169,12 +169,12 @@ class QueryParser
 
     bool isWord(std::string_view wanted) const
     {
-        return token_.kind == Token::Kind::Word && cim::sameName(token_.text, wanted);
+        return token_.kind == Token::Kind::word && cim::sameName(token_.text, wanted);
     }
 
     bool isSign(std::string_view wanted) const
     {
-        return token_.kind == Token::Kind::Sign && token_.text == wanted;
+        return token_.kind == Token::Kind::sign && token_.text == wanted;
     }
 
     bool refuse(std::string problem)
@@ -185,10 +185,10 @@ class QueryParser
 
     bool expected(const std::string &what)
     {
-        if (token_.kind == Token::Kind::Broken) {
+        if (token_.kind == Token::Kind::broken) {
             return refuse("The query is not well-formed: " + token_.text + ".");
         }
-        const std::string found = token_.kind == Token::Kind::End ? "the end" : token_.text.substr(0, 100);
+        const std::string found = token_.kind == Token::Kind::end ? "the end" : token_.text.substr(0, 100);
         return refuse("The query is not well-formed: " + what + " is expected in place of " + found + ".");
     }
 
@@ -199,7 +199,7 @@ class QueryParser
 
     bool name(std::string &into, const char *what)
     {
-        if (token_.kind != Token::Kind::Word) {
+        if (token_.kind != Token::Kind::word) {
             return expected(what);
         }
         into = token_.text;
@@ -279,7 +279,7 @@ class QueryParser
             if (!term(right)) {
                 return false;
             }
-            place = join(Node::Kind::Or, place, right);
+            place = join(Node::Kind::disjunction, place, right);
         }
         return true;
     }
@@ -295,7 +295,7 @@ class QueryParser
             if (!factor(right)) {
                 return false;
             }
-            place = join(Node::Kind::And, place, right);
+            place = join(Node::Kind::conjunction, place, right);
         }
         return true;
     }
@@ -319,7 +319,7 @@ class QueryParser
             if (!factor(inner)) {
                 return false;
             }
-            place = join(Node::Kind::Not, inner, inner);
+            place = join(Node::Kind::negation, inner, inner);
             return true;
         }
         if (!isSign("(")) {
@@ -343,10 +343,10 @@ class QueryParser
         }
         const auto *property = std::get_if<Query::PropertyName>(&node.first);
         switch (node.relation) {
-        case Relation::IsNull:
-        case Relation::IsNotNull:
+        case Relation::isNull:
+        case Relation::isNotNull:
             break;
-        case Relation::IsA:
+        case Relation::isA:
             if (property == nullptr ||
                 !(isSource(property->name) || cim::sameName(property->name, "__THIS"))) {
                 return refuse("The query is not well-formed: ISA follows the class after FROM or its alias.");
@@ -355,8 +355,8 @@ class QueryParser
                 return false;
             }
             break;
-        case Relation::Like:
-            if (token_.kind != Token::Kind::Text) {
+        case Relation::like:
+            if (token_.kind != Token::Kind::text) {
                 return expected("a text after LIKE");
             }
             [[fallthrough]];
@@ -365,8 +365,8 @@ class QueryParser
                 return false;
             }
         }
-        const bool isNullTest = node.relation == Relation::IsNull || node.relation == Relation::IsNotNull;
-        if (property == nullptr && (isNullTest || node.relation == Relation::Like)) {
+        const bool isNullTest = node.relation == Relation::isNull || node.relation == Relation::isNotNull;
+        if (property == nullptr && (isNullTest || node.relation == Relation::like)) {
             return refuse("The query is not well-formed: LIKE and IS follow a property.");
         }
         place = add(std::move(node));
@@ -376,7 +376,7 @@ class QueryParser
     /** After ISA: the name of a class, in WQL also as a text. */
     bool className(Query::Operand &into)
     {
-        if (token_.kind != Token::Kind::Word && token_.kind != Token::Kind::Text) {
+        if (token_.kind != Token::Kind::word && token_.kind != Token::Kind::text) {
             return expected("a class");
         }
         into = token_.text;
@@ -390,9 +390,9 @@ class QueryParser
             Relation relation;
         };
         for (const Sign &sign :
-             {Sign{"=", Relation::Equal}, Sign{"<>", Relation::NotEqual}, Sign{"!=", Relation::NotEqual},
-              Sign{"<", Relation::Less}, Sign{"<=", Relation::LessOrEqual}, Sign{">", Relation::Greater},
-              Sign{">=", Relation::GreaterOrEqual}}) {
+             {Sign{"=", Relation::equal}, Sign{"<>", Relation::notEqual}, Sign{"!=", Relation::notEqual},
+              Sign{"<", Relation::less}, Sign{"<=", Relation::lessOrEqual}, Sign{">", Relation::greater},
+              Sign{">=", Relation::greaterOrEqual}}) {
             if (isSign(sign.text)) {
                 into = sign.relation;
                 return advance();
@@ -401,18 +401,18 @@ class QueryParser
         if (isWord("IS")) {
             advance();
             const bool isNot = isWord("NOT") && advance();
-            into = isNot ? Relation::IsNotNull : Relation::IsNull;
+            into = isNot ? Relation::isNotNull : Relation::isNull;
             return word("NULL");
         }
         if (isWord("ISA")) {
-            into = Relation::IsA;
+            into = Relation::isA;
             return advance();
         }
         if (isWord("LIKE")) {
-            if (language_ == QueryLanguage::Cql) {
+            if (language_ == QueryLanguage::cql) {
                 return refuse("LIKE is not supported in CQL; in WQL it is.");
             }
-            into = Relation::Like;
+            into = Relation::like;
             return advance();
         }
         return expected("a comparison");
@@ -421,12 +421,12 @@ class QueryParser
     bool operand(Query::Operand &into)
     {
         switch (token_.kind) {
-        case Token::Kind::Text:
+        case Token::Kind::text:
             into = token_.text;
             return advance();
-        case Token::Kind::Number:
+        case Token::Kind::number:
             return number(into);
-        case Token::Kind::Word: {
+        case Token::Kind::word: {
             if (isWord("TRUE") || isWord("FALSE")) {
                 into = isWord("TRUE");
                 return advance();
@@ -483,10 +483,10 @@ class QueryParser
 std::optional<QueryLanguage> queryLanguage(std::string_view name)
 {
     if (cim::sameName(name, "WQL")) {
-        return QueryLanguage::Wql;
+        return QueryLanguage::wql;
     }
     if (cim::sameName(name, "DMTF:CQL") || cim::sameName(name, "CQL")) {
-        return QueryLanguage::Cql;
+        return QueryLanguage::cql;
     }
     return std::nullopt;
 }

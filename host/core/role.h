@@ -11,9 +11,9 @@ namespace host
 {
 
 enum class Role {
-    Administrator,
-    Operator,
-    Reader, // changes nothing and calls no method
+    administrator,
+    operatorUser,
+    reader, // changes nothing and calls no method
 };
 
 /** The names that roles have in the accounts file, in the order of Role. */

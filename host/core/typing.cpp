@@ -37,7 +37,7 @@ bool Typing::scalar(const ItemText &item, cim::Type type, std::string_view name,
     if (item.isNull) {
         return true;
     }
-    if (type == cim::Type::Reference) {
+    if (type == cim::Type::reference) {
         const Path *reference = path(*item.reference, defaultNameSpace);
         if (reference == nullptr) {
             return false;
@@ -58,22 +58,22 @@ bool Typing::value(const ValueText &text, cim::Type type, bool isArray, std::str
                    CMPIData &data)
 {
     if (text.isNull) {
-        data = nullData(cim::cmpiType(type == cim::Type::None ? cim::Type::String : type, isArray));
+        data = nullData(cim::cmpiType(type == cim::Type::none ? cim::Type::string : type, isArray));
         return true;
     }
     // The form of the value is the client's. A reference cannot be read as anything else, nor can a text be
     // read as a reference.
     const auto typeOf = [type](const ItemText &item) {
         if (item.reference != nullptr) {
-            return cim::Type::Reference;
+            return cim::Type::reference;
         }
-        return type == cim::Type::None || type == cim::Type::Reference ? cim::Type::String : type;
+        return type == cim::Type::none || type == cim::Type::reference ? cim::Type::string : type;
     };
     if (!text.isArray) {
         return scalar(text.item, typeOf(text.item), text.name, defaultNameSpace, data);
     }
     const std::size_t count = text.items->size();
-    cim::Type elementType = type == cim::Type::None ? cim::Type::String : type;
+    cim::Type elementType = type == cim::Type::none ? cim::Type::string : type;
     for (const ItemText &item : *text.items) {
         if (!item.isNull) {
             elementType = typeOf(item);
@@ -83,7 +83,7 @@ bool Typing::value(const ValueText &text, cim::Type type, bool isArray, std::str
     Array *array = makeArray(arena_, cim::cmpiType(elementType, false), static_cast<CMPICount>(count));
     for (std::size_t i = 0; i < count; ++i) {
         const ItemText &item = (*text.items)[i];
-        if (!item.isNull && (item.reference != nullptr) != (elementType == cim::Type::Reference)) {
+        if (!item.isNull && (item.reference != nullptr) != (elementType == cim::Type::reference)) {
             fail(CMPI_RC_ERR_INVALID_PARAMETER, "The array %.*s mixes references and values.",
                  shown(text.name), text.name.data());
             return false;

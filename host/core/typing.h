@@ -24,7 +24,7 @@ struct ItemText {
 /** A named value as a protocol carries it: a key, a property, an argument. */
 struct ValueText {
     std::string_view name;
-    cim::Type type = cim::Type::None; // as the client says; None: it does not
+    cim::Type type = cim::Type::none; // as the client says; None: it does not
     bool isArray = false;
     bool isNull = false;
     ItemText item;                              // of a scalar

@@ -108,7 +108,7 @@ CMPIEnumeration *enumerateInstanceNames(const CMPIBroker *broker, const CMPICont
                                         const CMPIObjectPath *path, CMPIStatus *status)
 {
     UpCall upCall(broker, context, path, status);
-    return upCall.ready() ? enumeration(upCall, Operation::EnumerateInstanceNames, true) : nullptr;
+    return upCall.ready() ? enumeration(upCall, Operation::enumerateInstanceNames, true) : nullptr;
 }
 
 CMPIEnumeration *enumerateInstances(const CMPIBroker *broker, const CMPIContext *context,
@@ -119,7 +119,7 @@ CMPIEnumeration *enumerateInstances(const CMPIBroker *broker, const CMPIContext 
         return nullptr;
     }
     upCall.request().propertyList = properties;
-    return enumeration(upCall, Operation::EnumerateInstances, false);
+    return enumeration(upCall, Operation::enumerateInstances, false);
 }
 
 CMPIInstance *getInstance(const CMPIBroker *broker, const CMPIContext *context, const CMPIObjectPath *path,
@@ -131,7 +131,7 @@ CMPIInstance *getInstance(const CMPIBroker *broker, const CMPIContext *context, 
     }
     upCall.request().propertyList = properties;
     Answer answer(upCall.arena());
-    return upCall.run(Operation::GetInstance, answer) ? &answer.instances[0]->cmpi : nullptr;
+    return upCall.run(Operation::getInstance, answer) ? &answer.instances[0]->cmpi : nullptr;
 }
 
 /** Puts a copy of the given instance into the request. */
@@ -154,7 +154,7 @@ CMPIObjectPath *createInstance(const CMPIBroker *broker, const CMPIContext *cont
         return nullptr;
     }
     Answer answer(upCall.arena());
-    return upCall.run(Operation::CreateInstance, answer) ? &answer.paths[0]->cmpi : nullptr;
+    return upCall.run(Operation::createInstance, answer) ? &answer.paths[0]->cmpi : nullptr;
 }
 
 CMPIStatus modifyInstance(const CMPIBroker *broker, const CMPIContext *context, const CMPIObjectPath *path,
@@ -165,7 +165,7 @@ CMPIStatus modifyInstance(const CMPIBroker *broker, const CMPIContext *context, 
     if (upCall.ready() && takeInstance(upCall, instance, &status)) {
         upCall.request().propertyList = properties;
         Answer answer(upCall.arena());
-        upCall.run(Operation::ModifyInstance, answer);
+        upCall.run(Operation::modifyInstance, answer);
     }
     return status;
 }
@@ -176,7 +176,7 @@ CMPIStatus deleteInstance(const CMPIBroker *broker, const CMPIContext *context, 
     UpCall upCall(broker, context, path, &status);
     if (upCall.ready()) {
         Answer answer(upCall.arena());
-        upCall.run(Operation::DeleteInstance, answer);
+        upCall.run(Operation::deleteInstance, answer);
     }
     return status;
 }
@@ -194,7 +194,7 @@ CMPIEnumeration *execQuery(const CMPIBroker *broker, const CMPIContext *context,
     }
     upCall.request().query = query;
     upCall.request().queryLanguage = language;
-    return enumeration(upCall, Operation::ExecQuery, false);
+    return enumeration(upCall, Operation::execQuery, false);
 }
 
 CMPIEnumeration *traverse(const CMPIBroker *broker, const CMPIContext *context, const CMPIObjectPath *path,
@@ -208,14 +208,14 @@ CMPIEnumeration *traverse(const CMPIBroker *broker, const CMPIContext *context, 
     upCall.request().filter = filter;
     upCall.request().propertyList = properties;
     return enumeration(upCall, operation,
-                       operation == Operation::AssociatorNames || operation == Operation::ReferenceNames);
+                       operation == Operation::associatorNames || operation == Operation::referenceNames);
 }
 
 CMPIEnumeration *associators(const CMPIBroker *broker, const CMPIContext *context, const CMPIObjectPath *path,
                              const char *associationClass, const char *resultClass, const char *role,
                              const char *resultRole, const char **properties, CMPIStatus *status)
 {
-    return traverse(broker, context, path, Operation::Associators,
+    return traverse(broker, context, path, Operation::associators,
                     {associationClass, resultClass, role, resultRole}, properties, status);
 }
 
@@ -224,7 +224,7 @@ CMPIEnumeration *associatorNames(const CMPIBroker *broker, const CMPIContext *co
                                  const char *resultClass, const char *role, const char *resultRole,
                                  CMPIStatus *status)
 {
-    return traverse(broker, context, path, Operation::AssociatorNames,
+    return traverse(broker, context, path, Operation::associatorNames,
                     {associationClass, resultClass, role, resultRole}, nullptr, status);
 }
 
@@ -232,7 +232,7 @@ CMPIEnumeration *references(const CMPIBroker *broker, const CMPIContext *context
                             const char *resultClass, const char *role, const char **properties,
                             CMPIStatus *status)
 {
-    return traverse(broker, context, path, Operation::References, {resultClass, nullptr, role, nullptr},
+    return traverse(broker, context, path, Operation::references, {resultClass, nullptr, role, nullptr},
                     properties, status);
 }
 
@@ -240,7 +240,7 @@ CMPIEnumeration *referenceNames(const CMPIBroker *broker, const CMPIContext *con
                                 const CMPIObjectPath *path, const char *resultClass, const char *role,
                                 CMPIStatus *status)
 {
-    return traverse(broker, context, path, Operation::ReferenceNames, {resultClass, nullptr, role, nullptr},
+    return traverse(broker, context, path, Operation::referenceNames, {resultClass, nullptr, role, nullptr},
                     nullptr, status);
 }
 
@@ -260,7 +260,7 @@ CMPIData invokeMethod(const CMPIBroker *broker, const CMPIContext *context, cons
     upCall.request().arguments =
         arguments != nullptr ? copyObject(upCall.arena(), *arguments) : makeArgs(upCall.arena());
     Answer answer(upCall.arena());
-    if (!upCall.run(Operation::InvokeMethod, answer)) {
+    if (!upCall.run(Operation::invokeMethod, answer)) {
         return nullData(CMPI_null, CMPI_badValue);
     }
     if (const Args *given = behind<Args>(out); given != nullptr) {
@@ -289,7 +289,7 @@ CMPIStatus setPropertyOfBroker(const CMPIBroker *broker, const CMPIContext *cont
         return makeStatus(code);
     }
     Answer answer(upCall.arena());
-    upCall.run(Operation::SetProperty, answer);
+    upCall.run(Operation::setProperty, answer);
     return status;
 }
 
@@ -306,7 +306,7 @@ CMPIData getPropertyOfBroker(const CMPIBroker *broker, const CMPIContext *contex
     }
     upCall.request().propertyName = name;
     Answer answer(upCall.arena());
-    if (!upCall.run(Operation::GetProperty, answer)) {
+    if (!upCall.run(Operation::getProperty, answer)) {
         return nullData(CMPI_null, CMPI_notFound);
     }
     return answer.returnValue;

@@ -15,12 +15,12 @@ ConnectionTable::Connection &ConnectionTable::add(int socket, std::string addres
     added.address = std::move(address);
     added.waitingSince = Clock::now();
     added.deadline = added.waitingSince + std::min(limits_.login, limits_.transfer);
-    const bool hasRoom = makeRoom(Among::OfAddress, limits_.perAddress, added) &&
-                         makeRoom(Among::Anonymous, limits_.anonymous, added) &&
-                         makeRoom(Among::All, limits_.total, added);
+    const bool hasRoom = makeRoom(Among::ofAddress, limits_.perAddress, added) &&
+                         makeRoom(Among::anonymous, limits_.anonymous, added) &&
+                         makeRoom(Among::all, limits_.total, added);
     if (!hasRoom) {
         added.isTurnedAway = true;
-        makeRoom(Among::TurnedAway, turnedAway, added);
+        makeRoom(Among::turnedAway, turnedAway, added);
     }
     return added;
 }
@@ -77,16 +77,16 @@ unsigned ConnectionTable::count() const
 
 bool ConnectionTable::isAmong(const Connection &connection, Among among, const std::string &address) const
 {
-    if (connection.hasEnded || connection.isTurnedAway != (among == Among::TurnedAway)) {
+    if (connection.hasEnded || connection.isTurnedAway != (among == Among::turnedAway)) {
         return false;
     }
     switch (among) {
-    case Among::Anonymous: // one whose password is being looked at needs no room any more
+    case Among::anonymous: // one whose password is being looked at needs no room any more
         return !connection.hasLoggedIn && connection.isWaiting;
-    case Among::OfAddress:
+    case Among::ofAddress:
         return connection.address == address;
-    case Among::All:
-    case Among::TurnedAway:
+    case Among::all:
+    case Among::turnedAway:
         break;
     }
     return true;

@@ -65,7 +65,7 @@ class ConnectionTable
     unsigned count() const;
 
   private:
-    enum class Among { All, Anonymous, OfAddress, TurnedAway };
+    enum class Among { all, anonymous, ofAddress, turnedAway };
 
     bool isAmong(const Connection &connection, Among among, const std::string &address) const;
     bool makeRoom(Among among, unsigned limit, const Connection &newcomer);

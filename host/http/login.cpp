@@ -148,7 +148,7 @@ LoginAnswer Login::check(const char *authorization, const std::string &address)
             isClean = failures_.count(network, now) == 0;
         }
         if (!wait) {
-            answer.kind = LoginAnswer::Kind::TooManyFailures;
+            answer.kind = LoginAnswer::Kind::tooManyFailures;
             return answer;
         }
         std::this_thread::sleep_for(*wait);
@@ -158,7 +158,7 @@ LoginAnswer Login::check(const char *authorization, const std::string &address)
             return answer;
         }
     }
-    answer.kind = LoginAnswer::Kind::Good;
+    answer.kind = LoginAnswer::Kind::good;
     answer.role = *role;
     return answer;
 }

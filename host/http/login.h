@@ -60,11 +60,11 @@ class FailureTable
 
 /** What a request's credentials have come to. */
 struct LoginAnswer {
-    enum class Kind { Good, Wrong, TooManyFailures };
+    enum class Kind { good, wrong, tooManyFailures };
 
-    Kind kind = Kind::Wrong;
+    Kind kind = Kind::wrong;
     std::string user;
-    Role role = Role::Reader;
+    Role role = Role::reader;
 };
 
 /** Safe to use by many threads. */

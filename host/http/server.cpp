@@ -95,7 +95,7 @@ struct HttpServer::Exchange {
     FrontEnd *frontEnd = nullptr; // null: the request is refused, or for the page
     std::string path;
     std::string principal;
-    Role role = Role::Reader;
+    Role role = Role::reader;
     unsigned status = 200;      // other than 200: what the request is refused with
     const char *text = nullptr; // that the client reads instead of what a front end has written
     bool expectsToContinue = false;
@@ -451,11 +451,11 @@ void HttpServer::authenticate(Exchange &exchange, const RequestHead &head)
     const char *authorization =
         MHD_lookup_connection_value(exchange.connection, MHD_HEADER_KIND, MHD_HTTP_HEADER_AUTHORIZATION);
     const LoginAnswer login = login_.check(authorization, entry.address);
-    if (login.kind == LoginAnswer::Kind::TooManyFailures) {
+    if (login.kind == LoginAnswer::Kind::tooManyFailures) {
         return exchange.refuse(MHD_HTTP_TOO_MANY_REQUESTS,
                                "Too many wrong passwords came from this address.");
     }
-    if (login.kind == LoginAnswer::Kind::Wrong) {
+    if (login.kind == LoginAnswer::Kind::wrong) {
         return exchange.refuse(MHD_HTTP_UNAUTHORIZED);
     }
     connections_.logIn(entry);

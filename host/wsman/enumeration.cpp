@@ -24,10 +24,10 @@ constexpr std::size_t around = 512;
 /** Of one answer, when the client sets no limit. */
 constexpr std::size_t mostItems = 1024;
 
-enum class Mode : char { Object = 'o', Endpoint = 'e', Both = 'b' };
+enum class Mode : char { object = 'o', endpoint = 'e', both = 'b' };
 
 struct Order {
-    Mode mode = Mode::Object;
+    Mode mode = Mode::object;
     /** The class whose properties alone are shown; null: each object is shown as what it is. */
     const cim::Class *as = nullptr;
     bool exactClass = false;
@@ -51,16 +51,16 @@ struct Items {
 
 void writeItem(Writer &writer, const Items &items, std::size_t place, const Order &order)
 {
-    if (order.mode == Mode::Both) {
+    if (order.mode == Mode::both) {
         writer.raw("<wsman:Item>");
     }
-    if (order.mode != Mode::Endpoint) {
+    if (order.mode != Mode::endpoint) {
         writer.instance(*items.instances[place], order.as);
     }
-    if (order.mode != Mode::Object) {
+    if (order.mode != Mode::object) {
         writer.endpoint(items.paths.empty() ? *items.instances[place]->path : *items.paths[place]);
     }
-    if (order.mode == Mode::Both) {
+    if (order.mode == Mode::both) {
         writer.raw("</wsman:Item>");
     }
 }
@@ -91,7 +91,7 @@ std::size_t writeItems(Exchange &exchange, Writer &writer, const Items &items, s
 
 bool tooLong(Exchange &exchange)
 {
-    return exchange.refuse(FaultKind::EncodingLimit, "MaxEnvelopeSize",
+    return exchange.refuse(FaultKind::encodingLimit, "MaxEnvelopeSize",
                            "An object is longer than the MaxEnvelopeSize of the request allows.");
 }
 
@@ -105,7 +105,7 @@ bool readCount(Exchange &exchange, pugi::xml_node element, std::size_t &count)
     std::uint64_t number = 0;
     const auto [end, problem] = std::from_chars(text.data(), text.data() + text.size(), number);
     if (end != text.data() + text.size() || number == 0 || problem == std::errc::invalid_argument) {
-        return exchange.refuse(FaultKind::SchemaValidationError, "",
+        return exchange.refuse(FaultKind::schemaValidationError, "",
                                std::string(localName(element)) + " is no number greater than 0.");
     }
     count = problem == std::errc() ? static_cast<std::size_t>(std::min<std::uint64_t>(number, mostItems))
@@ -120,11 +120,11 @@ bool readMode(Exchange &exchange, pugi::xml_node enumerate, Order &order)
     const pugi::xml_node element = childOf(enumerate, uri::wsman, "EnumerationMode");
     const std::string_view mode = trimmedText(element, exchange.arena);
     if (mode == "EnumerateEPR") {
-        order.mode = Mode::Endpoint;
+        order.mode = Mode::endpoint;
     } else if (mode == "EnumerateObjectAndEPR") {
-        order.mode = Mode::Both;
+        order.mode = Mode::both;
     } else if (element) {
-        return exchange.refuse(FaultKind::UnsupportedFeature, "EnumerationMode",
+        return exchange.refuse(FaultKind::unsupportedFeature, "EnumerationMode",
                                "There is no enumeration mode " + std::string(mode.substr(0, 200)) +
                                    "; there are EnumerateEPR and EnumerateObjectAndEPR.");
     }
@@ -140,7 +140,7 @@ bool readPolymorphism(Exchange &exchange, pugi::xml_node enumerate, const Target
     } else if (mode == "None") {
         order.exactClass = true;
     } else if (element && mode != "IncludeSubClassProperties") {
-        return exchange.refuse(FaultKind::UnsupportedFeature, "",
+        return exchange.refuse(FaultKind::unsupportedFeature, "",
                                "There is no polymorphism mode " + std::string(mode.substr(0, 200)) +
                                    "; there are IncludeSubClassProperties, ExcludeSubClassProperties and "
                                    "None.");
@@ -158,11 +158,11 @@ bool readLifetime(Exchange &exchange, pugi::xml_node enumerate, Order &order)
     const std::string_view text = trimmedText(element, exchange.arena);
     const std::optional<std::chrono::milliseconds> wanted = readDuration(text);
     if (!wanted && !cimDateTime(text).empty()) {
-        return exchange.refuse(FaultKind::UnsupportedExpirationType, "",
+        return exchange.refuse(FaultKind::unsupportedExpirationType, "",
                                "Expires is a duration here, such as PT60S, and no time of the day.");
     }
     if (!wanted || wanted->count() == 0) {
-        return exchange.refuse(FaultKind::InvalidExpirationTime, "",
+        return exchange.refuse(FaultKind::invalidExpirationTime, "",
                                "Expires is no duration greater than 0, such as PT60S.");
     }
     order.lifetime = std::min(order.lifetime, *wanted);
@@ -218,7 +218,7 @@ std::string keepOpen(Exchange &exchange, const Target &target, const Order &orde
         name = exchange.service.contexts.open(exchange.http.principal, std::move(rest), order.lifetime);
     }
     if (name.empty()) {
-        exchange.refuse(FaultKind::QuotaLimit, "",
+        exchange.refuse(FaultKind::quotaLimit, "",
                         fits ? "There are too many open enumerations; pull them to their end, release them, "
                                "or ask for everything at once with OptimizeEnumeration and MaxElements."
                              : "The open enumerations hold too much; ask for everything at once with "
@@ -297,7 +297,7 @@ bool enumerate(Exchange &exchange)
 {
     const pugi::xml_node element = childOf(exchange.message.body, uri::enumeration, "Enumerate");
     if (!element) {
-        return exchange.refuse(FaultKind::SchemaValidationError, "", "The body holds no wsen:Enumerate.");
+        return exchange.refuse(FaultKind::schemaValidationError, "", "The body holds no wsen:Enumerate.");
     }
     Target target;
     const bool isOfAll = namesAllClasses(exchange.message.resource.resourceUri);
@@ -308,7 +308,7 @@ bool enumerate(Exchange &exchange)
     Order order;
     Filter filter(exchange.arena);
     if (!readOrder(exchange, element, target, order) ||
-        !readFilter(exchange, element, target, order.mode == Mode::Endpoint, filter)) {
+        !readFilter(exchange, element, target, order.mode == Mode::endpoint, filter)) {
         return false;
     }
     Answer answer(exchange.arena);
@@ -330,7 +330,7 @@ bool pull(Exchange &exchange)
         trimmedText(childOf(element, uri::enumeration, "EnumerationContext"), exchange.arena);
     Order order;
     if (!element) {
-        return exchange.refuse(FaultKind::SchemaValidationError, "", "The body holds no wsen:Pull.");
+        return exchange.refuse(FaultKind::schemaValidationError, "", "The body holds no wsen:Pull.");
     }
     if (!readCount(exchange, childOf(element, uri::enumeration, "MaxElements"), order.maxElements)) {
         return false;
@@ -340,7 +340,7 @@ bool pull(Exchange &exchange)
     }
     const ContextUse use(exchange.service.contexts, exchange.http.principal, std::string(name), contextKind);
     if (use.get() == nullptr) {
-        return exchange.refuse(FaultKind::InvalidEnumerationContext, "", "");
+        return exchange.refuse(FaultKind::invalidEnumerationContext, "", "");
     }
     OpenEnumeration &open = *use.get();
     readNote(exchange, open.note, order);
@@ -373,7 +373,7 @@ bool release(Exchange &exchange)
         trimmedText(childOf(element, uri::enumeration, "EnumerationContext"), exchange.arena);
     ContextUse use(exchange.service.contexts, exchange.http.principal, std::string(name), contextKind);
     if (use.get() == nullptr) {
-        return exchange.refuse(FaultKind::InvalidEnumerationContext, "", "");
+        return exchange.refuse(FaultKind::invalidEnumerationContext, "", "");
     }
     use.close();
     exchange.writer().finish(exchange.message.action, "Response", exchange.message.messageId);

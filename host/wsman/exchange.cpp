@@ -51,7 +51,7 @@ const PathText *referencePath(Exchange &exchange, const Endpoint &endpoint, unsi
 {
     ClassUri parts;
     if (!splitUri(endpoint.resourceUri, parts)) {
-        exchange.refuse(FaultKind::DestinationUnreachable, "InvalidResourceURI",
+        exchange.refuse(FaultKind::destinationUnreachable, "InvalidResourceURI",
                         "The resource URI " + quoted(endpoint.resourceUri) + " names no class.");
         return nullptr;
     }
@@ -110,18 +110,18 @@ bool checkSelectors(Exchange &exchange, const Endpoint &endpoint, const cim::Cla
         const Selector &selector = endpoint.selectors[i];
         for (std::size_t j = 0; j < i; ++j) {
             if (cim::sameName(endpoint.selectors[j].name, selector.name)) {
-                return exchange.refuse(FaultKind::InvalidSelectors, "DuplicateSelectors",
+                return exchange.refuse(FaultKind::invalidSelectors, "DuplicateSelectors",
                                        "The selector " + quoted(selector.name) + " is given twice.");
             }
         }
         if (!isNameSpaceSelector(selector) && !klass.keys.empty() && !isKey(klass, selector.name)) {
-            return exchange.refuse(FaultKind::InvalidSelectors, "UnexpectedSelectors",
+            return exchange.refuse(FaultKind::invalidSelectors, "UnexpectedSelectors",
                                    "The class " + klass.name + " has no key " + quoted(selector.name) + ".");
         }
     }
     for (const std::size_t place : klass.keys) {
         if (!hasSelector(endpoint, klass.properties[place].name)) {
-            return exchange.refuse(FaultKind::InvalidSelectors, "InsufficientSelectors",
+            return exchange.refuse(FaultKind::invalidSelectors, "InsufficientSelectors",
                                    "The selector " + klass.properties[place].name + ", a key of the class " +
                                        klass.name + ", is missing.");
         }
@@ -137,7 +137,7 @@ bool Exchange::refuse(FaultKind kind, std::string_view detail, std::string_view 
     fault.kind = kind;
     fault.detail = detail;
     fault.text = arena.copyText(text);
-    if (kind == FaultKind::ActionNotSupported) {
+    if (kind == FaultKind::actionNotSupported) {
         fault.subject = message.action;
     }
     return false;
@@ -146,7 +146,7 @@ bool Exchange::refuse(FaultKind kind, std::string_view detail, std::string_view 
 bool Exchange::refuse(CMPIrc code, std::string_view text)
 {
     fault = faultOfCimError(code, arena.copyText(text));
-    if (fault.kind == FaultKind::ActionNotSupported) {
+    if (fault.kind == FaultKind::actionNotSupported) {
         fault.subject = message.action;
     }
     return false;
@@ -164,7 +164,7 @@ bool Exchange::run(Request &request, Answer &answer)
     }
     refuse(answer.code, answer.message != nullptr ? answer.message : statusDescription(answer.code));
     if (answer.timedOut) {
-        fault.kind = FaultKind::TimedOut;
+        fault.kind = FaultKind::timedOut;
     }
     return false;
 }
@@ -196,7 +196,7 @@ bool findClass(Exchange &exchange, const Endpoint &endpoint, Target &target)
     ClassUri parts;
     if (!splitUri(endpoint.resourceUri, parts)) {
         return exchange.refuse(
-            FaultKind::DestinationUnreachable, "InvalidResourceURI",
+            FaultKind::destinationUnreachable, "InvalidResourceURI",
             "The resource URI " + quoted(endpoint.resourceUri) +
                 " names no class. It is http://schemas.dmtf.org/wbem/wscim/1/cim-schema/2/CLASS of CIM's own "
                 "classes, and http://VENDOR/wbem/wscim/1/cim-schema/2/CLASS of others.");
@@ -236,7 +236,7 @@ bool findTarget(Exchange &exchange, const Endpoint &endpoint, bool needsKeys, Ta
     Typing typing(exchange.arena, exchange.service.dispatcher.nameSpaces());
     target.path = typing.path(text, target.nameSpace);
     if (target.path == nullptr) {
-        exchange.refuse(FaultKind::InvalidSelectors, "TypeMismatch", typing.error());
+        exchange.refuse(FaultKind::invalidSelectors, "TypeMismatch", typing.error());
         exchange.fault.code = typing.code();
         return false;
     }
@@ -271,7 +271,7 @@ bool readItem(Exchange &exchange, pugi::xml_node element, cim::Type type, FaultK
     const pugi::xml_node inner = firstElement(element);
     if (!inner) {
         item.text = wholeText(element, exchange.arena);
-        if (type == cim::Type::DateTime) { // may be XML Schema's form
+        if (type == cim::Type::dateTime) { // may be XML Schema's form
             const std::string converted = cimDateTime(trim(item.text));
             item.text = converted.empty() ? item.text : std::string_view(exchange.arena.copyText(converted));
         }
@@ -285,7 +285,7 @@ bool readItem(Exchange &exchange, pugi::xml_node element, cim::Type type, FaultK
         item.reference = referencePath(exchange, endpoint, 0);
         return item.reference != nullptr;
     }
-    if (type == cim::Type::DateTime) {
+    if (type == cim::Type::dateTime) {
         item.text = dateTimeText(exchange, inner);
         return true;
     }
@@ -318,7 +318,7 @@ bool readValues(Exchange &exchange, pugi::xml_node parent, const Declarations &d
             values.append(value);
         }
         ValueText &value = values[found->second];
-        if (!isNew && declared.type != cim::Type::None && !declared.isArray) {
+        if (!isNew && declared.type != cim::Type::none && !declared.isArray) {
             return exchange.refuse(kind, "InvalidValues",
                                    "The element " + quoted(name) + " is given twice, and is no array.");
         }

@@ -83,7 +83,7 @@ bool namesAllClasses(std::string_view resourceUri);
 
 /** What the class says about a property or a parameter. */
 struct Declared {
-    cim::Type type = cim::Type::None;
+    cim::Type type = cim::Type::none;
     bool isArray = false;
 };
 

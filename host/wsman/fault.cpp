@@ -15,51 +15,51 @@ constexpr std::string_view transferFault = "http://schemas.xmlsoap.org/ws/2004/0
 constexpr std::string_view wsmanFault = "http://schemas.dmtf.org/wbem/wsman/1/wsman/fault";
 
 constexpr FaultForm forms[] = {
-    {FaultKind::AccessDenied, sender, "wsman:AccessDenied", wsmanFault,
+    {FaultKind::accessDenied, sender, "wsman:AccessDenied", wsmanFault,
      "The sender was not authorized to access the resource."},
-    {FaultKind::ActionNotSupported, sender, "wsa:ActionNotSupported", addressingFault,
+    {FaultKind::actionNotSupported, sender, "wsa:ActionNotSupported", addressingFault,
      "The action is not supported by the service."},
-    {FaultKind::AlreadyExists, sender, "wsman:AlreadyExists", wsmanFault,
+    {FaultKind::alreadyExists, sender, "wsman:AlreadyExists", wsmanFault,
      "The sender attempted to create a resource which already exists."},
-    {FaultKind::CannotProcessFilter, sender, "wsen:CannotProcessFilter", enumerationFault,
+    {FaultKind::cannotProcessFilter, sender, "wsen:CannotProcessFilter", enumerationFault,
      "The requested filter could not be processed."},
-    {FaultKind::DestinationUnreachable, sender, "wsa:DestinationUnreachable", addressingFault,
+    {FaultKind::destinationUnreachable, sender, "wsa:DestinationUnreachable", addressingFault,
      "No route can be determined to reach the destination role defined by the WS-Addressing To."},
-    {FaultKind::EncodingLimit, sender, "wsman:EncodingLimit", wsmanFault,
+    {FaultKind::encodingLimit, sender, "wsman:EncodingLimit", wsmanFault,
      "An internal encoding limit was exceeded in a request or would be violated if the message were "
      "processed."},
-    {FaultKind::FilterDialectRequestedUnavailable, sender, "wsen:FilterDialectRequestedUnavailable",
+    {FaultKind::filterDialectRequestedUnavailable, sender, "wsen:FilterDialectRequestedUnavailable",
      enumerationFault, "The requested filtering dialect is not supported."},
-    {FaultKind::InternalError, receiver, "wsman:InternalError", wsmanFault,
+    {FaultKind::internalError, receiver, "wsman:InternalError", wsmanFault,
      "The service cannot comply with the request due to internal processing errors."},
-    {FaultKind::InvalidEnumerationContext, receiver, "wsen:InvalidEnumerationContext", enumerationFault,
+    {FaultKind::invalidEnumerationContext, receiver, "wsen:InvalidEnumerationContext", enumerationFault,
      "The supplied enumeration context is invalid."},
-    {FaultKind::InvalidExpirationTime, sender, "wsen:InvalidExpirationTime", enumerationFault,
+    {FaultKind::invalidExpirationTime, sender, "wsen:InvalidExpirationTime", enumerationFault,
      "The expiration time requested is invalid."},
-    {FaultKind::InvalidMessageInformationHeader, sender, "wsa:InvalidMessageInformationHeader",
+    {FaultKind::invalidMessageInformationHeader, sender, "wsa:InvalidMessageInformationHeader",
      addressingFault, "A message information header is not valid and the message cannot be processed."},
-    {FaultKind::InvalidOptions, sender, "wsman:InvalidOptions", wsmanFault,
+    {FaultKind::invalidOptions, sender, "wsman:InvalidOptions", wsmanFault,
      "One or more options are not valid."},
-    {FaultKind::InvalidParameter, sender, "wsman:InvalidParameter", wsmanFault,
+    {FaultKind::invalidParameter, sender, "wsman:InvalidParameter", wsmanFault,
      "An operation parameter is not valid."},
-    {FaultKind::InvalidRepresentation, sender, "wxf:InvalidRepresentation", transferFault,
+    {FaultKind::invalidRepresentation, sender, "wxf:InvalidRepresentation", transferFault,
      "The XML content is not valid."},
-    {FaultKind::InvalidSelectors, sender, "wsman:InvalidSelectors", wsmanFault,
+    {FaultKind::invalidSelectors, sender, "wsman:InvalidSelectors", wsmanFault,
      "The Selectors for the resource are not valid."},
-    {FaultKind::MessageInformationHeaderRequired, sender, "wsa:MessageInformationHeaderRequired",
+    {FaultKind::messageInformationHeaderRequired, sender, "wsa:MessageInformationHeaderRequired",
      addressingFault, "A required header is missing."},
-    {FaultKind::MustUnderstand, "s:MustUnderstand", "", addressingFault,
+    {FaultKind::mustUnderstand, "s:MustUnderstand", "", addressingFault,
      "A header that must be understood is not supported by the service."},
-    {FaultKind::QuotaLimit, sender, "wsman:QuotaLimit", wsmanFault,
+    {FaultKind::quotaLimit, sender, "wsman:QuotaLimit", wsmanFault,
      "The service is busy servicing other requests."},
-    {FaultKind::SchemaValidationError, sender, "wsman:SchemaValidationError", wsmanFault,
+    {FaultKind::schemaValidationError, sender, "wsman:SchemaValidationError", wsmanFault,
      "The supplied SOAP violates the corresponding XML schema definition."},
-    {FaultKind::TimedOut, receiver, "wsman:TimedOut", wsmanFault, "The operation has timed out."},
-    {FaultKind::UnsupportedExpirationType, sender, "wsen:UnsupportedExpirationType", enumerationFault,
+    {FaultKind::timedOut, receiver, "wsman:TimedOut", wsmanFault, "The operation has timed out."},
+    {FaultKind::unsupportedExpirationType, sender, "wsen:UnsupportedExpirationType", enumerationFault,
      "The specified expiration type is not supported."},
-    {FaultKind::UnsupportedFeature, sender, "wsman:UnsupportedFeature", wsmanFault,
+    {FaultKind::unsupportedFeature, sender, "wsman:UnsupportedFeature", wsmanFault,
      "The specified feature is not supported."},
-    {FaultKind::VersionMismatch, "s:VersionMismatch", "", addressingFault,
+    {FaultKind::versionMismatch, "s:VersionMismatch", "", addressingFault,
      "The message is not a SOAP 1.2 envelope."},
 };
 
@@ -70,20 +70,20 @@ struct CimFault {
 };
 
 constexpr CimFault cimFaults[] = {
-    {CMPI_RC_ERR_ACCESS_DENIED, FaultKind::AccessDenied, ""},
-    {CMPI_RC_ERR_INVALID_NAMESPACE, FaultKind::DestinationUnreachable, "InvalidResourceURI"},
-    {CMPI_RC_ERR_INVALID_PARAMETER, FaultKind::InvalidParameter, ""},
-    {CMPI_RC_ERR_INVALID_CLASS, FaultKind::DestinationUnreachable, "InvalidResourceURI"},
-    {CMPI_RC_ERR_NOT_FOUND, FaultKind::DestinationUnreachable, ""},
-    {CMPI_RC_ERR_NOT_SUPPORTED, FaultKind::ActionNotSupported, ""},
-    {CMPI_RC_ERR_ALREADY_EXISTS, FaultKind::AlreadyExists, ""},
-    {CMPI_RC_ERR_NO_SUCH_PROPERTY, FaultKind::InvalidRepresentation, "InvalidValues"},
-    {CMPI_RC_ERR_TYPE_MISMATCH, FaultKind::InvalidParameter, "TypeMismatch"},
-    {CMPI_RC_ERR_QUERY_LANGUAGE_NOT_SUPPORTED, FaultKind::FilterDialectRequestedUnavailable, ""},
-    {CMPI_RC_ERR_INVALID_QUERY, FaultKind::CannotProcessFilter, ""},
-    {CMPI_RC_ERR_METHOD_NOT_AVAILABLE, FaultKind::ActionNotSupported, ""},
-    {CMPI_RC_ERR_METHOD_NOT_FOUND, FaultKind::ActionNotSupported, ""},
-    {CMPI_RC_ERR_SERVER_LIMITS_EXCEEDED, FaultKind::QuotaLimit, ""},
+    {CMPI_RC_ERR_ACCESS_DENIED, FaultKind::accessDenied, ""},
+    {CMPI_RC_ERR_INVALID_NAMESPACE, FaultKind::destinationUnreachable, "InvalidResourceURI"},
+    {CMPI_RC_ERR_INVALID_PARAMETER, FaultKind::invalidParameter, ""},
+    {CMPI_RC_ERR_INVALID_CLASS, FaultKind::destinationUnreachable, "InvalidResourceURI"},
+    {CMPI_RC_ERR_NOT_FOUND, FaultKind::destinationUnreachable, ""},
+    {CMPI_RC_ERR_NOT_SUPPORTED, FaultKind::actionNotSupported, ""},
+    {CMPI_RC_ERR_ALREADY_EXISTS, FaultKind::alreadyExists, ""},
+    {CMPI_RC_ERR_NO_SUCH_PROPERTY, FaultKind::invalidRepresentation, "InvalidValues"},
+    {CMPI_RC_ERR_TYPE_MISMATCH, FaultKind::invalidParameter, "TypeMismatch"},
+    {CMPI_RC_ERR_QUERY_LANGUAGE_NOT_SUPPORTED, FaultKind::filterDialectRequestedUnavailable, ""},
+    {CMPI_RC_ERR_INVALID_QUERY, FaultKind::cannotProcessFilter, ""},
+    {CMPI_RC_ERR_METHOD_NOT_AVAILABLE, FaultKind::actionNotSupported, ""},
+    {CMPI_RC_ERR_METHOD_NOT_FOUND, FaultKind::actionNotSupported, ""},
+    {CMPI_RC_ERR_SERVER_LIMITS_EXCEEDED, FaultKind::quotaLimit, ""},
 };
 
 } // namespace
@@ -95,7 +95,7 @@ const FaultForm &formOf(FaultKind kind)
             return form;
         }
     }
-    return formOf(FaultKind::InternalError);
+    return formOf(FaultKind::internalError);
 }
 
 unsigned httpStatus(FaultKind kind)
@@ -108,7 +108,7 @@ unsigned httpStatus(FaultKind kind)
 Fault faultOfCimError(CMPIrc code, std::string_view text)
 {
     Fault fault;
-    fault.kind = FaultKind::InternalError;
+    fault.kind = FaultKind::internalError;
     for (const CimFault &row : cimFaults) {
         if (row.code == code) {
             fault.kind = row.kind;

@@ -12,34 +12,34 @@ namespace host::wsman
 
 /** The faults of DSP0226 clause 14 that this service uses, and SOAP's own. */
 enum class FaultKind {
-    None,
-    AccessDenied,
-    ActionNotSupported,
-    AlreadyExists,
-    CannotProcessFilter,
-    DestinationUnreachable,
-    EncodingLimit,
-    FilterDialectRequestedUnavailable,
-    InternalError,
-    InvalidEnumerationContext,
-    InvalidExpirationTime,
-    InvalidMessageInformationHeader,
-    InvalidOptions,
-    InvalidParameter,
-    InvalidRepresentation,
-    InvalidSelectors,
-    MessageInformationHeaderRequired,
-    MustUnderstand,
-    QuotaLimit,
-    SchemaValidationError,
-    TimedOut,
-    UnsupportedExpirationType,
-    UnsupportedFeature,
-    VersionMismatch,
+    none,
+    accessDenied,
+    actionNotSupported,
+    alreadyExists,
+    cannotProcessFilter,
+    destinationUnreachable,
+    encodingLimit,
+    filterDialectRequestedUnavailable,
+    internalError,
+    invalidEnumerationContext,
+    invalidExpirationTime,
+    invalidMessageInformationHeader,
+    invalidOptions,
+    invalidParameter,
+    invalidRepresentation,
+    invalidSelectors,
+    messageInformationHeaderRequired,
+    mustUnderstand,
+    quotaLimit,
+    schemaValidationError,
+    timedOut,
+    unsupportedExpirationType,
+    unsupportedFeature,
+    versionMismatch,
 };
 
 struct Fault {
-    FaultKind kind = FaultKind::None;
+    FaultKind kind = FaultKind::none;
     /** The last part of the fault detail's URI ("InvalidResourceURI"); "": there is none. */
     std::string_view detail;
     /** What is wrong, for people; "": the standard's sentence. */

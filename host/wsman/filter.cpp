@@ -39,7 +39,7 @@ bool readAssociationFilter(Exchange &exchange, pugi::xml_node element, bool want
     const pugi::xml_node kind = associated ? associated : associations;
     const pugi::xml_node object = childOf(kind, uri::binding, "Object");
     if (!object || (associated && associations)) {
-        return exchange.refuse(FaultKind::CannotProcessFilter, "",
+        return exchange.refuse(FaultKind::cannotProcessFilter, "",
                                "An association filter has one AssociatedInstances or AssociationInstances, "
                                "with an Object.");
     }
@@ -55,12 +55,12 @@ bool readAssociationFilter(Exchange &exchange, pugi::xml_node element, bool want
     request.propertyList = resultProperties(exchange, kind);
     request.filter.role = filterText(exchange, kind, "Role");
     if (associated) {
-        request.operation = wantsPaths ? Operation::AssociatorNames : Operation::Associators;
+        request.operation = wantsPaths ? Operation::associatorNames : Operation::associators;
         request.filter.associationClass = filterText(exchange, kind, "AssociationClassName");
         request.filter.resultClass = filterText(exchange, kind, "ResultClassName");
         request.filter.resultRole = filterText(exchange, kind, "ResultRole");
     } else {
-        request.operation = wantsPaths ? Operation::ReferenceNames : Operation::References;
+        request.operation = wantsPaths ? Operation::referenceNames : Operation::references;
         request.filter.associationClass = filterText(exchange, kind, "ResultClassName");
     }
     return true;
@@ -70,7 +70,7 @@ bool readSelectorFilter(Exchange &exchange, pugi::xml_node element, const Target
 {
     const pugi::xml_node set = childOf(element, uri::wsman, "SelectorSet");
     if (!set || target.klass == nullptr) {
-        return exchange.refuse(FaultKind::CannotProcessFilter, "",
+        return exchange.refuse(FaultKind::cannotProcessFilter, "",
                                "A selector filter has a SelectorSet, and the resource is a class.");
     }
     if (!readSelectors(set, exchange.arena, filter.selectors, exchange.fault)) {
@@ -78,19 +78,19 @@ bool readSelectorFilter(Exchange &exchange, pugi::xml_node element, const Target
     }
     for (const Selector &selector : filter.selectors) {
         if (selector.reference != nullptr || target.klass->placeOf(selector.name) == cim::noProperty) {
-            return exchange.refuse(FaultKind::CannotProcessFilter, "",
+            return exchange.refuse(FaultKind::cannotProcessFilter, "",
                                    "The selector filter cannot tell objects of the class " +
                                        target.klass->name + " by " +
                                        std::string(selector.name.substr(0, 200)) + ".");
         }
     }
-    filter.request.operation = Operation::EnumerateInstances; // the values are looked at
+    filter.request.operation = Operation::enumerateInstances; // the values are looked at
     return true;
 }
 
 bool readQuery(Exchange &exchange, pugi::xml_node element, const char *language, Filter &filter)
 {
-    filter.request.operation = Operation::ExecQuery;
+    filter.request.operation = Operation::execQuery;
     filter.request.queryLanguage = language;
     filter.request.query = exchange.arena.copyText(trimmedText(element, exchange.arena));
     return true;
@@ -130,7 +130,7 @@ bool Filter::apply(Exchange &exchange, Answer &answer) const
     for (std::size_t i = 0; i < answer.instances.size(); ++i) {
         bool matches = false;
         if (!fits(typing, *answer.instances[i], selectors, matches)) {
-            exchange.refuse(FaultKind::CannotProcessFilter, "", typing.error());
+            exchange.refuse(FaultKind::cannotProcessFilter, "", typing.error());
             exchange.fault.code = typing.code();
             return false;
         }
@@ -152,11 +152,11 @@ bool readFilter(Exchange &exchange, pugi::xml_node enumerate, const Target &targ
     filter.request.nameSpace = target.nameSpace;
     if (!element) {
         if (target.klass == nullptr) {
-            return exchange.refuse(FaultKind::CannotProcessFilter, "",
+            return exchange.refuse(FaultKind::cannotProcessFilter, "",
                                    "An enumeration of all classes needs a filter.");
         }
         filter.request.operation =
-            wantsPaths ? Operation::EnumerateInstanceNames : Operation::EnumerateInstances;
+            wantsPaths ? Operation::enumerateInstanceNames : Operation::enumerateInstances;
         filter.request.className = target.klass->name;
         return true;
     }
@@ -174,7 +174,7 @@ bool readFilter(Exchange &exchange, pugi::xml_node enumerate, const Target &targ
     if (dialect == uri::wql) {
         return readQuery(exchange, element, "WQL", filter);
     }
-    return exchange.refuse(FaultKind::FilterDialectRequestedUnavailable, "",
+    return exchange.refuse(FaultKind::filterDialectRequestedUnavailable, "",
                            "There is no filter dialect " + std::string(dialect.substr(0, 200)) + ".");
 }
 

@@ -43,7 +43,7 @@ bool findInput(Exchange &exchange, std::string_view method, pugi::xml_node &inpu
     input = firstElement(exchange.message.body);
     const std::string_view name = localName(input);
     if (input && (!name.ends_with(tail) || name.substr(0, name.size() - tail.size()) != method)) {
-        return exchange.refuse(FaultKind::SchemaValidationError, "",
+        return exchange.refuse(FaultKind::schemaValidationError, "",
                                "The body holds something else than " + std::string(method) + "_INPUT.");
     }
     return true;
@@ -71,7 +71,7 @@ constexpr std::string_view intrinsicTail = "/wbem/wscim/1/intrinsic";
 bool enumerateClassNames(Exchange &exchange)
 {
     Request request;
-    request.operation = Operation::EnumerateClassNames;
+    request.operation = Operation::enumerateClassNames;
     request.deepInheritance = false;
     Answer answer(exchange.arena);
     if (!findNameSpace(exchange, exchange.message.resource.selectors, request.nameSpace) ||
@@ -96,7 +96,7 @@ bool invoke(Exchange &exchange)
 {
     const std::string_view name = methodName(exchange.message);
     if (name.empty()) {
-        return exchange.refuse(FaultKind::ActionNotSupported, "",
+        return exchange.refuse(FaultKind::actionNotSupported, "",
                                "The action is none of WS-Management's; a method is called by the resource "
                                "URI of its class, a slash, and its name.");
     }
@@ -117,11 +117,11 @@ bool invoke(Exchange &exchange)
     ArenaList<ValueText> values(exchange.arena);
     if (!findTarget(exchange, exchange.message.resource, !method->isStatic, target) ||
         !findInput(exchange, name, input) ||
-        !readValues(exchange, input, Parameters(*method), FaultKind::InvalidParameter, values)) {
+        !readValues(exchange, input, Parameters(*method), FaultKind::invalidParameter, values)) {
         return false;
     }
     Request request;
-    request.operation = Operation::InvokeMethod;
+    request.operation = Operation::invokeMethod;
     request.nameSpace = target.nameSpace;
     request.path = target.path;
     request.methodName = method->name.c_str();

@@ -40,13 +40,13 @@ bool readSelectors(pugi::xml_node set, Arena &arena, ArenaList<Selector> &select
 {
     for (pugi::xml_node element = firstElement(set); element; element = nextElement(element)) {
         if (!isElement(element, uri::wsman, "Selector")) {
-            return refuse(fault, FaultKind::SchemaValidationError, "",
+            return refuse(fault, FaultKind::schemaValidationError, "",
                           "A SelectorSet has another child than Selector.");
         }
         Selector selector;
         selector.name = trim(attributeOf(element, "", "Name").value());
         if (selector.name.empty()) {
-            return refuse(fault, FaultKind::SchemaValidationError, "", "A Selector has no Name.");
+            return refuse(fault, FaultKind::schemaValidationError, "", "A Selector has no Name.");
         }
         if (holdsEndpoint(element)) {
             auto *reference = arena.make<Endpoint>(arena);
@@ -58,7 +58,7 @@ bool readSelectors(pugi::xml_node set, Arena &arena, ArenaList<Selector> &select
             selector.text = wholeText(element, arena);
         }
         if (selectors.size() == maxSelectors) {
-            return refuse(fault, FaultKind::InvalidSelectors, "UnexpectedSelectors",
+            return refuse(fault, FaultKind::invalidSelectors, "UnexpectedSelectors",
                           "There are more than 64 selectors.");
         }
         selectors.append(selector);
@@ -69,7 +69,7 @@ bool readSelectors(pugi::xml_node set, Arena &arena, ArenaList<Selector> &select
 bool readEndpoint(pugi::xml_node parent, Arena &arena, Endpoint &endpoint, Fault &fault, unsigned depth)
 {
     if (depth > maxNestedEndpoints) {
-        return refuse(fault, FaultKind::InvalidSelectors, "InvalidValue",
+        return refuse(fault, FaultKind::invalidSelectors, "InvalidValue",
                       "Endpoint references are nested more than 8 deep.");
     }
     if (const pugi::xml_node inner = childOf(parent, uri::addressing, "EndpointReference")) {
@@ -78,7 +78,7 @@ bool readEndpoint(pugi::xml_node parent, Arena &arena, Endpoint &endpoint, Fault
     const pugi::xml_node parameters = childOf(parent, uri::addressing, "ReferenceParameters");
     endpoint.resourceUri = trimmedText(childOf(parameters, uri::wsman, "ResourceURI"), arena);
     if (endpoint.resourceUri.empty()) {
-        return refuse(fault, FaultKind::InvalidMessageInformationHeader, "",
+        return refuse(fault, FaultKind::invalidMessageInformationHeader, "",
                       "An endpoint reference has no ResourceURI.");
     }
     return readSelectors(childOf(parameters, uri::wsman, "SelectorSet"), arena, endpoint.selectors, fault,
@@ -91,7 +91,7 @@ bool readReplyTo(pugi::xml_node header, Arena &arena, Message &, Fault &fault)
 {
     const std::string_view address = trimmedText(childOf(header, uri::addressing, "Address"), arena);
     if (address != uri::anonymous) {
-        return refuse(fault, FaultKind::UnsupportedFeature, "AddressingMode",
+        return refuse(fault, FaultKind::unsupportedFeature, "AddressingMode",
                       "Answers go back on the connection of the request only.");
     }
     return true;
@@ -101,7 +101,7 @@ bool readTimeout(pugi::xml_node header, Arena &arena, Message &message, Fault &f
 {
     message.timeout = readDuration(trimmedText(header, arena));
     if (!message.timeout) {
-        return refuseHeader(fault, FaultKind::InvalidMessageInformationHeader, "", "OperationTimeout",
+        return refuseHeader(fault, FaultKind::invalidMessageInformationHeader, "", "OperationTimeout",
                             "The OperationTimeout is no duration, such as PT30S.");
     }
     return true;
@@ -116,11 +116,11 @@ bool readMaxEnvelopeSize(pugi::xml_node header, Arena &arena, Message &message, 
         return true; // more than there will ever be
     }
     if (problem != std::errc() || end != text.data() + text.size()) {
-        return refuseHeader(fault, FaultKind::InvalidMessageInformationHeader, "", "MaxEnvelopeSize",
+        return refuseHeader(fault, FaultKind::invalidMessageInformationHeader, "", "MaxEnvelopeSize",
                             "The MaxEnvelopeSize is no number of octets.");
     }
     if (size < smallestEnvelope) {
-        return refuse(fault, FaultKind::EncodingLimit, "MinimumEnvelopeLimit",
+        return refuse(fault, FaultKind::encodingLimit, "MinimumEnvelopeLimit",
                       "A MaxEnvelopeSize below 8192 octets is not supported.");
     }
     message.maxEnvelopeSize = static_cast<std::size_t>(std::min<std::uint64_t>(size, SIZE_MAX));
@@ -131,7 +131,7 @@ bool readLocale(pugi::xml_node header, Arena &, Message &, Fault &fault)
 {
     const std::string_view language = header.attribute("xml:lang").value();
     if (isTrue(attributeOf(header, uri::soap, "mustUnderstand")) && !language.starts_with("en")) {
-        return refuse(fault, FaultKind::UnsupportedFeature, "Locale", "The service speaks English only.");
+        return refuse(fault, FaultKind::unsupportedFeature, "Locale", "The service speaks English only.");
     }
     return true;
 }
@@ -140,7 +140,7 @@ bool readOptions(pugi::xml_node header, Arena &, Message &, Fault &fault)
 {
     for (pugi::xml_node option = firstElement(header); option; option = nextElement(option)) {
         if (isTrue(attributeOf(option, "", "MustComply"))) {
-            return refuse(fault, FaultKind::InvalidOptions, "NotSupported",
+            return refuse(fault, FaultKind::invalidOptions, "NotSupported",
                           "The service has no options that a client could insist on.");
         }
     }
@@ -151,7 +151,7 @@ bool readFragment(pugi::xml_node header, Arena &arena, Message &message, Fault &
 {
     const std::string_view dialect = attributeOf(header, "", "Dialect").value();
     if (!dialect.empty() && dialect != uri::xpath) {
-        return refuse(fault, FaultKind::UnsupportedFeature, "FragmentLevelAccess",
+        return refuse(fault, FaultKind::unsupportedFeature, "FragmentLevelAccess",
                       "Fragments are named by XPath only.");
     }
     message.fragment = trimmedText(header, arena);
@@ -234,7 +234,7 @@ bool readHeaders(pugi::xml_node headers, Arena &arena, Message &message, Fault &
         const Header *header = findHeader(element);
         if (header == nullptr) {
             if (isTrue(attributeOf(element, uri::soap, "mustUnderstand"))) {
-                refuseHeader(fault, FaultKind::MustUnderstand, "", localName(element), "");
+                refuseHeader(fault, FaultKind::mustUnderstand, "", localName(element), "");
                 fault.subjectNameSpace = nameSpaceOf(element);
                 return false;
             }
@@ -242,7 +242,7 @@ bool readHeaders(pugi::xml_node headers, Arena &arena, Message &message, Fault &
         }
         for (pugi::xml_node other = nextElement(element); other; other = nextElement(other)) {
             if (findHeader(other) == header) {
-                return refuseHeader(fault, FaultKind::InvalidMessageInformationHeader, "", header->name,
+                return refuseHeader(fault, FaultKind::invalidMessageInformationHeader, "", header->name,
                                     "A header is given twice.");
             }
         }
@@ -278,19 +278,19 @@ bool readMessage(const pugi::xml_document &document, Arena &arena, Message &mess
     const pugi::xml_node envelope = document.document_element();
     if (!isElement(envelope, uri::soap, "Envelope")) {
         return localName(envelope) == "Envelope"
-                   ? refuse(fault, FaultKind::VersionMismatch, "", "")
-                   : refuse(fault, FaultKind::SchemaValidationError, "", "The document is no SOAP envelope.");
+                   ? refuse(fault, FaultKind::versionMismatch, "", "")
+                   : refuse(fault, FaultKind::schemaValidationError, "", "The document is no SOAP envelope.");
     }
     const pugi::xml_node headers = childOf(envelope, uri::soap, "Header");
     message.body = childOf(envelope, uri::soap, "Body");
     if (!message.body) {
-        return refuse(fault, FaultKind::SchemaValidationError, "", "The envelope has no Body.");
+        return refuse(fault, FaultKind::schemaValidationError, "", "The envelope has no Body.");
     }
     message.isIdentify = isElement(firstElement(message.body), uri::identity, "Identify");
     std::size_t count = 0;
     for (pugi::xml_node element = firstElement(headers); element; element = nextElement(element)) {
         if (++count > maxHeaders) {
-            return refuse(fault, FaultKind::SchemaValidationError, "", "There are more than 32 headers.");
+            return refuse(fault, FaultKind::schemaValidationError, "", "There are more than 32 headers.");
         }
     }
     if (!readHeaders(headers, arena, message, fault)) {
@@ -301,12 +301,12 @@ bool readMessage(const pugi::xml_document &document, Arena &arena, Message &mess
     }
     if (message.action.empty() || message.messageId.empty()) {
         const std::string_view missing = message.action.empty() ? "Action" : "MessageID";
-        return refuseHeader(fault, FaultKind::MessageInformationHeaderRequired, "", missing,
+        return refuseHeader(fault, FaultKind::messageInformationHeaderRequired, "", missing,
                             message.action.empty() ? "The header wsa:Action is missing."
                                                    : "The header wsa:MessageID is missing.");
     }
     if (message.resource.resourceUri.empty()) {
-        return refuse(fault, FaultKind::DestinationUnreachable, "InvalidResourceURI",
+        return refuse(fault, FaultKind::destinationUnreachable, "InvalidResourceURI",
                       "The header wsman:ResourceURI is missing.");
     }
     return true;

@@ -70,7 +70,7 @@ bool readFragment(Exchange &exchange, const cim::Class &klass, Fragment &fragmen
     text.remove_prefix(text.find(':') + 1); // npos + 1 is 0
     fragment.place = klass.placeOf(text);
     if (!isGood || fragment.place == cim::noProperty) {
-        return exchange.refuse(FaultKind::InvalidRepresentation, "InvalidFragment",
+        return exchange.refuse(FaultKind::invalidRepresentation, "InvalidFragment",
                                "The fragment " + std::string(exchange.message.fragment->substr(0, 200)) +
                                    " names no property of the class " + klass.name + ".");
     }
@@ -100,7 +100,7 @@ bool answerWithObject(Exchange &exchange, const Target &target, const Fragment &
 {
     const Message &message = exchange.message;
     Request request;
-    request.operation = Operation::GetInstance;
+    request.operation = Operation::getInstance;
     request.nameSpace = target.nameSpace;
     request.path = target.path;
     if (message.fragment) {
@@ -130,23 +130,23 @@ Instance *readInstance(Exchange &exchange, const Target &target, bool needsTarge
 {
     const pugi::xml_node element = firstElement(exchange.message.body);
     if (localName(element) != target.klass->name) {
-        exchange.refuse(FaultKind::InvalidRepresentation, "InvalidNamespace",
+        exchange.refuse(FaultKind::invalidRepresentation, "InvalidNamespace",
                         "The body holds no object of the class " + target.klass->name + ".");
         return nullptr;
     }
     ArenaList<ValueText> values(exchange.arena);
-    if (!readValues(exchange, element, Properties(*target.klass), FaultKind::InvalidRepresentation, values)) {
+    if (!readValues(exchange, element, Properties(*target.klass), FaultKind::invalidRepresentation, values)) {
         return nullptr;
     }
     Typing typing(exchange.arena, exchange.service.dispatcher.nameSpaces());
     Instance *instance = typing.instance(*target.path, values);
     if (instance == nullptr) {
-        exchange.refuse(FaultKind::InvalidRepresentation, "InvalidValues", typing.error());
+        exchange.refuse(FaultKind::invalidRepresentation, "InvalidValues", typing.error());
         exchange.fault.code = typing.code();
         return nullptr;
     }
     if (needsTarget && !samePath(*instance->path, *target.path)) {
-        exchange.refuse(FaultKind::InvalidRepresentation, "InvalidValues",
+        exchange.refuse(FaultKind::invalidRepresentation, "InvalidValues",
                         "The keys of an object cannot be changed.");
         return nullptr;
     }
@@ -159,18 +159,18 @@ Instance *readFragmentInstance(Exchange &exchange, const Target &target, const F
     const cim::Property &property = target.klass->properties[fragment.place];
     const pugi::xml_node element = childOf(exchange.message.body, uri::wsman, "XmlFragment");
     if (!element) {
-        exchange.refuse(FaultKind::InvalidRepresentation, "MissingValues",
+        exchange.refuse(FaultKind::invalidRepresentation, "MissingValues",
                         "The body holds no wsman:XmlFragment.");
         return nullptr;
     }
     if (fragment.index != 0) {
-        exchange.refuse(FaultKind::UnsupportedFeature, "FragmentLevelAccess",
+        exchange.refuse(FaultKind::unsupportedFeature, "FragmentLevelAccess",
                         "A single element of an array cannot be put.");
         return nullptr;
     }
     ArenaList<ValueText> values(exchange.arena);
     if (firstElement(element)) {
-        if (!readValues(exchange, element, Properties(*target.klass), FaultKind::InvalidRepresentation,
+        if (!readValues(exchange, element, Properties(*target.klass), FaultKind::invalidRepresentation,
                         values)) {
             return nullptr;
         }
@@ -178,21 +178,21 @@ Instance *readFragmentInstance(Exchange &exchange, const Target &target, const F
         ValueText value;
         value.name = property.name;
         value.isArray = property.isArray;
-        if (!readItem(exchange, element, property.type, FaultKind::InvalidRepresentation, value.item)) {
+        if (!readItem(exchange, element, property.type, FaultKind::invalidRepresentation, value.item)) {
             return nullptr;
         }
         value.isNull = value.item.isNull || property.isArray;
         values.append(value);
     }
     if (values.size() != 1 || !cim::sameName(values[0].name, property.name)) {
-        exchange.refuse(FaultKind::InvalidRepresentation, "InvalidFragment",
+        exchange.refuse(FaultKind::invalidRepresentation, "InvalidFragment",
                         "The body holds something else than the property " + property.name + ".");
         return nullptr;
     }
     Typing typing(exchange.arena, exchange.service.dispatcher.nameSpaces());
     Instance *instance = typing.instance(*target.path, values);
     if (instance == nullptr) {
-        exchange.refuse(FaultKind::InvalidRepresentation, "InvalidValues", typing.error());
+        exchange.refuse(FaultKind::invalidRepresentation, "InvalidValues", typing.error());
         exchange.fault.code = typing.code();
     }
     return instance;
@@ -232,7 +232,7 @@ bool put(Exchange &exchange)
         return false;
     }
     Request request;
-    request.operation = Operation::ModifyInstance;
+    request.operation = Operation::modifyInstance;
     request.nameSpace = target.nameSpace;
     request.path = target.path;
     if (exchange.message.fragment) {
@@ -260,7 +260,7 @@ bool create(Exchange &exchange)
         return false;
     }
     Request request;
-    request.operation = Operation::CreateInstance;
+    request.operation = Operation::createInstance;
     request.nameSpace = target.nameSpace;
     request.path = target.path;
     request.instance = readInstance(exchange, target, false);
@@ -283,7 +283,7 @@ bool remove(Exchange &exchange)
         return false;
     }
     Request request;
-    request.operation = Operation::DeleteInstance;
+    request.operation = Operation::deleteInstance;
     request.nameSpace = target.nameSpace;
     request.path = target.path;
     Answer answer(exchange.arena);

@@ -205,7 +205,7 @@ void Writer::fault(const Fault &fault, std::string_view relatesTo)
     faultDetail(fault);
     out_.append("</s:Fault>");
     std::string header;
-    if (fault.kind == FaultKind::MustUnderstand) {
+    if (fault.kind == FaultKind::mustUnderstand) {
         TextBuffer text;
         text.append("<s:NotUnderstood qname=\"p:");
         appendEscaped(text, fault.subject);
@@ -213,7 +213,7 @@ void Writer::fault(const Fault &fault, std::string_view relatesTo)
         appendEscaped(text, fault.subjectNameSpace);
         text.append("\"/>");
         header = text.view();
-    } else if (fault.kind == FaultKind::VersionMismatch) {
+    } else if (fault.kind == FaultKind::versionMismatch) {
         header = "<s:Upgrade><s:SupportedEnvelope qname=\"s:Envelope\"/></s:Upgrade>";
     }
     finish(form.action, "", relatesTo, header);
@@ -221,10 +221,10 @@ void Writer::fault(const Fault &fault, std::string_view relatesTo)
 
 void Writer::faultDetail(const Fault &fault)
 {
-    const bool namesAction = fault.kind == FaultKind::ActionNotSupported && !fault.subject.empty();
-    const bool namesHeader = fault.kind == FaultKind::MessageInformationHeaderRequired ||
-                             fault.kind == FaultKind::InvalidMessageInformationHeader;
-    const bool namesDialects = fault.kind == FaultKind::FilterDialectRequestedUnavailable;
+    const bool namesAction = fault.kind == FaultKind::actionNotSupported && !fault.subject.empty();
+    const bool namesHeader = fault.kind == FaultKind::messageInformationHeaderRequired ||
+                             fault.kind == FaultKind::invalidMessageInformationHeader;
+    const bool namesDialects = fault.kind == FaultKind::filterDialectRequestedUnavailable;
     if (fault.detail.empty() && fault.code == CMPI_RC_OK && !namesAction && !namesHeader && !namesDialects) {
         return; // SOAP wants no empty detail
     }

@@ -51,14 +51,14 @@ bool answer(Exchange &exchange)
     const Action &action = actionOf(message.action);
     if (message.fragment && message.action != wsman::uri::getAction &&
         message.action != wsman::uri::putAction) {
-        return exchange.refuse(FaultKind::UnsupportedFeature, "FragmentLevelAccess",
+        return exchange.refuse(FaultKind::unsupportedFeature, "FragmentLevelAccess",
                                "Get and Put have fragments, other actions have not.");
     }
     if (!action.run(exchange)) {
         return false;
     }
     if (exchange.out.size() > message.maxEnvelopeSize) {
-        return exchange.refuse(FaultKind::EncodingLimit,
+        return exchange.refuse(FaultKind::encodingLimit,
                                action.changes ? "UnreportableSuccess" : "MaxEnvelopeSize",
                                "The answer is longer than the MaxEnvelopeSize of the request allows.");
     }
@@ -101,7 +101,7 @@ HttpReply WsmanFrontEnd::handle(const HttpRequest &request, TextBuffer &out)
                        document.load_buffer_inplace(request.body.data(), request.body.size(), parseOptions,
                                                     pugi::encoding_utf8);
     if (!isXml) {
-        exchange.refuse(FaultKind::SchemaValidationError, "", "The document is no well-formed XML.");
+        exchange.refuse(FaultKind::schemaValidationError, "", "The document is no well-formed XML.");
     }
     if (!isXml || !wsman::readMessage(document, arena, exchange.message, exchange.fault) ||
         !answer(exchange)) {

@@ -166,7 +166,7 @@ void expectDeclared(const std::string &className, const Entries &properties)
                 EXPECT_EQ(element.state, CMPI_goodValue);
             }
         }
-        if (declared->type == cim::Type::Reference) {
+        if (declared->type == cim::Type::reference) {
             ASSERT_NE(value.path, nullptr);
             EXPECT_TRUE(mof::deskClasses().isA(value.path->className, declared->referenceClass))
                 << value.path->className << " is no " << declared->referenceClass;

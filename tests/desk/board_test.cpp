@@ -61,7 +61,7 @@ TEST_F(Board, GivesEachTicketOnce)
     const Ticket next = first.open();
     EXPECT_NE(next, desk::noTicket);
     EXPECT_EQ(tickets.count(next), 0u) << "a place may come again, a ticket not";
-    EXPECT_EQ(second.stage(any), Stage::Closed);
+    EXPECT_EQ(second.stage(any), Stage::closed);
 }
 
 /* Tickets of a board that was removed are not those of the next one: their replies may still lie on a queue.
@@ -86,12 +86,12 @@ TEST_F(Board, LetsEitherSideDecide)
     EXPECT_TRUE(served.claim(applied));
     EXPECT_FALSE(sender.takeBack(applied));
     EXPECT_FALSE(served.claim(applied)) << "once";
-    EXPECT_EQ(sender.stage(applied), Stage::Claimed);
+    EXPECT_EQ(sender.stage(applied), Stage::claimed);
     served.finish(applied);
-    EXPECT_EQ(sender.stage(applied), Stage::Done);
+    EXPECT_EQ(sender.stage(applied), Stage::done);
     EXPECT_TRUE(sender.takeBack(refused));
     EXPECT_FALSE(served.claim(refused));
-    EXPECT_EQ(sender.stage(refused), Stage::Closed);
+    EXPECT_EQ(sender.stage(refused), Stage::closed);
 }
 
 TEST_F(Board, WakesTheSenderThatWaits)
@@ -102,7 +102,7 @@ TEST_F(Board, WakesTheSenderThatWaits)
         EXPECT_TRUE(served.claim(ticket));
         served.finish(ticket);
     });
-    while (sender.stage(ticket) != Stage::Done) {
+    while (sender.stage(ticket) != Stage::done) {
         sender.waitForChange(ticket, sender.stage(ticket), std::chrono::hours(1));
     }
     other.join();
@@ -114,8 +114,8 @@ TEST_F(Board, EndsWhatAKilledEngineHadBegun)
     const Ticket begun = board.open(), waiting = board.open();
     ASSERT_TRUE(board.claim(begun));
     startEngine();
-    EXPECT_EQ(board.stage(begun), Stage::Done);
-    EXPECT_EQ(board.stage(waiting), Stage::Waiting);
+    EXPECT_EQ(board.stage(begun), Stage::done);
+    EXPECT_EQ(board.stage(waiting), Stage::waiting);
 }
 
 TEST_F(Board, KeepsTheLastThousandMessages)
@@ -126,10 +126,10 @@ TEST_F(Board, KeepsTheLastThousandMessages)
     for (int i = 1; i <= 1500; ++i) {
         LoggedMessage message{};
         message.request[0] = static_cast<std::uint8_t>(i);
-        message.outcome = Outcome::Answered;
+        message.outcome = Outcome::answered;
         board.log(message);
     }
-    const desk::Board reader(queueKey, SharedMemory::Access::Read);
+    const desk::Board reader(queueKey, SharedMemory::Access::read);
     EXPECT_EQ(reader.newest(), 1500u);
     const std::vector<LoggedMessage> all = reader.messagesAfter(0);
     ASSERT_EQ(all.size(), 1000u);
@@ -155,7 +155,7 @@ TEST_F(Board, ShowsMessagesWholeWhileTheyAreWritten)
             board.log(message);
         }
     });
-    const desk::Board reader(queueKey, SharedMemory::Access::Read);
+    const desk::Board reader(queueKey, SharedMemory::Access::read);
     std::size_t seen = 0;
     for (int round = 0; round < 200 || seen < 1000; ++round) {
         for (const LoggedMessage &message : reader.messagesAfter(0)) {
@@ -235,7 +235,7 @@ class BoardOfAnEngine : public Board
     /** The one message that was logged after those that are known. */
     LoggedMessage next()
     {
-        const desk::Board board(queueKey, SharedMemory::Access::Read);
+        const desk::Board board(queueKey, SharedMemory::Access::read);
         std::vector<LoggedMessage> messages;
         EXPECT_TRUE(eventually([&] { return !(messages = board.messagesAfter(known)).empty(); }));
         EXPECT_EQ(messages.size(), 1u);
@@ -265,7 +265,7 @@ TEST_F(BoardOfAnEngine, HasBytesTimeAndDuration)
     EXPECT_LE(message.time, std::chrono::system_clock::now());
     EXPECT_GT(message.duration.count(), 0);
     EXPECT_LT(message.duration, std::chrono::minutes(2));
-    EXPECT_EQ(message.outcome, Outcome::Answered);
+    EXPECT_EQ(message.outcome, Outcome::answered);
     EXPECT_EQ(bytes(message.request),
               bytesOf("01000000 0300 0700 00 02 01 00 19 00 02000000 00 1a 00 07000000"
                       "00 00 00 00000000 00 00 00 00000000 00"));

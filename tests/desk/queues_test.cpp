@@ -285,7 +285,7 @@ TEST_F(Queues, WaitForAnEngineThatIsApplyingARequest)
     });
     EXPECT_EQ(RecvMessageFromSource(SpearMessage{}, replies), 0);
     served.join();
-    EXPECT_EQ(board.stage(ticket), desk::Stage::Closed);
+    EXPECT_EQ(board.stage(ticket), desk::Stage::closed);
 }
 
 /* An engine of the test's own, whose answers are wrong in one way each. */

@@ -584,7 +584,7 @@ TEST(Classes, AssociationsReferToTheClassesOfTheirEnds)
             EXPECT_EQ(mof::describe(*property), expected) << row.name;
         }
         for (const cim::Property &property : klass->properties) {
-            if (property.type != cim::Type::Reference) {
+            if (property.type != cim::Type::reference) {
                 EXPECT_NE(property.classOrigin, klass->name) << row.name << " adds " << property.name;
             }
         }

@@ -19,11 +19,11 @@ constexpr std::uint16_t charsArray = 0x3700;
 
 std::uint16_t declaredType(std::uint16_t cmpiType)
 {
-    const std::uint16_t string = static_cast<std::uint16_t>(cim::Type::String);
+    const std::uint16_t string = static_cast<std::uint16_t>(cim::Type::string);
     if (cmpiType == chars) {
         return string;
     }
-    return cmpiType == charsArray ? cim::cmpiType(cim::Type::String, true) : cmpiType;
+    return cmpiType == charsArray ? cim::cmpiType(cim::Type::string, true) : cmpiType;
 }
 
 std::string join(std::vector<std::string> names)
@@ -137,7 +137,7 @@ std::string checkMethod(std::string_view className, std::string_view method, std
 std::string describe(const cim::Element &element)
 {
     const std::string type =
-        element.type == cim::Type::Reference ? element.referenceClass + " REF" : cim::typeName(element.type);
+        element.type == cim::Type::reference ? element.referenceClass + " REF" : cim::typeName(element.type);
     const std::string size = element.arraySize == 0 ? "" : std::to_string(element.arraySize);
     return type + " " + element.name + (element.isArray ? "[" + size + "]" : "");
 }

@@ -106,7 +106,7 @@ TEST(Reader, ReadsQualifierDeclarations)
     EXPECT_THAT(texts(result), IsEmpty());
     const cim::QualifierDeclaration *plain = repository.findQualifier("PLAIN");
     ASSERT_NE(plain, nullptr);
-    EXPECT_EQ(plain->type, cim::Type::String);
+    EXPECT_EQ(plain->type, cim::Type::string);
     EXPECT_TRUE(plain->defaultValue.isNull);
     EXPECT_EQ(plain->scope, cim::QualifierDeclaration::scopeClass | cim::QualifierDeclaration::scopeProperty);
     EXPECT_EQ(plain->flavor, (cim::Flavor{true, true, false}));
@@ -243,7 +243,7 @@ TEST(Reader, ReadsMethods)
     EXPECT_FALSE(klass->methods[0].isStatic);
     const cim::Method &many = klass->methods[1];
     EXPECT_TRUE(many.isStatic);
-    EXPECT_EQ(many.returnType, cim::Type::Boolean);
+    EXPECT_EQ(many.returnType, cim::Type::boolean);
     EXPECT_EQ(mof::describe(many),
               "boolean Many(string A, out uint16 B[], uint8 C[4], out T_A REF D, T_A REF E[])");
     EXPECT_FALSE(many.findParameter("b")->isIn);
@@ -333,7 +333,7 @@ TEST(Reader, ReadsAssociationsWithReferencesToLaterClasses)
     const cim::Class &link = *repository.find("T_NarrowLink");
     EXPECT_TRUE(link.isAssociation) << "inherited";
     EXPECT_EQ(link.properties[0].referenceClass, "T_Narrow");
-    EXPECT_EQ(link.properties[0].type, cim::Type::Reference);
+    EXPECT_EQ(link.properties[0].type, cim::Type::reference);
     EXPECT_TRUE(link.properties[0].isKey);
     EXPECT_EQ(repository.keys(link).size(), 2u);
     EXPECT_TRUE(repository.find("T_Event")->isIndication);

@@ -44,23 +44,23 @@ void fill(cim::ClassRepository &repository)
 
 TEST(Types, HaveTheCodesOfCmpi)
 {
-    EXPECT_EQ(cim::cmpiType(cim::Type::Boolean, false), 2);
-    EXPECT_EQ(cim::cmpiType(cim::Type::Char16, false), 3);
-    EXPECT_EQ(cim::cmpiType(cim::Type::Real32, false), 8);
-    EXPECT_EQ(cim::cmpiType(cim::Type::Real64, false), 12);
-    EXPECT_EQ(cim::cmpiType(cim::Type::Uint8, false), 128);
-    EXPECT_EQ(cim::cmpiType(cim::Type::Uint16, false), 144);
-    EXPECT_EQ(cim::cmpiType(cim::Type::Uint32, false), 160);
-    EXPECT_EQ(cim::cmpiType(cim::Type::Uint64, false), 176);
-    EXPECT_EQ(cim::cmpiType(cim::Type::Sint8, false), 192);
-    EXPECT_EQ(cim::cmpiType(cim::Type::Sint16, false), 208);
-    EXPECT_EQ(cim::cmpiType(cim::Type::Sint32, false), 224);
-    EXPECT_EQ(cim::cmpiType(cim::Type::Sint64, false), 240);
-    EXPECT_EQ(cim::cmpiType(cim::Type::Reference, false), 4352);
-    EXPECT_EQ(cim::cmpiType(cim::Type::String, false), 5632);
-    EXPECT_EQ(cim::cmpiType(cim::Type::DateTime, false), 6144);
-    EXPECT_EQ(cim::cmpiType(cim::Type::Uint16, true), 8336);
-    EXPECT_EQ(cim::cmpiType(cim::Type::String, true), 13824);
+    EXPECT_EQ(cim::cmpiType(cim::Type::boolean, false), 2);
+    EXPECT_EQ(cim::cmpiType(cim::Type::char16, false), 3);
+    EXPECT_EQ(cim::cmpiType(cim::Type::real32, false), 8);
+    EXPECT_EQ(cim::cmpiType(cim::Type::real64, false), 12);
+    EXPECT_EQ(cim::cmpiType(cim::Type::uint8, false), 128);
+    EXPECT_EQ(cim::cmpiType(cim::Type::uint16, false), 144);
+    EXPECT_EQ(cim::cmpiType(cim::Type::uint32, false), 160);
+    EXPECT_EQ(cim::cmpiType(cim::Type::uint64, false), 176);
+    EXPECT_EQ(cim::cmpiType(cim::Type::sint8, false), 192);
+    EXPECT_EQ(cim::cmpiType(cim::Type::sint16, false), 208);
+    EXPECT_EQ(cim::cmpiType(cim::Type::sint32, false), 224);
+    EXPECT_EQ(cim::cmpiType(cim::Type::sint64, false), 240);
+    EXPECT_EQ(cim::cmpiType(cim::Type::reference, false), 4352);
+    EXPECT_EQ(cim::cmpiType(cim::Type::string, false), 5632);
+    EXPECT_EQ(cim::cmpiType(cim::Type::dateTime, false), 6144);
+    EXPECT_EQ(cim::cmpiType(cim::Type::uint16, true), 8336);
+    EXPECT_EQ(cim::cmpiType(cim::Type::string, true), 13824);
 }
 
 TEST(Types, AreNamedAsInMof)
@@ -69,18 +69,18 @@ TEST(Types, AreNamedAsInMof)
                              "sint8", "sint16", "sint32", "sint64", "string", "datetime", "reference"}) {
         EXPECT_STREQ(cim::typeName(cim::typeFromName(name)), name);
     }
-    EXPECT_EQ(cim::typeFromName("UInt16"), cim::Type::Uint16);
-    EXPECT_EQ(cim::typeFromName("int"), cim::Type::None);
-    EXPECT_EQ(cim::typeFromName(""), cim::Type::None);
-    EXPECT_STREQ(cim::typeName(cim::Type::None), "");
-    EXPECT_TRUE(cim::isInteger(cim::Type::Uint8));
-    EXPECT_TRUE(cim::isInteger(cim::Type::Sint64));
-    EXPECT_FALSE(cim::isInteger(cim::Type::Real32));
-    EXPECT_FALSE(cim::isInteger(cim::Type::Boolean));
-    EXPECT_FALSE(cim::isInteger(cim::Type::String));
-    EXPECT_FALSE(cim::isInteger(cim::Type::Reference));
-    EXPECT_TRUE(cim::isReal(cim::Type::Real64));
-    EXPECT_FALSE(cim::isReal(cim::Type::Uint32));
+    EXPECT_EQ(cim::typeFromName("UInt16"), cim::Type::uint16);
+    EXPECT_EQ(cim::typeFromName("int"), cim::Type::none);
+    EXPECT_EQ(cim::typeFromName(""), cim::Type::none);
+    EXPECT_STREQ(cim::typeName(cim::Type::none), "");
+    EXPECT_TRUE(cim::isInteger(cim::Type::uint8));
+    EXPECT_TRUE(cim::isInteger(cim::Type::sint64));
+    EXPECT_FALSE(cim::isInteger(cim::Type::real32));
+    EXPECT_FALSE(cim::isInteger(cim::Type::boolean));
+    EXPECT_FALSE(cim::isInteger(cim::Type::string));
+    EXPECT_FALSE(cim::isInteger(cim::Type::reference));
+    EXPECT_TRUE(cim::isReal(cim::Type::real64));
+    EXPECT_FALSE(cim::isReal(cim::Type::uint32));
 }
 
 TEST(Names, AreComparedWithoutCase)
@@ -155,7 +155,7 @@ TEST(Repository, ListsTheKeysInOrder)
     for (const char *name : {"First", "Second", "Third"}) {
         cim::Property property;
         property.name = name;
-        property.type = cim::Type::String;
+        property.type = cim::Type::string;
         property.isKey = property.name != "Second";
         klass.properties.push_back(property);
     }
@@ -176,7 +176,7 @@ TEST(Repository, KeepsQualifierDeclarations)
     cim::ClassRepository repository;
     cim::QualifierDeclaration declaration;
     declaration.name = "Key";
-    declaration.type = cim::Type::Boolean;
+    declaration.type = cim::Type::boolean;
     EXPECT_TRUE(repository.add(declaration));
     declaration.name = "KEY";
     EXPECT_FALSE(repository.add(declaration));

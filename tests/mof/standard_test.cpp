@@ -33,19 +33,19 @@ struct Range {
 Range rangeOf(cim::Type type)
 {
     switch (type) {
-    case cim::Type::Uint8:
+    case cim::Type::uint8:
         return {0, UINT8_MAX};
-    case cim::Type::Uint16:
+    case cim::Type::uint16:
         return {0, UINT16_MAX};
-    case cim::Type::Uint32:
+    case cim::Type::uint32:
         return {0, UINT32_MAX};
-    case cim::Type::Uint64:
+    case cim::Type::uint64:
         return {0, INT64_MAX};
-    case cim::Type::Sint8:
+    case cim::Type::sint8:
         return {INT8_MIN, INT8_MAX};
-    case cim::Type::Sint16:
+    case cim::Type::sint16:
         return {INT16_MIN, INT16_MAX};
-    case cim::Type::Sint32:
+    case cim::Type::sint32:
         return {INT32_MIN, INT32_MAX};
     default:
         return {INT64_MIN, INT64_MAX};
@@ -111,7 +111,7 @@ void checkMap(const std::string &what, cim::Type type, const cim::Qualifiers &qu
                         std::to_string(entries.size()) + " entries of its ValueMap");
         return;
     }
-    if (!cim::isInteger(type) && type != cim::Type::String) {
+    if (!cim::isInteger(type) && type != cim::Type::string) {
         found.push_back(what + " has a ValueMap and the type " + cim::typeName(type));
         return;
     }
@@ -172,7 +172,7 @@ void checkBounds(const std::string &what, cim::Type type, const cim::Qualifiers 
     }
     const cim::Qualifier *standard =
         overridden != nullptr ? cim::findQualifier(*overridden, "MaxLen") : nullptr;
-    if (type != cim::Type::String) {
+    if (type != cim::Type::string) {
         found.push_back(what + " has MaxLen and the type " + cim::typeName(type));
     } else if (standard != nullptr && std::stoul(length->value.text()) > std::stoul(standard->value.text())) {
         found.push_back(what + " has MaxLen " + length->value.text() + ", what it overrides " +
@@ -270,7 +270,7 @@ void checkClass(const cim::ClassRepository &classes, const cim::Class &klass, Te
         if (overridden != nullptr && overridden->name != property.name) {
             found.push_back(what + " is spelled " + overridden->name + " in what it overrides");
         }
-        if (property.type == cim::Type::Reference) {
+        if (property.type == cim::Type::reference) {
             checkCardinality(what, property.qualifiers, inherited, found);
             if (parent != nullptr && overridden == nullptr) {
                 found.push_back(what + " is a reference that " + parent->name + " has not");

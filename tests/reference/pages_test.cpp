@@ -164,7 +164,7 @@ TEST(Reference, HasEveryClassAndProperty)
         for (const cim::Property &property : klass->properties) {
             const std::string row = textOf(elementOf(idOf(*klass) + "." + property.name));
             EXPECT_TRUE(row.starts_with(property.name)) << property.name;
-            const std::string type = property.type == cim::Type::Reference ? property.referenceClass + " REF"
+            const std::string type = property.type == cim::Type::reference ? property.referenceClass + " REF"
                                                                            : cim::typeName(property.type);
             EXPECT_NE(row.find(type + (property.isArray ? "[]" : "")), std::string::npos) << property.name;
             ++properties;

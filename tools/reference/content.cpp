@@ -700,7 +700,7 @@ class Page
 
     static std::string typeOf(const cim::Element &element)
     {
-        const std::string type = element.type == cim::Type::Reference ? element.referenceClass + " REF"
+        const std::string type = element.type == cim::Type::reference ? element.referenceClass + " REF"
                                                                       : cim::typeName(element.type);
         return type + (element.isArray ? "[]" : "");
     }

@@ -169,7 +169,7 @@ bool complete(Request &request, const cim::Method &declared, size_t argument = 0
         return succeeds(request);
     const cim::Parameter &parameter = declared.parameters[argument];
     std::vector<Value> candidates;
-    if (parameter.type == cim::Type::Reference) {
+    if (parameter.type == cim::Type::reference) {
         for (const TestedClass &other : contract::libraryClasses())
             if (mof::deskClasses().isA(other.name, parameter.referenceClass))
                 for (const Instance &object : broker.classes[other.name].instances)
@@ -414,7 +414,7 @@ MethodFacts probeMethod(MethodProbe probe, size_t callsBefore)
     for (const cim::Parameter &parameter : declared.parameters) {
         if (!works)
             probe.facts.arguments.push_back({parameter.name, words(Form::ignored), {}});
-        else if (parameter.type == cim::Type::Reference)
+        else if (parameter.type == cim::Type::reference)
             probeReference(probe, parameter);
         else
             probeText(probe, parameter.name);

@@ -164,18 +164,18 @@ TEST_F(Accounts, BrokenFilesAreTold)
 TEST_F(Accounts, RolesAreKept)
 {
     std::string problem;
-    ASSERT_TRUE(host::addAccount(file(), "one", "first", host::Role::Reader, problem)) << problem;
+    ASSERT_TRUE(host::addAccount(file(), "one", "first", host::Role::reader, problem)) << problem;
     ASSERT_TRUE(host::addAccount(file(), "two", "second", {}, problem)) << problem;
     ASSERT_TRUE(host::addAccount(file(), "one", "changed", {}, problem)) << problem;
     host::AccountMap accounts;
     ASSERT_TRUE(host::readAccounts(file(), accounts, problem)) << problem;
-    EXPECT_EQ(accounts["one"].role, host::Role::Reader) << "a new password leaves the role";
-    EXPECT_EQ(accounts["two"].role, host::Role::Operator);
-    ASSERT_TRUE(host::addAccount(file(), "one", "changed", host::Role::Administrator, problem)) << problem;
+    EXPECT_EQ(accounts["one"].role, host::Role::reader) << "a new password leaves the role";
+    EXPECT_EQ(accounts["two"].role, host::Role::operatorUser);
+    ASSERT_TRUE(host::addAccount(file(), "one", "changed", host::Role::administrator, problem)) << problem;
     host::Accounts loaded(file());
     ASSERT_TRUE(loaded.load(problem)) << problem;
-    EXPECT_EQ(loaded.login("one", "changed"), host::Role::Administrator);
-    EXPECT_EQ(loaded.recall("one", "changed"), host::Role::Administrator);
+    EXPECT_EQ(loaded.login("one", "changed"), host::Role::administrator);
+    EXPECT_EQ(loaded.recall("one", "changed"), host::Role::administrator);
     EXPECT_EQ(loaded.recall("one", "first"), std::nullopt);
     EXPECT_EQ(problemOf("a:b:readr\n"),
               file() + ":1: \"readr\" is no role; there are administrator, operator and reader");

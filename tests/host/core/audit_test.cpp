@@ -39,7 +39,7 @@ class Audit : public testing::Test
     void record(host::Audit &audit, const char *method)
     {
         host::Request request;
-        request.operation = host::Operation::InvokeMethod;
+        request.operation = host::Operation::invokeMethod;
         request.nameSpace = "root/cimv2";
         request.principal = "operator";
         request.className = "Test_Thing";
@@ -206,7 +206,7 @@ TEST_F(Audit, ManyThreadsWriteOneChain)
         threads.emplace_back([&audit] {
             test::TestCall call;
             host::Request request;
-            request.operation = host::Operation::DeleteInstance;
+            request.operation = host::Operation::deleteInstance;
             request.nameSpace = "root/cimv2";
             request.principal = "operator";
             request.className = "Test_Thing";

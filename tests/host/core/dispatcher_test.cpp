@@ -25,7 +25,7 @@ class Dispatch : public testing::Test
         made.operation = operation;
         made.nameSpace = "root/cimv2";
         made.principal = "operator";
-        made.role = host::Role::Operator;
+        made.role = host::Role::operatorUser;
         return made;
     }
 
@@ -65,14 +65,14 @@ class Dispatch : public testing::Test
 
     Answer enumerate(const char *className, bool names = false)
     {
-        Request made = request(names ? Operation::EnumerateInstanceNames : Operation::EnumerateInstances);
+        Request made = request(names ? Operation::enumerateInstanceNames : Operation::enumerateInstances);
         made.className = className;
         return run(made);
     }
 
     Answer relay(const char *what)
     {
-        Request made = request(Operation::InvokeMethod);
+        Request made = request(Operation::invokeMethod);
         made.path = thing(3);
         made.methodName = "Relay";
         made.arguments = host::makeArgs(call_.arena);
@@ -111,7 +111,7 @@ class Dispatch : public testing::Test
 
 TEST_F(Dispatch, NothingWithoutAPrincipal)
 {
-    Request made = request(Operation::EnumerateInstances);
+    Request made = request(Operation::enumerateInstances);
     made.className = "Test_Thing";
     made.principal = "";
     EXPECT_EQ(error(run(made)), "2 The request has no principal.");
@@ -120,12 +120,12 @@ TEST_F(Dispatch, NothingWithoutAPrincipal)
 TEST_F(Dispatch, OtherNamespacesDoNotExist)
 {
     for (const char *nameSpace : {"root/other", "interop", "root/interop", ""}) {
-        Request made = request(Operation::EnumerateInstanceNames);
+        Request made = request(Operation::enumerateInstanceNames);
         made.className = "CIM_Namespace";
         made.nameSpace = nameSpace;
         EXPECT_EQ(error(run(made)), std::string("3 The namespace ") + nameSpace + " does not exist.");
     }
-    Request made = request(Operation::EnumerateInstanceNames);
+    Request made = request(Operation::enumerateInstanceNames);
     made.className = "Test_Thing";
     made.nameSpace = "/ROOT/cimv2";
     EXPECT_TRUE(run(made).ok());
@@ -135,8 +135,8 @@ TEST_F(Dispatch, UnknownClassesAreInvalid)
 {
     EXPECT_EQ(error(enumerate("Test_Nope")), "5 The class Test_Nope does not exist.");
     for (const Operation operation :
-         {Operation::GetInstance, Operation::DeleteInstance, Operation::Associators, Operation::InvokeMethod,
-          Operation::ModifyInstance, Operation::CreateInstance, Operation::GetProperty}) {
+         {Operation::getInstance, Operation::deleteInstance, Operation::associators, Operation::invokeMethod,
+          Operation::modifyInstance, Operation::createInstance, Operation::getProperty}) {
         Request made = request(operation);
         made.path = path("Test_Nope");
         EXPECT_EQ(error(run(made)), "5 The class Test_Nope does not exist.") << operationName(operation);
@@ -147,10 +147,10 @@ TEST_F(Dispatch, ClassesWithoutProviderAreNotSupported)
 {
     EXPECT_EQ(error(enumerate("Test_Unserved")),
               "7 No instance provider is registered for the class Test_Unserved or a subclass of it.");
-    Request made = request(Operation::GetInstance);
+    Request made = request(Operation::getInstance);
     made.path = path("Test_Unserved");
     EXPECT_EQ(error(run(made)), "7 No instance provider is registered for the class Test_Unserved.");
-    made.operation = Operation::InvokeMethod;
+    made.operation = Operation::invokeMethod;
     EXPECT_EQ(error(run(made)), "7 No method provider is registered for the class Test_Unserved.");
 }
 
@@ -168,7 +168,7 @@ TEST_F(Dispatch, EnumerationsReachSubclasses)
 
 TEST_F(Dispatch, ShallowInstancesHaveThePropertiesOfTheirSuperclass)
 {
-    Request made = request(Operation::EnumerateInstances);
+    Request made = request(Operation::enumerateInstances);
     made.className = "Test_Device";
     made.deepInheritance = false;
     const Answer answer = run(made);
@@ -186,7 +186,7 @@ TEST_F(Dispatch, ShallowInstancesHaveThePropertiesOfTheirSuperclass)
 
 TEST_F(Dispatch, PropertyListsAndLocalOnlyLimitWhatIsSeen)
 {
-    Request made = request(Operation::GetInstance);
+    Request made = request(Operation::getInstance);
     made.path = thing(0, "Test_SpecialThing");
     const char *list[] = {"LEVEL", "extra", "Nope", nullptr};
     made.propertyList = list;
@@ -203,7 +203,7 @@ TEST_F(Dispatch, PropertyListsAndLocalOnlyLimitWhatIsSeen)
 
 TEST_F(Dispatch, GetInstanceFindsOneInstance)
 {
-    Request made = request(Operation::GetInstance);
+    Request made = request(Operation::getInstance);
     made.path = thing(3);
     const Answer answer = run(made);
     ASSERT_TRUE(answer.ok()) << error(answer);
@@ -219,29 +219,29 @@ TEST_F(Dispatch, GetInstanceFindsOneInstance)
 
 TEST_F(Dispatch, APathOfASuperclassLeadsToTheInstanceOfTheSubclass)
 {
-    Request made = request(Operation::GetInstance);
+    Request made = request(Operation::getInstance);
     made.path = thing(3, "Test_Device");
     const Answer found = run(made);
     ASSERT_EQ(found.instances.size(), 1u);
     EXPECT_EQ(found.instances[0]->klass->name, "Test_Thing");
-    made.operation = Operation::InvokeMethod;
+    made.operation = Operation::invokeMethod;
     made.methodName = "Echo";
     made.arguments = host::makeArgs(call_.arena);
     EXPECT_TRUE(run(made).ok());
-    made.operation = Operation::Associators;
+    made.operation = Operation::associators;
     EXPECT_EQ(run(made).instances.size(), 3u);
-    made.operation = Operation::GetInstance;
+    made.operation = Operation::getInstance;
     made.path = thing(99, "Test_Device");
     EXPECT_EQ(error(run(made)),
               "6 There is no instance of Test_Device itself; its subclasses have instances.");
-    made.operation = Operation::DeleteInstance;
+    made.operation = Operation::deleteInstance;
     EXPECT_EQ(error(run(made)),
               "6 There is no instance of Test_Device itself, and none of a subclass with these keys.");
 }
 
 TEST_F(Dispatch, ClassesAreTiedByTheirAssociations)
 {
-    Request made = request(Operation::Associators);
+    Request made = request(Operation::associators);
     made.path = path("Test_Thing");
     made.isOfClass = true;
     const auto names = [&] {
@@ -260,7 +260,7 @@ TEST_F(Dispatch, ClassesAreTiedByTheirAssociations)
     made.filter.resultClass = "Test_System";
     EXPECT_EQ(names(), "Linux_ComputerSystem");
     made.filter = {};
-    made.operation = Operation::References;
+    made.operation = Operation::references;
     EXPECT_EQ(names(), "Test_Dependency Test_ThingPair Test_ThingOnSystem");
     made.filter.role = "Antecedent";
     made.filter.associationClass = "Test_ThingPair";
@@ -279,20 +279,20 @@ TEST_F(Dispatch, AnErrorWinsOverWhatWasReturnedBefore)
 
 TEST_F(Dispatch, StrangeProvidersAreTold)
 {
-    Request made = request(Operation::GetInstance);
+    Request made = request(Operation::getInstance);
     made.path = path("Test_Faulty");
     key(*made.path, "Name", "other");
     EXPECT_EQ(error(run(made)), "1 (none)") << "a path is not accepted in the place of an instance";
     key(*made.path, "Name", "nothing");
     EXPECT_EQ(error(run(made)), "6 The provider of Test_Faulty returned no instance.");
     for (const Operation operation :
-         {Operation::CreateInstance, Operation::ModifyInstance, Operation::DeleteInstance}) {
+         {Operation::createInstance, Operation::modifyInstance, Operation::deleteInstance}) {
         made.operation = operation;
         made.instance = host::makeInstance(call_.arena, *made.path);
         EXPECT_EQ(error(run(made)), "7 The provider does not implement the operation.");
     }
     EXPECT_EQ(error(enumerate("Test_Simple")), "7 The provider does not implement the operation.");
-    made.operation = Operation::InvokeMethod;
+    made.operation = Operation::invokeMethod;
     made.methodName = "Any";
     made.arguments = host::makeArgs(call_.arena);
     EXPECT_EQ(error(run(made)), "7 The provider does not implement the operation.");
@@ -300,7 +300,7 @@ TEST_F(Dispatch, StrangeProvidersAreTold)
 
 TEST_F(Dispatch, AHungryProviderIsStopped)
 {
-    Request made = request(Operation::GetInstance);
+    Request made = request(Operation::getInstance);
     made.path = path("Test_Faulty");
     key(*made.path, "Name", "hungry");
     EXPECT_EQ(run(made).code, CMPI_RC_ERR_SERVER_LIMITS_EXCEEDED);
@@ -308,13 +308,13 @@ TEST_F(Dispatch, AHungryProviderIsStopped)
 
 TEST_F(Dispatch, InstancesAreModified)
 {
-    Request made = request(Operation::ModifyInstance);
+    Request made = request(Operation::modifyInstance);
     made.path = thing(2);
     made.instance = host::makeInstance(call_.arena, *made.path);
     host::setProperty(*made.instance, made.instance->klass->placeOf("Label"),
                       host::stringData(host::makeString(call_.arena, "renamed")));
     EXPECT_TRUE(run(made).ok());
-    Request get = request(Operation::GetProperty);
+    Request get = request(Operation::getProperty);
     get.path = thing(2);
     get.propertyName = "label";
     EXPECT_EQ(host::behind<host::String>(run(get).returnValue.value.string)->view(), "renamed");
@@ -325,12 +325,12 @@ TEST_F(Dispatch, InstancesAreModified)
 
 TEST_F(Dispatch, SinglePropertiesAreReadAndSet)
 {
-    Request set = request(Operation::SetProperty);
+    Request set = request(Operation::setProperty);
     set.path = thing(4);
     set.propertyName = "Label";
     set.propertyValue = host::stringData(host::makeString(call_.arena, "single"));
     EXPECT_TRUE(run(set).ok());
-    Request get = request(Operation::GetProperty);
+    Request get = request(Operation::getProperty);
     get.path = thing(4);
     get.propertyName = "Label";
     const Answer answer = run(get);
@@ -352,7 +352,7 @@ TEST_F(Dispatch, SinglePropertiesAreReadAndSet)
 
 TEST_F(Dispatch, InstancesAreCreated)
 {
-    Request made = request(Operation::CreateInstance);
+    Request made = request(Operation::createInstance);
     made.path = thing(12);
     made.instance = host::makeInstance(call_.arena, *made.path);
     const Answer answer = run(made);
@@ -371,12 +371,12 @@ TEST_F(Dispatch, TheComputerSystemIsThere)
     char hostName[256] = {};
     gethostname(hostName, sizeof hostName - 1);
     EXPECT_EQ(host::behind<host::String>(name->data.value.string)->view(), hostName);
-    Request made = request(Operation::GetInstance);
+    Request made = request(Operation::getInstance);
     made.path = host::copyObject(call_.arena, found);
     EXPECT_TRUE(run(made).ok());
     key(*made.path, "Name", "another");
     EXPECT_EQ(error(run(made)), "6 This host is another computer system.");
-    made.operation = Operation::DeleteInstance;
+    made.operation = Operation::deleteInstance;
     EXPECT_EQ(error(run(made)), "7 The computer system cannot be changed.");
 }
 
@@ -385,21 +385,21 @@ TEST_F(Dispatch, TheComputerSystemIsThere)
 
 TEST_F(Dispatch, AllAssociationsOfAnObjectAreTraversed)
 {
-    Request made = request(Operation::AssociatorNames);
+    Request made = request(Operation::associatorNames);
     made.path = thing(3);
     const Answer answer = run(made);
     ASSERT_TRUE(answer.ok()) << error(answer);
     EXPECT_EQ(answer.paths.size(), 3u) << "two neighbours, once each, and the computer system";
     EXPECT_EQ(answer.paths[2]->className->view(), "Linux_ComputerSystem");
-    made.operation = Operation::Associators;
+    made.operation = Operation::associators;
     EXPECT_EQ(run(made).instances.size(), 3u);
-    made.operation = Operation::ReferenceNames;
+    made.operation = Operation::referenceNames;
     EXPECT_EQ(run(made).paths.size(), 2u);
 }
 
 TEST_F(Dispatch, TheFirstErrorEndsATraversal)
 {
-    Request made = request(Operation::References);
+    Request made = request(Operation::references);
     made.path = thing(3);
     const Answer answer = run(made);
     EXPECT_EQ(error(answer), "1 references are broken");
@@ -410,7 +410,7 @@ TEST_F(Dispatch, TheFirstErrorEndsATraversal)
 
 TEST_F(Dispatch, FiltersLimitTheAssociations)
 {
-    Request made = request(Operation::AssociatorNames);
+    Request made = request(Operation::associatorNames);
     made.path = thing(3);
     made.filter.associationClass = "test_thingpair";
     EXPECT_EQ(run(made).paths.size(), 2u);
@@ -435,7 +435,7 @@ TEST_F(Dispatch, FiltersLimitTheAssociations)
 TEST_F(Dispatch, OnlyAssociationsThatCanHoldTheObjectAreAsked)
 {
     const Answer systems = enumerate("Linux_ComputerSystem", true);
-    Request made = request(Operation::References);
+    Request made = request(Operation::references);
     made.path = systems.paths[0];
     EXPECT_EQ(error(run(made)), "1 references are broken") << "of the two only this one refers to systems";
     made.path = path("Test_Simple");
@@ -459,7 +459,7 @@ TEST_F(Dispatch, UpCallsGoTheSameWay)
     EXPECT_EQ(outText(relay("property"), "info"), "0x90/30");
     EXPECT_EQ(outText(relay("missing"), "info"), "6 no such special thing");
     EXPECT_EQ(outText(relay("modify"), "info"), "");
-    Request get = request(Operation::GetProperty);
+    Request get = request(Operation::getProperty);
     get.path = thing(3);
     get.propertyName = "Label";
     EXPECT_EQ(host::behind<host::String>(run(get).returnValue.value.string)->view(), "relayed");
@@ -487,13 +487,13 @@ TEST_F(Dispatch, AttachedThreadsMakeUpCalls)
 
 TEST_F(Dispatch, ClassesAreRead)
 {
-    Request made = request(Operation::GetClass);
+    Request made = request(Operation::getClass);
     made.className = "test_thing";
     ASSERT_EQ(run(made).classes.size(), 1u);
     EXPECT_EQ(run(made).classes[0]->name, "Test_Thing");
     made.className = "Test_Nope";
     EXPECT_EQ(error(run(made)), "6 The class Test_Nope does not exist.");
-    made.operation = Operation::EnumerateClassNames;
+    made.operation = Operation::enumerateClassNames;
     made.className = "";
     made.deepInheritance = false;
     EXPECT_EQ(run(made).classes.size(), 5u);
@@ -509,13 +509,13 @@ TEST_F(Dispatch, ClassesAreRead)
 
 TEST_F(Dispatch, QualifiersAreRead)
 {
-    Request made = request(Operation::GetQualifier);
+    Request made = request(Operation::getQualifier);
     made.qualifierName = "KEY";
     ASSERT_EQ(run(made).qualifiers.size(), 1u);
     EXPECT_EQ(run(made).qualifiers[0]->name, "Key");
     made.qualifierName = "Nope";
     EXPECT_EQ(error(run(made)), "6 The qualifier Nope does not exist.");
-    made.operation = Operation::EnumerateQualifiers;
+    made.operation = Operation::enumerateQualifiers;
     EXPECT_EQ(run(made).qualifiers.size(), 10u);
 }
 
@@ -530,7 +530,7 @@ TEST_F(Dispatch, ARequestDoesNotWaitWithoutEnd)
     const host::Path *sleeper = thing(1);
     std::thread other([this, sleeper] {
         test::TestCall call;
-        Request made = request(Operation::InvokeMethod);
+        Request made = request(Operation::invokeMethod);
         made.path = host::copyObject(call.arena, *sleeper);
         made.methodName = "Nap";
         made.arguments = host::makeArgs(call.arena);

@@ -18,7 +18,7 @@ class Queries : public testing::Test
     Answer run(const std::string &query, const char *language = "WQL")
     {
         host::Request request;
-        request.operation = host::Operation::ExecQuery;
+        request.operation = host::Operation::execQuery;
         request.nameSpace = "root/cimv2";
         request.principal = "operator";
         request.query = call_.arena.copyText(query);

@@ -43,52 +43,52 @@ class Typing : public testing::Test
 
 TEST_F(Typing, Integers)
 {
-    EXPECT_EQ(scalar(Type::Uint8, "255").value.uint8, 255);
-    EXPECT_TRUE(fails(Type::Uint8, "256"));
+    EXPECT_EQ(scalar(Type::uint8, "255").value.uint8, 255);
+    EXPECT_TRUE(fails(Type::uint8, "256"));
     EXPECT_EQ(error_, "The value \"256\" of x is not a uint8.");
-    EXPECT_TRUE(fails(Type::Uint8, "-1"));
-    EXPECT_EQ(scalar(Type::Uint16, " 65535\n").value.uint16, 65535) << "blanks around a number do not count";
-    EXPECT_EQ(scalar(Type::Uint32, "4294967295").value.uint32, 4294967295u);
-    EXPECT_TRUE(fails(Type::Uint32, "4294967296"));
-    EXPECT_EQ(scalar(Type::Uint64, "18446744073709551615").value.uint64, 18446744073709551615u);
-    EXPECT_TRUE(fails(Type::Uint64, "18446744073709551616"));
-    EXPECT_EQ(scalar(Type::Uint64, "0xFF").value.uint64, 255u);
-    EXPECT_EQ(scalar(Type::Uint16, "+5").value.uint16, 5);
-    EXPECT_EQ(scalar(Type::Uint16, "-0").value.uint16, 0);
-    EXPECT_EQ(scalar(Type::Sint8, "-128").value.sint8, -128);
-    EXPECT_EQ(scalar(Type::Sint8, "127").value.sint8, 127);
-    EXPECT_TRUE(fails(Type::Sint8, "128"));
-    EXPECT_TRUE(fails(Type::Sint8, "-129"));
-    EXPECT_EQ(scalar(Type::Sint16, "-32768").value.sint16, -32768);
-    EXPECT_EQ(scalar(Type::Sint32, "-2147483648").value.sint32, -2147483647 - 1);
-    EXPECT_EQ(scalar(Type::Sint64, "-9223372036854775808").value.sint64, -9223372036854775807LL - 1);
-    EXPECT_TRUE(fails(Type::Sint64, "9223372036854775808"));
+    EXPECT_TRUE(fails(Type::uint8, "-1"));
+    EXPECT_EQ(scalar(Type::uint16, " 65535\n").value.uint16, 65535) << "blanks around a number do not count";
+    EXPECT_EQ(scalar(Type::uint32, "4294967295").value.uint32, 4294967295u);
+    EXPECT_TRUE(fails(Type::uint32, "4294967296"));
+    EXPECT_EQ(scalar(Type::uint64, "18446744073709551615").value.uint64, 18446744073709551615u);
+    EXPECT_TRUE(fails(Type::uint64, "18446744073709551616"));
+    EXPECT_EQ(scalar(Type::uint64, "0xFF").value.uint64, 255u);
+    EXPECT_EQ(scalar(Type::uint16, "+5").value.uint16, 5);
+    EXPECT_EQ(scalar(Type::uint16, "-0").value.uint16, 0);
+    EXPECT_EQ(scalar(Type::sint8, "-128").value.sint8, -128);
+    EXPECT_EQ(scalar(Type::sint8, "127").value.sint8, 127);
+    EXPECT_TRUE(fails(Type::sint8, "128"));
+    EXPECT_TRUE(fails(Type::sint8, "-129"));
+    EXPECT_EQ(scalar(Type::sint16, "-32768").value.sint16, -32768);
+    EXPECT_EQ(scalar(Type::sint32, "-2147483648").value.sint32, -2147483647 - 1);
+    EXPECT_EQ(scalar(Type::sint64, "-9223372036854775808").value.sint64, -9223372036854775807LL - 1);
+    EXPECT_TRUE(fails(Type::sint64, "9223372036854775808"));
     for (const char *bad : {"", " ", "x", "1x", "1.0", "--1", "+", "0x", "1 2"}) {
-        EXPECT_TRUE(fails(Type::Uint32, bad)) << bad;
+        EXPECT_TRUE(fails(Type::uint32, bad)) << bad;
     }
 }
 
 TEST_F(Typing, OtherScalars)
 {
-    EXPECT_EQ(scalar(Type::Boolean, "TRUE").value.boolean, 1);
-    EXPECT_EQ(scalar(Type::Boolean, "false").value.boolean, 0);
-    EXPECT_TRUE(fails(Type::Boolean, "1"));
-    EXPECT_EQ(scalar(Type::Real32, "1.5e1").value.real32, 15.0f);
-    EXPECT_EQ(scalar(Type::Real64, "-0.25").value.real64, -0.25);
-    EXPECT_TRUE(fails(Type::Real64, "1.5.2"));
-    EXPECT_TRUE(fails(Type::Real64, ""));
-    EXPECT_EQ(scalar(Type::Char16, "a").value.char16, 'a');
-    EXPECT_EQ(scalar(Type::Char16, "\xc3\xbc").value.char16, 0xfc);
-    EXPECT_EQ(scalar(Type::Char16, "\xe2\x82\xac").value.char16, 0x20ac);
-    EXPECT_TRUE(fails(Type::Char16, "ab"));
-    EXPECT_TRUE(fails(Type::Char16, ""));
-    EXPECT_TRUE(fails(Type::Char16, "\xf0\x9f\x98\x80")) << "beyond 16 bits";
-    EXPECT_EQ(scalar(Type::DateTime, "19700101000000.000001+000").type, CMPI_dateTime);
-    EXPECT_TRUE(fails(Type::DateTime, "today"));
-    const CMPIData string = scalar(Type::String, " kept as it is ");
+    EXPECT_EQ(scalar(Type::boolean, "TRUE").value.boolean, 1);
+    EXPECT_EQ(scalar(Type::boolean, "false").value.boolean, 0);
+    EXPECT_TRUE(fails(Type::boolean, "1"));
+    EXPECT_EQ(scalar(Type::real32, "1.5e1").value.real32, 15.0f);
+    EXPECT_EQ(scalar(Type::real64, "-0.25").value.real64, -0.25);
+    EXPECT_TRUE(fails(Type::real64, "1.5.2"));
+    EXPECT_TRUE(fails(Type::real64, ""));
+    EXPECT_EQ(scalar(Type::char16, "a").value.char16, 'a');
+    EXPECT_EQ(scalar(Type::char16, "\xc3\xbc").value.char16, 0xfc);
+    EXPECT_EQ(scalar(Type::char16, "\xe2\x82\xac").value.char16, 0x20ac);
+    EXPECT_TRUE(fails(Type::char16, "ab"));
+    EXPECT_TRUE(fails(Type::char16, ""));
+    EXPECT_TRUE(fails(Type::char16, "\xf0\x9f\x98\x80")) << "beyond 16 bits";
+    EXPECT_EQ(scalar(Type::dateTime, "19700101000000.000001+000").type, CMPI_dateTime);
+    EXPECT_TRUE(fails(Type::dateTime, "today"));
+    const CMPIData string = scalar(Type::string, " kept as it is ");
     EXPECT_EQ(host::behind<host::String>(string.value.string)->view(), " kept as it is ");
-    EXPECT_EQ(scalar(Type::None, "5").type, CMPI_string) << "without a type it is a text";
-    EXPECT_EQ(scalar(Type::Reference, "text").type, CMPI_string) << "a text is no reference";
+    EXPECT_EQ(scalar(Type::none, "5").type, CMPI_string) << "without a type it is a text";
+    EXPECT_EQ(scalar(Type::reference, "text").type, CMPI_string) << "a text is no reference";
 }
 
 TEST_F(Typing, PathsTakeTheTypesOfTheirClass)
@@ -96,7 +96,7 @@ TEST_F(Typing, PathsTakeTheTypesOfTheirClass)
     host::ArenaList<host::ValueText> keys(call_.arena);
     host::ValueText id;
     id.name = "id";
-    id.type = Type::String;
+    id.type = Type::string;
     id.item.text = "5";
     keys.append(id);
     host::PathText text;
@@ -125,7 +125,7 @@ TEST_F(Typing, PathsTakeTheTypesOfTheirClass)
 
     text.className = "Test_Nope";
     keys[0].name = "Id";
-    keys[0].type = Type::Uint64;
+    keys[0].type = Type::uint64;
     path = typing.path(text, "root/cimv2");
     ASSERT_NE(path, nullptr);
     EXPECT_EQ((*path->keys)[0].data.type, CMPI_uint64) << "of an unknown class the client's type counts";
@@ -145,7 +145,7 @@ TEST_F(Typing, ArgumentsKeepTheFormOfTheClient)
     values.append(text);
     host::ValueText more; // not declared
     more.name = "more";
-    more.type = Type::Uint16;
+    more.type = Type::uint16;
     more.item.text = "5";
     values.append(more);
     host::ValueText null;

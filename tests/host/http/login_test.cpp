@@ -87,15 +87,15 @@ TEST_F(Login, CredentialsAreRead)
 {
     host::Login login(accounts_);
     const LoginAnswer good = login.check(basic("operator:secret: word").c_str(), "127.0.0.1");
-    EXPECT_EQ(good.kind, Kind::Good);
+    EXPECT_EQ(good.kind, Kind::good);
     EXPECT_EQ(good.user, "operator");
-    EXPECT_EQ(good.role, host::Role::Operator);
+    EXPECT_EQ(good.role, host::Role::operatorUser);
     EXPECT_EQ(login.check(("basic  " + basic("operator:secret: word").substr(6)).c_str(), "127.0.0.1").kind,
-              Kind::Good);
-    EXPECT_EQ(login.check(nullptr, "127.0.0.1").kind, Kind::Wrong);
+              Kind::good);
+    EXPECT_EQ(login.check(nullptr, "127.0.0.1").kind, Kind::wrong);
     const unsigned long hashes = accounts_.hashCount();
     for (const char *value : {"", "Basic", "Basic ", "Basic !!!!", "Bearer b3A6cw==", "Basic b3BlcmF0b3I="}) {
-        EXPECT_EQ(login.check(value, "127.0.0.1").kind, Kind::Wrong) << value;
+        EXPECT_EQ(login.check(value, "127.0.0.1").kind, Kind::wrong) << value;
     }
     EXPECT_EQ(accounts_.hashCount(), hashes) << "what is no pair costs nothing";
 }
@@ -104,9 +104,9 @@ TEST_F(Login, ANulEndsNoPassword)
 {
     host::Login login(accounts_);
     const std::string cut("operator:secret: word\0more", 26);
-    EXPECT_EQ(login.check(basic(cut).c_str(), "127.0.0.1").kind, Kind::Wrong);
+    EXPECT_EQ(login.check(basic(cut).c_str(), "127.0.0.1").kind, Kind::wrong);
     const std::string user("operator\0x:secret: word", 23);
-    EXPECT_EQ(login.check(basic(user).c_str(), "127.0.0.1").kind, Kind::Wrong);
+    EXPECT_EQ(login.check(basic(user).c_str(), "127.0.0.1").kind, Kind::wrong);
     EXPECT_EQ(accounts_.hashCount(), 0u);
 }
 
@@ -153,21 +153,21 @@ TEST_F(Login, AnAddressWithTooManyFailuresIsToldToComeBackLater)
     host::Login login(accounts_, limits);
     testing::internal::CaptureStderr();
     for (int i = 0; i < 4; ++i) { // the fourth has the first turn of a slowed address
-        EXPECT_EQ(login.check(basic("operator:wrong").c_str(), "127.0.0.2").kind, Kind::Wrong);
+        EXPECT_EQ(login.check(basic("operator:wrong").c_str(), "127.0.0.2").kind, Kind::wrong);
     }
-    EXPECT_EQ(login.check(basic("operator:wrong").c_str(), "127.0.0.2").kind, Kind::TooManyFailures);
-    EXPECT_EQ(login.check(basic("operator:secret: word").c_str(), "127.0.0.2").kind, Kind::TooManyFailures)
+    EXPECT_EQ(login.check(basic("operator:wrong").c_str(), "127.0.0.2").kind, Kind::tooManyFailures);
+    EXPECT_EQ(login.check(basic("operator:secret: word").c_str(), "127.0.0.2").kind, Kind::tooManyFailures)
         << "it might be a guess";
-    EXPECT_EQ(login.check(basic("operator:secret: word").c_str(), "127.0.0.3").kind, Kind::Good)
+    EXPECT_EQ(login.check(basic("operator:secret: word").c_str(), "127.0.0.3").kind, Kind::good)
         << "others are not slowed";
-    EXPECT_EQ(login.check(basic("operator:secret: word").c_str(), "127.0.0.2").kind, Kind::Good)
+    EXPECT_EQ(login.check(basic("operator:secret: word").c_str(), "127.0.0.2").kind, Kind::good)
         << "who has logged in with it before is known";
     // In an IPv6 network a client may have any address.
     for (int i = 0; i < 4; ++i) {
         login.check(basic("operator:wrong").c_str(), "2001:db8::" + std::to_string(i + 1));
     }
-    EXPECT_EQ(login.check(basic("operator:wrong").c_str(), "2001:db8::ffff").kind, Kind::TooManyFailures);
-    EXPECT_EQ(login.check(basic("operator:wrong").c_str(), "2001:db8:0:1::1").kind, Kind::Wrong);
+    EXPECT_EQ(login.check(basic("operator:wrong").c_str(), "2001:db8::ffff").kind, Kind::tooManyFailures);
+    EXPECT_EQ(login.check(basic("operator:wrong").c_str(), "2001:db8:0:1::1").kind, Kind::wrong);
     testing::internal::GetCapturedStderr();
 }
 
