@@ -171,8 +171,12 @@ const Class *ClassRepository::add(Class declaration)
     }
     stored->lineage.push_back(id);
     stored->keys.clear();
+    stored->defaults.clear();
     for (std::size_t i = 0; i < stored->properties.size(); ++i) {
         stored->places.emplace(stored->properties[i].name, i);
+        if (!stored->properties[i].defaultValue.isNull && stored->properties[i].type != Type::Reference) {
+            stored->defaults.push_back(i);
+        }
         if (stored->properties[i].isKey) {
             stored->keys.push_back(i);
         }

@@ -201,9 +201,10 @@ struct Class {
     // Filled by the repository.
     ClassId id = noClass;
     ClassId superclassId = noClass;
-    std::vector<ClassId> lineage;    // from the root class to this one
-    std::vector<ClassId> subclasses; // direct ones, in the order of declaration
-    std::vector<std::size_t> keys;   // places of the key properties in `properties`
+    std::vector<ClassId> lineage;      // from the root class to this one
+    std::vector<ClassId> subclasses;   // direct ones, in the order of declaration
+    std::vector<std::size_t> keys;     // places of the key properties in `properties`
+    std::vector<std::size_t> defaults; // places of the properties with a default value other than NULL
     std::unordered_map<std::string_view, std::size_t, NameHash, NameEqual> places; // of the properties
 
     /** The place of the property of that name in `properties` of a stored class, or noProperty. */

@@ -3,6 +3,7 @@
 #include "cmpi/broker.h"
 #include "cmpi/call.h"
 #include "cmpi/object_tables.h"
+#include "cmpi/scalar_text.h"
 #include "core/log.h"
 
 #include <cinttypes>
@@ -52,7 +53,9 @@ CMPIInstance *newInstance(const CMPIBroker *broker, const CMPIObjectPath *path, 
         setStatus(status, CMPI_RC_ERR_INVALID_CLASS);
         return nullptr;
     }
-    return &makeInstance(*arena, *given)->cmpi;
+    Instance *instance = makeInstance(*arena, *given);
+    applyDefaults(*instance);
+    return &instance->cmpi;
 }
 
 CMPIObjectPath *newObjectPath(const CMPIBroker *broker, const char *nameSpace, const char *className,

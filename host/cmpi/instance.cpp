@@ -135,6 +135,11 @@ CMPIStatus setPropertyFilter(const CMPIInstance *instance, const char **properti
         }
     }
     self->settable = settable;
+    for (const std::size_t place : self->klass->defaults) { // nor has a filtered property the default
+        if (!settable->contains(place) && !self->klass->properties[place].isKey) {
+            self->values[place] = nullData(self->klass->properties[place].cmpiCode());
+        }
+    }
     return makeStatus(CMPI_RC_OK);
 }
 

@@ -146,4 +146,33 @@ bool readScalar(Arena &arena, std::string_view text, cim::Type type, CMPIData &d
     }
 }
 
+void applyDefaults(Instance &instance)
+{
+    Arena &arena = *instance.arena;
+    for (const std::size_t place : instance.klass->defaults) {
+        const cim::Property &property = instance.klass->properties[place];
+        CMPIData &data = instance.values[place];
+        if (!isNull(data)) {
+            continue; // a key that came with the path
+        }
+        const std::vector<std::string> &items = property.defaultValue.items;
+        CMPIData read = {};
+        bool good = true;
+        if (property.isArray) {
+            Array *array =
+                makeArray(arena, cim::cmpiType(property.type, false), static_cast<CMPICount>(items.size()));
+            for (std::size_t i = 0; i < items.size(); ++i) {
+                good = good && readScalar(arena, items[i], property.type, array->elements[i]);
+            }
+            read = nullData(property.cmpiCode(), CMPI_goodValue);
+            read.value.array = &array->cmpi;
+        } else {
+            good = readScalar(arena, items.front(), property.type, read);
+        }
+        if (good) { // the reader of the class definition has seen to it
+            setProperty(instance, place, read);
+        }
+    }
+}
+
 } // namespace host

@@ -29,8 +29,8 @@ class() {
         "$(sed -n 's/^-\([A-Za-z0-9]*\)=..*/\1/p' <<<"$answer")"
 }
 
-class Monitor 1 InstanceID Caption Description ElementName Name SystemCreationClassName SystemName CreationClassName DeviceID \
-    SoftPowerState VideoPipelineDelay LastCalibration BacklightHours InputSource AutoSwitchSource DeploymentDate DeploymentLocation \
+class Monitor 1 InstanceID Caption Description ElementName Name EnabledState RequestedState EnabledDefault TransitioningToState \
+    SystemCreationClassName SystemName CreationClassName DeviceID SoftPowerState VideoPipelineDelay LastCalibration BacklightHours InputSource AutoSwitchSource DeploymentDate DeploymentLocation \
     DisplayMode VerticalResolution HorizontalResolution
 class DisplayManagement 1 InstanceID Caption Description ElementName Name AutoEDIDUpdateEnabled CalibrationEnabled \
     DDCCICommunicationsEnabled HotPlugInitiateEnabled PowerOnRecallEnabled PowerSaverEnabled DisplayPortHotPlugDetection
@@ -49,16 +49,17 @@ class ColorSpace 7 InstanceID Caption Description ElementName Name Active ColorS
 class BezelButton 1 InstanceID Caption Description ElementName Name ButtonBrightness ButtonColor ButtonAutoFadeMode ButtonMode
 class FunctionButton 4 InstanceID Caption Description ElementName Name Setting
 class TestPatternGenerator 1 InstanceID Caption Description ElementName Name Enabled RValue GValue BValue TestPattern
-class RemoteManagementService 1 InstanceID Caption Description ElementName Name EnabledState AvailableRequestedStates \
-    SystemCreationClassName SystemName CreationClassName
-class WSManagementService 1 InstanceID Caption Description ElementName Name EnabledState AvailableRequestedStates \
-    SystemCreationClassName SystemName CreationClassName WSIdentifySupportEnabled
+class RemoteManagementService 1 InstanceID Caption Description ElementName Name EnabledState RequestedState EnabledDefault \
+    AvailableRequestedStates TransitioningToState SystemCreationClassName SystemName CreationClassName
+class WSManagementService 1 InstanceID Caption Description ElementName Name EnabledState RequestedState EnabledDefault \
+    AvailableRequestedStates TransitioningToState SystemCreationClassName SystemName CreationClassName WSIdentifySupportEnabled
 class IPProtocolEndpoint "$interfaces" Caption Description ElementName Name Status EnabledState OtherEnabledState RequestedState \
-    EnabledDefault SystemCreationClassName SystemName CreationClassName NameFormat ProtocolType ProtocolIFType OtherTypeDescription \
-    IPv4Address IPv6Address SubnetMask IPVersionSupport
-class IPNetworkConnection 1 InstanceID Description ElementName Name Status SystemCreationClassName SystemName CreationClassName
-class IPConfigurationService 1 InstanceID Description ElementName Name Status AvailableRequestedStates SystemCreationClassName SystemName \
-    CreationClassName
+    EnabledDefault TransitioningToState SystemCreationClassName SystemName CreationClassName NameFormat ProtocolType ProtocolIFType \
+    OtherTypeDescription IPv4Address IPv6Address SubnetMask IPVersionSupport AddressOrigin
+class IPNetworkConnection 1 InstanceID Description ElementName Name Status EnabledState RequestedState EnabledDefault \
+    TransitioningToState SystemCreationClassName SystemName CreationClassName
+class IPConfigurationService 1 InstanceID Description ElementName Name Status EnabledState RequestedState EnabledDefault \
+    AvailableRequestedStates TransitioningToState SystemCreationClassName SystemName CreationClassName
 class ExtendedStaticIPAssignmentSettingData 1 InstanceID Caption Description ChangeableType ConfigurationName AddressOrigin \
     ProtocolIFType IPAddresses SubnetMasks GatewayAddresses CreationClassName Name Status
 class DHCPSettingData 1 InstanceID Caption Description ChangeableType ConfigurationName AddressOrigin ProtocolIFType CreationClassName \

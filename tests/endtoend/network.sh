@@ -2,6 +2,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # The network settings and services, changed by a client, and the endpoints of this machine.
 set -euo pipefail
+command -v curl >/dev/null || { echo 'Skipped: curl is not installed.'; exit 77; }
 # shellcheck source=desk.sh
 . "$(dirname "$0")/desk.sh"
 # shellcheck source=client.sh
@@ -44,6 +45,42 @@ system=10.20.30.42
 for class in DHCPSettingData IPAssignmentSettingData; do
     expect_answer "$class cannot be modified" 'error 7: NOT_SUPPORTED' admin mi "$(path $class)" 'ConfigurationName="mine"'
 done
+
+# Every property of the class and of its standard superclasses, each with a value of its type, as an object manager with the
+# whole schema would have given it out: none of them is unknown here.
+whole() { # whole: the instance that stands in the answer, without a gap
+    awk '{ print }
+        /<PROPERTY(\.ARRAY)? / {
+            type = $0; sub(/.* TYPE="/, "", type); sub(/".*/, "", type)
+            value = type == "boolean" ? "TRUE" : type == "datetime" ? "20260305000000.000000+000" : type == "string" ? "elsewhere" : "1"
+            is_array = /<PROPERTY\.ARRAY/
+            if ((getline next_line) <= 0) exit 1
+            if (next_line ~ /^<\/PROPERTY/)
+                print is_array ? "<VALUE.ARRAY><VALUE>" value "</VALUE></VALUE.ARRAY>" : "<VALUE>" value "</VALUE>"
+            print next_line
+        }'
+}
+cim_xml() { # cim_xml METHOD PARAMETERS: sends a request to the object manager
+    curl -s --config <(printf 'user = "admin:%s"\n' "$(<"$directory/password.admin")") -H 'Content-Type: application/xml' \
+        -H 'CIMOperation: MethodCall' -H "CIMMethod: $1" -H 'CIMObject: root/cimv2' \
+        "http://127.0.0.1:$port/cimom" --data-binary @- <<XML
+<?xml version="1.0" encoding="utf-8"?><CIM CIMVERSION="2.0" DTDVERSION="2.0"><MESSAGE ID="1" PROTOCOLVERSION="1.0"><SIMPLEREQ>
+<IMETHODCALL NAME="$1"><LOCALNAMESPACEPATH><NAMESPACE NAME="root"/><NAMESPACE NAME="cimv2"/></LOCALNAMESPACEPATH>$2</IMETHODCALL>
+</SIMPLEREQ></MESSAGE></CIM>
+XML
+}
+got=$(cim_xml EnumerateInstances "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"ZT_Marovelton_$static\"/></IPARAMVALUE>" |
+    sed -n '/<VALUE.NAMEDINSTANCE>/,/<\/VALUE.NAMEDINSTANCE>/p' | whole)
+expect 'an instance has the properties of all its superclasses' \
+    "InstanceID Caption Description ElementName Generation ChangeableType ConfigurationName ComponentSetting SoID SoOrgID AddressOrigin \
+ProtocolIFType IPAddresses SubnetMasks GatewayAddresses IPv6SubnetPrefixLengths CreationClassName Name Status" \
+    "$(sed -n 's/.*<PROPERTY[^>]* NAME="\([^"]*\)".*/\1/p' <<<"$got" | paste -sd ' ')"
+[ -n "$got" ] || give_up 'there is no instance'
+expect 'it is sent back whole' 0 \
+    "$(cim_xml ModifyInstance "<IPARAMVALUE NAME=\"ModifiedInstance\">${got/>10.20.30.42</>10.20.30.44<}</IPARAMVALUE>" | grep -c '<ERROR' || true)"
+expect_static 10.20.30.44 255.255.0.0 10.20.0.2
+modify 'the former address' 'IPAddresses="10.20.30.42"'
+expect_static 10.20.30.42 255.255.0.0 10.20.0.2
 
 echo 'Static address and DHCP'
 apply() { # apply SETTING_DATA [MODE]
@@ -137,6 +174,7 @@ EnabledState=$state
 OtherEnabledState=\"NULL\"
 RequestedState=$state
 EnabledDefault=2
+TransitioningToState=12
 SystemCreationClassName=\"Linux_ComputerSystem\"
 SystemName=\"10.20.30.44\"
 CreationClassName=\"ZT_Marovelton_IPProtocolEndpoint\"
@@ -147,7 +185,8 @@ OtherTypeDescription=\"NULL\"
 IPv4Address=\"${address:-NULL}\"
 IPv6Address=\"NULL\"
 SubnetMask=\"${mask:-NULL}\"
-IPVersionSupport=1" "$(grep -v '=$' <<<"$answer")"
+IPVersionSupport=1
+AddressOrigin=0" "$(grep -v '=$' <<<"$answer")"
 }
 for interface in "${interfaces[@]}"; do
     expect_endpoint "$interface"

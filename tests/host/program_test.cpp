@@ -383,7 +383,7 @@ TEST_F(CommandLineClient, GetsInstances)
               place() + thing(3) +
                   "\n-Caption=\n-ElementName=\"thing3\"\n"
                   "-SystemCreationClassName=\"Linux_ComputerSystem\"\n-SystemName=\"desk\"\n"
-                  "-CreationClassName=\"Test_Thing\"\n-DeviceID=\"thing3\"\n-EnabledState=\n"
+                  "-CreationClassName=\"Test_Thing\"\n-DeviceID=\"thing3\"\n-EnabledState=5\n"
                   "-Label=\"label-3\"\n-Level=30\n-Offset32=-300\n-Serial=16777216\n-Hot=TRUE\n"
                   "-Gain=3.50000000e+00\n-Seen=20231114221320.000000+000\n"
                   "-Tags=\"red & <blue>\",\"gr\xc3\xbcn\"\n-Codes=30,31,32\n\n");

@@ -737,14 +737,34 @@ TEST(Classes, EveryQualifierThatIsDeclaredIsUsed)
             }
         }
     }
-    const std::set<std::string> standard = {
-        "Abstract",    "Aggregate",   "Aggregation", "ArrayType",
-        "Association", "Composition", "Deprecated",  "Description",
-        "In",          "Key",         "Max",         "MaxLen",
-        "MaxValue",    "Min",         "MinValue",    "ModelCorrespondence",
-        "Override",    "Propagated",  "PUnit",       "Required",
-        "ValueMap",    "Values",      "Version",     "Weak",
-        "Write"};
+    const std::set<std::string> standard = {"Abstract",
+                                            "Aggregate",
+                                            "Aggregation",
+                                            "ArrayType",
+                                            "Association",
+                                            "Composition",
+                                            "Counter",
+                                            "Deprecated",
+                                            "Description",
+                                            "EmbeddedInstance",
+                                            "EmbeddedObject",
+                                            "In",
+                                            "Key",
+                                            "Max",
+                                            "MaxLen",
+                                            "MaxValue",
+                                            "Min",
+                                            "MinValue",
+                                            "ModelCorrespondence",
+                                            "Override",
+                                            "Propagated",
+                                            "PUnit",
+                                            "Required",
+                                            "ValueMap",
+                                            "Values",
+                                            "Version",
+                                            "Weak",
+                                            "Write"};
     std::set<std::string> declared;
     for (const cim::QualifierDeclaration *qualifier : classes().qualifiers()) {
         declared.insert(qualifier->name);

@@ -117,6 +117,33 @@ TEST(Reference, EveryLinkOfTheMarkdownLeadsSomewhere)
     EXPECT_GT(links.size(), 400u);
 }
 
+TEST(Reference, SaysWhatComesFromTheLibraryAndWhatFromTheClass)
+{
+    struct Line {
+        const char *id, *column, *value;
+    };
+    const Line expected[] = {
+        {"Monitor.EnabledState", "Value from the class", "5"},
+        {"Monitor.RequestedState", "Value from the class", "12"},
+        {"Monitor.EnabledDefault", "Value from the class", "2"},
+        {"Monitor.TransitioningToState", "Value from the class", "12"},
+        {"Monitor.HealthState", "Value from the class", ""},
+        {"Monitor.BacklightHours", "Value from the library", "varies"},
+        {"IPProtocolEndpoint.AddressOrigin", "Value from the class", "0"},
+        {"IPProtocolEndpoint.EnabledState", "Value from the library", "varies"},
+        {"DHCPSettingData.AddressOrigin", "Value from the library", "always 4"},
+        {"VideoInput.HealthState", "Declared values", ""}, // no column for a class without defaults
+    };
+    for (const Line &line : expected) {
+        const pugi::xml_node row = elementOf(line.id);
+        ASSERT_TRUE(row) << line.id;
+        EXPECT_STREQ(row.parent().parent().select_node("thead/tr/th[last()]").node().child_value(),
+                     line.column)
+            << line.id;
+        EXPECT_EQ(textOf(row.select_node("td[last()]").node()), line.value) << line.id;
+    }
+}
+
 TEST(Reference, BothPagesHaveTheSameAnchors)
 {
     std::set<std::string> ofHtml;

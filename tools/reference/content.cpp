@@ -276,6 +276,9 @@ class Page
              "with any other status a client gets the status and the text.",
              "`Status` is the CMPI status, in CIM-XML the code of the error. `Text` is its description, to the "
              "letter, with all its blanks.",
+             "`Value from the library` is what the monitor says. `Value from the class` is the default of the class "
+             "definition, the same for every monitor: `display-host` and other object managers answer with it where the "
+             "library sets nothing, some leave it null.",
              "{system name} stands for the monitor's display name, or its IPv4 address while it has none.",
              "Numbers are checked with a function of the monitor. Where only numbers arrive that it cannot refuse, "
              "the check stands here all the same, with the text that a client would receive.",
@@ -736,6 +739,16 @@ class Page
         return line;
     }
 
+    /** What the object manager fills in from the class. */
+    static Line byDefault(const cim::Property &property)
+    {
+        std::vector<Line> values;
+        for (const std::string &item : property.defaultValue.items) {
+            values.push_back({code(item)});
+        }
+        return joined(values, ", ");
+    }
+
     void properties(const ClassFacts &facts, const cim::Class &klass)
     {
         const auto hasValue = [&](const cim::Property &property) {
@@ -752,8 +765,7 @@ class Page
                           {code(typeOf(property))},
                           words(description(property.qualifiers)),
                           declaredValues(property.qualifiers)}};
-            if (hasValue(property))
-                cells.cells.push_back(provided(facts, property));
+            cells.cells.push_back(hasValue(property) ? provided(facts, property) : byDefault(property));
             return cells;
         };
         std::vector<Row> given, without;
@@ -764,11 +776,21 @@ class Page
         if (given.empty() && without.empty())
             return;
         heading(4, idOf(klass.name, "properties"), "Properties");
-        table({"Property", "Type", "Description", "Declared values", "Value"}, given);
+        table({"Property", "Type", "Description", "Declared values", "Value from the library"}, given);
         if (without.empty())
             return;
-        paragraph("Declared, without a value from the provider:");
-        table({"Property", "Type", "Description", "Declared values"}, without);
+        if (std::none_of(without.begin(), without.end(),
+                         [](const Row &each) { return !each.cells.back().empty(); })) {
+            for (Row &each : without)
+                each.cells.pop_back();
+            paragraph("Declared, without a value from the library or from the class:");
+            table({"Property", "Type", "Description", "Declared values"}, without);
+            return;
+        }
+        paragraph(
+            "Declared, without a value from the library; where the class has a default, the object manager answers "
+            "with it:");
+        table({"Property", "Type", "Description", "Declared values", "Value from the class"}, without);
     }
 
     void reads(const ClassFacts &facts)

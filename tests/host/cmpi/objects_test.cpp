@@ -254,7 +254,7 @@ TEST_F(Objects, PathsKnowQualifiers)
 
 // ------------------------------------------------------------------------------------------------- instances
 
-TEST_F(Objects, InstancesBeginWithoutValues)
+TEST_F(Objects, InstancesBeginWithTheDefaultsOfTheirClass)
 {
     CMPIStatus status = {};
     const CMPIInstance *made = instance();
@@ -263,8 +263,10 @@ TEST_F(Objects, InstancesBeginWithoutValues)
     EXPECT_EQ(status.rc, CMPI_RC_OK);
     EXPECT_EQ(level.type, CMPI_uint16);
     EXPECT_EQ(level.state, CMPI_nullValue);
-    EXPECT_EQ(CMGetProperty(made, "EnabledState", &status).state, CMPI_nullValue)
-        << "default values of the class are not filled in";
+    const CMPIData enabled = CMGetProperty(made, "EnabledState", &status);
+    EXPECT_EQ(enabled.type, CMPI_uint16);
+    EXPECT_EQ(enabled.state, CMPI_goodValue);
+    EXPECT_EQ(enabled.value.uint16, 5);
     CMPIString *name = nullptr;
     CMGetPropertyAt(made, 0, &name, nullptr);
     EXPECT_EQ(text(name), "Caption");

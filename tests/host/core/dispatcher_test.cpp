@@ -345,6 +345,10 @@ TEST_F(Dispatch, SinglePropertiesAreReadAndSet)
     set.propertyName = "Codes";
     EXPECT_EQ(error(run(set)), "13 The property Codes of Test_Thing has the type uint16[].");
     get.propertyName = "EnabledState";
+    const Answer byDefault = run(get);
+    ASSERT_TRUE(byDefault.hasReturnValue);
+    EXPECT_EQ(byDefault.returnValue.value.uint16, 5) << "the class has this default";
+    get.propertyName = "Caption";
     const Answer null = run(get);
     EXPECT_TRUE(null.ok());
     EXPECT_FALSE(null.hasReturnValue);
