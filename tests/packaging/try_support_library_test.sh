@@ -36,13 +36,16 @@ WRONG  ValidateInputArgs              refuses 1 of 1 to 10
 WRONG  IsAdminUser                    knows a user who is not there; fails without a text
 WRONG  ValidateDisplayName            refuses Grading 1
 WRONG  ValidateDeploymentDate         takes 2026-03-05, which is not DD/MM/YYYY
+WRONG  UpdateDisplayName              'Trial 1' is given, '?????????????????????????' is read
+WRONG  UpdateDeploymentDate           fails without a text; refuses '14/07/1970', which stands
+WRONG  UpdateDeploymentLocation       writes 3 bytes beyond its 250; the error text has no end; refuses '?????????????????????????', which stands
 WRONG  SpearEngineMessageQueueCreate  queue 0 gets no identifier; queue 3 gets no identifier
 WRONG  SendStatusMessagetoSource      a get request is not taken
 WRONG  RecvMessageFromSource          a get request is not answered
 WRONG  two callers at once            100 of 100 got no reply of their own
 WRONG  a reply is its caller's        a get request is not taken; a caller who asked for nothing was handed it" \
     "$(grep -E '^(right|WRONG)' "$scratch/out")"
-expect 'everything wrong: their number' '23 WRONG.' "$(grep 'WRONG\.$' "$scratch/out")"
+expect 'everything wrong: their number' '26 WRONG.' "$(grep 'WRONG\.$' "$scratch/out")"
 expect 'everything wrong: what to set' 1 "$(grep -c '^docs/integrator.md tells how' "$scratch/out")"
 
 compile -DValidateInputArgs=ValidateOtherArgs

@@ -112,13 +112,13 @@ int UpdateDeploymentDate(const char *text, char *errorText)
 {
     (void)text;
     (void)errorText;
-    return 0;
+    return -1;
 }
 int UpdateDeploymentLocation(const char *text, char *errorText)
 {
     (void)text;
-    (void)errorText;
-    return 0;
+    memset(errorText, 'x', ERROR_TEXT_SIZE + 3);
+    return -1;
 }
 int SpearEngineMessageQueueCreate(int queue, int *queueId)
 {
