@@ -1,6 +1,6 @@
 #!/bin/bash
 # SPDX-License-Identifier: Apache-2.0
-# The rooms of the library and of the object manager: who includes whom, and how long what stands there is.
+# The rooms of the library, of the object manager and of the desk monitor: who includes whom, and how long what stands there is.
 #
 #   structure_test.sh SOURCE_DIR    holds the sources to rooms.txt and to the limits
 #   structure_test.sh --itself      shows that each check can fail
@@ -18,10 +18,10 @@ room_of() { # room_of FILE: its directory
     echo "${1%/*}"
 }
 
-# "FILE INCLUDED" per line, both from the root, for each include in quotation marks below src and host.
+# "FILE INCLUDED" per line, both from the root, for each include in quotation marks below src, host and desk.
 includes() {
     local file name target
-    for file in src/*.{h,cpp} src/*/*.{h,cpp} host/*.{h,cpp} host/*/*.{h,cpp}; do
+    for file in src/*.{h,cpp} src/*/*.{h,cpp} host/*.{h,cpp} host/*/*.{h,cpp} desk/*/*.{h,cpp}; do
         sed -n 's/^#include "\([^"]*\)".*/\1/p' "$file" | while read -r name; do
             for target in "${file%%/*}/$name" "$(room_of "$file")/$name" "include/$name"; do
                 if [ -e "$target" ]; then
@@ -81,10 +81,10 @@ check_all() {
 expect_failure() {
     local words=$1 file=$2
     shift 2
-    mkdir -p "$scratch/src/engine" "$scratch/src/frame" "$scratch/src/display" "$scratch/host/core"
+    mkdir -p "$scratch/src/engine" "$scratch/src/frame" "$scratch/src/display" "$scratch/host/core" "$scratch"/desk/{support,screen}
     cd "$scratch"
     printf '#include "engine/b.h"\n' >src/frame/a.h
-    printf '// nothing\n' | tee src/engine/b.h src/display/c.cpp src/engine/d.h host/core/e.h >/dev/null
+    printf '// nothing\n' | tee src/engine/b.h src/display/c.cpp src/engine/d.h host/core/e.h desk/support/f.h desk/screen/g.h >/dev/null
     check_all >report
     [ "$failed" -eq 0 ] || { cat report; echo "sound sources are refused"; exit 1; }
     printf '%s\n' "$@" >>"$file"
@@ -103,6 +103,7 @@ if [ "${1:?the directory of the sources is missing}" = --itself ]; then
     expect_failure 'src/engine may not know src/frame' src/engine/b.h '#include "frame/a.h"'
     expect_failure 'files that include each other' src/engine/b.h '#include "engine/d.h"' '#include "frame/a.h"'
     expect_failure 'host/core may not know unknown' host/core/e.h '#include "nowhere.h"'
+    expect_failure 'desk/support may not know desk/screen' desk/support/f.h '#include "screen/g.h"'
     expect_failure 'a class is named' src/frame/a.h '// ZT_Marovelton_Monitor'
     mapfile -t lines < <(seq 701)
     expect_failure 'more than 700 lines' src/display/c.cpp "${lines[@]}"

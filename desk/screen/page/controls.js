@@ -7,7 +7,7 @@ import { html, put, putText } from "./svg.js";
 const onOff = ["Off", "On"];
 
 // Groups of the list. A setting with names for its values is chosen from them, one without is turned from its least value to
-// its greatest.
+// its greatest, and told with its unit.
 const groups = [
     ["Picture", [
         ["video_input", "Input", names.inputs], ["active_color_space", "Colour preset", "presets"],
@@ -31,7 +31,7 @@ const groups = [
     ]],
     ["Menu and messages", [
         ["osd_position_x", "Left", undefined, "px"], ["osd_position_y", "Top", undefined, "px"],
-        ["menu_opacity", "Opacity", undefined, "/ 100 %"], ["display_rotation", "Rotation", names.rotations],
+        ["menu_opacity", "Opacity", undefined, (value) => `${value / 100} %`], ["display_rotation", "Rotation", names.rotations],
         ["menu_timeout", "Time-out", undefined, "s"], ["menu_language", "Language code"],
         ["show_power_on_info", "Message when switched on", onOff], ["show_source_info", "Message on a new input", onOff],
         ["show_color_space_info", "Message on a new preset", onOff], ["calibration_notification", "Say when recalibration is due", onOff],
@@ -54,7 +54,7 @@ function limits(model, name) {
 class Control {
     constructor(model, [name, label, choices, unit], onTrouble) {
         this.name = name;
-        this.unit = unit ?? "";
+        this.words = typeof unit === "function" ? unit : (value) => `${value} ${unit ?? ""}`.trim();
         this.choices = choices;
         this.onTrouble = onTrouble;
         const id = `set-${name.replace(".", "-")}`;
@@ -89,8 +89,8 @@ class Control {
 
     tell(value) {
         if (this.output !== undefined) {
-            putText(this.output, `${value} ${this.unit}`.trim());
-            put(this.input, { "aria-valuetext": `${value} ${this.unit}`.trim() });
+            putText(this.output, this.words(value));
+            put(this.input, { "aria-valuetext": this.words(value) });
         }
     }
 
