@@ -174,7 +174,7 @@ const Class *ClassRepository::add(Class declaration)
     stored->defaults.clear();
     for (std::size_t i = 0; i < stored->properties.size(); ++i) {
         stored->places.emplace(stored->properties[i].name, i);
-        if (!stored->properties[i].defaultValue.isNull && stored->properties[i].type != Type::Reference) {
+        if (!stored->properties[i].defaultValue.isNull && stored->properties[i].type != Type::reference) {
             stored->defaults.push_back(i);
         }
         if (stored->properties[i].isKey) {
