@@ -171,7 +171,12 @@ struct Callbacks {
     static ssize_t read(void *watcher, std::uint64_t, char *buffer, std::size_t size) noexcept
     {
         auto &self = *static_cast<Server::Watcher *>(watcher);
-        return self.server.readStream(self, buffer, size);
+        try {
+            return self.server.readStream(self, buffer, size);
+        } catch (const std::exception &problem) {
+            fprintf(stderr, "desk-screen: a stream is closed: %s\n", problem.what());
+            return MHD_CONTENT_READER_END_WITH_ERROR;
+        }
     }
 
     static void release(void *watcher) noexcept

@@ -79,7 +79,7 @@ bool Watch::look()
         const bool board = lookAtBoard();
         isAsleep_ = false;
         return store || board;
-    } catch (const StoreError &error) {
+    } catch (const std::exception &error) {
         if (problem_ != error.what()) {
             problem_ = error.what();
             say(problem_);

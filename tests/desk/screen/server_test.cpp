@@ -8,9 +8,12 @@
 
 #include <nlohmann/json.hpp>
 
+#include <chrono>
 #include <memory>
 #include <regex>
-#include <sys/stat.h>
+#include <sys/resource.h>
+#include <thread>
+#include <vector>
 
 using desk::screen::Server;
 
@@ -34,11 +37,11 @@ class ScreenServer : public DeskTest
         DeskTest::TearDown();
     }
 
-    void start(std::size_t watchers)
+    void start(std::size_t watchers, std::chrono::milliseconds period = std::chrono::milliseconds(10))
     {
         server.reset();
-        server = std::make_unique<Server>(
-            Server::Options{0, token, "1.2.3", {store, queueKey, std::chrono::milliseconds(10)}, watchers});
+        server =
+            std::make_unique<Server>(Server::Options{0, token, "1.2.3", {store, queueKey, period}, watchers});
         here = "127.0.0.1:" + std::to_string(server->port());
     }
 
@@ -445,6 +448,32 @@ TEST_F(ScreenServer, WatchersAreLimited)
     EXPECT_TRUE(eventually([&] { return server->watcherCount() == 1; }));
     auto third = opened();
     EXPECT_EQ(server->watcherCount(), 2u);
+}
+
+TEST_F(ScreenServer, LooksOnceForAllWhoWatch)
+{
+    constexpr auto period = desk::screen::Watch::Options{}.period;
+    static_assert(period <= std::chrono::milliseconds(250), "a change is seen within a second");
+    start(32, period);
+    std::vector<std::unique_ptr<RawConnection>> watchers;
+    for (int i = 0; i < 20; ++i) {
+        watchers.push_back(std::make_unique<RawConnection>(server->port()));
+        watchers.back()->send(watchRequest());
+        watchers.back()->readUntil("\"engine\":false");
+    }
+    const auto switches = [] { // how often a thread of this process has waited for something
+        rusage usage{};
+        getrusage(RUSAGE_SELF, &usage);
+        return usage.ru_nvcsw;
+    };
+    const long before = switches();
+    const auto since = std::chrono::steady_clock::now();
+    std::this_thread::sleep_for(10 * period);
+    const long waited = switches() - before;
+    const long periods = (std::chrono::steady_clock::now() - since) / period;
+    EXPECT_LE(waited, 3 * periods + 20)
+        << "with a look for each of them it were 20 times the periods: " << periods;
+    EXPECT_GE(periods, 10);
 }
 
 TEST_F(ScreenServer, EndsWhileSomeAreWatching)
