@@ -115,6 +115,11 @@ std::string BrowserTest::property(const std::string &object, const std::string &
     return answer.substr(begin, answer.find('\n', begin) - begin);
 }
 
+std::string BrowserTest::shell(const std::string &command)
+{
+    return outputOf(command);
+}
+
 void BrowserTest::monitor(const std::string &arguments)
 {
     EXPECT_EQ(outputOf("\"$DESK_COMMAND\" " + arguments), "");

@@ -38,6 +38,8 @@ class BrowserTest : public testing::Test
     /* A property as the client shows it. */
     static std::string property(const std::string &object, const std::string &name);
     static void monitor(const std::string &arguments);
+    /* What a command of the shell prints. */
+    static std::string shell(const std::string &command);
 
     /* The value of an expression of JavaScript, in which $ finds an element by its CSS selector. */
     static Json look(const std::string &expression);

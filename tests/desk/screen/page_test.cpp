@@ -376,6 +376,35 @@ TEST_F(ScreenPage, OnlyShowsWithoutTheToken)
     expectSeen(text("[data-fact=power] dd"), "On");
 }
 
+TEST_F(ScreenPage, ComesBackWhenTheProgramDoes)
+{
+    const std::string token = told("SCREEN_PROFILE") + ".token";
+    const std::string ready = told("SCREEN_PROFILE") + ".ready";
+    const auto start = [&](const std::string &port) {
+        shell("rm -f " + ready);
+        const std::string process = shell("\"$DESK_SCREEN\" --port " + port + " --token-file " + token +
+                                          " --ready-file " + ready + " >/dev/null 2>&1 & echo $!");
+        shell("until [ -s " + ready + " ] || ! kill -0 " + process.substr(0, process.size() - 1) +
+              "; do sleep 0.05; done");
+        return process;
+    };
+    std::string process = start("0");
+    const std::string url = shell("cat " + ready);
+    openPage(url.substr(0, url.size() - 1));
+    expectSeen(text("#connection"), "Live");
+    shell("kill " + process);
+    expectSeen(text("#connection"), "Connecting again");
+    EXPECT_EQ(look(text("[data-fact=power] dd")), "On") << "what was seen stays";
+    monitor("set soft_power_state 0");
+    const std::size_t colon = url.rfind(':');
+    process = start(url.substr(colon + 1, url.find('/', colon) - colon - 1));
+    expectSeen(text("#connection"), "Live");
+    expectSeen(text("[data-fact=power] dd"), "Standby");
+    browser().open("about:blank");
+    shell("kill " + process);
+    browser().errors(); // the browser logs that nobody answered
+}
+
 TEST_F(ScreenPage, FetchesNothingFromElsewhere)
 {
     EXPECT_EQ(
@@ -451,8 +480,7 @@ TEST_F(ScreenPage, IsAccessible)
         int width;
         const char *scheme;
     };
-    for (const Case &each :
-         {Case{1600, "light"}, Case{1600, "dark"}, Case{390, "dark"}}) {
+    for (const Case &each : {Case{1600, "light"}, Case{1600, "dark"}, Case{390, "dark"}}) {
         browser().show(each.width, 900,
                        {{"prefers-color-scheme", each.scheme}, {"prefers-reduced-motion", "reduce"}});
         browser().run(axe.str());
