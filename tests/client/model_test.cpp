@@ -394,6 +394,17 @@ TEST(Profile, IsReadWithItsMistakesNamed)
     EXPECT_EQ(problemIn("displayctl: 1\nsettings: {"), "p.yaml:2: end of map flow not found");
 }
 
+TEST(State, ADefaultOfTheClassIsNoSetting)
+{
+    // What an object manager fills in where the monitor says nothing: 5 is "not applicable", neither on nor off.
+    State state;
+    state.put("RemoteManagementService",
+              {object("RemoteManagementService", "r", {{"EnabledState", "5"}, {"RequestedState", "12"}})});
+    EXPECT_EQ(state.value(*findSetting("services.web")), Value(5));
+    state.put("RemoteManagementService", {object("RemoteManagementService", "r", {{"EnabledState", "3"}})});
+    EXPECT_EQ(state.value(*findSetting("services.web")), Value(false));
+}
+
 TEST(Profile, WhatIsWrittenCanBeRead)
 {
     const std::string text = profile::write(usualState(), "a", "2026-01-31", {});
