@@ -396,7 +396,8 @@ TEST(Profile, IsReadWithItsMistakesNamed)
 
 TEST(State, ADefaultOfTheClassIsNoSetting)
 {
-    // What an object manager fills in where the monitor says nothing: 5 is "not applicable", neither on nor off.
+    // What an object manager fills in where the monitor says nothing: 5 is "not applicable", neither on nor
+    // off.
     State state;
     state.put("RemoteManagementService",
               {object("RemoteManagementService", "r", {{"EnabledState", "5"}, {"RequestedState", "12"}})});
