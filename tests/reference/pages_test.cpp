@@ -292,6 +292,13 @@ bool check(Call &call)
     return fail(call, CODE, "OneWord") && name("noBlanks");
 }
 constexpr const char *lone = "A lone text.";
+SETTING(SetSize, GROUP, SIZE, "Failed to set the size.")
+SETTING(SetMode, GROUP, MODE,
+        .reply = "Failed to set the mode.", .busy = "Device is busy.")
+INSTANCE_OPERATION(Some_Class, GetInstance, const char **)
+{
+    return usable(path, "OneWordAgain");
+}
 } // namespace
 Thing::Thing(int x)
 {
@@ -303,7 +310,10 @@ Thing::Thing(int x)
     for (const reference::SourceText &text : texts)
         names.push_back(text.function + ": " + text.text);
     EXPECT_EQ(names, (std::vector<std::string>{"rows: A text of two pieces.", "check: OneWord",
-                                               "lone: A lone text.", "Thing::Thing: Of a \"member\"."}));
+                                               "lone: A lone text.", "SetSize: Failed to set the size.",
+                                               "SetMode: Failed to set the mode.", "SetMode: Device is busy.",
+                                               "Some_ClassGetInstance: OneWordAgain",
+                                               "Thing::Thing: Of a \"member\"."}));
 }
 
 // ---- what was found out by asking, typed here from the sources ----

@@ -33,11 +33,26 @@ std::string nameBefore(const std::string &text, size_t end)
     return text.substr(begin, end - begin);
 }
 
-/** The name that a definition at the level of a namespace defines. */
+bool isMacroName(const std::string &name)
+{
+    return name.size() > 1 && std::all_of(name.begin(), name.end(), [](unsigned char character) {
+               return isupper(character) || isdigit(character) || character == '_';
+           });
+}
+
+/** The name that a definition at the level of a namespace defines. A macro defines what its first argument names,
+ * SETTING(SetPIPSize, ...), or the first two together, INSTANCE_OPERATION(ZT_Marovelton_Monitor, GetInstance). */
 std::string definedName(const std::string &statement)
 {
     const size_t end = statement.find_first_of("(={[");
-    return nameBefore(statement, end == std::string::npos ? statement.size() : end);
+    const std::string name = nameBefore(statement, end == std::string::npos ? statement.size() : end);
+    if (!isMacroName(name) || end == std::string::npos || statement[end] != '(')
+        return name;
+    const size_t first = statement.find_first_of(",)", end);
+    const std::string argument = nameBefore(statement, std::min(first, statement.size()));
+    if (!name.ends_with("_OPERATION") || first == std::string::npos)
+        return argument;
+    return argument + nameBefore(statement, std::min(statement.find_first_of(",)", first + 1), statement.size()));
 }
 
 /** Reads C++ far enough to know of each literal the definition and the call that it stands in. */
@@ -105,6 +120,8 @@ class Reader
         else if (character == ')' && !calls.empty())
             calls.pop_back();
         add(std::string(1, character));
+        if (character == ')' && isWholeMacro())
+            statement.clear();
         if (character == '{')
             open();
         else if (character == '}')
@@ -113,6 +130,16 @@ class Reader
             statement.clear();
         if (code.size() > 4096)
             code.erase(0, 2048);
+    }
+
+    /** Whether a macro ends here that is a definition without braces and semicolon. */
+    bool isWholeMacro() const
+    {
+        const size_t next = content.find_first_not_of(" \t\n", at);
+        const size_t arguments = statement.find('(');
+        return levels.empty() && calls.empty() && arguments != std::string::npos &&
+               isMacroName(nameBefore(statement, arguments)) &&
+               (next == std::string::npos || content[next] != '{');
     }
 
     void open()
@@ -171,7 +198,7 @@ class Reader
 
     static bool isAnswer(const std::string &text, const std::string &call)
     {
-        static const std::set<std::string> ending = {"fail", "failed", "failedWith", "fails", "setStatus"};
+        static const std::set<std::string> ending = {"fail", "failed", "failedWith", "fails", "setStatus", "usable"};
         static const std::set<std::string> printing = {"printf", "puts", "trace", "judge"};
         static const std::set<std::string> other = {"static_assert", "output",    "formatCommand",
                                                     "sizeof",        "sscanf",    "strspn",
