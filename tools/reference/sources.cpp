@@ -40,8 +40,9 @@ bool isMacroName(const std::string &name)
            });
 }
 
-/** The name that a definition at the level of a namespace defines. A macro defines what its first argument names,
- * SETTING(SetPIPSize, ...), or the first two together, INSTANCE_OPERATION(ZT_Marovelton_Monitor, GetInstance). */
+/** The name that a definition at the level of a namespace defines. A macro defines what its first argument
+ * names, SETTING(SetPIPSize, ...), or the first two together, INSTANCE_OPERATION(ZT_Marovelton_Monitor,
+ * GetInstance). */
 std::string definedName(const std::string &statement)
 {
     const size_t end = statement.find_first_of("(={[");
@@ -52,7 +53,8 @@ std::string definedName(const std::string &statement)
     const std::string argument = nameBefore(statement, std::min(first, statement.size()));
     if (!name.ends_with("_OPERATION") || first == std::string::npos)
         return argument;
-    return argument + nameBefore(statement, std::min(statement.find_first_of(",)", first + 1), statement.size()));
+    return argument +
+           nameBefore(statement, std::min(statement.find_first_of(",)", first + 1), statement.size()));
 }
 
 /** Reads C++ far enough to know of each literal the definition and the call that it stands in. */
@@ -198,7 +200,8 @@ class Reader
 
     static bool isAnswer(const std::string &text, const std::string &call)
     {
-        static const std::set<std::string> ending = {"fail", "failed", "failedWith", "fails", "setStatus", "usable"};
+        static const std::set<std::string> ending = {"fail",  "failed",    "failedWith",
+                                                     "fails", "setStatus", "usable"};
         static const std::set<std::string> printing = {"printf", "puts", "trace", "judge"};
         static const std::set<std::string> other = {"static_assert", "output",    "formatCommand",
                                                     "sizeof",        "sscanf",    "strspn",
