@@ -12,10 +12,10 @@ guide=docs/integrator.md
 
 part() { sed -n "/^##* $1\$/,/^##* /p" "$guide"; }
 
-# Each line of the table and each call of frame/cmpi.h as "OBJECT FUNCTION", where the broker's tables are objects.
+# Each line of the table and each row of frame/cmpi.h as "OBJECT FUNCTION", where the broker's tables are objects.
 expect 'the functions of the object manager' \
-    "$(tr '\n' ' ' <src/frame/cmpi.h | grep -oE '\(const CMPI[A-Za-z]+ \*[a-z]+[^{}]*\{ *return call\([a-z]+->[a-z]+->[A-Za-z0-9]+' |
-        sed -E 's/^\(const (CMPI[A-Za-z]+) .*call\(([a-z]+->[a-z]+)->/\1 \2 /; s/^CMPIBroker ([^ ]+)/\1/; s/^(CMPI[A-Za-z]+) [^ ]+/\1/' | LC_ALL=C sort)" \
+    "$(sed -n 's/^CMPI_FUNCTION(CMPIBroker, \([a-z]*\), \([A-Za-z]*\))$/broker->\1 \2/p; s/^CMPI_FUNCTION(\(CMPI[A-Za-z]*\), ft, \([A-Za-z]*\))$/\1 \2/p' \
+        src/frame/cmpi.h | LC_ALL=C sort)" \
     "$(part 'What the library calls' | grep '^| `' | while IFS='|' read -r _ object functions; do
         for function in $(echo "$functions" | grep -oE '`[A-Za-z]+`' | tr -d '`'); do echo "$object $function"; done
     done | tr -d '`' | tr -s ' ' | sed 's/^ //' | LC_ALL=C sort)"
