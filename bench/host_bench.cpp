@@ -1,13 +1,23 @@
 // SPDX-License-Identifier: Apache-2.0
-// Requests to the desk object manager by CIM-XML on one connection that is kept, and to the yardstick, a
-// server that answers whatever it is asked with the same 30 kB.
+// Requests to the desk object manager by CIM-XML and WS-Management, with and without TLS, on one connection
+// of each kind that is kept, and to the yardstick, a server that answers whatever it is asked with the same
+// 30 kB.
 //
-// Both must be there: BENCH_PORT is the object manager's port, BENCH_AUTHORIZATION the "Basic ..." of an
-// account, BENCH_FIXED_PORT the port of fixed_server. See run.sh.
+// Both must be there: BENCH_PORT and BENCH_TLS_PORT are the object manager's ports, BENCH_AUTHORIZATION the
+// "Basic ..." of an account, BENCH_FIXED_PORT the port of fixed_server. See run.sh.
+//
+//   host_bench --readers CONNECTIONS COUNT    so many connections at once, each of which reads a colour space
+//   so many
+//                                             times; prints the requests per second
 
 #include "cases.h"
 
+#include <gnutls/gnutls.h>
+
 #include <arpa/inet.h>
+#include <atomic>
+#include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -16,6 +26,7 @@
 #include <string>
 #include <string_view>
 #include <sys/socket.h>
+#include <thread>
 #include <unistd.h>
 #include <vector>
 
@@ -30,11 +41,20 @@ const char *environment(const char *name)
 
 // ---- the client ----
 
+[[noreturn]] void giveUp(const char *what, const char *why)
+{
+    std::fprintf(stderr, "host_bench: %s: %s\n", what, why);
+    std::exit(2);
+}
+
+enum class Security { none, tls };
+
 /** One connection to a server of this machine. */
 class Connection
 {
   public:
-    explicit Connection(const char *port) : socket_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
+    explicit Connection(const char *port, Security security = Security::none)
+        : socket_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
     {
         sockaddr_in address = {};
         address.sin_family = AF_INET;
@@ -43,24 +63,37 @@ class Connection
         const int on = 1;
         setsockopt(socket_, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
         if (connect(socket_, reinterpret_cast<sockaddr *>(&address), sizeof address) != 0) {
-            std::perror("host_bench: connect");
-            std::exit(2);
+            giveUp("connect", std::strerror(errno));
         }
+        if (security == Security::tls) {
+            shakeHands();
+        }
+    }
+
+    Connection(const Connection &) = delete;
+    Connection &operator=(const Connection &) = delete;
+
+    ~Connection()
+    {
+        if (session_ != nullptr) {
+            gnutls_deinit(session_);
+            gnutls_certificate_free_credentials(credentials_);
+        }
+        close(socket_);
     }
 
     /** Sends a request. Returns the body of the answer, which is there until the next one; nothing unless the
      * status is 200. */
     std::string_view exchange(std::string_view request)
     {
-        if (send(socket_, request.data(), request.size(), MSG_NOSIGNAL) !=
-            static_cast<ssize_t>(request.size())) {
+        if (give(request) != static_cast<ssize_t>(request.size())) {
             return {};
         }
         std::size_t received = 0;
         std::size_t bodyStart = 0; // 0: the header is not complete
         std::size_t bodySize = 0;
         while (bodyStart == 0 || received < bodyStart + bodySize) {
-            const ssize_t size = recv(socket_, answer_.data() + received, answer_.size() - received, 0);
+            const ssize_t size = take(answer_.data() + received, answer_.size() - received);
             if (size <= 0) {
                 return {};
             }
@@ -73,6 +106,44 @@ class Connection
     }
 
   private:
+    /** The certificate is not looked at: who the server is makes no difference to what it costs. */
+    void shakeHands()
+    {
+        int code = gnutls_certificate_allocate_credentials(&credentials_);
+        if (code == 0) {
+            code = gnutls_init(&session_, GNUTLS_CLIENT);
+        }
+        if (code == 0) {
+            gnutls_set_default_priority(session_);
+            gnutls_credentials_set(session_, GNUTLS_CRD_CERTIFICATE, credentials_);
+            gnutls_transport_set_int(session_, socket_);
+            do {
+                code = gnutls_handshake(session_);
+            } while (code < 0 && gnutls_error_is_fatal(code) == 0);
+        }
+        if (code != 0) {
+            giveUp("TLS", gnutls_strerror(code));
+        }
+    }
+
+    ssize_t give(std::string_view request)
+    {
+        return session_ != nullptr ? gnutls_record_send(session_, request.data(), request.size())
+                                   : send(socket_, request.data(), request.size(), MSG_NOSIGNAL);
+    }
+
+    ssize_t take(char *place, std::size_t size)
+    {
+        if (session_ == nullptr) {
+            return recv(socket_, place, size, 0);
+        }
+        ssize_t taken = 0;
+        do { // a session ticket may come in between
+            taken = gnutls_record_recv(session_, place, size);
+        } while (taken == GNUTLS_E_AGAIN || taken == GNUTLS_E_INTERRUPTED);
+        return taken;
+    }
+
     /** False when the answer is none that can be used. */
     bool readHeader(std::string_view received, std::size_t &bodyStart, std::size_t &bodySize) const
     {
@@ -93,15 +164,25 @@ class Connection
     }
 
     int socket_;
+    gnutls_session_t session_ = nullptr; // null: without TLS
+    gnutls_certificate_credentials_t credentials_ = nullptr;
     std::vector<char> answer_ = std::vector<char>(1'000'000);
 };
 
-std::string httpRequest(std::string_view body)
+/** fields: more of the header, each with its end of line. */
+std::string httpRequest(const std::string &path, const std::string &type, const std::string &body,
+                        const std::string &fields = "")
 {
-    return "POST /cimom HTTP/1.1\r\nHost: 127.0.0.1\r\nAuthorization: " +
-           std::string(environment("BENCH_AUTHORIZATION")) +
-           "\r\nContent-Type: application/xml; charset=\"utf-8\"\r\nCIMOperation: MethodCall\r\nContent-Length: " +
-           std::to_string(body.size()) + "\r\n\r\n" + std::string(body);
+    return "POST " + path +
+           " HTTP/1.1\r\nHost: 127.0.0.1\r\nAuthorization: " + environment("BENCH_AUTHORIZATION") +
+           "\r\nContent-Type: " + type + "\r\n" + fields + "Content-Length: " + std::to_string(body.size()) +
+           "\r\n\r\n" + body;
+}
+
+std::string httpRequest(const std::string &cimXml)
+{
+    return httpRequest("/cimom", "application/xml; charset=\"utf-8\"", cimXml,
+                       "CIMOperation: MethodCall\r\n");
 }
 
 // ---- CIM-XML ----
@@ -171,19 +252,47 @@ Connection &host()
     return connection;
 }
 
+Connection &secureHost()
+{
+    static Connection connection(environment("BENCH_TLS_PORT"), Security::tls);
+    return connection;
+}
+
+// ---- WS-Management ----
+
+std::string wsmanGet(int colorSpace)
+{
+    const std::string body =
+        "<?xml version=\"1.0\" encoding=\"utf-8\"?>"
+        "<s:Envelope xmlns:s=\"http://www.w3.org/2003/05/soap-envelope\""
+        " xmlns:a=\"http://schemas.xmlsoap.org/ws/2004/08/addressing\""
+        " xmlns:w=\"http://schemas.dmtf.org/wbem/wsman/1/wsman.xsd\"><s:Header>"
+        "<a:Action s:mustUnderstand=\"true\">http://schemas.xmlsoap.org/ws/2004/09/transfer/Get</a:Action>"
+        "<a:To s:mustUnderstand=\"true\">http://127.0.0.1/wsman</a:To>"
+        "<w:ResourceURI s:mustUnderstand=\"true\">"
+        "http://schemas.marovelton.example/wbem/wscim/1/cim-schema/2/ZT_Marovelton_ColorSpace</w:ResourceURI>"
+        "<a:MessageID s:mustUnderstand=\"true\">uuid:a4613ec7-60b8-10b8-8002-01000000fc02</a:MessageID>"
+        "<a:ReplyTo><a:Address>http://schemas.xmlsoap.org/ws/2004/08/addressing/role/anonymous</a:Address>"
+        "</a:ReplyTo><w:SelectorSet><w:Selector Name=\"InstanceID\">ZT:Marovelton_ColorSpace:" +
+        std::to_string(colorSpace) + "</w:Selector></w:SelectorSet></s:Header><s:Body/></s:Envelope>";
+    return httpRequest("/wsman", "application/soap+xml;charset=UTF-8", body);
+}
+
+// ---- the calls ----
+
 /** Sends a request whose answer is the same every time. The first answer is looked into, the others are
  * compared with it. */
 class Read
 {
   public:
-    Read(const std::string &body, bool (*isRight)(std::string_view))
-        : request_(httpRequest(body)), isRight_(isRight)
+    Read(Connection &connection, const std::string &body, bool (*isRight)(std::string_view))
+        : connection_(connection), request_(httpRequest(body)), isRight_(isRight)
     {
     }
 
     bool operator()()
     {
-        const std::string_view answer = host().exchange(request_);
+        const std::string_view answer = connection_.exchange(request_);
         if (expected_.empty() && isRight_(answer)) {
             expected_ = answer;
         }
@@ -191,12 +300,11 @@ class Read
     }
 
   private:
+    Connection &connection_;
     const std::string request_;
     bool (*const isRight_)(std::string_view);
     std::string expected_;
 };
-
-// ---- the calls ----
 
 bool fixedAnswer()
 {
@@ -206,34 +314,66 @@ bool fixedAnswer()
     return connection.exchange(request).size() == 30'000;
 }
 
+Read enumeration(Connection &connection)
+{
+    return {connection,
+            intrinsic("EnumerateInstances", "ClassName", "<CLASSNAME NAME=\"ZT_Marovelton_ColorSpace\"/>"),
+            [](std::string_view answer) {
+                return count(answer, "<VALUE.NAMEDINSTANCE>") == 7 &&
+                       count(answer, "<INSTANCE CLASSNAME=\"ZT_Marovelton_ColorSpace\">") == 7 &&
+                       has(answer, "<VALUE>ZT:Marovelton_ColorSpace:7</VALUE>") && !has(answer, "<ERROR");
+            }};
+}
+
 bool enumerateColorSpaces()
 {
-    static Read read(
-        intrinsic("EnumerateInstances", "ClassName", "<CLASSNAME NAME=\"ZT_Marovelton_ColorSpace\"/>"),
-        [](std::string_view answer) {
-            return count(answer, "<VALUE.NAMEDINSTANCE>") == 7 &&
-                   count(answer, "<INSTANCE CLASSNAME=\"ZT_Marovelton_ColorSpace\">") == 7 &&
-                   has(answer, "<VALUE>ZT:Marovelton_ColorSpace:7</VALUE>") && !has(answer, "<ERROR");
-        });
+    static Read read = enumeration(host());
+    return read();
+}
+
+bool enumerateColorSpacesSecurely()
+{
+    static Read read = enumeration(secureHost());
     return read();
 }
 
 bool getMonitor()
 {
-    static Read read(intrinsic("GetInstance", "InstanceName", monitor()), [](std::string_view answer) {
-        return count(answer, "<INSTANCE CLASSNAME=\"ZT_Marovelton_Monitor\">") == 1 &&
-               has(answer, "<VALUE>ZT:Marovelton_Monitor</VALUE>") && !has(answer, "<ERROR");
-    });
+    static Read read(host(), intrinsic("GetInstance", "InstanceName", monitor()),
+                     [](std::string_view answer) {
+                         return count(answer, "<INSTANCE CLASSNAME=\"ZT_Marovelton_Monitor\">") == 1 &&
+                                has(answer, "<VALUE>ZT:Marovelton_Monitor</VALUE>") && !has(answer, "<ERROR");
+                     });
     return read();
+}
+
+Read colorSpaceRead(Connection &connection)
+{
+    return {connection, intrinsic("GetInstance", "InstanceName", colorSpace(3)), [](std::string_view answer) {
+                return count(answer, "<INSTANCE CLASSNAME=\"ZT_Marovelton_ColorSpace\">") == 1 &&
+                       has(answer, "<VALUE>ZT:Marovelton_ColorSpace:3</VALUE>") && !has(answer, "<ERROR");
+            }};
 }
 
 bool getColorSpace()
 {
-    static Read read(intrinsic("GetInstance", "InstanceName", colorSpace(3)), [](std::string_view answer) {
-        return count(answer, "<INSTANCE CLASSNAME=\"ZT_Marovelton_ColorSpace\">") == 1 &&
-               has(answer, "<VALUE>ZT:Marovelton_ColorSpace:3</VALUE>") && !has(answer, "<ERROR");
-    });
+    static Read read = colorSpaceRead(host());
     return read();
+}
+
+bool getColorSpaceSecurely()
+{
+    static Read read = colorSpaceRead(secureHost());
+    return read();
+}
+
+/** Every answer has a message identifier of its own. */
+bool getColorSpaceByWsman()
+{
+    static const std::string request = wsmanGet(3);
+    const std::string_view answer = host().exchange(request);
+    return has(answer, "/transfer/GetResponse<") && has(answer, ">ZT:Marovelton_ColorSpace:3</") &&
+           !has(answer, ":Fault");
 }
 
 /** Sets another luminance each time, so that there is something to do, and now and then reads it back. */
@@ -268,11 +408,42 @@ constexpr bench::Case cases[] = {
     {"http/get_monitor", getMonitor},
     {"http/get_color_space", getColorSpace},
     {"http/set_display_luminance", setDisplayLuminance},
+    {"https/enumerate_color_spaces", enumerateColorSpacesSecurely},
+    {"https/get_color_space", getColorSpaceSecurely},
+    {"wsman/get_color_space", getColorSpaceByWsman},
 };
+
+/** Returns the exit code. */
+int readAtOnce(int connections, int requests)
+{
+    std::atomic<bool> allRight = true;
+    std::vector<std::thread> readers;
+    const auto begin = std::chrono::steady_clock::now();
+    for (int i = 0; i < connections; ++i) {
+        readers.emplace_back([&] {
+            Connection connection(environment("BENCH_PORT"));
+            Read read = colorSpaceRead(connection);
+            for (int k = 0; k < requests && allRight; ++k) {
+                if (!read()) {
+                    allRight = false;
+                }
+            }
+        });
+    }
+    for (std::thread &reader : readers) {
+        reader.join();
+    }
+    const std::chrono::duration<double> time = std::chrono::steady_clock::now() - begin;
+    std::printf("%.0f\n", connections * requests / time.count());
+    return allRight ? 0 : 1;
+}
 
 } // namespace
 
 int main(int argc, char **argv)
 {
+    if (argc == 4 && std::strcmp(argv[1], "--readers") == 0) {
+        return readAtOnce(std::atoi(argv[2]), std::atoi(argv[3]));
+    }
     return bench::run(argc, argv, cases);
 }

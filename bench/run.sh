@@ -12,6 +12,8 @@ smoke=${2-}
 export DESK_BUILD=$build
 # shellcheck source=../tests/endtoend/desk.sh
 . "$(dirname "$0")/../tests/endtoend/desk.sh"
+# shellcheck source=desk.sh
+. "$(dirname "$0")/desk.sh"
 programs=$build/bench
 
 # ---- the two servers ----
@@ -26,12 +28,6 @@ fixed_start() { # fixed_start COMMAND...
 fixed_stop() {
     kill "$fixed"
     wait "$fixed" 2>/dev/null || true
-}
-# The programs find the current desk here, and what desk.sh exports.
-address() {
-    export BENCH_PORT=$port
-    BENCH_AUTHORIZATION="Basic $(printf 'admin:%s' "$(cat "$directory/password.admin")" | base64 -w0)"
-    export BENCH_AUTHORIZATION
 }
 
 # ---- times ----
@@ -102,14 +98,13 @@ TEXT
 # on some machines is longer than all the rest.
 [ "$smoke" = --smoke ] || taskset -cp "$(taskset -cp $$ | grep -o '[0-9]*$')" $$ >/dev/null
 fixed_start "$programs/fixed_server"
-desk_start
-address
+secure_desk_start
 if [ "$smoke" = --smoke ]; then
     for program in library_bench engine_bench host_bench; do
         times $program --benchmark_min_time=0.001
     done
     fixed_stop
-    desk_stop
+    secure_desk_stop
     rm -f "$scratch"/*_bench.*
     report
 fi
@@ -129,9 +124,8 @@ echo 'Instructions ...' >&2
     done
     fixed_start "${counted[@]}" --callgrind-out-file="$scratch/counts.%p" "$programs/fixed_server"
     DISPLAY_HOST=$(wrapper "$DISPLAY_HOST")
-    desk_start
-    address
-    for call in $(fastest | awk '/^http/ { print $1 }'); do
+    secure_desk_start
+    for call in $(fastest | awk '/^(https?|wsman)/ { print $1 }'); do
         process=${desk_host[$desk]}
         [ "$call" != http/fixed_30_kB ] || process=$fixed
         count_in "$process" host_bench "$call"
@@ -141,7 +135,7 @@ echo 'Instructions ...' >&2
     DESK_ENGINE=$(wrapper "$DESK_ENGINE")
     engine_start
     count_in "${desk_engine[$desk]}" engine_bench engine/set_display_luminance
-    desk_stop
+    secure_desk_stop
 } >"$scratch/instructions"
 
 fastest >"$scratch/times"

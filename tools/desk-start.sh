@@ -14,7 +14,8 @@
 #   desk_start_engine DIRECTORY         the process is then in desk_process; what it says, in DIRECTORY/engine.log;
 #                                       DIRECTORY/ready.engine has a line as soon as it serves
 #   desk_start_host DIRECTORY PORT [OPTION...]
-#                                       the same with host.log and ready, whose line is the URL; port 0 is a free one
+#                                       the same with host.log and ready, whose lines have the URLs; port 0 is a free one
+#   desk_host_command DIRECTORY PORT    that object manager as a command, in the array desk_command
 #   desk_start_screen DIRECTORY PORT [OPTION...]
 #                                       the same with screen.log and ready.screen, whose line is the URL
 #   desk_is_ready FILE PROCESS          0: the line is there; 1: not yet; 2: the process has ended before
@@ -53,12 +54,17 @@ desk_start_engine() {
     desk_process=$!
 }
 
+desk_host_command() {
+    desk_command=("$DISPLAY_HOST" --mof "$desk_source/mof/desk.mof"
+        --registration "$desk_source/mof/libcmpiDisplayManagement.reg" --library "$DESK_LIBRARY"
+        --accounts "$1/accounts" --address 127.0.0.1 --port "$2" --provider-calls 8
+        --provider-output "$1/provider.log" --ready-file "$1/ready")
+}
+
 desk_start_host() {
     rm -f "$1/ready"
-    setpriv --pdeathsig TERM "$DISPLAY_HOST" --mof "$desk_source/mof/desk.mof" \
-        --registration "$desk_source/mof/libcmpiDisplayManagement.reg" --library "$DESK_LIBRARY" \
-        --accounts "$1/accounts" --address 127.0.0.1 --port "$2" --provider-calls 8 \
-        --provider-output "$1/provider.log" --ready-file "$1/ready" "${@:3}" >>"$1/host.log" 2>&1 &
+    desk_host_command "$1" "$2"
+    setpriv --pdeathsig TERM "${desk_command[@]}" "${@:3}" >>"$1/host.log" 2>&1 &
     # shellcheck disable=SC2034
     desk_process=$!
 }

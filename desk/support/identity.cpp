@@ -89,7 +89,7 @@ int IsAdminUser(const char *userName, char *isAdmin, char *errorText)
     }
     try {
         Session session;
-        const Contents &contents = session.store().read();
+        const Contents &contents = session.read();
         if (contents.fault("fail-user")) {
             explain(errorText, "The user could not be looked up.");
             return FAILURE;

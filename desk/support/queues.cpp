@@ -96,7 +96,7 @@ key_t baseKey()
 bool isTold(std::string_view fault)
 {
     Session session;
-    return session.store().read().fault(fault);
+    return session.read().fault(fault);
 }
 
 enum class Look { notYet, came, broken };
@@ -208,7 +208,7 @@ int obtain(int queue)
 {
     try {
         Session session;
-        if (failsByFault(session.store().read().faults, "fail-queue", std::to_string(queue))) {
+        if (failsByFault(session.read().faults, "fail-queue", std::to_string(queue))) {
             return -1;
         }
     } catch (const StoreError &error) {

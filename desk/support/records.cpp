@@ -64,7 +64,7 @@ int GetMonitorStatus(int selector)
     }
     try {
         Session session;
-        return selector == SPEAR_STATE && session.store().read().fault("busy") ? BUSY : FREE;
+        return selector == SPEAR_STATE && session.read().fault("busy") ? BUSY : FREE;
     } catch (const std::exception &error) {
         report("GetMonitorStatus", error.what());
         return FAILURE;

@@ -53,6 +53,15 @@ Store &Session::store()
     });
 }
 
+const Contents &Session::read()
+{
+    const std::unique_ptr<Store> &opened = connection().store;
+    if (opened != nullptr && opened->isFresh() && opened->path() == storePath()) {
+        return opened->fresh();
+    }
+    return store().read();
+}
+
 void report(std::string_view function, const char *reason) noexcept
 {
     fprintf(stderr, "monitor_support: %.*s: %s\n", static_cast<int>(function.size()), function.data(),

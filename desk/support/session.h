@@ -18,6 +18,8 @@ class Session
   public:
     Session();
     Store &store();
+    /** What the store holds now, asked for at most once in a moment (Store::isFresh). */
+    const Contents &read();
 
   private:
     std::lock_guard<std::mutex> lock_;
@@ -33,7 +35,7 @@ int withContents(const char *function, Use use) noexcept
 {
     try {
         Session session;
-        const Contents &contents = session.store().read();
+        const Contents &contents = session.read();
         if (failsByFault(contents.faults, "fail-read", function)) {
             return -1;
         }

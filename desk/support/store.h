@@ -13,6 +13,7 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -61,9 +62,18 @@ class Store
     /** False when the file has been removed or replaced since. */
     bool inPlace() const;
 
-    /** What the store holds now. Loaded again only when another connection has committed something: that is
-     * what a call costs while nothing changes, some microseconds. */
+    /** What the store holds now. Loaded again only when another connection has committed something: to ask
+     * for that is what a call costs while nothing changes, three system calls and some microseconds. */
     const Contents &read();
+
+    /** True when what was read last was the newest a moment ago, so that there is no need to ask: in less
+     * time than that nobody can write the store and tell of it. */
+    bool isFresh() const;
+    /** As read() has returned it; only when it is fresh. */
+    const Contents &fresh() const
+    {
+        return *contents_;
+    }
 
     /** Another number whenever read() or change() has brought other contents. */
     std::uint64_t version() const
@@ -106,6 +116,7 @@ class Store
     Statement dataVersionQuery_, settingRows_, faultRows_, userRows_, writeSetting_;
     Statement beginRead_, beginWrite_, commit_, rollback_;
     long long loadedVersion_ = 0;
+    std::chrono::steady_clock::time_point asked_{}; // when read() began to ask whether something has changed
     std::uint64_t version_ = 0;
     std::unique_ptr<const Contents> contents_; // none: to be loaded
 };

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cim/schema.h"
 
+#include <algorithm>
+#include <cstring>
 #include <utility>
 
 namespace cim
@@ -80,9 +82,18 @@ bool sameName(std::string_view left, std::string_view right)
 
 std::size_t NameHash::operator()(std::string_view name) const
 {
-    std::uint64_t hash = 0xcbf29ce484222325u; // FNV-1a
-    for (const char letter : name) {
-        hash = (hash ^ lower(letter)) * 0x100000001b3u;
+    // Eight letters at once. The bit that tells small from capital letters does not count; that it tells
+    // other characters apart, too, makes no difference to names that are the same.
+    constexpr std::uint64_t caseBits = 0x2020202020202020u;
+    constexpr std::uint64_t factor = 0x9e3779b97f4a7c15u;
+    std::uint64_t hash = name.size();
+    while (!name.empty()) {
+        std::uint64_t letters = 0;
+        const std::size_t count = std::min(name.size(), sizeof letters);
+        std::memcpy(&letters, name.data(), count);
+        hash = (hash ^ (letters | caseBits)) * factor;
+        hash ^= hash >> 32;
+        name.remove_prefix(count);
     }
     return static_cast<std::size_t>(hash);
 }

@@ -2,6 +2,7 @@
 #include "cimxml/document_type.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <string_view>
 
@@ -22,11 +23,43 @@ enum class Order {
 
 constexpr std::size_t many = static_cast<std::size_t>(-1);
 
+/** The words of a text that has a blank after each; taken apart by the compiler. */
+class Words
+{
+  public:
+    consteval Words(std::string_view text)
+    {
+        for (std::size_t begin = 0; begin < text.size(); begin = text.find(' ', begin) + 1) {
+            words_[count_++] = text.substr(begin, text.find(' ', begin) - begin);
+        }
+    }
+    consteval Words(const char *text) : Words(std::string_view(text)) {}
+
+    constexpr std::size_t count() const
+    {
+        return count_;
+    }
+    /** The place of a word; npos when it is not there. */
+    constexpr std::size_t placeOf(std::string_view word) const
+    {
+        for (std::size_t i = 0; i < count_; ++i) {
+            if (words_[i] == word) {
+                return i;
+            }
+        }
+        return std::string_view::npos;
+    }
+
+  private:
+    std::array<std::string_view, 15> words_;
+    std::size_t count_ = 0;
+};
+
 struct Rule {
     std::string_view element;
-    std::string_view required; // attributes, a blank after each
-    std::string_view optional;
-    std::string_view children; // elements, a blank after each
+    Words required; // attributes
+    Words optional;
+    Words children; // elements
     std::size_t atLeast = 0;
     std::size_t atMost = many;
     Order order = Order::any;
@@ -76,31 +109,19 @@ constexpr Rule rules[] = {
     {"QUALIFIER.DECLARATION", "", "", "", 0, many, Order::open},
 };
 
-/** The place of the word in a list of words with a blank after each; npos when it is not there. */
-std::size_t placeIn(std::string_view list, std::string_view word)
-{
-    for (std::size_t begin = 0; begin < list.size();) {
-        const std::size_t end = list.find(' ', begin);
-        if (list.substr(begin, end - begin) == word) {
-            return begin;
-        }
-        begin = end + 1;
-    }
-    return std::string_view::npos;
-}
-
 bool hasValidAttributes(const xml_node &node, const Rule &rule)
 {
     std::size_t found = 0;
-    for (const pugi::xml_attribute attribute : node.attributes()) {
+    for (pugi::xml_attribute attribute = node.first_attribute(); attribute;
+         attribute = attribute.next_attribute()) {
         const std::string_view name = attribute.name();
-        if (placeIn(rule.required, name) != std::string_view::npos) {
+        if (rule.required.placeOf(name) != std::string_view::npos) {
             ++found;
-        } else if (!name.starts_with("xml") && placeIn(rule.optional, name) == std::string_view::npos) {
+        } else if (!name.starts_with("xml") && rule.optional.placeOf(name) == std::string_view::npos) {
             return false;
         }
     }
-    return found == static_cast<std::size_t>(std::ranges::count(rule.required, ' '));
+    return found == rule.required.count();
 }
 
 bool isBlank(std::string_view text)
@@ -122,9 +143,9 @@ bool isValid(const xml_node &node)
     }
     std::size_t count = 0;
     std::size_t last = 0;
-    for (const xml_node child : node.children()) {
+    for (xml_node child = node.first_child(); child; child = child.next_sibling()) {
         if (child.type() == pugi::node_element) {
-            const std::size_t place = placeIn(rule->children, child.name());
+            const std::size_t place = rule->children.placeOf(child.name());
             if (place == std::string_view::npos || ++count > rule->atMost ||
                 (rule->order == Order::listed && place < last) || !isValid(child)) {
                 return false;

@@ -28,12 +28,11 @@ std::string_view trimmed(std::string_view text)
 
 xml_node firstElement(const xml_node &node)
 {
-    for (const xml_node child : node.children()) {
-        if (child.type() == pugi::node_element) {
-            return child;
-        }
+    xml_node child = node.first_child();
+    while (child && child.type() != pugi::node_element) {
+        child = child.next_sibling();
     }
-    return {};
+    return child;
 }
 
 void ElementReader::fail(CMPIrc code, const char *text)

@@ -212,7 +212,7 @@ std::optional<std::uint32_t> IntrinsicReader::numberParameter(const char *name)
 
 xml_node IntrinsicReader::parameter(const char *name)
 {
-    for (const xml_node child : call_.children("IPARAMVALUE")) {
+    for (xml_node child = call_.child("IPARAMVALUE"); child; child = child.next_sibling("IPARAMVALUE")) {
         if (cim::sameName(attribute(child, "NAME"), name)) {
             return child;
         }

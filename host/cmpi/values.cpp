@@ -134,6 +134,9 @@ CMPIData copyData(Arena &arena, const CMPIData &data)
     if ((data.type & CMPI_ARRAY) == 0 && (data.type & CMPI_ENC) == 0) {
         return data;
     }
+    if (data.type == CMPI_string && stringOf(data)->arena == &arena) {
+        return data; // texts never change
+    }
     CMPIData copy = {};
     takeValue(arena, &data.value, data.type, copy);
     copy.state = static_cast<CMPIValueState>(copy.state | data.state);

@@ -102,6 +102,7 @@ bool Accounts::load(std::string &problem)
     accounts_ = std::move(accounts);
     decoy_ = decoy.empty() ? newHashSetting() : decoy;
     remembered_.clear();
+    ++version_;
     modified_ = now.st_mtim;
     size_ = now.st_size;
     inode_ = now.st_ino;
@@ -131,8 +132,16 @@ void Accounts::refresh()
         const std::lock_guard lock(mutex_);
         accounts_.clear();
         remembered_.clear();
+        ++version_;
         size_ = -1;
     }
+}
+
+std::uint64_t Accounts::version()
+{
+    refresh();
+    const std::lock_guard lock(mutex_);
+    return version_;
 }
 
 Accounts::Digest Accounts::digestOf(std::string_view user, std::string_view password) const

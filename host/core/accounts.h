@@ -8,6 +8,7 @@
 #include <array>
 #include <chrono>
 #include <condition_variable>
+#include <cstdint>
 #include <ctime>
 #include <map>
 #include <mutex>
@@ -55,6 +56,9 @@ class Accounts
      * such as those who have been wrong before. */
     std::optional<Role> login(std::string_view user, std::string_view password, bool isPreferred = true);
 
+    /** Another number after the file has changed; looks at it once a second. */
+    std::uint64_t version();
+
     /** recall() or login(). */
     bool verify(std::string_view user, std::string_view password);
 
@@ -77,6 +81,7 @@ class Accounts
     Digest key_;
     std::mutex mutex_;
     AccountMap accounts_;
+    std::uint64_t version_ = 0;
     std::string decoy_; // what the password of an unknown user is hashed with
     std::map<std::string, Digest, std::less<>> remembered_; // user, digest of user and password
     std::chrono::steady_clock::time_point nextLook_;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "core/xml_text.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 
@@ -46,6 +47,27 @@ bool isCharacter(std::uint32_t code)
            (code >= 0xe000 && code < 0xfffe) || (code >= 0x10000 && code < 0x110000);
 }
 
+/** What a byte can be at the beginning of what follows. */
+enum ByteKind : std::uint8_t {
+    nameByte = 1,  // part of a name
+    plainByte = 2, // part of a text or an attribute, and nothing else
+};
+
+constexpr std::array<std::uint8_t, 256> makeByteKinds()
+{
+    std::array<std::uint8_t, 256> kinds = {};
+    for (unsigned i = 0; i < kinds.size(); ++i) {
+        const bool isName = (i >= 'a' && i <= 'z') || (i >= 'A' && i <= 'Z') || (i >= '0' && i <= '9') ||
+                            i == '.' || i == '_' || i == '-' || i == ':' || i >= 0x80;
+        const bool isPlain =
+            i >= 0x20 && i < 0x80 && i != '<' && i != '>' && i != '&' && i != '"' && i != '\'';
+        kinds[i] = static_cast<std::uint8_t>((isName ? nameByte : 0) | (isPlain ? plainByte : 0));
+    }
+    return kinds;
+}
+
+constexpr std::array<std::uint8_t, 256> byteKinds = makeByteKinds();
+
 class Checker
 {
   public:
@@ -73,12 +95,25 @@ class Checker
                 if (!character()) {
                     return false;
                 }
+                if (depth_ != 0) {
+                    pass(plainByte);
+                }
             }
         }
         return depth_ == 0 && roots_ == 1;
     }
 
   private:
+    /** Goes on behind the bytes of that kind. */
+    void pass(ByteKind kind)
+    {
+        const auto isOther = [kind](char c) {
+            return (byteKinds[static_cast<unsigned char>(c)] & kind) == 0;
+        };
+        const std::string_view rest = text_.substr(place_);
+        place_ += static_cast<std::size_t>(std::ranges::find_if(rest, isOther) - rest.begin());
+    }
+
     bool character()
     {
         const auto byte = static_cast<unsigned char>(text_[place_]);
@@ -128,7 +163,9 @@ class Checker
         if (found == std::string_view::npos) {
             return false;
         }
-        for (place_ += begin.size(); place_ < found;) {
+        place_ += begin.size();
+        pass(plainByte);
+        while (place_ < found) {
             if (!character()) {
                 return false;
             }
@@ -219,7 +256,11 @@ class Checker
             return false;
         }
         const char quote = text_[place_++];
-        while (place_ < text_.size()) {
+        while (true) {
+            pass(plainByte);
+            if (place_ >= text_.size()) {
+                return false;
+            }
             const char c = text_[place_];
             if (c == quote) {
                 ++place_;
@@ -229,7 +270,6 @@ class Checker
                 return false;
             }
         }
-        return false;
     }
 
     void blanks()
@@ -242,16 +282,7 @@ class Checker
     std::string_view name()
     {
         const std::size_t first = place_;
-        while (place_ < text_.size()) {
-            const char c = text_[place_];
-            const bool isNameCharacter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
-                                         (c >= '0' && c <= '9') || c == '.' || c == '_' || c == '-' ||
-                                         c == ':' || (static_cast<unsigned char>(c) & 0x80u) != 0;
-            if (!isNameCharacter) {
-                break;
-            }
-            ++place_;
-        }
+        pass(nameByte);
         return text_.substr(first, place_ - first);
     }
 

@@ -117,6 +117,35 @@ std::optional<std::chrono::milliseconds> FailureTable::reserve(const std::string
     return std::chrono::ceil<std::chrono::milliseconds>(turn - now);
 }
 
+// ------------------------------------------------------------------------------------ the remembered login
+
+RememberedLogin::~RememberedLogin()
+{
+    wipe();
+}
+
+void RememberedLogin::wipe()
+{
+    explicit_bzero(authorization_.data(), authorization_.size());
+}
+
+const LoginAnswer *RememberedLogin::find(std::string_view authorization, std::uint64_t accounts) const
+{
+    const bool isSame = accounts == accounts_ && !authorization.empty() &&
+                        authorization.size() == authorization_.size() &&
+                        gnutls_memcmp(authorization.data(), authorization_.data(), authorization.size()) == 0;
+    return isSame ? &answer_ : nullptr;
+}
+
+void RememberedLogin::remember(std::string_view authorization, std::uint64_t accounts,
+                               const LoginAnswer &answer)
+{
+    wipe();
+    authorization_ = authorization;
+    accounts_ = accounts;
+    answer_ = answer;
+}
+
 // ---------------------------------------------------------------------------------------------- the login
 
 Login::Login(Accounts &accounts, const LoginLimits &limits) : accounts_(accounts), failures_(limits) {}
@@ -160,6 +189,20 @@ LoginAnswer Login::check(const char *authorization, const std::string &address)
     }
     answer.kind = LoginAnswer::Kind::good;
     answer.role = *role;
+    return answer;
+}
+
+LoginAnswer Login::check(const char *authorization, const std::string &address, RememberedLogin &remembered)
+{
+    // The accounts as they are before the look: what changes meanwhile is looked at next time.
+    const std::uint64_t accounts = accounts_.version();
+    if (const LoginAnswer *known = remembered.find(authorization != nullptr ? authorization : "", accounts)) {
+        return *known;
+    }
+    LoginAnswer answer = check(authorization, address);
+    if (answer.kind == LoginAnswer::Kind::good) {
+        remembered.remember(authorization, accounts, answer);
+    }
     return answer;
 }
 

@@ -7,6 +7,7 @@
 #include "core/log.h"
 
 #include <chrono>
+#include <cstdint>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -67,6 +68,28 @@ struct LoginAnswer {
     Role role = Role::reader;
 };
 
+/** The header by which a connection has logged in, so that one that repeats it is known without another look.
+ * Not safe to use by several threads. */
+class RememberedLogin
+{
+  public:
+    RememberedLogin() = default;
+    RememberedLogin(const RememberedLogin &) = delete;
+    RememberedLogin &operator=(const RememberedLogin &) = delete;
+    ~RememberedLogin();
+
+    /** What the header has come to while the accounts were these; null: it was another one. */
+    const LoginAnswer *find(std::string_view authorization, std::uint64_t accounts) const;
+    void remember(std::string_view authorization, std::uint64_t accounts, const LoginAnswer &answer);
+
+  private:
+    void wipe();
+
+    std::string authorization_; // has the password
+    std::uint64_t accounts_ = 0;
+    LoginAnswer answer_;
+};
+
 /** Safe to use by many threads. */
 class Login
 {
@@ -76,6 +99,9 @@ class Login
     /** authorization: the value of that header; null: there is none. May take long: for the slow hash, and
      * for those who were wrong too often. */
     LoginAnswer check(const char *authorization, const std::string &address);
+
+    /** The same on a connection that has one client, who usually repeats himself. */
+    LoginAnswer check(const char *authorization, const std::string &address, RememberedLogin &remembered);
 
     /** To be called every second or so. */
     void tick()

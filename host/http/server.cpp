@@ -10,6 +10,8 @@
 #include <cstring>
 #include <gnutls/gnutls.h>
 #include <microhttpd.h>
+#include <poll.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 namespace host
@@ -21,10 +23,16 @@ struct HttpServer::Peer {
     ConnectionTable::Connection &entry;
     gnutls_session_t tls = nullptr; // null: none
     unsigned certifiedBy = 0;       // the generation of issuers that its certificate is of
+    RememberedLogin login{};
+    bool isCorked = false; // the reply is collected, to be encrypted and sent at once
 };
 
 namespace
 {
+
+/** A body that is encrypted and sent together with its header. libmicrohttpd gives the two to TLS one after
+ * the other, and a client would be woken twice. */
+constexpr std::size_t corkedBytes = std::size_t{32} * 1024;
 
 constexpr const char *realm = "Basic realm=\"cimom\"";
 constexpr const char *plainText = "text/plain; charset=utf-8";
@@ -62,7 +70,9 @@ T *contextOf(MHD_Connection *connection)
 
 RequestHead headOf(MHD_Connection *connection, const char *method, const char *version, bool isSecure)
 {
+    constexpr std::size_t usualFields = 16;
     RequestHead head;
+    head.fields.reserve(usualFields);
     head.method = method;
     head.version = version;
     head.isSecure = isSecure;
@@ -130,10 +140,15 @@ struct HttpCallbacks {
         }
     }
 
-    static void completed(void *self, MHD_Connection *, void **context, MHD_RequestTerminationCode)
+    static void completed(void *self, MHD_Connection *, void **context, MHD_RequestTerminationCode how)
     {
         auto *exchange = static_cast<HttpServer::Exchange *>(*context);
         if (exchange != nullptr) {
+            if (exchange->peer.isCorked) {
+                exchange->peer.isCorked = false;
+                static_cast<HttpServer *>(self)->uncork(exchange->peer,
+                                                        how == MHD_REQUEST_TERMINATED_COMPLETED_OK);
+            }
             // The time for the next request begins.
             static_cast<HttpServer *>(self)->connections_.awaitClient(exchange->peer.entry);
             delete exchange;
@@ -360,6 +375,20 @@ void HttpServer::close(Peer *peer)
 
 // ------------------------------------------------------------------------------------------------ requests
 
+/** Sends what was collected; waits for a client that is slow to take it, as long as it is not overdue. */
+void HttpServer::uncork(Peer &peer, bool isComplete)
+{
+    int code = gnutls_record_uncork(peer.tls, 0);
+    const auto patience = std::chrono::duration_cast<std::chrono::milliseconds>(limits_.idle);
+    while (isComplete && (code == GNUTLS_E_AGAIN || code == GNUTLS_E_INTERRUPTED)) {
+        pollfd socket{peer.entry.socket, POLLOUT, 0};
+        if (poll(&socket, 1, static_cast<int>(patience.count())) == 0) {
+            shutdown(peer.entry.socket, SHUT_RDWR);
+        }
+        code = gnutls_record_uncork(peer.tls, 0);
+    }
+}
+
 FrontEnd *HttpServer::frontEndOf(std::string_view path) const
 {
     for (FrontEnd *frontEnd : frontEnds_) {
@@ -450,7 +479,7 @@ void HttpServer::authenticate(Exchange &exchange, const RequestHead &head)
     ConnectionTable::Connection &entry = exchange.peer.entry;
     const char *authorization =
         MHD_lookup_connection_value(exchange.connection, MHD_HEADER_KIND, MHD_HTTP_HEADER_AUTHORIZATION);
-    const LoginAnswer login = login_.check(authorization, entry.address);
+    const LoginAnswer login = login_.check(authorization, entry.address, exchange.peer.login);
     if (login.kind == LoginAnswer::Kind::tooManyFailures) {
         return exchange.refuse(MHD_HTTP_TOO_MANY_REQUESTS,
                                "Too many wrong passwords came from this address.");
@@ -573,6 +602,11 @@ int HttpServer::reply(const Exchange &exchange, const HttpReply &what)
                 MHD_add_response_header(response, MHD_HTTP_HEADER_CONTENT_TYPE, what.contentType) == MHD_YES;
     for (const HttpField &field : what.fields) {
         good = good && MHD_add_response_header(response, field.name, field.value) == MHD_YES;
+    }
+    Peer &peer = exchange.peer;
+    if (peer.tls != nullptr && body.size() <= corkedBytes && !peer.isCorked) {
+        gnutls_record_cork(peer.tls);
+        peer.isCorked = true;
     }
     good = good && MHD_queue_response(exchange.connection, what.status, response) == MHD_YES;
     MHD_destroy_response(response);

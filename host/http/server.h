@@ -99,6 +99,7 @@ class HttpServer
 
     Peer *open(MHD_Connection *connection);
     void close(Peer *peer);
+    void uncork(Peer &peer, bool isComplete);
     int begin(Exchange &exchange, const char *method, const char *version);
     int goOn(Exchange &exchange, std::string_view data);
     void check(Exchange &exchange, const char *method, const char *version);

@@ -8,6 +8,8 @@
 #   desk_use NAME                 makes another desk of this script the current one
 #   desk_stop [NAME]              ends it and checks that no queue and no process is left of it
 #   engine_start, engine_stop [SIGNAL], host_start, host_stop [SIGNAL]    the processes of the current desk
+#   host_options                  an array: more options of the object managers that are started from now on
+#   port_of SCHEME                where the current one listens for http or https
 #   monitor ARGUMENTS             the command desk-monitor on the current desk
 #   eventually WHAT COMMAND...    waits until the command succeeds
 #   report                        the end of every script
@@ -116,11 +118,13 @@ engine_stop() { # engine_stop [SIGNAL]
     desk_engine[$desk]=
 }
 
+host_options=()
+port_of() { sed -n "s|.* $1://.*:\([0-9]*\)/.*|\1|p" "$directory/ready"; }
 host_start() {
-    desk_start_host "$directory" 0
+    desk_start_host "$directory" 0 "${host_options[@]}"
     desk_host[$desk]=$desk_process
     eventually "the object manager of desk $desk listens" is_ready ready
-    port=$(sed 's,.*:\([0-9]*\)/.*,\1,' "$directory/ready")
+    port=$(port_of http)
     desk_port[$desk]=$port
 }
 # The process that was started last. One that ends is not waited for.

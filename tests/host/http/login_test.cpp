@@ -171,4 +171,33 @@ TEST_F(Login, AnAddressWithTooManyFailuresIsToldToComeBackLater)
     testing::internal::GetCapturedStderr();
 }
 
+TEST_F(Login, AConnectionThatRepeatsItsHeaderIsKnown)
+{
+    host::Login login(accounts_);
+    host::RememberedLogin remembered;
+    const std::string good = basic("operator:secret: word");
+    testing::internal::CaptureStderr();
+    for (int i = 0; i < 3; ++i) {
+        const LoginAnswer answer = login.check(good.c_str(), "127.0.0.2", remembered);
+        EXPECT_EQ(answer.kind, Kind::good);
+        EXPECT_EQ(answer.user, "operator");
+    }
+    EXPECT_EQ(login.check(nullptr, "127.0.0.2", remembered).kind, Kind::wrong) << "no header";
+    EXPECT_EQ(login.check("", "127.0.0.2", remembered).kind, Kind::wrong);
+    EXPECT_EQ(login.check(basic("operator:secret: wore").c_str(), "127.0.0.2", remembered).kind, Kind::wrong);
+    EXPECT_EQ(login.check(good.substr(0, good.size() - 1).c_str(), "127.0.0.2", remembered).kind,
+              Kind::wrong);
+    EXPECT_EQ(login.check(good.c_str(), "127.0.0.2", remembered).kind, Kind::good);
+    EXPECT_EQ(accounts_.hashCount(), 2u) << "the first time, and for the wrong password";
+    // The accounts have changed: what was good counts no more.
+    test::writeFile(directory_.file("accounts"), test::quickAccount("operator", "another"));
+    std::string problem;
+    ASSERT_TRUE(accounts_.load(problem)) << problem;
+    EXPECT_EQ(login.check(good.c_str(), "127.0.0.2", remembered).kind, Kind::wrong);
+    test::writeFile(directory_.file("accounts"), test::quickAccount("someone", "else"));
+    ASSERT_TRUE(accounts_.load(problem)) << problem;
+    EXPECT_EQ(login.check(good.c_str(), "127.0.0.2", remembered).kind, Kind::wrong) << "removed";
+    testing::internal::GetCapturedStderr();
+}
+
 } // namespace
