@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-# shellcheck shell=bash
+# shellcheck shell=bash disable=SC2154 # variables of tests/endtoend/desk.sh
 # The desk that the benchmarks call: with HTTP and HTTPS. Sourced, after tests/endtoend/desk.sh.
 
 # The programs find the desk by what this exports, and what desk.sh does.

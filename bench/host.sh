@@ -9,7 +9,7 @@ set -euo pipefail
 
 build=$(cd "${1:?the build directory is missing}" && pwd)
 runs=20 requests=${2-20000} reads=5000
-[ "$requests" != --smoke ] || runs=1 requests=50 reads=50
+[ "$requests" != --smoke ] || runs=1 requests=100 reads=50
 export DESK_BUILD=$build
 # shellcheck source=../tests/endtoend/desk.sh
 . "$(dirname "$0")/../tests/endtoend/desk.sh"
@@ -29,8 +29,7 @@ call() { # call NAME COUNT
 }
 
 read_by() { # read_by CONNECTIONS: the requests per second of the fastest of several runs
-    local round
-    for round in 1 2 3 4 5; do
+    for _ in 1 2 3 4 5; do
         "$build/bench/host_bench" --readers "$1" $((reads / $1)) || give_up 'a reader has had a wrong answer' >&2
     done | sort -n | tail -n 1
 }
@@ -41,12 +40,14 @@ rows=
 secure_desk_start
 idle=$(memory_of_desk)
 row memory/idle "$(megabytes "$idle")"
-for name in http/get_color_space http/enumerate_color_spaces https/get_color_space wsman/get_color_space \
-    http/set_display_luminance; do
-    call $name $((requests / 5))
+for count in 50 $((requests / 5)); do
+    for name in http/get_color_space http/enumerate_color_spaces https/get_color_space wsman/get_color_space \
+        http/set_display_luminance; do
+        call $name "$count"
+    done
+    after=$(memory_of_desk)
+    row "memory/grown_by_$((count * 5))_requests" "$(megabytes $((after - idle)))"
 done
-after=$(memory_of_desk)
-row "memory/grown_by_${requests}_requests" "$(megabytes $((after - idle)))"
 
 one=$(read_by 1)
 four=$(read_by 4)
@@ -57,6 +58,7 @@ row readers/ratio "$(awk -v one="$one" -v four="$four" 'BEGIN { printf "%.2f", f
 
 host_stop
 desk_host_command "$directory" 0
+# shellcheck disable=SC2154 # desk_command: of desk_host_command
 result=$("$build/bench/started" $runs "$directory/ready" "${desk_command[@]}" "${host_options[@]}") ||
     give_up 'the object manager has not come to serve'
 checks=$((checks + 1))

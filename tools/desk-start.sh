@@ -26,6 +26,7 @@
 desk_source=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 # shellcheck disable=SC2034 # read by those who source this
 desk_process=
+desk_command=()
 
 desk_programs() {
     DISPLAY_HOST=${DISPLAY_HOST:-$1/host/display-host}

@@ -7,6 +7,7 @@
 
 #include <cstdio>
 #include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <sys/socket.h>
 #include <thread>
 #include <unistd.h>
@@ -24,9 +25,16 @@ const std::string namesRequest =
 class TlsConnection
 {
   public:
-    TlsConnection(int port, const std::string &certificate, const std::string &key)
+    /** holdsLittle: what the client has not read yet stays with the server, but for a few packets. */
+    TlsConnection(int port, const std::string &certificate, const std::string &key, bool holdsLittle = false)
         : socket_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
     {
+        if (holdsLittle) {
+            const int held = 16 * 1024;
+            const int packet = 1024;
+            setsockopt(socket_, SOL_SOCKET, SO_RCVBUF, &held, sizeof held);
+            setsockopt(socket_, IPPROTO_TCP, TCP_MAXSEG, &packet, sizeof packet);
+        }
         sockaddr_in address = {};
         address.sin_family = AF_INET;
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
@@ -50,6 +58,40 @@ class TlsConnection
         gnutls_deinit(session_);
         gnutls_certificate_free_credentials(credentials_);
         close(socket_);
+    }
+
+    void send(const std::string &request)
+    {
+        ssize_t sent = 0;
+        do {
+            sent = gnutls_record_send(session_, request.data(), request.size());
+        } while (sent == GNUTLS_E_AGAIN || sent == GNUTLS_E_INTERRUPTED);
+        EXPECT_EQ(sent, static_cast<ssize_t>(request.size()));
+    }
+
+    /** What comes until that text has come so many times, or the connection ends. */
+    std::string receive(const std::string &end, std::size_t times)
+    {
+        std::string received;
+        std::size_t seen = 0;
+        std::size_t from = 0;
+        char bytes[4096];
+        while (seen < times) {
+            const ssize_t size = gnutls_record_recv(session_, bytes, sizeof bytes);
+            if (size == GNUTLS_E_AGAIN || size == GNUTLS_E_INTERRUPTED) {
+                continue;
+            }
+            if (size <= 0) {
+                break;
+            }
+            received.append(bytes, static_cast<std::size_t>(size));
+            for (std::size_t at = received.find(end, from); at != std::string::npos;
+                 at = received.find(end, from)) {
+                ++seen;
+                from = at + end.size();
+            }
+        }
+        return received;
     }
 
     /** The beginning of the answer to a request. */
@@ -268,6 +310,31 @@ TEST_F(Tls, AKeptConnectionIsAskedAgainForNewIssuers)
     }
     EXPECT_EQ(connection.status(test::post(namesRequest)), "HTTP/1.1 403");
     testing::internal::GetCapturedStderr();
+}
+
+/** The replies to many requests that are sent one after the other without reading are more than the way to
+ * the client holds: the server waits, and nothing is lost. */
+TEST_F(Tls, AClientThatReadsLateGetsItsRepliesWhole)
+{
+    make("server");
+    make("client");
+    const int port = startTls();
+    TlsConnection connection(port, file("client.pem"), file("client.key"), true);
+    constexpr std::size_t requests = 300;
+    const std::string all =
+        test::intrinsic("EnumerateInstances",
+                        "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"Test_Thing\"/></IPARAMVALUE>");
+    connection.send(test::post(all));
+    const std::string one = connection.receive("</CIM>", 1);
+    EXPECT_EQ(one.substr(0, 12), "HTTP/1.1 200");
+    for (std::size_t i = 0; i < requests; ++i) {
+        connection.send(test::post(all));
+    }
+    const std::string received = connection.receive("</CIM>", requests);
+    EXPECT_EQ(test::count(received, "HTTP/1.1 200"), requests);
+    EXPECT_EQ(test::count(received, "</CIM>"), requests);
+    const std::string body = one.substr(one.find("<?xml"));
+    EXPECT_EQ(test::count(received, body.substr(0, body.rfind("</CIM>"))), requests) << "each is the same";
 }
 
 } // namespace
