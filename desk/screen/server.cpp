@@ -360,7 +360,7 @@ long Server::readStream(Watcher &watcher, char *buffer, std::size_t size)
         return 0;
     }
     const std::size_t count = std::min(size, watcher.event->size() - watcher.sent);
-    memcpy(buffer, watcher.event->data() + watcher.sent, count);
+    std::copy_n(watcher.event->data() + watcher.sent, count, buffer);
     watcher.sent += count;
     if (watcher.sent == watcher.event->size()) {
         watcher.event.reset();
