@@ -49,11 +49,11 @@ class BrowserTest : public testing::Test
 
     static std::string attribute(const std::string &selector, const std::string &name)
     {
-        return "$('" + selector + "').getAttribute('" + name + "')";
+        return "$('" + selector + "')?.getAttribute('" + name + "')";
     }
     static std::string text(const std::string &selector)
     {
-        return "$('" + selector + "').textContent";
+        return "$('" + selector + "')?.textContent";
     }
 };
 

@@ -240,21 +240,36 @@ TEST_F(ScreenPage, MessagesOnTheWireAreThoseOfTheGoldenTests)
         true);
 }
 
-TEST_F(ScreenPage, MarksWhatBecameOfAMessage)
+TEST_F(ScreenPage, MarksTheFieldsOfAMessage)
 {
-    monitor("set input1.width 1920"); // the library is not asked: a message of another sender
     EXPECT_EQ(call("ColorSpace/1", "SetDisplayLuminance", "Luminance=\"130\""), "0");
     expectSeen(text("#messages .what"), "LUMINANCE = 130");
     browser().click("#messages summary");
-    EXPECT_EQ(
-        look(
-            "[...document.querySelectorAll('#messages li:first-child .bytes:first-of-type .field')].map((each) => "
-            "each.dataset.field).slice(0, 10).join(',')"),
-        "type,command,source,sequence,count,group,entry type 0,register 0,status 0,value 0");
-    EXPECT_EQ(
-        look("document.querySelectorAll('#messages li:first-child .bytes:first-of-type .field').length"), 23);
-    EXPECT_EQ(look(text("#messages li:first-child [data-field=\"value 0\"] code")), "82 00 00 00");
-    EXPECT_EQ(look(text("#messages li:first-child [data-field=\"register 0\"] code")), "00");
+    const std::string request = "#messages li:first-child .bytes:first-of-type ";
+    expectSeen("[...document.querySelectorAll('" + request +
+                   ".field')].map((each) => each.dataset.field).slice(0, 10).join(',')",
+               "type,command,source,sequence,count,group,entry type 0,register 0,status 0,value 0");
+    EXPECT_EQ(look("document.querySelectorAll('" + request + ".field').length"), 23);
+    EXPECT_EQ(look(text(request + "[data-field=\"value 0\"] code")), "82 00 00 00");
+    EXPECT_EQ(look(text(request + "[data-field=\"register 0\"] code")), "00");
+}
+
+TEST_F(ScreenPage, MarksWhatTheEngineRefused)
+{
+    // The library looks at the size that is chosen; the engine knows that the window is larger, and does not
+    // move it.
+    for (const char *each : {"pip_mode 1", "pip_height 1080", "pip_width 1920"}) {
+        monitor(std::string("set ") + each);
+    }
+    EXPECT_EQ(call("PictureInPicture", "SetPIPPosition", "PIPPositionX=\"1688\",PIPPositionY=\"880\""), "0");
+    expectSeen(text("#messages .what"), "PIP_POSITION = 4, PIP_POSITION_X = 1688, PIP_POSITION_Y = 880");
+    EXPECT_EQ(look(text("#messages .result")), "answered: not applied, refused");
+    EXPECT_EQ(look("$('#messages details').className"), "troubled");
+    browser().click("#messages summary");
+    expectSeen(
+        "[...document.querySelectorAll('#messages li:first-child .bytes:last-of-type .differs')].map((each) => "
+        "each.dataset.field + ' ' + each.lastChild.textContent).join(',')",
+        "status 0 02,status 1 01,status 2 01");
 }
 
 TEST_F(ScreenPage, TheWireIsFilteredPausedAndCopied)
