@@ -114,6 +114,7 @@ void addSet(CLI::App &program, Action &action);
 void addTree(CLI::App &program, Action &action);
 void addWatch(CLI::App &program, Action &action);
 void addHistory(CLI::App &program, Action &action);
+void addExporter(CLI::App &program, Action &action);
 void addCompletion(CLI::App &program, Action &action);
 
 } // namespace displayctl::command

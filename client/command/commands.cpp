@@ -20,8 +20,9 @@ void addCommands(CLI::App &program, Action &action)
     addTree(program, action);
     addWatch(program, action);
     addHistory(program, action);
-    addCompletion(program, action);
     addNames(program, action);
+    addExporter(program, action);
+    addCompletion(program, action);
     addHelp(program, action);
     addManual(program, action);
 }

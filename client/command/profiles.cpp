@@ -75,10 +75,7 @@ Report diff(Call &call, const site::Monitor &monitor, const Selected &selected)
 {
     session::Session session(monitor, call.options.timeout());
     session::Classes classes;
-    addNameClasses(selected.assignments, classes);
-    for (const Assignment &assignment : selected.assignments) {
-        model::addClasses(*assignment.named.setting, classes);
-    }
+    addClassesOf(selected, classes);
     if (const auto failure = session.read(classes)) {
         return failureReport(*failure);
     }
@@ -87,19 +84,15 @@ Report diff(Call &call, const site::Monitor &monitor, const Selected &selected)
     report.outcome = Outcome::unchanged;
     Json differences = Json::array();
     std::vector<std::vector<std::string>> rows;
-    for (const Target &target : targetsOf(selected.assignments, session.state())) {
-        const Setting &setting = *target.setting;
-        const model::Value now = session.state().value(setting);
-        if (!setting.isReadable() || model::sameValue(now, target.value)) {
-            continue;
-        }
+    for (const Difference &difference : differencesOf(selected, session.state())) {
+        const Setting &setting = *difference.setting;
         report.outcome = Outcome::different;
-        const std::string shown = model::textOf(setting, now, names);
-        rows.push_back({setting.name, "profile " + model::textOf(setting, target.value, names),
+        const std::string shown = model::textOf(setting, difference.monitor, names);
+        rows.push_back({setting.name, "profile " + model::textOf(setting, difference.profile, names),
                         "monitor " + (shown.empty() ? "-" : shown)});
         differences.push_back({{"setting", setting.name},
-                               {"profile", model::documentOf(setting, target.value, names)},
-                               {"monitor", model::documentOf(setting, now, names)}});
+                               {"profile", model::documentOf(setting, difference.profile, names)},
+                               {"monitor", model::documentOf(setting, difference.monitor, names)}});
     }
     report.documentMessage =
         std::to_string(rows.size()) + (rows.size() == 1 ? " setting differs" : " settings differ");
@@ -151,6 +144,26 @@ Selected selectFor(const std::vector<profile::Entry> &entries, bool isMany, bool
         }
     }
     return selected;
+}
+
+void addClassesOf(const Selected &selected, session::Classes &classes)
+{
+    addNameClasses(selected.assignments, classes);
+    for (const Assignment &assignment : selected.assignments) {
+        model::addClasses(*assignment.named.setting, classes);
+    }
+}
+
+std::vector<Difference> differencesOf(const Selected &selected, const model::State &state)
+{
+    std::vector<Difference> differences;
+    for (const Target &target : targetsOf(selected.assignments, state)) {
+        model::Value now = state.value(*target.setting);
+        if (target.setting->isReadable() && !model::sameValue(now, target.value)) {
+            differences.push_back({target.setting, target.value, std::move(now)});
+        }
+    }
+    return differences;
 }
 
 void addExport(CLI::App &program, Action &action)

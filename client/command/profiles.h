@@ -32,6 +32,20 @@ struct Selected {
 [[nodiscard]] Selected selectFor(const std::vector<profile::Entry> &entries, bool isMany,
                                  bool includesIdentity);
 
+/** A setting that is not as the profile has it. */
+struct Difference {
+    const model::Setting *setting;
+    model::Value profile;
+    model::Value monitor;
+};
+
+/** Adds the classes that have to be read to compare. */
+void addClassesOf(const Selected &selected, session::Classes &classes);
+
+/** What differs, of settings that can be read, in the order of the profile. Throws BadValue where the profile
+ * names a preset that the monitor does not have. */
+[[nodiscard]] std::vector<Difference> differencesOf(const Selected &selected, const model::State &state);
+
 } // namespace displayctl::command
 
 #endif

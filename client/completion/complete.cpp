@@ -201,7 +201,8 @@ void addOptionValues(const Situation &situation, Completion &result)
         addMonitors(situation, result.words);
         return;
     }
-    for (const char *name : {"--config", "--ca-file", "--output", "-o", "--against"}) {
+    for (const char *name :
+         {"--config", "--ca-file", "--output", "-o", "--against", "--web-config", "--profiles"}) {
         result.isFile = result.isFile || situation.option->check_name(name);
     }
 }

@@ -3,14 +3,11 @@
 // file and line.
 #include "site/directories.h"
 #include "site/monitors.h"
-
-#include <yaml-cpp/yaml.h>
+#include "site/yaml_file.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cstdlib>
-#include <fstream>
-#include <set>
 
 namespace displayctl::site
 {
@@ -20,97 +17,10 @@ namespace fs = std::filesystem;
 namespace
 {
 
-/** A YAML file, its name for messages and its directory for the names in it. */
-class File
-{
-  public:
-    explicit File(fs::path path) : path_(std::move(path))
-    {
-        std::ifstream stream{path_};
-        if (!stream || fs::is_directory(path_)) {
-            throw Error(path_.string() + ": cannot be read");
-        }
-        try {
-            root_ = YAML::Load(stream);
-        } catch (const YAML::ParserException &problem) {
-            fail(problem.mark, "this is not YAML: " + problem.msg);
-        }
-        if (!root_.IsNull() && !root_.IsMap()) {
-            fail(root_, "the file begins with names, such as `monitors:`");
-        }
-    }
-
-    [[nodiscard]] const YAML::Node &root() const
-    {
-        return root_;
-    }
-
-    [[noreturn]] void fail(const YAML::Mark &mark, const std::string &problem) const
-    {
-        throw Error(path_.string() + ':' + std::to_string(mark.line + 1) + ": " + problem);
-    }
-
-    [[noreturn]] void fail(const YAML::Node &node, const std::string &problem) const
-    {
-        fail(node.Mark(), problem);
-    }
-
-    [[nodiscard]] std::string text(const YAML::Node &node, const std::string &what) const
-    {
-        if (!node.IsScalar() || node.Scalar().empty()) {
-            fail(node, what + " is a text");
-        }
-        return node.Scalar();
-    }
-
-    [[nodiscard]] bool flag(const YAML::Node &node, const std::string &what) const
-    {
-        bool value = false;
-        if (!YAML::convert<bool>::decode(node, value)) {
-            fail(node, what + " is true or false");
-        }
-        return value;
-    }
-
-    /** The name of a file: ~ is the user's home, other relative names are relative to this file. */
-    [[nodiscard]] fs::path path(const YAML::Node &node, const std::string &what) const
-    {
-        const std::string name = text(node, what);
-        if (name.starts_with("~/")) {
-            return homeDirectory() / name.substr(2);
-        }
-        return path_.parent_path() / name;
-    }
-
-    /** Calls entry(name, name's node, value's node) for each member of a map; a name twice is refused. */
-    template <typename Entry>
-    void each(const YAML::Node &map, const std::string &what, const Entry &entry) const
-    {
-        if (map.IsNull()) {
-            return;
-        }
-        if (!map.IsMap()) {
-            fail(map, what + " is a list of names with what belongs to each, such as `name: value`");
-        }
-        std::set<std::string> known;
-        for (const auto &member : map) {
-            const std::string name = text(member.first, "a name in " + what);
-            if (!known.insert(name).second) {
-                fail(member.first, '"' + name + "\" stands twice in " + what);
-            }
-            entry(name, member.first, member.second);
-        }
-    }
-
-  private:
-    fs::path path_;
-    YAML::Node root_;
-};
-
 constexpr std::string_view commonKeys = "user, password-file, ca-file, insecure";
 
 /** What defaults and monitors have in common. False when the key is none of these. */
-bool readCommon(const File &file, const std::string &key, const YAML::Node &value, Monitor &monitor)
+bool readCommon(const YamlFile &file, const std::string &key, const YAML::Node &value, Monitor &monitor)
 {
     if (key == "user") {
         monitor.endpoint.user = file.text(value, key);
@@ -126,7 +36,7 @@ bool readCommon(const File &file, const std::string &key, const YAML::Node &valu
     return true;
 }
 
-std::vector<std::string> readLabels(const File &file, const YAML::Node &value)
+std::vector<std::string> readLabels(const YamlFile &file, const YAML::Node &value)
 {
     if (!value.IsSequence()) {
         file.fail(value, "labels is a list, such as `labels: [suite4, hdr]`");
@@ -138,7 +48,7 @@ std::vector<std::string> readLabels(const File &file, const YAML::Node &value)
     return labels;
 }
 
-void checkName(const File &file, const std::string &name, const YAML::Node &where)
+void checkName(const YamlFile &file, const std::string &name, const YAML::Node &where)
 {
     const bool isPlain = std::ranges::all_of(name, [](unsigned char c) {
         return c > ' ' && c != 0x7F && c != '=' && c != '/' && c != '@' && c != ',';
@@ -150,7 +60,7 @@ void checkName(const File &file, const std::string &name, const YAML::Node &wher
     }
 }
 
-void readUrl(const File &file, const YAML::Node &value, Monitor &monitor)
+void readUrl(const YamlFile &file, const YAML::Node &value, Monitor &monitor)
 {
     wbem::Endpoint endpoint;
     try {
@@ -167,7 +77,8 @@ void readUrl(const File &file, const YAML::Node &value, Monitor &monitor)
     }
 }
 
-Monitor readMonitor(const File &file, const std::string &name, const YAML::Node &description, Monitor monitor)
+Monitor readMonitor(const YamlFile &file, const std::string &name, const YAML::Node &description,
+                    Monitor monitor)
 {
     monitor.name = name;
     YAML::Node url;
@@ -191,7 +102,7 @@ Monitor readMonitor(const File &file, const std::string &name, const YAML::Node 
 
 CodeNames readNames(const fs::path &path)
 {
-    const File file{path};
+    const YamlFile file{path};
     CodeNames names;
     file.each(file.root(), "the names",
               [&](const std::string &setting, const YAML::Node &, const YAML::Node &codes) {
@@ -211,7 +122,7 @@ CodeNames readNames(const fs::path &path)
 
 void readFile(Configuration &configuration)
 {
-    const File file{configuration.file};
+    const YamlFile file{configuration.file};
     YAML::Node monitors;
     file.each(
         file.root(), "the file",

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <ctime>
 #include <new>
 #include <utility>
 
@@ -148,6 +149,10 @@ class Connection::Transfers
     {
         return traffic_;
     }
+    [[nodiscard]] std::optional<std::int64_t> certificateExpiry() const
+    {
+        return certificateExpiry_;
+    }
 
   private:
     void begin(Transfer &transfer, const Operation &operation);
@@ -174,12 +179,33 @@ class Connection::Transfers
     std::array<Transfer, 2> transfers_; // after multi_: they leave before it does
     std::size_t next_ = 0;              // the first operation that is not on its way
     Traffic traffic_;
+    std::optional<std::int64_t> certificateExpiry_;
 };
+
+/** Of the first certificate of the chain that the handshake of this transfer brought; none of a kept
+ * connection. */
+static std::optional<std::int64_t> expiryOf(CURL *handle)
+{
+    curl_certinfo *certificates = nullptr;
+    if (curl_easy_getinfo(handle, CURLINFO_CERTINFO, &certificates) != CURLE_OK || certificates == nullptr ||
+        certificates->num_of_certs < 1) {
+        return std::nullopt;
+    }
+    constexpr std::string_view label = "Expire date:";
+    for (const curl_slist *line = certificates->certinfo[0]; line != nullptr; line = line->next) {
+        if (std::string_view(line->data).starts_with(label)) {
+            const time_t time = curl_getdate(line->data + label.size(), nullptr);
+            return time < 0 ? std::nullopt : std::optional<std::int64_t>(time);
+        }
+    }
+    return std::nullopt;
+}
 
 void Connection::Transfers::setSecurity(CURL *handle) const
 {
     set(handle, CURLOPT_SSL_VERIFYPEER, endpoint_.insecure ? 0L : 1L);
     set(handle, CURLOPT_SSL_VERIFYHOST, endpoint_.insecure ? 0L : 2L);
+    set(handle, CURLOPT_CERTINFO, endpoint_.tls ? 1L : 0L);
     if (!endpoint_.caFile.empty()) {
         set(handle, CURLOPT_CAINFO, endpoint_.caFile.c_str());
         set(handle, CURLOPT_CAPATH, static_cast<const char *>(nullptr));
@@ -300,6 +326,9 @@ Answer Connection::Transfers::read(Transfer &transfer, CURLcode result, const Op
     curl_easy_getinfo(transfer.handle.get(), CURLINFO_NUM_CONNECTS, &connections);
     traffic_.connections += static_cast<unsigned>(connections);
     traffic_.requests += 1;
+    if (const auto expiry = expiryOf(transfer.handle.get())) {
+        certificateExpiry_ = expiry;
+    }
 
     const Ending ending = endingOf(transfer.handle.get(), result, transfer.problem.data());
     if (ending.result == CURLE_OK && ending.httpStatus == 200) {
@@ -423,6 +452,11 @@ const Endpoint &Connection::endpoint() const
 Traffic Connection::traffic() const
 {
     return transfers_->traffic();
+}
+
+std::optional<std::int64_t> Connection::certificateExpiry() const
+{
+    return transfers_->certificateExpiry();
 }
 
 } // namespace displayctl::wbem

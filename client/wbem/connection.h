@@ -6,6 +6,7 @@
 #include "wbem/operation.h"
 
 #include <chrono>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <span>
@@ -56,6 +57,9 @@ class Connection
 
     [[nodiscard]] const Endpoint &endpoint() const;
     [[nodiscard]] Traffic traffic() const;
+    /** When the certificate that the other side has shown expires, in seconds since 1970; none without TLS,
+     * and where no handshake has succeeded. */
+    [[nodiscard]] std::optional<std::int64_t> certificateExpiry() const;
 
   private:
     class Transfers;
