@@ -24,7 +24,7 @@ struct ApplyOptions {
     std::string file;
     bool isDryRun = false;
     bool keepsGoing = false;
-    bool includesIdentity = false;
+    Identity identity;
 };
 
 std::string planText(const std::vector<Step> &steps, const site::CodeNames &names)
@@ -224,14 +224,14 @@ Reports look(Call &call, Apply &each)
 int apply(Call &call, const ApplyOptions &options)
 {
     const auto entries = profile::read(options.file, call.configuration().names);
-    const Selected selected = selectFor(entries, call.isMany(), options.includesIdentity);
+    const Selected selected = selectFor(entries, call.isMany(), options.identity);
     if (!selected.skipped.empty() && !call.options.quiet) {
         std::string names;
         for (const std::string &name : selected.skipped) {
             names += (names.empty() ? "" : ", ") + name;
         }
         std::cerr << "displayctl: skipped, because it belongs to one monitor: " << names
-                  << " (--include-identity takes it in)\n";
+                  << (options.identity.isSkipped ? "\n" : " (--include-identity takes it in)\n");
     }
     Apply each(call, options, selected);
     Reports known;
@@ -266,8 +266,7 @@ void addApply(CLI::App &program, Action &action)
     command->add_flag("--dry-run", options->isDryRun, "print the steps and do nothing");
     command->add_flag("--keep-going", options->keepsGoing,
                       "go on after a failed step instead of taking all back");
-    command->add_flag("--include-identity", options->includesIdentity,
-                      "to several monitors also names, places and addresses");
+    options->identity.addTo(*command);
     command->footer("Examples:\n"
                     "  displayctl apply house.yaml --dry-run\n"
                     "  displayctl --yes apply house.yaml\n"

@@ -43,7 +43,7 @@ std::optional<exporter::Compare> findProfile(const std::filesystem::path &direct
         return std::nullopt;
     }
     // What belongs to one monitor is compared with none.
-    Selected selected = selectFor(profile::read(file, names), true, false);
+    Selected selected = selectFor(profile::read(file, names), true, {});
     return [selected = std::move(selected)](const model::State &state) {
         std::vector<std::string> settings;
         for (const Difference &difference : differencesOf(selected, state)) {

@@ -133,11 +133,20 @@ std::string saveBefore(Call &call, session::Session &session, std::optional<wbem
     return path.string();
 }
 
-Selected selectFor(const std::vector<profile::Entry> &entries, bool isMany, bool includesIdentity)
+void Identity::addTo(CLI::App &command)
+{
+    CLI::Option *included = command.add_flag("--include-identity", isIncluded,
+                                             "of several monitors also names, places and addresses");
+    command.add_flag("--skip-identity", isSkipped, "no names, places and addresses, of one monitor neither")
+        ->excludes(included);
+}
+
+Selected selectFor(const std::vector<profile::Entry> &entries, bool isMany, Identity identity)
 {
     Selected selected;
     for (const profile::Entry &entry : entries) {
-        if (isMany && !includesIdentity && entry.named.setting->has(model::identity)) {
+        const bool isSkipped = identity.isSkipped || (isMany && !identity.isIncluded);
+        if (isSkipped && entry.named.setting->has(model::identity)) {
             selected.skipped.push_back(entry.named.name());
         } else {
             selected.assignments.push_back({entry.named, entry.value});
@@ -191,17 +200,16 @@ void addDiff(CLI::App &program, Action &action)
     CLI::App *command =
         program.add_subcommand("diff", "Tells what differs from a profile; exit code 7 when something does");
     auto file = std::make_shared<std::string>();
-    auto includesIdentity = std::make_shared<bool>(false);
+    auto identity = std::make_shared<Identity>();
     command->add_option("FILE", *file, "the profile")->required();
-    command->add_flag("--include-identity", *includesIdentity,
-                      "of several monitors also names, places and addresses");
+    identity->addTo(*command);
     command->footer("Examples:\n"
                     "  displayctl diff house.yaml\n"
                     "  displayctl -m all diff house.yaml");
-    command->callback([file, includesIdentity, &action] {
-        action = [file, includesIdentity](Call &call) {
+    command->callback([file, identity, &action] {
+        action = [file, identity](Call &call) {
             const auto entries = profile::read(*file, call.configuration().names);
-            const Selected selected = selectFor(entries, call.isMany(), *includesIdentity);
+            const Selected selected = selectFor(entries, call.isMany(), *identity);
             return call.forEachMonitor(
                 [&](const site::Monitor &monitor) { return diff(call, monitor, selected); });
         };

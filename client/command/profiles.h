@@ -24,13 +24,21 @@ namespace displayctl::command
 [[nodiscard]] std::string saveBefore(Call &call, session::Session &session,
                                      std::optional<wbem::Answer> &failure);
 
-/** The settings of a profile that are for this monitor: of several monitors not those that belong to one. */
+/** Which settings of a profile count that belong to one monitor: its name and place, its network. */
+struct Identity {
+    bool isIncluded = false; ///< of several monitors, too
+    bool isSkipped = false;  ///< of one, too
+
+    /** Adds the options for it. */
+    void addTo(CLI::App &command);
+};
+
+/** The settings of a profile that are for a monitor: of several monitors not those that belong to one. */
 struct Selected {
     std::vector<Assignment> assignments;
     std::vector<std::string> skipped; ///< names of settings that belong to one monitor
 };
-[[nodiscard]] Selected selectFor(const std::vector<profile::Entry> &entries, bool isMany,
-                                 bool includesIdentity);
+[[nodiscard]] Selected selectFor(const std::vector<profile::Entry> &entries, bool isMany, Identity identity);
 
 /** A setting that is not as the profile has it. */
 struct Difference {

@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <charconv>
 #include <cstdlib>
 #include <cstring>
@@ -22,6 +23,13 @@ namespace
 
 constexpr unsigned mostConnections = 1000;
 constexpr unsigned idleSeconds = 120;
+// As the object manager has them: forward secrecy and authenticated encryption, nothing else.
+constexpr const char *tlsPriorities =
+    "NONE:+VERS-TLS1.3:+VERS-TLS1.2:+ECDHE-ECDSA:+ECDHE-RSA:+AES-256-GCM:+AES-128-GCM:+CHACHA20-POLY1305:"
+    "+AEAD:+COMP-NULL:+GROUP-X25519:+GROUP-SECP256R1:+GROUP-SECP384R1:"
+    "+SIGN-ECDSA-SHA256:+SIGN-ECDSA-SHA384:+SIGN-ECDSA-SECP256R1-SHA256:+SIGN-ECDSA-SECP384R1-SHA384:"
+    "+SIGN-EDDSA-ED25519:+SIGN-RSA-PSS-RSAE-SHA256:+SIGN-RSA-PSS-RSAE-SHA384:+SIGN-RSA-SHA256:"
+    "+SIGN-RSA-SHA384:+CTYPE-X509:%SERVER_PRECEDENCE";
 constexpr int unauthorized = 401;
 constexpr int methodNotAllowed = 405;
 
@@ -200,6 +208,9 @@ Server::Server(const Listener &listener, const WebConfig &config, Exporter &expo
     };
     addText(MHD_OPTION_HTTPS_MEM_CERT, config.certificate);
     addText(MHD_OPTION_HTTPS_MEM_KEY, config.key);
+    if (config.isSecure()) {
+        options.push_back({MHD_OPTION_HTTPS_PRIORITIES, 0, const_cast<char *>(tlsPriorities)});
+    }
     options.push_back({MHD_OPTION_END, 0, nullptr});
     unsigned flags =
         MHD_USE_THREAD_PER_CONNECTION | MHD_USE_INTERNAL_POLLING_THREAD | MHD_USE_POLL | MHD_USE_ITC;

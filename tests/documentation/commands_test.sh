@@ -8,6 +8,8 @@
 set -euo pipefail
 # shellcheck source=../endtoend/desk.sh
 . "$(dirname "$0")/../endtoend/desk.sh"
+# shellcheck source=blocks.sh
+. "$(dirname "$0")/blocks.sh"
 for program in curl wsl xmllint uuidgen; do
     command -v "$program" >/dev/null || {
         echo "Skipped: $program is not installed (packages curl, wsl, libxml2-utils, uuid-runtime)."
@@ -31,15 +33,9 @@ of_this_desk() {
          s|read\.xml|$directory/read.xml|g"
 }
 
-# Blocks into the files NUMBER.sh and NUMBER.text; NUMBER is the line of the page where the commands begin.
 pages=$scratch/pages
 mkdir "$pages"
-awk -v to="$pages" '
-    /^```sh$/   { file = sprintf("%s/%05d.sh", to, NR + 1); last = NR + 1; next }
-    /^```text$/ { file = sprintf("%s/%05d.text", to, last); next }
-    /^```/      { file = ""; next }
-    file        { print > file }
-' docs/administrator.md
+blocks_of docs/administrator.md "$pages"
 
 # One shell runs them all; what each of them prints goes to a file of its own. Where the page waits for the engine, which
 # takes requests in their order, another request that is answered tells that it is done, however slow the machine is.
@@ -65,32 +61,7 @@ for commands in "$pages"/*.sh; do
     else
         : >"$block.expected" # without a block of output nothing is printed
     fi
-    if awk '
-        function quoted(text) { gsub(/[][\\.*^$+?(){}|]/, "\\\\&", text); return text }
-        function pattern(line,    parts, count, i, whole) {
-            count = split(line, parts, /\.\.\./)
-            whole = "^"
-            for (i = 1; i <= count; ++i) whole = whole (i > 1 ? ".*" : "") quoted(parts[i])
-            return whole "$"
-        }
-        # Whether the expected lines from i on are what is printed from j on.
-        function same(i, j) {
-            while (i <= wanted) {
-                if (expected[i] == "...") {
-                    for (; j <= lines + 1; ++j)
-                        if (same(i + 1, j)) return 1
-                    return 0
-                }
-                if (j > lines || printed[j] !~ pattern(expected[i])) return 0
-                ++i
-                ++j
-            }
-            return j == lines + 1
-        }
-        NR == FNR && FILENAME == ARGV[1] { expected[++wanted] = $0; next }
-        { printed[++lines] = $0 }
-        END { exit !same(1, 1) }
-    ' "$block.expected" "$block.printed"; then
+    if matches "$block.expected" "$block.printed"; then
         echo "  right: the commands at line $number"
     else
         failed "the commands at line $number of docs/administrator.md"

@@ -68,7 +68,7 @@ exporter_stop() {
 fleet_start() {
     [ -n "$scratch" ] || desk_begin
     DESK_DIR=$scratch/fleet DESK_PORT=0 DISPLAY_HOST=$DISPLAY_HOST DESK_ENGINE=$DESK_ENGINE DESK_COMMAND=$DESK_COMMAND \
-        DESK_LIBRARY=$DESK_LIBRARY setsid "$source_dir/run" --monitors "$1" >"$scratch/fleet.log" 2>&1 </dev/null &
+        DESK_SCREEN=$DESK_SCREEN DESK_LIBRARY=$DESK_LIBRARY setsid "$source_dir/run" --monitors "$1" >"$scratch/fleet.log" 2>&1 </dev/null &
     fleet_process=$!
     ends_with_the_script "$fleet_process"
     eventually "$1 desks serve" fleet_serves

@@ -24,6 +24,7 @@ expect 'the packages' "$(for component in $components; do
     development) echo "libcmpidisplaymanagement-dev_1.0.0_$architecture.deb" ;;
     registration) echo libcmpidisplaymanagement-common_1.0.0_all.deb ;;
     documentation) echo libcmpidisplaymanagement-doc_1.0.0_all.deb ;;
+    collection) echo ansible-collection-marovelton-display_1.0.0_all.deb ;;
     host) echo "display-host_1.0.0_$architecture.deb" ;;
     *) echo "${component}_1.0.0_$architecture.deb" ;;
     esac
@@ -78,6 +79,12 @@ if has displayctl; then
     unpack "$scratch/packages/displayctl_1.0.0_$architecture.deb"
     [ -x "$content/usr/bin/displayctl" ] || failed 'displayctl cannot be run'
     expect 'the files of displayctl' "$(displayctl_files)" "$(files_below "$content/usr")"
+fi
+if has collection; then
+    unpack "$scratch/packages/ansible-collection-marovelton-display_1.0.0_all.deb"
+    expect 'the files of the collection' "$(collection_files "$source")" "$(files_below "$content/usr")"
+    expect 'what it depends on' 'ansible-core (>= 2.14), displayctl' \
+        "$(field "$scratch/packages/ansible-collection-marovelton-display_1.0.0_all.deb" Depends)"
 fi
 
 if command -v lintian >/dev/null; then

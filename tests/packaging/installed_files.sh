@@ -34,11 +34,25 @@ FILES
 displayctl_files() {
     cat <<'FILES'
 bin/displayctl
+lib/systemd/system/displayctl-exporter.service
 share/bash-completion/completions/displayctl
+share/displayctl/prometheus/dashboard.json
+share/displayctl/prometheus/displayctl.rules.test.yml
+share/displayctl/prometheus/displayctl.rules.yml
+share/displayctl/prometheus/prometheus.yml
 share/fish/vendor_completions.d/displayctl.fish
 share/man/man1/displayctl.1.gz
 share/zsh/vendor-completions/_displayctl
 FILES
+}
+
+# The Ansible collection, as it stands in the source directory.
+collection_files() { # collection_files SOURCE_DIR
+    {
+        (cd "$1/fleet/ansible" && find . -name __pycache__ -prune -o -type f -print) |
+            sed 's|^\.|share/ansible/collections/ansible_collections/marovelton/display|'
+        echo share/lintian/overrides/ansible-collection-marovelton-display
+    } | LC_ALL=C sort
 }
 
 # The guides, from what is in the source directory, and the reference as one page, which is built.
