@@ -28,10 +28,10 @@ void Check_System_key_value_pairs(const CMPIBroker *broker, const CMPIObjectPath
 
 // ---- associations ----
 
+constexpr Matcher matchesNothing = {};
+
 namespace
 {
-
-constexpr Matcher matchesNothing = {};
 
 /** What an association has of its own. */
 struct Named {
@@ -40,7 +40,9 @@ struct Named {
     const OwnProperties *own = nullptr;
 };
 
-Named named(const char *className)
+} // namespace
+
+static Named named(const char *className)
 {
     static constexpr Named all[] = {
         {"ZT_Marovelton_ElementSettingData", &settingsOfConnection, &currentByEnds},
@@ -56,7 +58,7 @@ Named named(const char *className)
     return {className};
 }
 
-WalkKind kindOf(int inst, int associators)
+static WalkKind kindOf(int inst, int associators)
 {
     if (!associators) {
         return inst ? WalkKind::references : WalkKind::referenceNames;
@@ -71,8 +73,6 @@ constexpr WalkTraces settingTraces = {
     "--- _assoc_create_refs_1toN_ElementSetting() called \n---",
     "--- _assoc_create_refs_1toN_ElementSetting() leave \n---",
 };
-
-} // namespace
 
 const char *_assoc_targetClass_Name(const CMPIBroker *broker, const CMPIObjectPath *ref,
                                     const char *leftClass, const char *rightClass, CMPIStatus *rc)

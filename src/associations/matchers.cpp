@@ -10,16 +10,11 @@ namespace associations
 
 using namespace frame;
 
-namespace
-{
-
 /** A text as a trace line shows it. */
-const char *shown(const char *text)
+static const char *shown(const char *text)
 {
     return text ? text : "(null)";
 }
-
-} // namespace
 
 // ---- endpoints ----
 
@@ -33,10 +28,7 @@ void matchEndpoint(const char *key1, const char *key2, int direction, int *match
     }
 }
 
-namespace
-{
-
-int endpointMatches(const char *sourceKey, const char *targetKey, int direction, Notes &notes)
+static int endpointMatches(const char *sourceKey, const char *targetKey, int direction, Notes &notes)
 {
     matchEndpoint(sourceKey, targetKey, direction, &notes.match);
     return 0;
@@ -53,8 +45,6 @@ constexpr KeyPair keysOfConnection[] = {
     {"ZT_Marovelton_WSManagementService", ASSOC_RIGHT_LEFT, "CreationClassName", "Name"},
     {nullptr, ASSOC_LEFT_RIGHT, "Name", "CreationClassName"},
 };
-
-} // namespace
 
 constexpr Matcher endpointOfServices = {.keys = keysOfServices, .match = endpointMatches};
 constexpr Matcher endpointOfConnection = {.keys = keysOfConnection, .match = endpointMatches};
@@ -80,11 +70,8 @@ void matchSetting(const char *key1, const char *key2, int direction, int mode, i
     }
 }
 
-namespace
-{
-
 /** The IsCurrent of a setting that matched. */
-SettingsState stateByKeys(const char *sourceKey, const char *targetKey, int mode)
+static SettingsState stateByKeys(const char *sourceKey, const char *targetKey, int mode)
 {
     printf("IP_Mode is %d,key2 is %s, key1 is %s \n", mode, targetKey, sourceKey);
     const char *current = appliedSettingID(mode);
@@ -96,7 +83,7 @@ SettingsState stateByKeys(const char *sourceKey, const char *targetKey, int mode
     return NO;
 }
 
-int settingMatches(const char *sourceKey, const char *targetKey, int direction, Notes &notes)
+static int settingMatches(const char *sourceKey, const char *targetKey, int direction, Notes &notes)
 {
     matchSetting(sourceKey, targetKey, direction, notes.mode, &notes.match, &notes.count);
     const SettingsState state = notes.match == 1 ? stateByKeys(sourceKey, targetKey, notes.mode) : NO;
@@ -120,7 +107,7 @@ constexpr struct {
     {1, "ZT_Marovelton_IPAssignmentSettingData", "ZT_Marovelton_IPNetworkConnection"},
 };
 
-SettingsState stateByEnds(const Ends &ends, int mode)
+static SettingsState stateByEnds(const Ends &ends, int mode)
 {
     for (const auto &current : currentSettings) {
         if (mode == current.mode &&
@@ -132,7 +119,7 @@ SettingsState stateByEnds(const Ends &ends, int mode)
     return NO;
 }
 
-bool readMode(const CMPIBroker *broker, CMPIStatus *status, Notes &notes)
+static bool readMode(const CMPIBroker *broker, CMPIStatus *status, Notes &notes)
 {
     RemoteManagementServer info = {};
     if (GetRemoteManagementServerInfo(&info) != 0) {
@@ -145,7 +132,7 @@ bool readMode(const CMPIBroker *broker, CMPIStatus *status, Notes &notes)
 
 // As with every property that is not a reference, a refusal leaves the rest of the instance right.
 
-void setStates(const CMPIInstance *association, int isCurrent)
+static void setStates(const CMPIInstance *association, int isCurrent)
 {
     CMPIValue value = {};
     value.uint16 = NO;
@@ -154,23 +141,21 @@ void setStates(const CMPIInstance *association, int isCurrent)
     cmpi::setProperty(association, "IsCurrent", &value, CMPI_uint16);
 }
 
-void setByEnds(const CMPIInstance *association, const Ends &ends, const Notes &notes)
+static void setByEnds(const CMPIInstance *association, const Ends &ends, const Notes &notes)
 {
     setStates(association, stateByEnds(ends, notes.mode));
 }
 
-void setByKeys(const CMPIInstance *association, const Ends &, const Notes &notes)
+static void setByKeys(const CMPIInstance *association, const Ends &, const Notes &notes)
 {
     setStates(association, notes.current);
 }
 
-void setSequence(const CMPIInstance *association, const Ends &, const Notes &)
+static void setSequence(const CMPIInstance *association, const Ends &, const Notes &)
 {
     const CMPIValue first = {};
     cmpi::setProperty(association, "AssignedSequence", &first, CMPI_uint64);
 }
-
-} // namespace
 
 constexpr Matcher settingsOfConnection = {
     .keys = keysOfSettings, .match = settingMatches, .countTrace = "%s: IPConfig_Count is %d\n"};

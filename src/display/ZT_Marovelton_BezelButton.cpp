@@ -63,15 +63,11 @@ CMPIInstance *_makeInst_ZT_Marovelton_BezelButton(const CMPIObjectPath *referenc
 
 // ---- methods ----
 
-namespace
-{
-
-bool runSetButtonBrightness(Call &call)
+static bool runSetButtonBrightness(Call &call)
 {
     int brightness = 0;
-    if (!readArgument(
-            call, {ArgumentKind::integer, "ButtonBrightness", "Required argument ButtonBrightness missing."},
-            &brightness) ||
+    if (!readArgument(call, {integer, "ButtonBrightness", "Required argument ButtonBrightness missing."},
+                      &brightness) ||
         !requireRange(call, brightness,
                       {0, 20, "Invalid input value range. Valid values are between 0 and 20."})) {
         return false;
@@ -84,17 +80,16 @@ bool runSetButtonBrightness(Call &call)
 
 constexpr Method methods[] = {
     {.name = "SetButtonAutoFadeMode",
-     .argument = {ArgumentKind::integer, "ButtonAutoFadeMode",
-                  "Required argument ButtonAutoFadeMode missing."},
+     .argument = {integer, "ButtonAutoFadeMode", "Required argument ButtonAutoFadeMode missing."},
      .range = {0, 1, "Invalid input value range. Valid values are 0 and 1."},
      .set = setButtonAutoFadeMode},
     {.name = "SetButtonBrightness", .run = runSetButtonBrightness},
     {.name = "SetButtonColor",
-     .argument = {ArgumentKind::integer, "ButtonColor", "Required argument ButtonColor missing."},
+     .argument = {integer, "ButtonColor", "Required argument ButtonColor missing."},
      .range = {0, 2, "Invalid Input Value Range. valid values are between 0 and 2."},
      .set = setButtonColor},
     {.name = "SetButtonMode",
-     .argument = {ArgumentKind::integer, "ButtonMode", "Required argument ButtonMode missing."},
+     .argument = {integer, "ButtonMode", "Required argument ButtonMode missing."},
      .range = {0, 1, "Invalid input value range. Valid values are 0 and 1."},
      .set = SetButtonMode},
 };
@@ -107,7 +102,5 @@ constexpr ProviderClass provider = {
     .methods = methods,
     .refusals = {.missingKeyValue = 1},
 };
-
-} // namespace
 
 STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_BezelButton, provider)

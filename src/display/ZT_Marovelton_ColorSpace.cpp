@@ -78,47 +78,41 @@ CMPIInstance *_makeInst_ZT_Marovelton_ColorSpace(const CMPIObjectPath *reference
     preset.field("WhitePointV", info.WhitePointV);
     preset.field("WhitePointX", info.WhitePointX);
     preset.field("WhitePointY", info.WhitePointY);
-    preset.describe(
-        InstanceID(_InstanceID, index).text,
-        "A class derived from Logical Element that represents the single node container of the Display Management System.");
+    preset.describe(InstanceID(_InstanceID, index).text, logicalElement);
     preset.text("Name", name);
     return preset.finish();
 }
 
 // ---- methods ----
 
-namespace
-{
-
-bool readStored(Call &call, int registerId, int *value)
+static bool readStored(Call &call, int registerId, int *value)
 {
     return readRegister(registerId, COLOR_SPACE_ID, value) == 0 ||
            fail(call, CMPI_RC_ERR_FAILED, "Failed to get ColorSpace information from database.");
 }
 
 /** Passes only the preset that is in use. */
-bool requireActive(Call &call, const char *refused)
+static bool requireActive(Call &call, const char *refused)
 {
     int active = 0;
     return readStored(call, ACTIVE_COLORSPACE, &active) &&
            (active == call.index || fail(call, CMPI_RC_ERR_NOT_SUPPORTED, refused));
 }
 
-bool runSetDisplayLuminance(Call &call)
+static bool runSetDisplayLuminance(Call &call)
 {
     int luminance = 0;
     const char *text = requireText(call, "Luminance", "Required argument Luminance missing.");
     // Clients learn that the preset is not in use even when the value they gave is no luminance.
     return text && requireActive(call, "Luminance value changing allowed to active colorspace only.") &&
-           requireContent(call, text) &&
-           convert(call, text, ArgumentKind::integer, "Invalid parameter.", &luminance) &&
+           requireContent(call, text) && convert(call, text, integer, "Invalid parameter.", &luminance) &&
            requireRange(call, luminance,
                         {48, 250, "Invalid input value range. Valid values are between 48 and 250."}) &&
            settled(call, SetDisplayLuminance(luminance, call.errorText));
 }
 
 /** Passes where the engine offers a reset: its register, read afresh, is 1. */
-bool requireOffered(Call &call, int resetRegister, const char *refused)
+static bool requireOffered(Call &call, int resetRegister, const char *refused)
 {
     int offered = 0;
     return settled(call, InvokeGetMethod_Spear(COLOR_SPACE_ID, call.errorText)) &&
@@ -126,7 +120,7 @@ bool requireOffered(Call &call, int resetRegister, const char *refused)
            (offered == 1 || fail(call, CMPI_RC_ERR_NOT_SUPPORTED, refused));
 }
 
-bool lastCalibrationCanBeReset(Call &call)
+static bool lastCalibrationCanBeReset(Call &call)
 {
     return requireOffered(call, RESET_LAST_CALIBRATION,
                           "Operation not allowed.Current store have user-adjusted luminance") &&
@@ -134,7 +128,7 @@ bool lastCalibrationCanBeReset(Call &call)
 }
 
 /** Unlike the last calibration, the factory's may be restored on a preset that is not in use. */
-bool factoryCalibrationCanBeReset(Call &call)
+static bool factoryCalibrationCanBeReset(Call &call)
 {
     return requireOffered(call, RESET_FACTORY_CALIBRATION,
                           "Operation not allowed.Current store is same as factory store");
@@ -159,7 +153,5 @@ constexpr ProviderClass provider = {
     .methods = methods,
     .refusals = {.wrongKey = CMPI_RC_ERR_INVALID_PARAMETER, .missingKeyValue = 1},
 };
-
-} // namespace
 
 STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_ColorSpace, provider)

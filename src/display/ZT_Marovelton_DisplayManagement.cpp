@@ -51,9 +51,7 @@ CMPIInstance *_makeInst_ZT_Marovelton_DisplayManagement(const CMPIObjectPath *re
     switches.boolean("PowerOnRecallEnabled", info.PowerOnRecallEnabled);
     switches.boolean("PowerSaverEnabled", info.PowerSaverEnabled);
     switches.uint16("DisplayPortHotPlugDetection", info.DisplayPortHotPlugDetection);
-    switches.describe(
-        _InstanceID,
-        "A class derived from Logical Element that represents the single node container of the Display Management System.");
+    switches.describe(_InstanceID, logicalElement);
     switches.formatted("Name", "%s-DisplayManagement", system.text);
     return switches.finish();
 }
@@ -64,42 +62,38 @@ CMPIInstance *_makeInst_ZT_Marovelton_DisplayManagement(const CMPIObjectPath *re
 // take numbers only.
 constexpr Method methods[] = {
     {.name = "SetAutoEDIDUpdateEnabled",
-     .argument = {ArgumentKind::toggle, "AutoEDIDUpdateEnabled",
-                  "Required argument AutoEDIDUpdateEnabled missing."},
+     .argument = {toggle, "AutoEDIDUpdateEnabled", "Required argument AutoEDIDUpdateEnabled missing."},
      .range = {0, 1, "Invalid input value range. Valid values are between 0 and 1."},
      .set = setAutoEDIDUpdateState},
     {.name = "SetCalibrationEnabled",
      .administrator = true,
-     .argument = {ArgumentKind::toggle, "CalibrationEnabled",
-                  "Required argument CalibrationEnabled missing."},
+     .argument = {toggle, "CalibrationEnabled", "Required argument CalibrationEnabled missing."},
      .range = {0, 1, "Invalid input value range, Valid values are 0 and 1."},
      .set = setCalibrationState},
     {.name = "SetDDCCICommunicationsEnabled",
-     .argument = {ArgumentKind::toggle, "DDCCICommunicationsEnabled",
+     .argument = {toggle, "DDCCICommunicationsEnabled",
                   "Required argument DDCCICommunicationsEnabled missing."},
      .range = {0, 1, "Invalid input value range. Valid values are 0 and 1."},
      .set = setDDCCICommunicationsState},
     {.name = "SetHotPlugInitiateEnabled",
-     .argument = {ArgumentKind::toggle, "HotPlugInitiateEnabled",
-                  "Required argument HotPlugInitiateEnabled missing."},
+     .argument = {toggle, "HotPlugInitiateEnabled", "Required argument HotPlugInitiateEnabled missing."},
      .range = {0, 1, "Invalid input value range, Valid values are 0 and 1."},
      .set = setHotPlugInitiateState},
     {.name = "SetPowerOnRecallEnabled",
-     .argument = {ArgumentKind::toggle, "PowerOnRecallEnabled",
-                  "Required argument PowerOnRecallEnabled missing."},
+     .argument = {toggle, "PowerOnRecallEnabled", "Required argument PowerOnRecallEnabled missing."},
      .range = {0, 1, "Invalid input value range, Valid values are 0 and 1."},
      .set = setPowerOnRecallState},
     {.name = "SetPowerSaverEnabled",
-     .argument = {ArgumentKind::toggle, "PowerSaverEnabled", "Required argument PowerSaverEnabled missing."},
+     .argument = {toggle, "PowerSaverEnabled", "Required argument PowerSaverEnabled missing."},
      .range = {0, 1, "Invalid input value range. Valid values are between 0 and 1."},
      .set = setPowerSaverState},
     {.name = "SetDisplayPortHotPlugDetection",
-     .argument = {ArgumentKind::integer, "DisplayPortHotPlugDetection",
+     .argument = {integer, "DisplayPortHotPlugDetection",
                   "Required argument DisplayPortHotPlugDetection missing."},
      .range = {0, 1, "Invalid input value range. Valid values are 0 and 1."},
      .set = setDisplayPortHotPlugDetection},
     {.name = "SetDisplayPortComapatibility",
-     .argument = {ArgumentKind::integer, "DisplayPortComapatibility",
+     .argument = {integer, "DisplayPortComapatibility",
                   "Required argument DisplayPortComapatibility missing."},
      .range = {0, 1, "Invalid input value range. Valid values are 0 and 1."},
      .set = setDisplayPortComapatibility},

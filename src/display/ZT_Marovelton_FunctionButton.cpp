@@ -54,17 +54,14 @@ CMPIInstance *_makeInst_ZT_Marovelton_FunctionButton(const CMPIObjectPath *refer
 
 // ---- methods ----
 
-namespace
-{
-
-bool runSetSetting(Call &call)
+static bool runSetSetting(Call &call)
 {
     int setting = 0;
     // Clients know an unknown button by the failed code here, unlike in GetInstance.
     if (ValidateFunctionButtonInstanceID(call.key, call.errorText, &call.index) != 0) {
         return fail(call, CMPI_RC_ERR_FAILED, call.errorText);
     }
-    return readArgument(call, {ArgumentKind::integer, "Setting", "Invalid parameter."}, &setting) &&
+    return readArgument(call, {integer, "Setting", "Invalid parameter."}, &setting) &&
            requireRange(call, setting,
                         {1, 17, "Invalid input value range. Valid values are between 1 and 17."}) &&
            settled(call, SetButtonSetting(setting, buttonRegisters[call.index], call.errorText));
@@ -83,7 +80,5 @@ constexpr ProviderClass provider = {
     .methods = methods,
     .refusals = {.checkKeyValue = false, .unknownMethodValue = 0, .missingKeyValue = 1},
 };
-
-} // namespace
 
 STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_FunctionButton, provider)

@@ -96,35 +96,31 @@ CMPIInstance *_makeInst_ZT_Marovelton_ImageAdjustment(const CMPIObjectPath *refe
     picture.uint16Array("DCIImageRegion", {image.CurrentDCIOptions});
     // Not the record's field of that name: the scaling in use is among the options for 4K.
     picture.uint16Array("SourceScaling4K", {image.CurrentDCIOptions4K});
-    picture.describe(
-        _InstanceID,
-        "A class derived from Logical Element that represents the single node container of the Display Management System.");
+    picture.describe(_InstanceID, logicalElement);
     picture.formatted("Name", "%s-ImageAdjustment", system.text);
     return picture.finish();
 }
 
 // ---- methods ----
 
-namespace
-{
 constexpr int pixelForPixel = 4; // an aspect ratio: only then is a 4K source larger than the display
 
 /** Reads the settings after asking the engine to refresh them. */
-bool readImage(Call &call, ImageAdjustment *image)
+static bool readImage(Call &call, ImageAdjustment *image)
 {
     return settled(call, InvokeGetMethod_Spear(IMAGE_ADJ_SETTINGS_ID, call.errorText)) &&
            (GetImageAdjustmentInfo(image) == 0 ||
             fail(call, CMPI_RC_ERR_FAILED, "Failed to get Settings information from database."));
 }
 
-bool is4K(const ImageAdjustment &image)
+static bool is4K(const ImageAdjustment &image)
 {
     const int width = image.HorizontalResolution;
     return image.VerticalResolution == 2160 && (width == 4096 || width == 4095 || width == 3840);
 }
 
 /** Passes while a 4K source is shown pixel for pixel, and gives the settings. */
-bool require4KRegion(Call &call, ImageAdjustment *image)
+static bool require4KRegion(Call &call, ImageAdjustment *image)
 {
     if (!readImage(call, image)) {
         return false;
@@ -135,34 +131,27 @@ bool require4KRegion(Call &call, ImageAdjustment *image)
     return is4K(*image) || fail(call, CMPI_RC_ERR_NOT_SUPPORTED, "4k not supported.(Unsupported Resolution)");
 }
 
-bool cornerCanBeChosen(Call &call)
+static bool cornerCanBeChosen(Call &call)
 {
     ImageAdjustment image = {};
     return require4KRegion(call, &image);
 }
 
-bool scalingCanBeModified(Call &call)
+static bool scalingCanBeModified(Call &call)
 {
     ImageAdjustment image = {};
-    if (!readImage(call, &image)) {
-        return false;
-    }
-    if (!is4K(image)) {
-        return fail(call, CMPI_RC_ERR_NOT_SUPPORTED,
-                    "SourceScaling4K cannot be modified.(Unsupported Resolution)");
-    }
-    return true;
+    return readImage(call, &image) &&
+           (is4K(image) || fail(call, CMPI_RC_ERR_NOT_SUPPORTED,
+                                "SourceScaling4K cannot be modified.(Unsupported Resolution)"));
 }
 
-/** Where the region may stand on a source of one width with one digital-cinema region, in pixels. */
-struct RegionBounds {
-    int width;
-    int dciOption;
-    int minX, maxX;
-    int minY, maxY;
-};
 constexpr int any = -1;
-constexpr RegionBounds regionBounds[] = {
+
+/** Where the region may stand on a source of one width with one digital-cinema region, in pixels. */
+constexpr struct {
+    int width, dciOption;
+    int minX, maxX, minY, maxY;
+} regionBounds[] = {
     {4096, 0, 0, 1536, 0, 720},
     {4095, 0, 0, 1535, 0, 720},
     {4096, 1, 50, 1486, 0, 720},
@@ -174,9 +163,9 @@ constexpr RegionBounds regionBounds[] = {
     {any, any, 0, -1, 0, -1},
 };
 
-const RegionBounds &boundsOf(const ImageAdjustment &image)
+static const auto &boundsOf(const ImageAdjustment &image)
 {
-    const RegionBounds *bounds = regionBounds;
+    const auto *bounds = regionBounds;
     while ((bounds->width != any && bounds->width != image.HorizontalResolution) ||
            (bounds->dciOption != any && bounds->dciOption != image.CurrentDCIOptions)) {
         ++bounds; // ends at the last row, which fits everything
@@ -185,35 +174,33 @@ const RegionBounds &boundsOf(const ImageAdjustment &image)
 }
 
 /** Reads one coordinate, within bounds that stand in its range text. */
-bool readCoordinate(Call &call, const Argument &argument, int min, int max, const char *rangeText, int *value)
+static bool readCoordinate(Call &call, const char *name, const char *missing, int min, int max,
+                           const char *rangeText, int *value)
 {
     char text[128];
     snprintf(text, sizeof text, rangeText, min, max);
-    return readArgument(call, argument, value) && requireRange(call, *value, {min, max, text});
+    return readArgument(call, {integer, name, missing}, value) &&
+           requireRange(call, *value, {min, max, text});
 }
 
-bool runSet4KRegionPosition(Call &call)
+static bool runSet4KRegionPosition(Call &call)
 {
     ImageAdjustment image = {};
     if (!require4KRegion(call, &image)) {
         return false;
     }
-    const RegionBounds &bounds = boundsOf(image);
+    const auto &bounds = boundsOf(image);
     int x = 0;
     int y = 0;
-    return readCoordinate(
-               call,
-               {ArgumentKind::integer, "Position4KRegionX", "Required argument Position4KRegionX missing."},
-               bounds.minX, bounds.maxX, "Invalid Position4KRegionX value %d and %d", &x) &&
-           readCoordinate(
-               call,
-               {ArgumentKind::integer, "Position4KRegionY", "Required argument Position4KRegionY missing."},
-               bounds.minY, bounds.maxY,
-               "Invalid Position4KRegionY value. Valid values are between %d and %d", &y) &&
+    return readCoordinate(call, "Position4KRegionX", "Required argument Position4KRegionX missing.",
+                          bounds.minX, bounds.maxX, "Invalid Position4KRegionX value %d and %d", &x) &&
+           readCoordinate(call, "Position4KRegionY", "Required argument Position4KRegionY missing.",
+                          bounds.minY, bounds.maxY,
+                          "Invalid Position4KRegionY value. Valid values are between %d and %d", &y) &&
            settled(call, Set4KRegionPosition(x, y, call.errorText));
 }
 
-bool runSet4KDisplayMode(Call &call)
+static bool runSet4KDisplayMode(Call &call)
 {
     // Offered by no engine. The argument is fetched all the same, given or not, and the message clients
     // know is the blank that no setting has replaced.
@@ -221,7 +208,7 @@ bool runSet4KDisplayMode(Call &call)
     return fail(call, CMPI_RC_ERR_NOT_SUPPORTED, call.errorText);
 }
 
-bool runSetShow4KPositionOverlay(Call &call)
+static bool runSetShow4KPositionOverlay(Call &call)
 {
     return fail(call, CMPI_RC_ERR_NOT_SUPPORTED, call.methodName);
 }
@@ -229,57 +216,53 @@ bool runSetShow4KPositionOverlay(Call &call)
 // The range texts differ in small words; clients know each as it stands.
 constexpr Method methods[] = {
     {.name = "SetCroppedRegionOpacity",
-     .argument = {ArgumentKind::integer, "CroppedRegionOpacity",
-                  "Required argument CroppedRegionOpacity missing."},
+     .argument = {integer, "CroppedRegionOpacity", "Required argument CroppedRegionOpacity missing."},
      .range = {25, 100, "Invalid input value range. Valid values are between 25 and 100."},
      .set = setCroppedRegionOpacity},
     {.name = "SetDCIImageRegion",
-     .argument = {ArgumentKind::integer, "DCIImageRegion", "Required argument DCIImageRegion missing."},
+     .argument = {integer, "DCIImageRegion", "Required argument DCIImageRegion missing."},
      .range = {0, 2, "Invalid input value range. Valid values are between 0 and 2."},
      .set = setDCIImageRegion},
     {.name = "SetDisplayAspectRatio",
-     .argument = {ArgumentKind::integer, "DisplayAspectRatio",
-                  "Required argument DisplayAspectRatio missing."},
+     .argument = {integer, "DisplayAspectRatio", "Required argument DisplayAspectRatio missing."},
      .range = {0, 4, "Invalid input value range, Valid values are between 0 and 4."},
      .set = setDisplayAspectRatio},
     {.name = "Set4KDisplayMode", .run = runSet4KDisplayMode},
     {.name = "SetDisplayed4KCorner", .precondition = cornerCanBeChosen, .act = setDisplayed4KCorner},
     {.name = "SetOverscanFrame",
-     .argument = {ArgumentKind::toggle, "OverscanFrame", "Required argument OverscanFrame missing."},
+     .argument = {toggle, "OverscanFrame", "Required argument OverscanFrame missing."},
      .range = {0, 1, "Invalid input value range. Valid value are 0 or 1."},
      .set = setOverscanFrame},
     {.name = "Set4KRegionPosition", .run = runSet4KRegionPosition},
     {.name = "SetShow4KPositionOverlay", .run = runSetShow4KPositionOverlay},
     {.name = "SetShowBlueChannel",
-     .argument = {ArgumentKind::toggle, "ShowBlueChannel", "Required argument ShowBlueChannel missing."},
+     .argument = {toggle, "ShowBlueChannel", "Required argument ShowBlueChannel missing."},
      .range = {0, 1, "Invalid input value. Valid values are 0 or 1."},
      .set = setShowBlueChannel},
     {.name = "SetShowCroppedRegion",
-     .argument = {ArgumentKind::toggle, "ShowCroppedRegion", "Required argument ShowCroppedRegion missing."},
+     .argument = {toggle, "ShowCroppedRegion", "Required argument ShowCroppedRegion missing."},
      .range = {0, 1, "Invalid input value range, Valid value are 0 or 1."},
      .set = setShowCroppedRegionForImageAdjustment},
     {.name = "SetUseVideoLevels",
-     .argument = {ArgumentKind::toggle, "UseVideoLevels", "Required argument UseVideoLevels missing."},
+     .argument = {toggle, "UseVideoLevels", "Required argument UseVideoLevels missing."},
      .range = {0, 1, "Invalid input value range, Valid value are 0 or 1."},
      .set = setUseVideoLevels},
     {.name = "SetOverdriveEnabled",
-     .argument = {ArgumentKind::toggle, "OverdriveEnabled", "Required argument OverdriveEnabled missing."},
+     .argument = {toggle, "OverdriveEnabled", "Required argument OverdriveEnabled missing."},
      .range = {0, 1, "Invalid input value range, Valid value are 0 or 1."},
      .set = setOverdrive},
     {.name = "SetDeinterlacerEnabled",
      .administrator = true,
-     .argument = {ArgumentKind::toggle, "DeinterlacerEnabled",
-                  "Required argument DeinterlacerEnabled missing."},
+     .argument = {toggle, "DeinterlacerEnabled", "Required argument DeinterlacerEnabled missing."},
      .range = {0, 1, "Invalid input value range, Valid value are 0 or 1."},
      .set = setDeinterlacer},
     {.name = "SetCadenceDetectionEnabled",
      .administrator = true,
-     .argument = {ArgumentKind::toggle, "CadenceDetectionEnabled",
-                  "Required argument CadenceDetectionEnabled missing."},
+     .argument = {toggle, "CadenceDetectionEnabled", "Required argument CadenceDetectionEnabled missing."},
      .range = {0, 1, "Invalid input value range, Valid value are 0 or 1."},
      .set = setCadence},
     {.name = "Set4KSourceScaling",
-     .argument = {ArgumentKind::integer, "SourceScaling4K", "Required argument SourceScaling4K missing."},
+     .argument = {integer, "SourceScaling4K", "Required argument SourceScaling4K missing."},
      .precondition = scalingCanBeModified,
      .range = {0, 3, "Invalid input value range. Valid values are between 0 and 3"}, // no full stop
      .set = set4KSourceScaling},
@@ -292,7 +275,5 @@ constexpr ProviderClass provider = {
                  .instance = _makeInst_ZT_Marovelton_ImageAdjustment},
     .methods = methods,
 };
-
-} // namespace
 
 STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_ImageAdjustment, provider)

@@ -20,10 +20,7 @@ constexpr Key keys[] = {
 
 // ---- settings ----
 
-namespace
-{
-
-int updated(int result, char *errorText)
+static int updated(int result, char *errorText)
 {
     if (result == 0) {
         return 0;
@@ -31,8 +28,6 @@ int updated(int result, char *errorText)
     copyText(errorText, ERROR_TEXT_SIZE, "Failed to update.");
     return -1;
 }
-
-} // namespace
 
 int setDisplayName(const char *name, char *errorText)
 {
@@ -115,12 +110,9 @@ CMPIInstance *_makeInst_ZT_Marovelton_Monitor(const CMPIObjectPath *reference, C
 
 // ---- methods ----
 
-namespace
-{
-
 /** SetName, SetDeploymentLocation and SetDeploymentDate: a text for the settings database. */
-bool storeText(Call &call, const char *argument, const char *missing, int (*validate)(const char *),
-               const char *refused, int (*store)(const char *, char *))
+static bool storeText(Call &call, const char *argument, const char *missing, int (*validate)(const char *),
+                      const char *refused, int (*store)(const char *, char *))
 {
     const char *text = requireText(call, argument, missing);
     if (!text || !requireContent(call, text)) {
@@ -132,23 +124,26 @@ bool storeText(Call &call, const char *argument, const char *missing, int (*vali
     return settled(call, store(text, call.errorText));
 }
 
-bool runSetName(Call &call)
+static bool runSetName(Call &call)
 {
     return storeText(call, "Name", "Required argument Name missing.", ValidateDisplayName,
                      "Invalid String or String is outof range.", setDisplayName);
 }
 
-bool runSetDeploymentLocation(Call &call)
+static bool runSetDeploymentLocation(Call &call)
 {
     return storeText(call, "DeploymentLocation", "Required argument DeploymentLocation missing.", nullptr,
                      nullptr, setDeploymentLocation);
 }
 
-bool runSetDeploymentDate(Call &call)
+static bool runSetDeploymentDate(Call &call)
 {
     return storeText(call, "DeploymentDate", "Required argument DeploymentDate missing",
                      ValidateDeploymentDate, "Invalid date. date format is DD/MM/YYYY", setDeploymentDate);
 }
+
+namespace
+{
 
 /** Reads a reference argument to one of the numbered instances of a class. */
 struct NumberedReference {
@@ -163,7 +158,9 @@ struct NumberedReference {
     Range range;
 };
 
-bool readNumberedReference(Call &call, const NumberedReference &expected, int *index)
+} // namespace
+
+static bool readNumberedReference(Call &call, const NumberedReference &expected, int *index)
 {
     const char *className = nullptr;
     const CMPIObjectPath *path = requireReference(call, expected.argument, expected.texts, &className);
@@ -187,7 +184,7 @@ bool readNumberedReference(Call &call, const NumberedReference &expected, int *i
     return requireRange(call, *index, expected.range);
 }
 
-bool runSetActiveColorSpace(Call &call)
+static bool runSetActiveColorSpace(Call &call)
 {
     static constexpr NumberedReference colorSpace = {
         .argument = "ColorSpace",
@@ -208,7 +205,7 @@ bool runSetActiveColorSpace(Call &call)
            settled(call, SetActiveColorSpace(index, call.errorText));
 }
 
-bool runSetSelectedVideoInput(Call &call)
+static bool runSetSelectedVideoInput(Call &call)
 {
     static constexpr NumberedReference videoInput = {
         .argument = "VideoInput",
@@ -229,13 +226,11 @@ bool runSetSelectedVideoInput(Call &call)
            settled(call, SetSelectedVideoInput(index, call.errorText));
 }
 
-bool runSetSoftPowerState(Call &call)
+static bool runSetSoftPowerState(Call &call)
 {
     int state = 0;
-    if (!readArgument(
-            call,
-            {ArgumentKind::leadingInteger, "SoftPowerState", "Required argument SoftPowerState missing"},
-            &state) ||
+    if (!readArgument(call, {leadingInteger, "SoftPowerState", "Required argument SoftPowerState missing"},
+                      &state) ||
         !requireRange(call, state, {0, 1, "Invalid input value range. Valid values are between 0 and 1."})) {
         return false;
     }
@@ -248,14 +243,14 @@ bool runSetSoftPowerState(Call &call)
 
 constexpr Method methods[] = {
     {.name = "SetAutoSwitchSource",
-     .argument = {ArgumentKind::toggle, "AutoSwitchSource", "Required argument AutoSwitchSource missing."},
+     .argument = {toggle, "AutoSwitchSource", "Required argument AutoSwitchSource missing."},
      .set = setAutoSwitchSource},
     {.name = "SetName", .administrator = true, .run = runSetName},
     {.name = "SetDeploymentLocation", .administrator = true, .run = runSetDeploymentLocation},
     {.name = "SetDeploymentDate", .administrator = true, .run = runSetDeploymentDate},
     {.name = "SetRecalibrationAlarmDuration",
      .administrator = true,
-     .argument = {ArgumentKind::leadingInteger, "RecalibrationAlarmDuration",
+     .argument = {leadingInteger, "RecalibrationAlarmDuration",
                   "Required argument RecalibrationAlarmDuration missing"},
      .range = {1, 1000, "Invalid input value range. Valid values are between 1 and 1000."},
      .set = DoRecalibrationAlarmDuration},
@@ -290,7 +285,5 @@ constexpr ProviderClass provider = {
     .methods = methods,
     .refusals = {.wrongClass = nullptr},
 };
-
-} // namespace
 
 STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_Monitor, provider)

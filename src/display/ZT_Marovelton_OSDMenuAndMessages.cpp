@@ -18,19 +18,14 @@ constexpr const char *_InstanceID = "ZT:Marovelton_OSDMenuAndMessages";
 
 // ---- settings ----
 
-namespace
-{
-
 /** Cut off toward zero; a number beyond int becomes the nearest int, what is no number becomes 0. */
-int truncated(double value)
+static int truncated(double value)
 {
     if (std::isnan(value)) {
         return 0;
     }
     return value >= INT_MAX ? INT_MAX : value <= INT_MIN ? INT_MIN : static_cast<int>(value);
 }
-
-} // namespace
 
 int GetLanguageValue(int language)
 {
@@ -118,28 +113,19 @@ CMPIInstance *_makeInst_ZT_Marovelton_OSDMenuAndMessages(const CMPIObjectPath *r
     // The engine's code, although SetLanguage takes the numbering of the class definition.
     osd.uint16Array("Language", {info.Language});
     osd.uint16Array("DisplayRotation", {info.DisplayRotation});
-    osd.describe(
-        _InstanceID,
-        "A class derived from Logical Element that represents the single node container of the Display Management System.");
+    osd.describe(_InstanceID, logicalElement);
     osd.formatted("Name", "%s-OSDMenuAndMessages", system.text);
     return osd.finish();
 }
 
 // ---- methods ----
 
-namespace
-{
-
-bool runSetOSDPosition(Call &call)
+static bool runSetOSDPosition(Call &call)
 {
     int x = 0;
     int y = 0;
-    return readArgument(call,
-                        {ArgumentKind::integer, "OSDPositionX", "Required argument OSDPositionX missing."},
-                        &x) &&
-           readArgument(call,
-                        {ArgumentKind::integer, "OSDPositionY", "Required argument OSDPositionY missing."},
-                        &y) &&
+    return readArgument(call, {integer, "OSDPositionX", "Required argument OSDPositionX missing."}, &x) &&
+           readArgument(call, {integer, "OSDPositionY", "Required argument OSDPositionY missing."}, &y) &&
            requirePosition(
                call, x,
                {0, 2560, "Invalid input value range, Valid values of OSDpositionX between 0 and 2560."}, y,
@@ -148,7 +134,7 @@ bool runSetOSDPosition(Call &call)
            settled(call, SetOSDPosition(x, y, call.errorText));
 }
 
-bool runSetOpacity(Call &call)
+static bool runSetOpacity(Call &call)
 {
     const char *text = requireText(call, "Opacity", "Required argument Opacity missing.");
     if (!text || !requireContent(call, text)) {
@@ -167,38 +153,36 @@ bool runSetOpacity(Call &call)
 
 constexpr Method methods[] = {
     {.name = "SetMenuAndMessageTimeOut",
-     .argument = {ArgumentKind::integer, "MenuAndMessageTimeOut",
-                  "Required argument MenuAndMessageTimeOut missing."},
+     .argument = {integer, "MenuAndMessageTimeOut", "Required argument MenuAndMessageTimeOut missing."},
      .range = {5, 30, "Invalid input value range. Valid values are between 5 and 30."},
      .set = SetMenuAndMessageTimeOut},
     {.name = "SetLanguage",
-     .argument = {ArgumentKind::integer, "Language", "Required argument Language missing."},
+     .argument = {integer, "Language", "Required argument Language missing."},
      .range = {0, 9, "Invalid input value range.Valid values are between 0 and 9."},
      .set = SetLanguage},
     {.name = "SetNotifyWhenRecalibrationIsDue",
-     .argument = {ArgumentKind::toggle, "NotifyWhenReCalibrationIsDue",
+     .argument = {toggle, "NotifyWhenReCalibrationIsDue",
                   "Required argument NotifyWhenReCalibrationIsDue missing."},
      .range = {0, 1, "Invalid input value range. Valid values are 0 or 1."},
      .set = SetNotifyWhenRecalibrationIsDueState},
     {.name = "SetOSDPosition", .run = runSetOSDPosition},
     {.name = "SetOpacity", .run = runSetOpacity},
     {.name = "SetShowInfoWhenColorSpaceChanges",
-     .argument = {ArgumentKind::toggle, "ShowInfoWhenColorSpaceChanges",
+     .argument = {toggle, "ShowInfoWhenColorSpaceChanges",
                   "Required argument ShowInfoWhenColorSpaceChanges missing."},
      .range = {0, 1, "Invalid input value range.Valid values are 0 or 1."},
      .set = SetShowInfoWhenColorSpaceChangeState},
     {.name = "SetShowInfoWhenInputSourceChanges",
-     .argument = {ArgumentKind::toggle, "ShowInfoWhenInputSourceChanges",
+     .argument = {toggle, "ShowInfoWhenInputSourceChanges",
                   "Required argument ShowInfoWhenInputSourceChanges missing."},
      .range = {0, 1, "Invalid input value range, Valid values are 0 or 1."},
      .set = SetShowInfoWhenInputSourceChangeState},
     {.name = "SetShowInfoWhenPoweredOn",
-     .argument = {ArgumentKind::toggle, "ShowInfoWhenPoweredOn",
-                  "Required argument ShowInfoWhenPoweredOn missing."},
+     .argument = {toggle, "ShowInfoWhenPoweredOn", "Required argument ShowInfoWhenPoweredOn missing."},
      .range = {0, 1, "Invalid input value range. Valid values are 0 or 1."},
      .set = SetShowInfoWhenPoweredOnState},
     {.name = "SetDisplayRotation",
-     .argument = {ArgumentKind::integer, "DisplayRotation", "Required argument DisplayRotation missing."},
+     .argument = {integer, "DisplayRotation", "Required argument DisplayRotation missing."},
      .range = {0, 1, "Invalid input value range. Valid values are 0 or 1."},
      .set = setDisplayRotation},
 };
@@ -212,7 +196,5 @@ constexpr ProviderClass provider = {
     .returnType = CMPI_uint8,
     .refusals = {.wrongClass = nullptr},
 };
-
-} // namespace
 
 STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_OSDMenuAndMessages, provider)

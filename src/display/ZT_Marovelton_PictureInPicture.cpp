@@ -62,9 +62,7 @@ CMPIInstance *_makeInst_ZT_Marovelton_PictureInPicture(const CMPIObjectPath *ref
     pip.boolean("ShowDCICroppedRegion", info.ShowCroppedRegion);
     pip.uint16Array("DigitalCinemaOption", {info.ImageRegion});
     pip.uint16Array("PIPInputSource", {info.PipInputSource});
-    pip.describe(
-        _InstanceID,
-        "A class derived from Logical Element that represents the single node container of the Display Management System.");
+    pip.describe(_InstanceID, logicalElement);
     pip.formatted("Name", "%s-PictureInPicture", system.text);
     return pip.finish();
 }
@@ -107,9 +105,11 @@ enum class Needs : uint8_t {
     inset,         // neither off nor beside the main picture
 };
 
+} // namespace
+
 /** Refreshes the engine's values and refuses with `refusal` unless the live mode is one that is needed. A
  * mode that cannot be read refuses nothing. */
-bool requireMode(Call &call, Needs needs, const char *refusal)
+static bool requireMode(Call &call, Needs needs, const char *refusal)
 {
     if (!settled(call, InvokeGetMethod_Spear(PIP_INFO_ID, call.errorText))) {
         return false;
@@ -121,12 +121,12 @@ bool requireMode(Call &call, Needs needs, const char *refusal)
     return true;
 }
 
-bool inputSourceCanBeSet(Call &call)
+static bool inputSourceCanBeSet(Call &call)
 {
     return requireMode(call, Needs::inset, "PIP mode is off. Unable to set the value for PIPInput source");
 }
 
-bool inputsCanBeSwapped(Call &call)
+static bool inputsCanBeSwapped(Call &call)
 {
     CMPIStatus counted = {CMPI_RC_OK, nullptr};
     if (cmpi::getArgCount(call.in, &counted) != 0 || counted.rc != CMPI_RC_OK) {
@@ -137,19 +137,19 @@ bool inputsCanBeSwapped(Call &call)
                        "PIP mode is off. Unable to set the value for Swap input source");
 }
 
-bool sizeCanBeSet(Call &call)
+static bool sizeCanBeSet(Call &call)
 {
     // Refused beside the main picture as well, although the text speaks of the opposite.
     return requireMode(call, Needs::inset,
                        "PIP mode or picture beside picture is off. Unable to set the value for pip size");
 }
 
-bool overScanCanBeSet(Call &call)
+static bool overScanCanBeSet(Call &call)
 {
     return requireMode(call, Needs::secondPicture, "PIP mode is off. Unable to set the value for OverScan");
 }
 
-bool digitalCinemaOptionCanBeSet(Call &call)
+static bool digitalCinemaOptionCanBeSet(Call &call)
 {
     int width = 0;
     int height = 0;
@@ -169,13 +169,11 @@ bool digitalCinemaOptionCanBeSet(Call &call)
 
 // ---- methods ----
 
-struct PositionLimits {
+// By PipSize. Clients know the maximum inset as the one with the smallest range.
+constexpr struct {
     Range x, y;
     const char *both;
-};
-
-// By PipSize. Clients know the maximum inset as the one with the smallest range.
-constexpr PositionLimits positionLimits[] = {
+} positionLimits[] = {
     {{160, 480, "Invalid values, PIP Size is maximum. Valid Values of PIPPositionX are between 160 and 480."},
      {160, 200, "Invalid values, PIP Size is maximum. Valid values of PIPPositionY are between 160 and 200."},
      "Invalid values, PIP Size is maximum. Valid Values of PIPPositionX are between 160 and 480 and Valid values of PIPPositionY are between 160 and 200."},
@@ -191,14 +189,12 @@ constexpr PositionLimits positionLimits[] = {
 };
 static_assert(PIP_SIZE_MAXIMUM == 0 && PIP_SIZE_MINIMUM == 1 && PIP_SIZE_DEFAULT == 2);
 
-bool runSetPIPPosition(Call &call)
+static bool runSetPIPPosition(Call &call)
 {
     int x = 0;
     int y = 0;
-    if (!readArgument(
-            call, {ArgumentKind::integer, "PIPPositionX", "Required argument PIPPositionX missing."}, &x) ||
-        !readArgument(
-            call, {ArgumentKind::integer, "PIPPositionY", "Required argument PIPPositionY missing."}, &y) ||
+    if (!readArgument(call, {integer, "PIPPositionX", "Required argument PIPPositionX missing."}, &x) ||
+        !readArgument(call, {integer, "PIPPositionY", "Required argument PIPPositionY missing."}, &y) ||
         !requireMode(call, Needs::inset,
                      "PIP mode or picture in picture is off. Unable to set the value for pip positions")) {
         return false;
@@ -207,41 +203,40 @@ bool runSetPIPPosition(Call &call)
     if (size < PIP_SIZE_MAXIMUM || size > PIP_SIZE_DEFAULT) { // no limits are known for it
         return fail(call, CMPI_RC_ERR_FAILED, "Failed to get PIPSettings information from database.");
     }
-    const PositionLimits &limits = positionLimits[size];
+    const auto &limits = positionLimits[size];
     return requirePosition(call, x, limits.x, y, limits.y, limits.both) &&
            settled(call, SetPIPPosition(x, y, call.errorText));
 }
 
 constexpr Method methods[] = {
     {.name = "SetPIPInputSource",
-     .argument = {ArgumentKind::integer, "PIPInputSource", "Required argument PIPInputSource missing."},
+     .argument = {integer, "PIPInputSource", "Required argument PIPInputSource missing."},
      .precondition = inputSourceCanBeSet,
      .range = {0, 2, "Invalid input value range, Enter valid values 0 to 2."},
      .set = SetPIPInputSource},
     {.name = "SwapPrimaryPIPInputs", .precondition = inputsCanBeSwapped, .act = SetSwapInputSource},
     {.name = "SetPIPPosition", .run = runSetPIPPosition},
     {.name = "SetPIPSize",
-     .argument = {ArgumentKind::integer, "PIPSize", "Required argument PIPSize missing."},
+     .argument = {integer, "PIPSize", "Required argument PIPSize missing."},
      .precondition = sizeCanBeSet,
      .range = {0, 2, "Invalid input value range. Valid values are between 0 and 2."},
      .set = SetPIPSize},
     {.name = "SetPIPMode",
-     .argument = {ArgumentKind::integer, "PIPMode", "Required argument PIPMode missing."},
+     .argument = {integer, "PIPMode", "Required argument PIPMode missing."},
      .range = {0, 2, "Invalid input value range, Valid values are between 0 and 2."},
      .set = SetPIPMode},
     {.name = "SetPIPOverscanEnabled",
-     .argument = {ArgumentKind::toggle, "PIPOverscanEnabled", "Required argument PIPOverscanEnabled missing.",
+     .argument = {toggle, "PIPOverscanEnabled", "Required argument PIPOverscanEnabled missing.",
                   "Invalid Parameter."},
      .precondition = overScanCanBeSet,
      .range = {0, 1, "Invalid input value range. Valid values are 0 and 1."},
      .set = SetOverScan},
     {.name = "SetUseVideoLevels",
-     .argument = {ArgumentKind::toggle, "UseVideoLevels", "Required argument UseVideoLevels missing."},
+     .argument = {toggle, "UseVideoLevels", "Required argument UseVideoLevels missing."},
      .range = {0, 1, "Invalid input value range, Valid value are 0 or 1."},
      .set = SetUseVideoLevels},
     {.name = "SetDigitalCinemaOption",
-     .argument = {ArgumentKind::integer, "DigitalCinemaOption",
-                  "Required argument DigitalCinemaOption missing."},
+     .argument = {integer, "DigitalCinemaOption", "Required argument DigitalCinemaOption missing."},
      .precondition = digitalCinemaOptionCanBeSet,
      .range = {0, 2, "Invalid input value range. Valid values are between 0 and 2."},
      .set = SetDigitalCinemaOption},
@@ -255,7 +250,5 @@ constexpr ProviderClass provider = {
     .methods = methods,
     .refusals = {.wrongClass = nullptr},
 };
-
-} // namespace
 
 STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_PictureInPicture, provider)

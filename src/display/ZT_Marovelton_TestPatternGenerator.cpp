@@ -42,9 +42,7 @@ CMPIInstance *_makeInst_ZT_Marovelton_TestPatternGenerator(const CMPIObjectPath 
         return nullptr;
     }
 
-    generator.describe(
-        _InstanceID,
-        "A class derived from Logical Element that represents the single node container of the Display Management System.");
+    generator.describe(_InstanceID, logicalElement);
     generator.formatted("Name", "%s-TestPatternGenerator", system.text);
     if (!generator.require(GetTestPatternInfo(&info) == 0,
                            "Failed to get test pattern information from database.")) {
@@ -60,18 +58,15 @@ CMPIInstance *_makeInst_ZT_Marovelton_TestPatternGenerator(const CMPIObjectPath 
 
 // ---- methods ----
 
-namespace
-{
-
 /** Reads one of the three levels, 0 to 255. */
-bool readLevel(Call &call, const char *argument, const char *missing, int *level)
+static bool readLevel(Call &call, const char *argument, const char *missing, int *level)
 {
-    return readArgument(call, {ArgumentKind::leadingInteger, argument, missing}, level) &&
+    return readArgument(call, {leadingInteger, argument, missing}, level) &&
            requireRange(call, *level,
                         {0, 255, "Invalid input value range. Valid values are between 0 and 255."});
 }
 
-bool runSetRGBValue(Call &call)
+static bool runSetRGBValue(Call &call)
 {
     int red = 0;
     int green = 0;
@@ -84,10 +79,10 @@ bool runSetRGBValue(Call &call)
 
 constexpr Method methods[] = {
     {.name = "SetEnabled",
-     .argument = {ArgumentKind::toggle, "Enabled", "Required argument Enabled missing."},
+     .argument = {toggle, "Enabled", "Required argument Enabled missing."},
      .set = SetTestPatternEnable},
     {.name = "SetTestPattern",
-     .argument = {ArgumentKind::leadingInteger, "TestPattern", "Required argument TestPattern missing."},
+     .argument = {leadingInteger, "TestPattern", "Required argument TestPattern missing."},
      .range = {0, 8, "Invalid input value range. Valid values are between 0 and 8."},
      .set = SetTestPattern},
     {.name = "SetRGBValue", .run = runSetRGBValue},
@@ -102,7 +97,5 @@ constexpr ProviderClass provider = {
     .compareMethodNames = strcasecmp,
     .refusals = {.wrongClass = nullptr, .unknownMethod = CMPI_RC_ERR_NOT_SUPPORTED, .unknownMethodValue = 0},
 };
-
-} // namespace
 
 STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_TestPatternGenerator, provider)

@@ -6,26 +6,19 @@
 
 using namespace frame;
 
-namespace
-{
-
-const CMPIBroker *_broker;
+static const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_VideoInput";
 constexpr const char *_InstanceID = "ZT:Marovelton_VideoInput:%d";
 
-struct VideoInput {
+constexpr struct {
     const char *name;
     int32_t PexalPIPSettings::*active;
-};
-
-constexpr VideoInput inputs[] = {
+} inputs[] = {
     {"Display Port1", &PexalPIPSettings::DP1State},
     {"Display Port2", &PexalPIPSettings::DP2State},
     {"HDMI", &PexalPIPSettings::HDMIState},
 };
 constexpr int inputCount = std::size(inputs);
-
-} // namespace
 
 int ValidateVideoInputInstanceID(const char *instanceID, char *errorText, int *index)
 {
@@ -64,9 +57,7 @@ CMPIInstance *_makeInst_ZT_Marovelton_VideoInput(const CMPIObjectPath *reference
     input.boolean("Selected", selected == index);
     input.text("Name", inputs[index].name);
     input.boolean("Active", settings.*inputs[index].active);
-    input.describe(
-        instanceID.text,
-        "A class derived from Logical Element that represents the single node container of the Display Management System.");
+    input.describe(instanceID.text, logicalElement);
     return input.finish();
 }
 

@@ -7,6 +7,10 @@
 
 #include "frame/stamp.h"
 
+/** The description of most classes. */
+inline constexpr const char *logicalElement =
+    "A class derived from Logical Element that represents the single node container of the Display Management System.";
+
 DECLARE_METHOD_PROVIDER(ZT_Marovelton_BezelButton);
 [[nodiscard]] frame::Setting setButtonAutoFadeMode, setButtonBrightness, setButtonColor, SetButtonMode;
 

@@ -7,19 +7,14 @@
 
 using namespace engine;
 
-namespace
-{
-
-struct RegisterRange {
-    RegisterId id;
-    int min, max;
-    const char *text; // null: the caller's buffer is left as it is
-};
-
 // Identifiers that do not stand here are refused without a text. PIP_POSITION_X and PIP_POSITION_Y are among
 // them on purpose: the position of the inset cannot be written through the channel. The texts that say "0 and
 // 2" for three values, or "true or false" for 0 and 1, are what clients know.
-constexpr RegisterRange registerRanges[] = {
+constexpr struct {
+    RegisterId id;
+    int min, max;
+    const char *text; // null: the caller's buffer is left as it is
+} registerRanges[] = {
     {LUMINANCE, 48, 250, "Invalid DisplayLuminance value. Valid values are between 48 and 250."},
     {ACTIVE_COLORSPACE, 0, 6, nullptr},
     {VIDEO_INPUT, 0, 2, nullptr},
@@ -89,11 +84,11 @@ constexpr RegisterRange registerRanges[] = {
 
 constexpr bool rangesAreSound()
 {
-    for (const RegisterRange &range : registerRanges) {
+    for (const auto &range : registerRanges) {
         if (range.min > range.max || (range.text && *range.text == '\0')) {
             return false;
         }
-        for (const RegisterRange *before = registerRanges; before != &range; ++before) {
+        for (const auto *before = registerRanges; before != &range; ++before) {
             if (before->id == range.id) {
                 return false;
             }
@@ -103,13 +98,11 @@ constexpr bool rangesAreSound()
 }
 static_assert(rangesAreSound(), "each register once, with an ordered range");
 
-} // namespace
-
 int ValidateRegisterValue(int registerId, int value, char *errorText)
 {
     puts("------------- Enter ValidateRegisterValue()");
     int result = -1;
-    for (const RegisterRange &range : registerRanges) {
+    for (const auto &range : registerRanges) {
         if (range.id != registerId) {
             continue;
         }
@@ -129,11 +122,8 @@ int ValidateRegisterValue(int registerId, int value, char *errorText)
     return result;
 }
 
-namespace
-{
-
 /** Puts one row of a batch into entry `row` of the message. Returns 0, or -1 where the row is refused. */
-int addEntry(WebCmd &command, int row, int registerId, int value, char *errorText)
+static int addEntry(WebCmd &command, int row, int registerId, int value, char *errorText)
 {
     if (row >= REGISTERS_PER_MESSAGE) { // a message has no room for it
         return -1;
@@ -154,8 +144,6 @@ int addEntry(WebCmd &command, int row, int registerId, int value, char *errorTex
     ++command.Count;
     return 0;
 }
-
-} // namespace
 
 int InvokeMethod_Spear(const int *registerIds, const int *registerValues, int groupId, int count,
                        char *errorText)

@@ -7,38 +7,59 @@
 namespace frame
 {
 
-// ---- data from the object manager, none of which can be relied on ----
-
 namespace
 {
 
-bool sameIgnoringCase(const char *a, const char *b)
+/** An object at the far end: an instance, its path, or both. */
+struct Candidate {
+    const CMPIInstance *instance = nullptr;
+    const CMPIObjectPath *path = nullptr;
+};
+
+/** A walk on its way. */
+struct Progress : Walk, Request {
+    const CMPIObjectPath *ref;
+    Notes notes = {};
+};
+
+enum class Verdict : uint8_t { handOver, passOver, fail };
+
+struct MatchedKeys {
+    char source[100];
+    char target[100];
+};
+
+} // namespace
+
+// ---- data from the object manager, none of which can be relied on ----
+
+static bool sameIgnoringCase(const char *a, const char *b)
 {
     return a && b && strcasecmp(a, b) == 0;
 }
 
-const char *classNameOf(const CMPIObjectPath *path)
+static const char *classNameOf(const CMPIObjectPath *path)
 {
     return isNullObject(path) ? nullptr : textOf(cmpi::getClassName(path, nullptr));
 }
 
 /** Whether the class of `path` is `className` or derived from it. A class that the object manager does not
  * know is nobody's superclass, and no failure. */
-bool isA(const CMPIBroker *broker, const CMPIObjectPath *path, const char *className)
+static bool isA(const CMPIBroker *broker, const CMPIObjectPath *path, const char *className)
 {
     CMPIStatus asked = {CMPI_RC_OK, nullptr};
     return !isNullObject(path) && className && cmpi::classPathIsA(broker, path, className, &asked) == 1;
 }
 
 /** Ends an operation with the code that most failures have; returns false. */
-bool failed(const CMPIBroker *broker, CMPIStatus *status, const char *text)
+static bool failed(const CMPIBroker *broker, CMPIStatus *status, const char *text)
 {
     return fail(broker, status, CMPI_RC_ERR_FAILED, text);
 }
 
 /** The object that a call brought, if it can be used; else null, with the status set. */
 template <typename Object>
-Object *usable(Object *object, const CMPIBroker *broker, CMPIStatus *status, const char *text)
+static Object *usable(Object *object, const CMPIBroker *broker, CMPIStatus *status, const char *text)
 {
     if (isNullObject(object)) {
         failed(broker, status, text);
@@ -47,14 +68,14 @@ Object *usable(Object *object, const CMPIBroker *broker, CMPIStatus *status, con
     return object;
 }
 
-CMPIEnumeration *listed(CMPIEnumeration *elements, const Request &request, const char *text)
+static CMPIEnumeration *listed(CMPIEnumeration *elements, const Request &request, const char *text)
 {
     return usable(request.status->rc == CMPI_RC_OK ? elements : nullptr, request.broker, request.status,
                   text);
 }
 
 /** The names, or the instances, of the class of `path`; null, with the status set, on failure. */
-CMPIEnumeration *enumerate(const Request &request, const CMPIObjectPath *path, CMPIType type)
+static CMPIEnumeration *enumerate(const Request &request, const CMPIObjectPath *path, CMPIType type)
 {
     const auto &[broker, context, result, status] = request;
     *status = {CMPI_RC_OK, nullptr};
@@ -64,15 +85,10 @@ CMPIEnumeration *enumerate(const Request &request, const CMPIObjectPath *path, C
                                      request, "CBEnumInstances( _broker, ctx, op, rc)");
 }
 
-/** An object at the far end: an instance, its path, or both. */
-struct Candidate {
-    const CMPIInstance *instance = nullptr;
-    const CMPIObjectPath *path = nullptr;
-};
-
 /** The next element of an enumeration, an instance or a path. True, without an object, at its end; false,
  * with the status set, when the element is empty. */
-bool next(const Request &request, const CMPIEnumeration *enumeration, CMPIType type, Candidate *element)
+static bool next(const Request &request, const CMPIEnumeration *enumeration, CMPIType type,
+                 Candidate *element)
 {
     CMPIStatus asked = {CMPI_RC_OK, nullptr};
     *element = {};
@@ -94,8 +110,8 @@ bool next(const Request &request, const CMPIEnumeration *enumeration, CMPIType t
 
 /** Fetches the instance at an end of the association. Null, with the status set, on failure; codes other than
  * the two that have a text reach the client as the object manager set them. */
-CMPIInstance *fetch(const Request &request, const CMPIObjectPath *path, const char *failed,
-                    const char *notFound)
+static CMPIInstance *fetch(const Request &request, const CMPIObjectPath *path, const char *failed,
+                           const char *notFound)
 {
     const auto &[broker, context, result, status] = request;
     *status = {CMPI_RC_OK, nullptr};
@@ -112,7 +128,7 @@ CMPIInstance *fetch(const Request &request, const CMPIObjectPath *path, const ch
 }
 
 /** Moves a path into the namespace of another; false, with the object manager's answer in the status. */
-bool moveToNameSpace(const CMPIObjectPath *path, const CMPIObjectPath *other, CMPIStatus *status)
+static bool moveToNameSpace(const CMPIObjectPath *path, const CMPIObjectPath *other, CMPIStatus *status)
 {
     const char *nameSpace = textOf(cmpi::getNameSpace(other, nullptr));
     if (nameSpace) {
@@ -123,8 +139,8 @@ bool moveToNameSpace(const CMPIObjectPath *path, const CMPIObjectPath *other, CM
 
 /** Sets a reference of an association instance. An association without its ends is none, so here the object
  * manager's refusal counts: false, with its answer in the status. */
-bool setReference(const CMPIInstance *association, const char *name, const CMPIObjectPath *end,
-                  CMPIStatus *status)
+static bool setReference(const CMPIInstance *association, const char *name, const CMPIObjectPath *end,
+                         CMPIStatus *status)
 {
     CMPIValue value = {};
     value.ref = const_cast<CMPIObjectPath *>(end); // the interface has no const references
@@ -133,13 +149,11 @@ bool setReference(const CMPIInstance *association, const char *name, const CMPIO
 }
 
 /** An empty instance of the association class; null, with the status set, on failure. */
-CMPIInstance *newAssociation(const Request &request, const CMPIObjectPath *path)
+static CMPIInstance *newAssociation(const Request &request, const CMPIObjectPath *path)
 {
     return usable(cmpi::newInstance(request.broker, path, request.status), request.broker, request.status,
                   "Create CMPIInstance failed.");
 }
-
-} // namespace
 
 // ---- the far end ----
 
@@ -213,18 +227,7 @@ bool admits(const CMPIBroker *broker, const CMPIObjectPath *cop, const Ends &end
 
 // ---- the walk from one source to the objects at its far end ----
 
-namespace
-{
-
-/** A walk on its way. */
-struct Progress : Walk, Request {
-    const CMPIObjectPath *ref;
-    Notes notes = {};
-};
-
-enum class Verdict : uint8_t { handOver, passOver, fail };
-
-Verdict judge(Progress &walk, const Candidate &candidate, const char *announcement)
+static Verdict judge(Progress &walk, const Candidate &candidate, const char *announcement)
 {
     if (!walk.matcher) {
         return Verdict::handOver;
@@ -242,14 +245,14 @@ Verdict judge(Progress &walk, const Candidate &candidate, const char *announceme
 }
 
 /** The path of an instance; null, with the status set, where it cannot be taken. */
-CMPIObjectPath *pathOf(const Progress &walk, const CMPIInstance *instance)
+static CMPIObjectPath *pathOf(const Progress &walk, const CMPIInstance *instance)
 {
     return usable(cmpi::getObjectPath(instance, walk.status), walk.broker, walk.status,
                   "CMGetObjectPath(ci,rc)");
 }
 
 /** Associators and AssociatorNames: the candidate itself. */
-bool handOverFarEnd(Progress &walk, const Candidate &candidate)
+static bool handOverFarEnd(Progress &walk, const Candidate &candidate)
 {
     const Verdict verdict = judge(walk, candidate,
                                   candidate.instance ? "Returning instance here!!!.."
@@ -263,7 +266,7 @@ bool handOverFarEnd(Progress &walk, const Candidate &candidate)
 }
 
 /** The two references, the source at its own end. */
-bool setEnds(const Progress &walk, const CMPIInstance *association, const CMPIObjectPath *candidate)
+static bool setEnds(const Progress &walk, const CMPIInstance *association, const CMPIObjectPath *candidate)
 {
     const Ends &ends = walk.ends;
     const char *target = farEndClass(walk.broker, walk.ref, ends.leftClass, ends.rightClass, walk.status);
@@ -277,7 +280,7 @@ bool setEnds(const Progress &walk, const CMPIInstance *association, const CMPIOb
 }
 
 /** References and ReferenceNames: the association to one candidate. */
-bool handOverAssociation(Progress &walk, const CMPIObjectPath *path, const Candidate &found)
+static bool handOverAssociation(Progress &walk, const CMPIObjectPath *path, const Candidate &found)
 {
     const CMPIObjectPath *candidate = found.instance ? pathOf(walk, found.instance) : found.path;
     const CMPIInstance *association = candidate ? newAssociation(walk, path) : nullptr;
@@ -310,7 +313,7 @@ bool handOverAssociation(Progress &walk, const CMPIObjectPath *path, const Candi
 }
 
 /** Hands over what is asked for of each object at the far end. */
-bool handOverAll(Progress &walk, const CMPIObjectPath *path, const CMPIObjectPath *farEnd)
+static bool handOverAll(Progress &walk, const CMPIObjectPath *path, const CMPIObjectPath *farEnd)
 {
     // An association that matches its candidates looks at the instances for its references, too.
     const bool instances =
@@ -332,8 +335,6 @@ bool handOverAll(Progress &walk, const CMPIObjectPath *path, const CMPIObjectPat
     }
     return false;
 }
-
-} // namespace
 
 bool walkFrom(const CMPIObjectPath *source, const Walk &theWalk, const Request &request)
 {
@@ -381,19 +382,14 @@ bool walkFromAll(const CMPIObjectPath *reference, const char *sourceClass, const
 
 // ---- one association ----
 
-namespace
-{
-
 /** The path in a key of another; null when there is none. */
-CMPIObjectPath *endIn(const CMPIObjectPath *path, const char *name)
+static CMPIObjectPath *endIn(const CMPIObjectPath *path, const char *name)
 {
     CMPIStatus asked = {CMPI_RC_OK, nullptr};
     const CMPIData key = cmpi::getKey(path, name, &asked);
     return !isMissing(key, asked) && key.type == CMPI_ref && !isNullObject(key.value.ref) ? key.value.ref
                                                                                           : nullptr;
 }
-
-} // namespace
 
 CMPIInstance *associationAt(const CMPIObjectPath *cop, const char *className, const char *refLeft,
                             const char *refRight, const Request &request)
@@ -429,19 +425,11 @@ CMPIInstance *associationAt(const CMPIObjectPath *cop, const char *className, co
 
 // ---- matching a candidate by its keys ----
 
-namespace
-{
-
-struct MatchedKeys {
-    char source[100];
-    char target[100];
-};
-
 constexpr const char *matching = "get_instance_from_key";
 
 /** Reads both keys; false, with `status` set, where one is missing. */
-bool readKeys(const KeyPair &pair, const CMPIBroker *broker, const CMPIObjectPath *source,
-              const Candidate &target, CMPIStatus *status, MatchedKeys *keys)
+static bool readKeys(const KeyPair &pair, const CMPIBroker *broker, const CMPIObjectPath *source,
+                     const Candidate &target, CMPIStatus *status, MatchedKeys *keys)
 {
     printf(pair.direction == ASSOC_RIGHT_LEFT ? "--- %s Association is ASSOC_RIGHT_LEFT.---\n"
                                               : "--- %s Association is ASSOC_LEFT_RIGHT---\n",
@@ -469,8 +457,6 @@ bool readKeys(const KeyPair &pair, const CMPIBroker *broker, const CMPIObjectPat
     printf("target instance key is %s \n", keys->target);
     return true;
 }
-
-} // namespace
 
 bool matchCandidate(const Matcher &matcher, const CMPIBroker *broker, const CMPIObjectPath *source,
                     const CMPIInstance *targetInstance, const CMPIObjectPath *targetPath, CMPIStatus *status,
@@ -501,16 +487,13 @@ bool matchCandidate(const Matcher &matcher, const CMPIBroker *broker, const CMPI
 
 // ---- the frame of the association modules ----
 
-namespace
-{
-
-Ends endsOf(const AssociationClass &association, const char *rightClass)
+static Ends endsOf(const AssociationClass &association, const char *rightClass)
 {
     return {association.name, association.leftClass, rightClass, association.refLeft, association.refRight};
 }
 
-CMPIStatus enumAllEnds(const AssociationClass &association, Request request, const CMPIObjectPath *reference,
-                       WalkKind kind)
+static CMPIStatus enumAllEnds(const AssociationClass &association, Request request,
+                              const CMPIObjectPath *reference, WalkKind kind)
 {
     CMPIStatus all = {CMPI_RC_OK, nullptr};
     for (const char *rightClass : association.rightClasses) {
@@ -529,8 +512,6 @@ CMPIStatus enumAllEnds(const AssociationClass &association, Request request, con
     cmpi::returnDone(request.result);
     return all;
 }
-
-} // namespace
 
 CMPIStatus enumAssociation(const AssociationClass &association, const CMPIBroker *broker,
                            const CMPIContext *context, const CMPIResult *result,

@@ -33,18 +33,13 @@ bool requireAdministrator(const CMPIBroker *broker, const CMPIContext *context, 
                            "Operation not allowed for non-admin user credentials");
 }
 
-namespace
-{
-
 /** Reads an argument; false when it was not given at all. */
-bool getArgument(Call &call, const char *name, CMPIData *data)
+static bool getArgument(Call &call, const char *name, CMPIData *data)
 {
     CMPIStatus read = {CMPI_RC_OK, nullptr};
     *data = cmpi::getArg(call.in, name, &read);
     return read.rc == CMPI_RC_OK && !(data->state & (CMPI_notFound | CMPI_badValue));
 }
-
-} // namespace
 
 const char *requireText(Call &call, const char *name, const char *missing, const char *invalidType)
 {
@@ -69,7 +64,7 @@ bool requireContent(Call &call, const char *text, const char *empty)
 bool convert(Call &call, const char *text, ArgumentKind kind, const char *invalid, int *value)
 {
     *value = decimalValue(text);
-    if (kind == ArgumentKind::toggle) {
+    if (kind == toggle) {
         if (strcasecmp(text, "true") == 0) {
             *value = 1;
         } else if (strcasecmp(text, "false") == 0) {
@@ -77,7 +72,7 @@ bool convert(Call &call, const char *text, ArgumentKind kind, const char *invali
         } else if (strcmp(text, "0") != 0 && strcmp(text, "1") != 0) {
             return fail(call, CMPI_RC_ERR_INVALID_PARAMETER, invalid);
         }
-    } else if (kind == ArgumentKind::integer && !isDecimal(text)) {
+    } else if (kind == integer && !isDecimal(text)) {
         return fail(call, CMPI_RC_ERR_INVALID_PARAMETER, invalid);
     }
     return true;

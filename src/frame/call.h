@@ -31,9 +31,10 @@ enum class ArgumentKind : uint8_t {
     integer,        // wholly a base-10 integer
     leadingInteger, // as atoi reads it
 };
+using enum ArgumentKind;
 
 struct Argument {
-    ArgumentKind kind = ArgumentKind::none;
+    ArgumentKind kind = none;
     const char *name = nullptr;
     const char *missing = nullptr;              // the text when the argument is not given
     const char *invalid = "Invalid parameter."; // the text when it is not of its kind

@@ -88,12 +88,7 @@ void InstanceBuilder::dateTime(const char *name, int64_t seconds)
     }
 }
 
-namespace
-{
-
 constexpr const char *arrayFailed = "Failed to initialize array.";
-
-} // namespace
 
 CMPIArray *InstanceBuilder::newArray(CMPICount size, CMPIType type)
 {

@@ -14,7 +14,7 @@ bool runMethod(Call &call, const Method &method)
     if (method.run) {
         return method.run(call);
     }
-    if (method.argument.kind != ArgumentKind::none && !readArgument(call, method.argument, &value)) {
+    if (method.argument.kind != none && !readArgument(call, method.argument, &value)) {
         return false;
     }
     if (method.precondition && !method.precondition(call)) {

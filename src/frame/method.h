@@ -35,7 +35,7 @@ constexpr bool methodsAreSound(std::span<const Method> methods)
     const auto empty = [](const char *text) { return !text || *text == '\0'; };
     for (size_t i = 0; i < methods.size(); ++i) {
         const Method &method = methods[i];
-        const bool argument = method.argument.kind != ArgumentKind::none;
+        const bool argument = method.argument.kind != none;
         if (empty(method.name) ||
             (method.set != nullptr) + (method.act != nullptr) + (method.run != nullptr) != 1) {
             return false;

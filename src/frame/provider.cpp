@@ -6,11 +6,8 @@ namespace frame
 
 // ---- methods ----
 
-namespace
-{
-
 /** Compares an identifying key exactly. Returns 0 with the index, or -1 with `errorText` filled. */
-int matchKey(const IdentifyingKey &key, const char *value, char *errorText, int *index)
+static int matchKey(const IdentifyingKey &key, const char *value, char *errorText, int *index)
 {
     *index = 0;
     if (key.validate) {
@@ -24,7 +21,7 @@ int matchKey(const IdentifyingKey &key, const char *value, char *errorText, int 
 }
 
 /** Checks the object that a method is called on. */
-bool checkTarget(Call &call, const ProviderClass &provider)
+static bool checkTarget(Call &call, const ProviderClass &provider)
 {
     if (provider.systemKeys) {
         return checkSystemKeys(call.broker, call.reference, *provider.systemKeys, call.status);
@@ -40,7 +37,7 @@ bool checkTarget(Call &call, const ProviderClass &provider)
            fail(call, provider.refusals.wrongKey, call.errorText);
 }
 
-const Method *findMethod(const ProviderClass &provider, const char *name)
+static const Method *findMethod(const ProviderClass &provider, const char *name)
 {
     for (const Method &method : provider.methods) {
         if (provider.compareMethodNames(method.name, name) == 0) {
@@ -50,7 +47,7 @@ const Method *findMethod(const ProviderClass &provider, const char *name)
     return nullptr;
 }
 
-bool dispatch(Call &call, const ProviderClass &provider)
+static bool dispatch(Call &call, const ProviderClass &provider)
 {
     if (!isOfClass(call.reference, provider.name)) {
         return provider.refusals.wrongClass &&
@@ -69,7 +66,7 @@ bool dispatch(Call &call, const ProviderClass &provider)
 // The results of handing an answer over are not looked at: an object manager that cannot take it has already
 // given up the request, and no other answer could be given instead.
 
-void returnMethodValue(const CMPIResult *result, uint8_t value, CMPIType type)
+static void returnMethodValue(const CMPIResult *result, uint8_t value, CMPIType type)
 {
     CMPIValue data = {};
     if (type == CMPI_uint8) {
@@ -80,8 +77,6 @@ void returnMethodValue(const CMPIResult *result, uint8_t value, CMPIType type)
     cmpi::returnData(result, &data, type);
     cmpi::returnDone(result);
 }
-
-} // namespace
 
 CMPIStatus invokeMethod(const ProviderClass &provider, const CMPIBroker *broker, const CMPIContext *context,
                         const CMPIResult *result, const CMPIObjectPath *reference, const char *methodName,
@@ -108,11 +103,8 @@ CMPIStatus invokePlaceholder(const CMPIBroker *broker, const char *className, CM
 
 // ---- the intrinsic reads ----
 
-namespace
-{
-
 /** Asks the engine to refresh the groups that the class shows. */
-bool refreshed(const ProviderClass &provider, const CMPIBroker *broker, CMPIStatus *status)
+static bool refreshed(const ProviderClass &provider, const CMPIBroker *broker, CMPIStatus *status)
 {
     char errorText[ERROR_TEXT_SIZE] = " ";
     for (const int group : provider.builders.refresh) {
@@ -123,15 +115,15 @@ bool refreshed(const ProviderClass &provider, const CMPIBroker *broker, CMPIStat
     return true;
 }
 
-CMPIObjectPath *pathAt(const ProviderClass &provider, const CMPIObjectPath *reference, int index,
-                       CMPIStatus *status)
+static CMPIObjectPath *pathAt(const ProviderClass &provider, const CMPIObjectPath *reference, int index,
+                              CMPIStatus *status)
 {
     return provider.builders.pathAt ? provider.builders.pathAt(reference, index, status)
                                     : provider.builders.path(reference, status);
 }
 
-CMPIInstance *instanceAt(const ProviderClass &provider, const CMPIObjectPath *reference, int index,
-                         CMPIStatus *status)
+static CMPIInstance *instanceAt(const ProviderClass &provider, const CMPIObjectPath *reference, int index,
+                                CMPIStatus *status)
 {
     return provider.builders.instanceAt ? provider.builders.instanceAt(reference, index, status)
                                         : provider.builders.instance(reference, status);
@@ -139,8 +131,8 @@ CMPIInstance *instanceAt(const ProviderClass &provider, const CMPIObjectPath *re
 
 /** Builds and returns all paths in order. A path that its builder returned is handed on even when the builder
  *  left a failure in the status, which then is the status of the operation. */
-void returnPaths(const ProviderClass &provider, const CMPIBroker *broker, const CMPIResult *result,
-                 const CMPIObjectPath *reference, CMPIStatus *status)
+static void returnPaths(const ProviderClass &provider, const CMPIBroker *broker, const CMPIResult *result,
+                        const CMPIObjectPath *reference, CMPIStatus *status)
 {
     for (int index = 0; index < provider.builders.count; ++index) {
         const CMPIObjectPath *path = pathAt(provider, reference, index, status);
@@ -154,8 +146,8 @@ void returnPaths(const ProviderClass &provider, const CMPIBroker *broker, const 
 }
 
 /** Builds and returns the instances of the given indices in order. */
-void returnInstances(const ProviderClass &provider, const CMPIBroker *broker, const CMPIResult *result,
-                     const CMPIObjectPath *reference, int first, int last, CMPIStatus *status)
+static void returnInstances(const ProviderClass &provider, const CMPIBroker *broker, const CMPIResult *result,
+                            const CMPIObjectPath *reference, int first, int last, CMPIStatus *status)
 {
     for (int index = first; index <= last; ++index) {
         const CMPIInstance *instance = instanceAt(provider, reference, index, status);
@@ -169,8 +161,8 @@ void returnInstances(const ProviderClass &provider, const CMPIBroker *broker, co
 }
 
 /** Checks the keys of the instance that is asked for. */
-bool checkKeys(const ProviderClass &provider, const CMPIBroker *broker, const CMPIObjectPath *reference,
-               int *index, CMPIStatus *status)
+static bool checkKeys(const ProviderClass &provider, const CMPIBroker *broker,
+                      const CMPIObjectPath *reference, int *index, CMPIStatus *status)
 {
     if (provider.systemKeys && !checkSystemKeys(broker, reference, *provider.systemKeys, status)) {
         return false;
@@ -185,8 +177,6 @@ bool checkKeys(const ProviderClass &provider, const CMPIBroker *broker, const CM
     }
     return fail(broker, status, CMPI_RC_ERR_NOT_FOUND, key ? errorText : provider.key.missing);
 }
-
-} // namespace
 
 CMPIStatus enumInstanceNames(const ProviderClass &provider, const CMPIBroker *broker,
                              const CMPIResult *result, const CMPIObjectPath *reference)

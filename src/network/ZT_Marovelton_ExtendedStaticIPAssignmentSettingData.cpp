@@ -45,12 +45,9 @@ CMPIInstance *_makeInst_ZT_Marovelton_ExtendedStaticIPAssignmentSettingData(cons
 
 // ---- modification ----
 
-namespace
-{
-
 /** The first element of an array property as text. Object managers hand an instance with all properties of
  * the class, null ones, empty arrays and null elements among them: each counts as not given. */
-const char *firstElement(const CMPIInstance *instance, const char *name)
+static const char *firstElement(const CMPIInstance *instance, const char *name)
 {
     CMPIStatus read = {CMPI_RC_OK, nullptr};
     const CMPIData data = cmpi::getProperty(instance, name, &read);
@@ -63,13 +60,11 @@ const char *firstElement(const CMPIInstance *instance, const char *name)
 }
 
 /** An address of the new configuration: where it comes from, and the register that takes it. */
-struct Address {
+constexpr struct {
     const char *property;
     const char *missing;
     RegisterId registerId;
-};
-
-constexpr Address addresses[] = {
+} addresses[] = {
     {"IPAddresses", "Could not get IPAddresses", IP_ADDRESS},
     {"SubnetMasks", "Could not get SubnetMasks", SUBNET_MASK},
     {"GatewayAddresses", "Could not get GatewayAddresses", GATEWAY},
@@ -79,7 +74,7 @@ static_assert(1 + addressCount <= REGISTERS_PER_MESSAGE);
 
 /** Applies the addresses of an instance as the new static configuration. Returns false with the status set.
  */
-bool applyStaticConfiguration(const CMPIInstance *instance, CMPIStatus *status, char *errorText)
+static bool applyStaticConfiguration(const CMPIInstance *instance, CMPIStatus *status, char *errorText)
 {
     static constexpr ChannelTexts texts = {
         .reply = nullptr,                                     // not awaited
@@ -115,8 +110,6 @@ bool applyStaticConfiguration(const CMPIInstance *instance, CMPIStatus *status, 
     }
     return exchange(message, texts, errorText) == 0 || fails(errorText);
 }
-
-} // namespace
 
 INSTANCE_OPERATION(ZT_Marovelton_ExtendedStaticIPAssignmentSettingData, ModifyInstance,
                    const CMPIInstance *instance, const char **)

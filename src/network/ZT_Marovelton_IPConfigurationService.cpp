@@ -64,13 +64,15 @@ struct AppliedSetting {
     int mode;
 };
 
+} // namespace
+
 constexpr AppliedSetting appliedSettings[] = {
     {"ZT_Marovelton_ExtendedStaticIPAssignmentSettingData",
      "Could not get key of instance(ZT_Marovelton_ExtendedStaticIPAssignmentSettingData).", 1},
     {"ZT_Marovelton_DHCPSettingData", "Could not get key of instance(ZT_Marovelton_DHCPSettingData).", 0},
 };
 
-const AppliedSetting *findSetting(const char *className)
+static const AppliedSetting *findSetting(const char *className)
 {
     for (const AppliedSetting &setting : appliedSettings) {
         if (strcmp(setting.className, className) == 0) {
@@ -81,7 +83,7 @@ const AppliedSetting *findSetting(const char *className)
 }
 
 /** Reads the reference to the setting data that shall be applied; null, with the call ended, on failure. */
-const AppliedSetting *requireSettingData(Call &call)
+static const AppliedSetting *requireSettingData(Call &call)
 {
     static constexpr ReferenceTexts texts = {
         .missing = "Required argument SettingData missing.",
@@ -108,7 +110,7 @@ const AppliedSetting *requireSettingData(Call &call)
     return nullptr;
 }
 
-bool runApplySetting(Call &call)
+static bool runApplySetting(Call &call)
 {
     static constexpr ReferenceTexts connection = {
         .missing = "Required argument IPNetworkConnection missing.",
@@ -142,7 +144,7 @@ bool runApplySetting(Call &call)
                                      unansweredSetting, call.errorText));
 }
 
-bool refuse(Call &call)
+static bool refuse(Call &call)
 {
     return fail(call, CMPI_RC_ERR_NOT_SUPPORTED, call.methodName);
 }
@@ -160,7 +162,5 @@ constexpr ProviderClass provider = {
     .methods = methods,
     .refusals = {.failureValue = 1},
 };
-
-} // namespace
 
 STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_IPConfigurationService, provider)

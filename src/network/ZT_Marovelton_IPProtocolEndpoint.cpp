@@ -10,15 +10,15 @@
 
 using namespace frame;
 
-namespace
-{
-
-const CMPIBroker *_broker;
+static const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_IPProtocolEndpoint";
 constexpr char namePrefix[] = "IPv4_";
 constexpr size_t namePrefixLength = sizeof namePrefix - 1;
 constexpr size_t interfaceNameSize = 64;
 constexpr const char *safeInCommands = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789._-@";
+
+namespace
+{
 
 /** The output of a command, freed at the end of its scope. */
 struct CommandOutput {
@@ -48,10 +48,12 @@ struct CommandOutput {
     int result;
 };
 
+} // namespace
+
 /** Puts an interface name into a command. A command reaches a shell, and the kernel allows names with shell
  *  characters: false for a name with anything but letters, digits and . _ - @, or one that the command would
  * take for an option; its commands are not run. */
-bool formatCommand(char *command, size_t size, const char *format, const char *ifName)
+static bool formatCommand(char *command, size_t size, const char *format, const char *ifName)
 {
     const size_t length = strlen(ifName);
     if (length == 0 || length >= interfaceNameSize || *ifName == '-' ||
@@ -63,14 +65,14 @@ bool formatCommand(char *command, size_t size, const char *format, const char *i
 }
 
 /** A heap copy of the text up to, not including, the first of the given characters; null without memory. */
-char *copyUntil(const char *text, const char *ends)
+static char *copyUntil(const char *text, const char *ends)
 {
     return strndup(text, strcspn(text, ends));
 }
 
 /** Takes address and mask from the second line that ifconfig prints in its classic layout:
  *  "          inet addr:192.168.1.20  Bcast:192.168.1.255  Mask:255.255.255.0". */
-void parseAddress(const char *line, cim_ipProtocolEndpoint *record)
+static void parseAddress(const char *line, cim_ipProtocolEndpoint *record)
 {
     if (!strstr(line, "inet addr:")) {
         return;
@@ -81,8 +83,6 @@ void parseAddress(const char *line, cim_ipProtocolEndpoint *record)
         record->subnetmask = copyUntil(mask + strlen("Mask:"), "\n");
     }
 }
-
-} // namespace
 
 // ---- the endpoints ----
 
@@ -227,7 +227,7 @@ CMPIInstance *_makeInst_ZT_Marovelton_IPProtocolEndpoint(const CMPIObjectPath *r
                                                          CMPIStatus *status)
 {
     // Clients compare against the text "NULL" where a value is missing.
-    constexpr const char *none = "NULL";
+    constexpr const char *missing = "NULL";
     InstanceBuilder instance(_broker, _ClassName, newPath(_broker, _ClassName, reference, status), status);
     SystemName system;
     if (!instance || !record || !record->name ||
@@ -241,10 +241,10 @@ CMPIInstance *_makeInst_ZT_Marovelton_IPProtocolEndpoint(const CMPIObjectPath *r
     instance.uint16("ProtocolIFType", 4096); // IPv4
     instance.text("NameFormat", "IP");
     instance.uint16("ProtocolType", record->type);
-    instance.text("OtherTypeDescription", none);
-    instance.text("IPv4Address", record->address ? record->address : none);
-    instance.text("SubnetMask", record->subnetmask ? record->subnetmask : none);
-    instance.text("IPv6Address", none);
+    instance.text("OtherTypeDescription", missing);
+    instance.text("IPv4Address", record->address ? record->address : missing);
+    instance.text("SubnetMask", record->subnetmask ? record->subnetmask : missing);
+    instance.text("IPv6Address", missing);
     instance.uint16("IPVersionSupport", record->version);
     instance.text("Caption", "Protocol Endpoint for IP (Internet Protocol) ");
     instance.text(
@@ -253,7 +253,7 @@ CMPIInstance *_makeInst_ZT_Marovelton_IPProtocolEndpoint(const CMPIObjectPath *r
     instance.text("Status", "OK");
     instance.text("ElementName", record->name);
     instance.uint16("EnabledState", record->enabled);
-    instance.text("OtherEnabledState", none);
+    instance.text("OtherEnabledState", missing);
     instance.uint16("RequestedState", record->enabled);
     instance.uint16("EnabledDefault", 2);
     return instance.finish();
@@ -261,13 +261,10 @@ CMPIInstance *_makeInst_ZT_Marovelton_IPProtocolEndpoint(const CMPIObjectPath *r
 
 // ---- the intrinsic reads ----
 
-namespace
-{
-
 /** Hands each endpoint to `put`, which returns whether it could be built; the first that cannot ends the
  * walk. */
 template <typename Put>
-CMPIStatus returnAll(const CMPIResult *result, const char *failure, Put put)
+static CMPIStatus returnAll(const CMPIResult *result, const char *failure, Put put)
 {
     CMPIStatus status = {CMPI_RC_OK, nullptr};
     ipPEndpointList *list = nullptr;
@@ -288,8 +285,6 @@ CMPIStatus returnAll(const CMPIResult *result, const char *failure, Put put)
     free_ipPEndpointList(list);
     return status;
 }
-
-} // namespace
 
 INSTANCE_OPERATION(ZT_Marovelton_IPProtocolEndpoint, EnumInstanceNames)
 {

@@ -39,10 +39,7 @@ CMPIInstance *_makeInst_ZT_Marovelton_RemoteManagementService(const CMPIObjectPa
 
 // ---- methods ----
 
-namespace
-{
-
-int requestState(int requestedState, char *errorText)
+static int requestState(int requestedState, char *errorText)
 {
     return requestServiceState(service, requestedState, SetRemoteManagementEnabledState, errorText);
 }
@@ -50,8 +47,7 @@ int requestState(int requestedState, char *errorText)
 constexpr Method methods[] = {
     {.name = "RequestStateChange",
      .administrator = true,
-     .argument = {ArgumentKind::leadingInteger, "RequestedState",
-                  "Required argument RequestedState missing."},
+     .argument = {leadingInteger, "RequestedState", "Required argument RequestedState missing."},
      .range = {2, 3, "Invalid input value range. Valid values are 2 and 3"},
      .set = requestState},
 };
@@ -65,7 +61,5 @@ constexpr ProviderClass provider = {
     .compareMethodNames = strcasecmp,
     .refusals = {.wrongClass = nullptr},
 };
-
-} // namespace
 
 STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_RemoteManagementService, provider)

@@ -42,10 +42,7 @@ CMPIInstance *_makeInst_ZT_Marovelton_WSManagementService(const CMPIObjectPath *
 
 // ---- methods ----
 
-namespace
-{
-
-int requestState(int requestedState, char *errorText)
+static int requestState(int requestedState, char *errorText)
 {
     return requestServiceState(service, requestedState, SetWSManagementEnabledState, errorText);
 }
@@ -54,14 +51,12 @@ constexpr Method methods[] = {
     {.name = "RequestStateChange",
      .administrator = true,
      // The text names the method where clients would expect the argument.
-     .argument = {ArgumentKind::leadingInteger, "RequestedState",
-                  "Required argument RequestStateChange missing."},
+     .argument = {leadingInteger, "RequestedState", "Required argument RequestStateChange missing."},
      .range = {2, 3, "Invalid input value range. Valid values are 2 and 3"},
      .set = requestState},
     {.name = "SetWSIdentifyEnabledState",
      .administrator = true,
-     .argument = {ArgumentKind::toggle, "WSIdentifySupportEnabled",
-                  "Required argument WSIdentifySupportEnabled missing."},
+     .argument = {toggle, "WSIdentifySupportEnabled", "Required argument WSIdentifySupportEnabled missing."},
      .range = {0, 1, "Invalid input value range. Valid values are 0 and 1."},
      .set = SetWSIdentifyEnabledState},
 };
@@ -75,7 +70,5 @@ constexpr ProviderClass provider = {
     .compareMethodNames = strcasecmp,
     .refusals = {.wrongClass = nullptr},
 };
-
-} // namespace
 
 STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_WSManagementService, provider)
