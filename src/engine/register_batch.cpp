@@ -7,6 +7,11 @@
 
 using namespace engine;
 
+constexpr const char *switchText = "Invalid Value. Valid values are true or false.";
+constexpr const char *notifyText =
+    "Invalid NotifyWhenReCalibrationIsDue Value. Valid values are true or false.";
+constexpr const char *buttonText = "Invalid Setting Value. Valid values are between 1 and 17.";
+
 // Identifiers that do not stand here are refused without a text. PIP_POSITION_X and PIP_POSITION_Y are among
 // them on purpose: the position of the inset cannot be written through the channel. The texts that say "0 and
 // 2" for three values, or "true or false" for 0 and 1, are what clients know.
@@ -39,11 +44,11 @@ constexpr struct {
     {PIP_OVER_SCAN_STATUS, 0, 1, nullptr},
     {PIP_DCI_IMAGE_REGION, 0, 2, nullptr},
     {PIP_SHOW_CROPPED_REGION, 0, 1, nullptr},
-    {AUTO_SLEEP_MODE, 0, 1, "Invalid Value. Valid values are true or false."},
-    {POWER_ON_RECALL_STATUS, 0, 1, "Invalid Value. Valid values are true or false."},
-    {DDC_CI_COMM_STATUS, 0, 1, "Invalid Value. Valid values are true or false."},
-    {AUTO_EDID_STATUS, 0, 1, "Invalid Value. Valid values are true or false."},
-    {HOT_PLUG_INITIATE, 0, 1, "Invalid Value. Valid values are true or false."},
+    {AUTO_SLEEP_MODE, 0, 1, switchText},
+    {POWER_ON_RECALL_STATUS, 0, 1, switchText},
+    {DDC_CI_COMM_STATUS, 0, 1, switchText},
+    {AUTO_EDID_STATUS, 0, 1, switchText},
+    {HOT_PLUG_INITIATE, 0, 1, switchText},
     {FW_STATUS, 0, 3, nullptr},
     {CALIBRATION_STATUS, 0, 1,
      "Invalid CalibrationEnabled Value. Valid values are true or false (or) 0 and 1."},
@@ -57,25 +62,20 @@ constexpr struct {
     {WS_IDENTIFY_STATUS, 0, 1, nullptr},
     {WS_MANAGEMENT_OVER_HTTP, 0, 1, nullptr},
     {WS_MANAGEMENT_OVER_HTTPS, 0, 1, nullptr},
-    {SHOW_POWER_ON_INFO_STATUS, 0, 1,
-     "Invalid NotifyWhenReCalibrationIsDue Value. Valid values are true or false."},
-    {SHOW_SOURCE_INFO_STATUS, 0, 1,
-     "Invalid NotifyWhenReCalibrationIsDue Value. Valid values are true or false."},
-    {SHOW_COLORSPACE_INFO_STATUS, 0, 1,
-     "Invalid NotifyWhenReCalibrationIsDue Value. Valid values are true or false."},
-    {WARMUP_TIME_REMINDER, 0, 1,
-     "Invalid NotifyWhenReCalibrationIsDue Value. Valid values are true or false."},
-    {CALIBRATION_NOTIFICATION_STATUS, 0, 1,
-     "Invalid NotifyWhenReCalibrationIsDue Value. Valid values are true or false."},
+    {SHOW_POWER_ON_INFO_STATUS, 0, 1, notifyText},
+    {SHOW_SOURCE_INFO_STATUS, 0, 1, notifyText},
+    {SHOW_COLORSPACE_INFO_STATUS, 0, 1, notifyText},
+    {WARMUP_TIME_REMINDER, 0, 1, notifyText},
+    {CALIBRATION_NOTIFICATION_STATUS, 0, 1, notifyText},
     {OSD_POSITION_X, 0, 2560, "Invalid Value of OSDPositionX. Valid values are between 0 and 2560."},
     {OSD_POSITION_Y, 0, 1440, "Invalid Value of OSDPositionY. Valid values are between 0 and 1440."},
     {MENU_TIMEOUT, 5, 30, "Invalid MenuAndMessageTimeOut Value. Valid values are between 5 and 30."},
     {OPACITY_VALUE, 2500, 10000, "Invalid Opacity Value. Valid values are between 25 and 100."},
     {MENU_LANGUAGE, 0, 9, "Invalid Language Value. Valid values are between 0 and 9."},
-    {FUNCTION_BUTTON_F1, 1, 17, "Invalid Setting Value. Valid values are between 1 and 17."},
-    {FUNCTION_BUTTON_F2, 1, 17, "Invalid Setting Value. Valid values are between 1 and 17."},
-    {FUNCTION_BUTTON_F3, 1, 17, "Invalid Setting Value. Valid values are between 1 and 17."},
-    {FUNCTION_BUTTON_F4, 1, 17, "Invalid Setting Value. Valid values are between 1 and 17."},
+    {FUNCTION_BUTTON_F1, 1, 17, buttonText},
+    {FUNCTION_BUTTON_F2, 1, 17, buttonText},
+    {FUNCTION_BUTTON_F3, 1, 17, buttonText},
+    {FUNCTION_BUTTON_F4, 1, 17, buttonText},
     {FUNCTION_BUTTON_MODE, 0, 1, "Invalid ButtonMode Value. Valid values are 0 and 1."},
     {BEZEL_BUTTON_COLOR, 0, 2, "Invalid Button Color Value. valid values are between 0 and 2."},
     {BEZEL_BUTTON_BRIGHTNESS, 0, 20, "Invalid Button Brightness Value. Valid values are between 0 and 20."},
@@ -103,13 +103,9 @@ int ValidateRegisterValue(int registerId, int value, char *errorText)
     puts("------------- Enter ValidateRegisterValue()");
     int result = -1;
     for (const auto &range : registerRanges) {
-        if (range.id != registerId) {
-            continue;
-        }
-        result = ValidateInputArgs(value, range.min, range.max);
-        if (result != 0) {
-            result = -1;
-            if (range.text) {
+        if (range.id == registerId) {
+            result = ValidateInputArgs(value, range.min, range.max) == 0 ? 0 : -1;
+            if (result != 0 && range.text) {
                 copyText(errorText, ERROR_TEXT_SIZE, range.text);
             }
         }
@@ -125,10 +121,8 @@ int ValidateRegisterValue(int registerId, int value, char *errorText)
 /** Puts one row of a batch into entry `row` of the message. Returns 0, or -1 where the row is refused. */
 static int addEntry(WebCmd &command, int row, int registerId, int value, char *errorText)
 {
-    if (row >= REGISTERS_PER_MESSAGE) { // a message has no room for it
-        return -1;
-    }
-    if (ValidateRegisterValue(registerId, value, errorText) != 0) {
+    // A message has no room for more.
+    if (row >= REGISTERS_PER_MESSAGE || ValidateRegisterValue(registerId, value, errorText) != 0) {
         return -1;
     }
     RegisterDetails &entry = command.sRegdetails[row];
@@ -140,7 +134,6 @@ static int addEntry(WebCmd &command, int row, int registerId, int value, char *e
             return -1;
         }
     }
-    entry.Type = 0;
     ++command.Count;
     return 0;
 }
