@@ -208,11 +208,6 @@ static bool runSet4KDisplayMode(Call &call)
     return fail(call, CMPI_RC_ERR_NOT_SUPPORTED, call.errorText);
 }
 
-static bool runSetShow4KPositionOverlay(Call &call)
-{
-    return fail(call, CMPI_RC_ERR_NOT_SUPPORTED, call.methodName);
-}
-
 // The range texts differ in small words; clients know each as it stands.
 constexpr Method methods[] = {
     {.name = "SetCroppedRegionOpacity",
@@ -234,7 +229,7 @@ constexpr Method methods[] = {
      .range = {0, 1, "Invalid input value range. Valid value are 0 or 1."},
      .set = setOverscanFrame},
     {.name = "Set4KRegionPosition", .run = runSet4KRegionPosition},
-    {.name = "SetShow4KPositionOverlay", .run = runSetShow4KPositionOverlay},
+    {.name = "SetShow4KPositionOverlay", .run = refuseMethod},
     {.name = "SetShowBlueChannel",
      .argument = {toggle, "ShowBlueChannel", "Required argument ShowBlueChannel missing."},
      .range = {0, 1, "Invalid input value. Valid values are 0 or 1."},

@@ -22,11 +22,10 @@ constexpr Key keys[] = {
 
 static int updated(int result, char *errorText)
 {
-    if (result == 0) {
-        return 0;
+    if (result != 0) {
+        copyText(errorText, ERROR_TEXT_SIZE, "Failed to update.");
     }
-    copyText(errorText, ERROR_TEXT_SIZE, "Failed to update.");
-    return -1;
+    return result == 0 ? 0 : -1;
 }
 
 int setDisplayName(const char *name, char *errorText)
@@ -118,10 +117,8 @@ static bool storeText(Call &call, const char *argument, const char *missing, int
     if (!text || !requireContent(call, text)) {
         return false;
     }
-    if (validate && validate(text) != 0) {
-        return fail(call, CMPI_RC_ERR_INVALID_PARAMETER, refused);
-    }
-    return settled(call, store(text, call.errorText));
+    return (!validate || validate(text) == 0 || fail(call, CMPI_RC_ERR_INVALID_PARAMETER, refused)) &&
+           settled(call, store(text, call.errorText));
 }
 
 static bool runSetName(Call &call)
@@ -153,9 +150,9 @@ struct NumberedReference {
     const char *wrongClass;
     const char *instanceID;
     int count;
-    const char *classTrace; // null: no trace
-    const char *keyTrace;
     Range range;
+    const char *classTrace = nullptr; // null: no trace
+    const char *keyTrace = nullptr;
 };
 
 } // namespace
@@ -177,11 +174,10 @@ static bool readNumberedReference(Call &call, const NumberedReference &expected,
         return fail(call, CMPI_RC_ERR_INVALID_PARAMETER, "Could not get key of instance.");
     }
     trace(expected.keyTrace, instanceID);
-    if (matchInstanceID(instanceID, expected.instanceID, expected.count, call.errorText, index) != 0) {
-        return fail(call, CMPI_RC_ERR_INVALID_PARAMETER,
-                    "This Input class does not exist (wrong InstanceID).");
-    }
-    return requireRange(call, *index, expected.range);
+    return (matchInstanceID(instanceID, expected.instanceID, expected.count, call.errorText, index) == 0 ||
+            fail(call, CMPI_RC_ERR_INVALID_PARAMETER,
+                 "This Input class does not exist (wrong InstanceID).")) &&
+           requireRange(call, *index, expected.range);
 }
 
 static bool runSetActiveColorSpace(Call &call)
@@ -189,16 +185,14 @@ static bool runSetActiveColorSpace(Call &call)
     static constexpr NumberedReference colorSpace = {
         .argument = "ColorSpace",
         .texts = {.missing = "Required argument ColorSpace missing.",
-                  .invalidType = "Invalid type of parameter.",
-                  .null = "Invalid parameter.",
                   .className = "Could not get classname of ColorSpaceInput"},
         .className = "ZT_Marovelton_ColorSpace",
         .wrongClass = "Invalid classname for ColorSpaceInput",
         .instanceID = "ZT:Marovelton_ColorSpace:%d",
         .count = 7,
+        .range = {0, 6, "Invalid input value range. Valid values are between 0 and 6."},
         .classTrace = "inputClass is %s\n",
         .keyTrace = "ColorSpaceInput is:%s\n",
-        .range = {0, 6, "Invalid input value range. Valid values are between 0 and 6."},
     };
     int index = 0;
     return readNumberedReference(call, colorSpace, &index) &&
@@ -210,15 +204,11 @@ static bool runSetSelectedVideoInput(Call &call)
     static constexpr NumberedReference videoInput = {
         .argument = "VideoInput",
         .texts = {.missing = "Required argument VideoInput missing.",
-                  .invalidType = "Invalid type of parameter.",
-                  .null = "Invalid parameter.",
                   .className = "Could not get classname of VideoInput"},
         .className = "ZT_Marovelton_VideoInput",
         .wrongClass = "Invalid classname for VideoInput",
         .instanceID = "ZT:Marovelton_VideoInput:%d",
         .count = 3,
-        .classTrace = nullptr,
-        .keyTrace = nullptr,
         .range = {0, 2, "Invalid input value range. Valid values are between 0 and 2."},
     };
     int index = 0;

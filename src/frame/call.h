@@ -48,6 +48,8 @@ struct Range {
 
 /** Ends a call with a code and a text; returns false. */
 bool fail(Call &call, CMPIrc code, const char *text);
+/** The `run` of a method that no engine offers: not supported, with its name. */
+bool refuseMethod(Call &call);
 
 /** Passes only administrators: reads the requesting user from the context and looks it up. */
 bool requireAdministrator(const CMPIBroker *broker, const CMPIContext *context, CMPIStatus *status,
@@ -67,9 +69,9 @@ bool readArgument(Call &call, const Argument &argument, int *value);
 /** The texts that a reference argument is refused with. */
 struct ReferenceTexts {
     const char *missing;
-    const char *invalidType;
-    const char *null;
     const char *className; // its class name cannot be read
+    const char *invalidType = "Invalid type of parameter.";
+    const char *null = "Invalid parameter.";
 };
 
 /** The path in a reference argument, and its class name; null, with the call ended, when there is none. */

@@ -54,82 +54,62 @@ int mode_to_iscurrent_isnext(int mode, int *isCurrent, int *isNext)
     return 0;
 }
 
-namespace
-{
-
 /** The setting data that can be applied, and the value of IP_CONFIGURATION_MODE that applies it. */
-struct AppliedSetting {
+constexpr struct {
     const char *className;
     const char *keyMissing;
     int mode;
-};
-
-} // namespace
-
-constexpr AppliedSetting appliedSettings[] = {
+} appliedSettings[] = {
     {"ZT_Marovelton_ExtendedStaticIPAssignmentSettingData",
      "Could not get key of instance(ZT_Marovelton_ExtendedStaticIPAssignmentSettingData).", 1},
     {"ZT_Marovelton_DHCPSettingData", "Could not get key of instance(ZT_Marovelton_DHCPSettingData).", 0},
 };
 
-static const AppliedSetting *findSetting(const char *className)
-{
-    for (const AppliedSetting &setting : appliedSettings) {
-        if (strcmp(setting.className, className) == 0) {
-            return &setting;
-        }
-    }
-    return nullptr;
-}
-
-/** Reads the reference to the setting data that shall be applied; null, with the call ended, on failure. */
-static const AppliedSetting *requireSettingData(Call &call)
+/** Reads the reference to the setting data that shall be applied, and gives its mode. */
+static bool requireSettingData(Call &call, int *mode)
 {
     static constexpr ReferenceTexts texts = {
         .missing = "Required argument SettingData missing.",
+        .className = "Could not get classname of SettingData",
         .invalidType = "Invalid type of parameter(SettingData).",
         .null = "Invalid parameter(SettingData).",
-        .className = "Could not get classname of SettingData",
     };
     const char *className = nullptr;
     const CMPIObjectPath *path = requireReference(call, "SettingData", texts, &className);
     if (!path) {
-        return nullptr;
+        return false;
     }
-    const AppliedSetting *setting = findSetting(className);
-    const char *instanceID = setting ? keyText(path, "InstanceID") : nullptr;
-    if (!setting) {
-        fail(call, CMPI_RC_ERR_INVALID_PARAMETER, "Invalid classname for SettingData");
-    } else if (!instanceID) {
-        fail(call, CMPI_RC_ERR_INVALID_PARAMETER, setting->keyMissing);
-    } else if (strcmp(instanceID, appliedSettingID(setting->mode)) != 0) {
-        fail(call, CMPI_RC_ERR_INVALID_PARAMETER, "This Input class does not exist (wrong InstanceID).");
-    } else {
-        return setting;
+    for (const auto &setting : appliedSettings) {
+        if (same(setting.className, className)) {
+            const char *instanceID = keyText(path, "InstanceID");
+            *mode = setting.mode;
+            return same(instanceID, appliedSettingID(*mode)) ||
+                   fail(call, CMPI_RC_ERR_INVALID_PARAMETER,
+                        instanceID ? "This Input class does not exist (wrong InstanceID)."
+                                   : setting.keyMissing);
+        }
     }
-    return nullptr;
+    return fail(call, CMPI_RC_ERR_INVALID_PARAMETER, "Invalid classname for SettingData");
 }
 
 static bool runApplySetting(Call &call)
 {
     static constexpr ReferenceTexts connection = {
         .missing = "Required argument IPNetworkConnection missing.",
+        .className = "Could not get classname of IPNetworkConnection",
         .invalidType = "Invalid type of parameter(IPNetworkConnection).",
         .null = "Invalid parameter(IPNetworkConnection).",
-        .className = "Could not get classname of IPNetworkConnection",
     };
     const char *className = nullptr; // there is one connection: any class name is taken
     if (!requireReference(call, "IPNetworkConnection", connection, &className)) {
         return false;
     }
     // Clients have to name a mode, which one does not matter: the setting data decides.
-    const char *mode =
+    const char *text =
         requireText(call, "Mode", "Required argument Mode  missing.", "Invalid type of parameter(Mode).");
-    if (!mode || !requireContent(call, mode, "Invalid parameter. Mode Value is empty.")) {
-        return false;
-    }
-    const AppliedSetting *setting = requireSettingData(call);
-    if (!setting) {
+    int mode = 0;
+    if (!text || !requireContent(call, text, "Invalid parameter. Mode Value is empty.") ||
+        !requireSettingData(call, &mode)) {
         return false;
     }
 
@@ -140,18 +120,13 @@ static bool runApplySetting(Call &call)
     if (!server.RemoteManagementEnabled) {
         return fail(call, CMPI_RC_ERR_FAILED, "Remote management status is disabled.");
     }
-    return settled(call, sendSetting(REMOTE_MGMENT_ID, {{IP_CONFIGURATION_MODE, setting->mode}},
-                                     unansweredSetting, call.errorText));
-}
-
-static bool refuse(Call &call)
-{
-    return fail(call, CMPI_RC_ERR_NOT_SUPPORTED, call.methodName);
+    return settled(call, sendSetting(REMOTE_MGMENT_ID, {{IP_CONFIGURATION_MODE, mode}}, unansweredSetting,
+                                     call.errorText));
 }
 
 constexpr Method methods[] = {
     {.name = "ApplySettingToIPNetworkConnection", .administrator = true, .run = runApplySetting},
-    {.name = "RequestStateChange", .run = refuse},
+    {.name = "RequestStateChange", .run = refuseMethod},
 };
 
 constexpr ProviderClass provider = {

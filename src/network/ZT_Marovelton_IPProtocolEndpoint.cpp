@@ -261,10 +261,30 @@ CMPIInstance *_makeInst_ZT_Marovelton_IPProtocolEndpoint(const CMPIObjectPath *r
 
 // ---- the intrinsic reads ----
 
-/** Hands each endpoint to `put`, which returns whether it could be built; the first that cannot ends the
- * walk. */
-template <typename Put>
-static CMPIStatus returnAll(const CMPIResult *result, const char *failure, Put put)
+// The results of handing over are not looked at: an object manager that cannot take it has given up the
+// request.
+
+static bool handOver(const CMPIResult *result, const CMPIObjectPath *path)
+{
+    if (path) {
+        cmpi::returnObjectPath(result, path);
+    }
+    return path != nullptr;
+}
+
+static bool handOver(const CMPIResult *result, const CMPIInstance *instance)
+{
+    if (instance) {
+        cmpi::returnInstance(result, instance);
+    }
+    return instance != nullptr;
+}
+
+/** Hands over what `make` builds of each endpoint; the first that cannot be built ends the walk. */
+template <typename Object>
+static CMPIStatus returnAll(const CMPIResult *result, const CMPIObjectPath *reference, const char *failure,
+                            Object *(*make)(const CMPIObjectPath *, const cim_ipProtocolEndpoint *,
+                                            CMPIStatus *))
 {
     CMPIStatus status = {CMPI_RC_OK, nullptr};
     ipPEndpointList *list = nullptr;
@@ -272,14 +292,13 @@ static CMPIStatus returnAll(const CMPIResult *result, const char *failure, Put p
         fail(_broker, &status, CMPI_RC_ERR_FAILED, "Could not list IP protocol endpoints.");
     } else {
         const ipPEndpointList *node = list;
-        while (node && put(node->sptr, &status)) {
+        while (node && handOver(result, make(reference, node->sptr, &status))) {
             node = node->next;
         }
         if (node) {
             fail(_broker, &status, CMPI_RC_ERR_FAILED, failure);
         } else {
-            cmpi::returnDone(
-                result); // not looked at: the object manager has the answer or has given up the request
+            cmpi::returnDone(result);
         }
     }
     free_ipPEndpointList(list);
@@ -290,15 +309,8 @@ INSTANCE_OPERATION(ZT_Marovelton_IPProtocolEndpoint, EnumInstanceNames)
 {
     trace(usualReadTraces.namesCalled, _ClassName);
     const CMPIStatus status =
-        returnAll(result, "Transformation from internal structure to CIM ObjectPath failed.",
-                  [=](const cim_ipProtocolEndpoint *record, CMPIStatus *built) {
-                      const CMPIObjectPath *path =
-                          _makePath_ZT_Marovelton_IPProtocolEndpoint(reference, record, built);
-                      if (path) {
-                          cmpi::returnObjectPath(result, path);
-                      }
-                      return path != nullptr;
-                  });
+        returnAll(result, reference, "Transformation from internal structure to CIM ObjectPath failed.",
+                  _makePath_ZT_Marovelton_IPProtocolEndpoint);
     trace(usualReadTraces.namesExited, _ClassName);
     return status;
 }
@@ -307,15 +319,8 @@ INSTANCE_OPERATION(ZT_Marovelton_IPProtocolEndpoint, EnumInstances, const char *
 {
     trace(usualReadTraces.instancesCalled, _ClassName);
     const CMPIStatus status =
-        returnAll(result, "Transformation from internal structure to CIM Instance failed.",
-                  [=](const cim_ipProtocolEndpoint *record, CMPIStatus *built) {
-                      const CMPIInstance *instance =
-                          _makeInst_ZT_Marovelton_IPProtocolEndpoint(reference, record, built);
-                      if (instance) {
-                          cmpi::returnInstance(result, instance);
-                      }
-                      return instance != nullptr;
-                  });
+        returnAll(result, reference, "Transformation from internal structure to CIM Instance failed.",
+                  _makeInst_ZT_Marovelton_IPProtocolEndpoint);
     trace(usualReadTraces.instancesLeft, _ClassName);
     return status;
 }
@@ -334,13 +339,13 @@ INSTANCE_OPERATION(ZT_Marovelton_IPProtocolEndpoint, GetInstance, const char **)
         fail(_broker, &status, CMPI_RC_ERR_NOT_FOUND, "IPProtocolEndpoint does not exist.");
         return status;
     }
-    const CMPIInstance *instance = _makeInst_ZT_Marovelton_IPProtocolEndpoint(reference, record, &status);
+    const bool made =
+        handOver(result, _makeInst_ZT_Marovelton_IPProtocolEndpoint(reference, record, &status));
     free_ipProtocolEndpoint(record);
-    if (!instance) {
+    if (!made) {
         fail(_broker, &status, CMPI_RC_ERR_FAILED, "Could not create IPProtocolEndpointID instance.");
         return status;
     }
-    cmpi::returnInstance(result, instance);
     cmpi::returnDone(result);
     trace("--- %s CMPI GetInstance() exited\n", _ClassName);
     return status;
