@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// ZT_Marovelton_ImageAdjustmentModel: ties the image adjustment to the monitor. Its references are named
-// after the component, not by role.
+// ZT_Marovelton_ImageAdjustmentModel: ties the image adjustment to the monitor.
 
 #include "associations/modules.h"
 

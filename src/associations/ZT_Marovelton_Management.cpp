@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// ZT_Marovelton_Management: ties the display-management switches to the monitor. Its references are named
-// after the component, not by role.
+// ZT_Marovelton_Management: ties the display-management switches to the monitor.
 
 #include "associations/modules.h"
 

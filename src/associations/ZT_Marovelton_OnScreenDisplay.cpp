@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// ZT_Marovelton_OnScreenDisplay: ties the on-screen menu and messages to the monitor. Its references are
-// named after the component, not by role.
+// ZT_Marovelton_OnScreenDisplay: ties the on-screen menu and messages to the monitor.
 
 #include "associations/modules.h"
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The operations of the association classes.
+// The operations of the association classes. Those of the monitor's components name their references after
+// the component, not by role.
 #ifndef ASSOCIATIONS_MODULES_H
 #define ASSOCIATIONS_MODULES_H
 

@@ -11,7 +11,6 @@ static const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_BezelButton";
 constexpr const char *_InstanceID = "ZT:Marovelton_BezelButton";
 
-// ---- settings ----
 // The texts of the steps differ from one setting to the next; clients know each as it is.
 
 SETTING(setButtonAutoFadeMode, BEZEL_BTN_ID, BEZEL_BUTTON_AUTOFADE_STATUS,
@@ -24,8 +23,6 @@ SETTING(setButtonBrightness, BEZEL_BTN_ID, BEZEL_BUTTON_BRIGHTNESS,
 SETTING(setButtonColor, BEZEL_BTN_ID, BEZEL_BUTTON_COLOR, .reply = "Failed to set the Button color.",
         .receiveQueue = "Unable to create a message queue for receving message.")
 SETTING(SetButtonMode, FUNCTION_BTN_ID, FUNCTION_BUTTON_MODE, "Failed to set the value to ButtonMode.")
-
-// ---- path and instance ----
 
 STAMP_PATH_BY_INSTANCE_ID(ZT_Marovelton_BezelButton)
 
@@ -94,13 +91,6 @@ constexpr Method methods[] = {
      .set = SetButtonMode},
 };
 
-constexpr ProviderClass provider = {
-    .name = _ClassName,
-    .key = {.name = "InstanceID", .value = _InstanceID},
-    .builders = {.path = _makePath_ZT_Marovelton_BezelButton,
-                 .instance = _makeInst_ZT_Marovelton_BezelButton},
-    .methods = methods,
-    .refusals = {.missingKeyValue = 1},
-};
-
-STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_BezelButton, provider)
+STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_BezelButton,
+                                   .key = {.name = "InstanceID", .value = _InstanceID}, .methods = methods,
+                                   .refusals = {.missingKeyValue = 1})

@@ -19,16 +19,12 @@ int ValidateColorSpaceInstanceID(const char *instanceID, char *errorText, int *i
     return matchInstanceID(instanceID, _InstanceID, presets, errorText, index);
 }
 
-// ---- settings ----
-
 SETTING(SetDisplayLuminance, COLOR_SPACE_ID, LUMINANCE, "Failed to set the value to DisplayLuminance.")
 // Clients know both resets by the text about luminance.
 COMMAND(ResetToLastCalibration, RESET_GROUP_ID, RESET_LAST_CALIBRATION,
         "Failed to set the value to DisplayLuminance.")
 COMMAND(ResetToFactoryCalibration, RESET_GROUP_ID, RESET_FACTORY_CALIBRATION,
         "Failed to set the value to DisplayLuminance.")
-
-// ---- path and instance ----
 
 STAMP_PATH_BY_NUMBER(ZT_Marovelton_ColorSpace)
 
@@ -144,14 +140,8 @@ constexpr Method methods[] = {
      .act = ResetToFactoryCalibration},
 };
 
-constexpr ProviderClass provider = {
-    .name = _ClassName,
-    .key = {.name = "InstanceID", .validate = ValidateColorSpaceInstanceID},
-    .builders = {.pathAt = _makePath_ZT_Marovelton_ColorSpace,
-                 .instanceAt = _makeInst_ZT_Marovelton_ColorSpace,
-                 .count = presets},
-    .methods = methods,
-    .refusals = {.wrongKey = CMPI_RC_ERR_INVALID_PARAMETER, .missingKeyValue = 1},
-};
-
-STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_ColorSpace, provider)
+STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_ColorSpace,
+                                   .key = {.name = "InstanceID", .validate = ValidateColorSpaceInstanceID},
+                                   .reads = {.count = presets}, .methods = methods,
+                                   .refusals = {.wrongKey = CMPI_RC_ERR_INVALID_PARAMETER,
+                                                .missingKeyValue = 1})

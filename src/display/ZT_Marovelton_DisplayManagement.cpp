@@ -10,8 +10,6 @@ static const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_DisplayManagement";
 constexpr const char *_InstanceID = "ZT:Marovelton_DisplayManagement";
 
-// ---- settings ----
-
 SETTING(setAutoEDIDUpdateState, MANAGEMENT_ID, AUTO_EDID_STATUS, "Failed to set AutoEDIDUpdateState.")
 SETTING(setCalibrationState, MANAGEMENT_ID, CALIBRATION_STATUS,
         "Failed to set the value to CalibrationState.")
@@ -26,8 +24,6 @@ SETTING(setDisplayPortHotPlugDetection, MANAGEMENT_ID, DP_HPD_STATUS,
         "Failed to set the value to DisplayPortHotPlugDetection.")
 SETTING(setDisplayPortComapatibility, MANAGEMENT_ID, DP_COMPATABILITY_MODE,
         "Failed to set the value to DisplayPortComapatibility.")
-
-// ---- path and instance ----
 
 STAMP_PATH_BY_INSTANCE_ID(ZT_Marovelton_DisplayManagement)
 
@@ -99,12 +95,5 @@ constexpr Method methods[] = {
      .set = setDisplayPortComapatibility},
 };
 
-constexpr ProviderClass provider = {
-    .name = _ClassName,
-    .key = {.name = "InstanceID", .value = _InstanceID},
-    .builders = {.path = _makePath_ZT_Marovelton_DisplayManagement,
-                 .instance = _makeInst_ZT_Marovelton_DisplayManagement},
-    .methods = methods,
-};
-
-STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_DisplayManagement, provider)
+STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_DisplayManagement,
+                                   .key = {.name = "InstanceID", .value = _InstanceID}, .methods = methods)

@@ -19,15 +19,11 @@ int ValidateFunctionButtonInstanceID(const char *instanceID, char *errorText, in
     return matchInstanceID(instanceID, _InstanceID, buttonCount, errorText, index);
 }
 
-// ---- settings ----
-
 int SetButtonSetting(int value, int registerId, char *errorText)
 {
     return sendSetting(FUNCTION_BTN_ID, {{registerId, value}}, {"Failed to set the value to button setting."},
                        errorText);
 }
-
-// ---- path and instance ----
 
 STAMP_PATH_BY_NUMBER(ZT_Marovelton_FunctionButton)
 
@@ -71,14 +67,7 @@ constexpr Method methods[] = {
     {.name = "SetSetting", .run = runSetSetting},
 };
 
-constexpr ProviderClass provider = {
-    .name = _ClassName,
-    .key = {.name = "InstanceID", .validate = ValidateFunctionButtonInstanceID},
-    .builders = {.pathAt = _makePath_ZT_Marovelton_FunctionButton,
-                 .instanceAt = _makeInst_ZT_Marovelton_FunctionButton,
-                 .count = buttonCount},
-    .methods = methods,
-    .refusals = {.checkKeyValue = false, .unknownMethodValue = 0, .missingKeyValue = 1},
-};
-
-STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_FunctionButton, provider)
+STAMP_INSTANCE_AND_METHOD_PROVIDER(
+    ZT_Marovelton_FunctionButton, .key = {.name = "InstanceID", .validate = ValidateFunctionButtonInstanceID},
+    .reads = {.count = buttonCount}, .methods = methods,
+    .refusals = {.checkKeyValue = false, .unknownMethodValue = 0, .missingKeyValue = 1})

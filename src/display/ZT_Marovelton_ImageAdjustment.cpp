@@ -13,8 +13,6 @@ static const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_ImageAdjustment";
 constexpr const char *_InstanceID = "ZT:Marovelton_ImageAdjustment";
 
-// ---- settings ----
-
 SETTING(setCroppedRegionOpacity, IMAGE_ADJ_SETTINGS_ID, OPACITY_CROPPED_REGION,
         .reply = "Failed to set the value to CroppedRegionOpacity.",
         .busy = "Device is Busy. Please try after some time") // no full stop, unlike the others
@@ -64,8 +62,6 @@ int Get4kState()
     int state = 0;
     return readRegister(SCROLL_4K_STATE, IMAGE_ADJ_SETTINGS_ID, &state) == 0 ? state : -1;
 }
-
-// ---- path and instance ----
 
 STAMP_PATH_BY_INSTANCE_ID(ZT_Marovelton_ImageAdjustment)
 
@@ -263,12 +259,5 @@ constexpr Method methods[] = {
      .set = set4KSourceScaling},
 };
 
-constexpr ProviderClass provider = {
-    .name = _ClassName,
-    .key = {.name = "InstanceID", .value = _InstanceID},
-    .builders = {.path = _makePath_ZT_Marovelton_ImageAdjustment,
-                 .instance = _makeInst_ZT_Marovelton_ImageAdjustment},
-    .methods = methods,
-};
-
-STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_ImageAdjustment, provider)
+STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_ImageAdjustment,
+                                   .key = {.name = "InstanceID", .value = _InstanceID}, .methods = methods)

@@ -18,8 +18,6 @@ constexpr Key keys[] = {
     {"SystemCreationClassName", "Linux_ComputerSystem"},
 };
 
-// ---- settings ----
-
 static int updated(int result, char *errorText)
 {
     if (result != 0) {
@@ -60,8 +58,6 @@ int DoSoftPowerState(int, char *errorText)
 
 // Clients know the factory reset by this text about luminance.
 COMMAND(FactoryReset, RESET_GROUP_ID, FACTORY_RESET_START, "Failed to set the value to DisplayLuminance.")
-
-// ---- path and instance ----
 
 CMPIObjectPath *_makePath_ZT_Marovelton_Monitor(const CMPIObjectPath *reference, CMPIStatus *status)
 {
@@ -261,19 +257,10 @@ constexpr ReadTraces traces = {
 
 constexpr SystemKeyed systemKeyed = {_ClassName, nullptr};
 
-constexpr ProviderClass provider = {
-    .name = _ClassName,
-    .systemKeys = &systemKeyed,
-    .key = {.name = "DeviceID",
-            .value = _DeviceID,
-            .missing = "Could not get DeviceID of instance.",
-            .wrong = "This class name does not exist (wrong DeviceID)."},
-    .builders = {.path = _makePath_ZT_Marovelton_Monitor,
-                 .instance = _makeInst_ZT_Marovelton_Monitor,
-                 .refresh = refreshedGroups,
-                 .traces = &traces},
-    .methods = methods,
-    .refusals = {.wrongClass = nullptr},
-};
-
-STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_Monitor, provider)
+STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_Monitor, .systemKeys = &systemKeyed,
+                                   .key = {.name = "DeviceID",
+                                           .value = _DeviceID,
+                                           .missing = "Could not get DeviceID of instance.",
+                                           .wrong = "This class name does not exist (wrong DeviceID)."},
+                                   .reads = {.refresh = refreshedGroups, .traces = &traces},
+                                   .methods = methods, .refusals = {.wrongClass = nullptr})

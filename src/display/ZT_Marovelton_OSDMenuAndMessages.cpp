@@ -16,8 +16,6 @@ static const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_OSDMenuAndMessages";
 constexpr const char *_InstanceID = "ZT:Marovelton_OSDMenuAndMessages";
 
-// ---- settings ----
-
 /** Cut off toward zero; a number beyond int becomes the nearest int, what is no number becomes 0. */
 static int truncated(double value)
 {
@@ -83,8 +81,6 @@ SETTING(SetShowInfoWhenPoweredOnState, MENU_SETTINGS_ID, SHOW_POWER_ON_INFO_STAT
         .busy = "Device is Busy. Please try aftrer some time.")
 SETTING(setDisplayRotation, MENU_SETTINGS_ID, DISPLAY_ROTATION_STATUS,
         "Failed to set value to display rotation.")
-
-// ---- path and instance ----
 
 STAMP_PATH_BY_INSTANCE_ID(ZT_Marovelton_OSDMenuAndMessages)
 
@@ -187,14 +183,6 @@ constexpr Method methods[] = {
      .set = setDisplayRotation},
 };
 
-constexpr ProviderClass provider = {
-    .name = _ClassName,
-    .key = {.name = "InstanceID", .value = _InstanceID},
-    .builders = {.path = _makePath_ZT_Marovelton_OSDMenuAndMessages,
-                 .instance = _makeInst_ZT_Marovelton_OSDMenuAndMessages},
-    .methods = methods,
-    .returnType = CMPI_uint8,
-    .refusals = {.wrongClass = nullptr},
-};
-
-STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_OSDMenuAndMessages, provider)
+STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_OSDMenuAndMessages,
+                                   .key = {.name = "InstanceID", .value = _InstanceID}, .methods = methods,
+                                   .returnType = CMPI_uint8, .refusals = {.wrongClass = nullptr})

@@ -13,8 +13,6 @@ static const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_PictureInPicture";
 constexpr const char *_InstanceID = "ZT:Marovelton_PictureInPicture";
 
-// ---- settings ----
-
 SETTING(SetPIPInputSource, PIP_INFO_ID, PIP_SOURCE, .reply = "Failed to set the value to InputSource.",
         .busy = "Device is Busy. Please try after some Time.")
 COMMAND(SetSwapInputSource, PIP_INFO_ID, SWAP_PIP_PRIMARY_INPUTS,
@@ -34,8 +32,6 @@ SETTING(SetOverScan, PIP_INFO_ID, PIP_OVER_SCAN_STATUS, "Failed to set the value
 SETTING(SetUseVideoLevels, PIP_INFO_ID, PIP_VIDEO_LEVEL_STATUS, "Failed to set the value to video level.")
 SETTING(SetDigitalCinemaOption, PIP_INFO_ID, PIP_DCI_IMAGE_REGION,
         "Failed to set the value to DigitalCinemaOption.")
-
-// ---- path and instance ----
 
 STAMP_PATH_BY_INSTANCE_ID(ZT_Marovelton_PictureInPicture)
 
@@ -242,13 +238,6 @@ constexpr Method methods[] = {
      .set = SetDigitalCinemaOption},
 };
 
-constexpr ProviderClass provider = {
-    .name = _ClassName,
-    .key = {.name = "InstanceID", .value = _InstanceID},
-    .builders = {.path = _makePath_ZT_Marovelton_PictureInPicture,
-                 .instance = _makeInst_ZT_Marovelton_PictureInPicture},
-    .methods = methods,
-    .refusals = {.wrongClass = nullptr},
-};
-
-STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_PictureInPicture, provider)
+STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_PictureInPicture,
+                                   .key = {.name = "InstanceID", .value = _InstanceID}, .methods = methods,
+                                   .refusals = {.wrongClass = nullptr})

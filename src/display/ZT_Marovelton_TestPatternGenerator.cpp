@@ -10,7 +10,6 @@ static const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_TestPatternGenerator";
 constexpr const char *_InstanceID = "ZT:Marovelton_TestPatternGenerator";
 
-// ---- settings ----
 // Clients know a missing reply to any of these by the text about the power saver.
 
 // The register carries the state, 1 for on, whatever its name says.
@@ -24,8 +23,6 @@ int SetRGBValue(int red, int green, int blue, char *errorText)
                        {{TEST_PATTERN_RED, red}, {TEST_PATTERN_GREEN, green}, {TEST_PATTERN_BLUE, blue}},
                        {"Failed to set the value to PowerSaverState."}, errorText);
 }
-
-// ---- path and instance ----
 
 STAMP_PATH_BY_INSTANCE_ID(ZT_Marovelton_TestPatternGenerator)
 
@@ -88,14 +85,7 @@ constexpr Method methods[] = {
     {.name = "SetRGBValue", .run = runSetRGBValue},
 };
 
-constexpr ProviderClass provider = {
-    .name = _ClassName,
-    .key = {.name = "InstanceID", .value = _InstanceID},
-    .builders = {.path = _makePath_ZT_Marovelton_TestPatternGenerator,
-                 .instance = _makeInst_ZT_Marovelton_TestPatternGenerator},
-    .methods = methods,
-    .compareMethodNames = strcasecmp,
-    .refusals = {.wrongClass = nullptr, .unknownMethod = CMPI_RC_ERR_NOT_SUPPORTED, .unknownMethodValue = 0},
-};
-
-STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_TestPatternGenerator, provider)
+STAMP_INSTANCE_AND_METHOD_PROVIDER(
+    ZT_Marovelton_TestPatternGenerator, .key = {.name = "InstanceID", .value = _InstanceID},
+    .methods = methods, .compareMethodNames = strcasecmp,
+    .refusals = {.wrongClass = nullptr, .unknownMethod = CMPI_RC_ERR_NOT_SUPPORTED, .unknownMethodValue = 0})

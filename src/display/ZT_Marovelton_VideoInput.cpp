@@ -28,8 +28,6 @@ int ValidateVideoInputInstanceID(const char *instanceID, char *errorText, int *i
     return result;
 }
 
-// ---- path and instance ----
-
 CMPIObjectPath *_makePath_ZT_Marovelton_VideoInput(const CMPIObjectPath *reference, int index,
                                                    CMPIStatus *status)
 {
@@ -61,17 +59,9 @@ CMPIInstance *_makeInst_ZT_Marovelton_VideoInput(const CMPIObjectPath *reference
     return input.finish();
 }
 
-// ---- the class ----
-
 constexpr uint8_t refreshedGroups[] = {VIDEO_INPUT_ID};
 
-constexpr ProviderClass provider = {
-    .name = _ClassName,
-    .key = {.name = "InstanceID", .validate = ValidateVideoInputInstanceID},
-    .builders = {.pathAt = _makePath_ZT_Marovelton_VideoInput,
-                 .instanceAt = _makeInst_ZT_Marovelton_VideoInput,
-                 .count = inputCount,
-                 .refresh = refreshedGroups},
-};
-
-STAMP_INSTANCE_AND_PLACEHOLDER_PROVIDER(ZT_Marovelton_VideoInput, provider, CMPI_RC_ERR_NOT_FOUND)
+STAMP_INSTANCE_AND_PLACEHOLDER_PROVIDER(ZT_Marovelton_VideoInput, CMPI_RC_ERR_NOT_FOUND,
+                                        .key = {.name = "InstanceID",
+                                                .validate = ValidateVideoInputInstanceID},
+                                        .reads = {.count = inputCount, .refresh = refreshedGroups})

@@ -107,7 +107,7 @@ CMPIStatus invokePlaceholder(const CMPIBroker *broker, const char *className, CM
 static bool refreshed(const ProviderClass &provider, const CMPIBroker *broker, CMPIStatus *status)
 {
     char errorText[ERROR_TEXT_SIZE] = " ";
-    for (const int group : provider.builders.refresh) {
+    for (const int group : provider.reads.refresh) {
         if (InvokeGetMethod_Spear(group, errorText) != 0) {
             return fail(broker, status, CMPI_RC_ERR_FAILED, errorText);
         }
@@ -115,18 +115,11 @@ static bool refreshed(const ProviderClass &provider, const CMPIBroker *broker, C
     return true;
 }
 
-static CMPIObjectPath *pathAt(const ProviderClass &provider, const CMPIObjectPath *reference, int index,
-                              CMPIStatus *status)
+template <typename Made>
+static Made *make(Builder<Made> one, BuilderAt<Made> at, const CMPIObjectPath *reference, int index,
+                  CMPIStatus *status)
 {
-    return provider.builders.pathAt ? provider.builders.pathAt(reference, index, status)
-                                    : provider.builders.path(reference, status);
-}
-
-static CMPIInstance *instanceAt(const ProviderClass &provider, const CMPIObjectPath *reference, int index,
-                                CMPIStatus *status)
-{
-    return provider.builders.instanceAt ? provider.builders.instanceAt(reference, index, status)
-                                        : provider.builders.instance(reference, status);
+    return at ? at(reference, index, status) : one(reference, status);
 }
 
 /** Builds and returns all paths in order. A path that its builder returned is handed on even when the builder
@@ -134,8 +127,9 @@ static CMPIInstance *instanceAt(const ProviderClass &provider, const CMPIObjectP
 static void returnPaths(const ProviderClass &provider, const CMPIBroker *broker, const CMPIResult *result,
                         const CMPIObjectPath *reference, CMPIStatus *status)
 {
-    for (int index = 0; index < provider.builders.count; ++index) {
-        const CMPIObjectPath *path = pathAt(provider, reference, index, status);
+    for (int index = 0; index < provider.reads.count; ++index) {
+        const CMPIObjectPath *path =
+            make(provider.builders.path, provider.builders.pathAt, reference, index, status);
         if (!path) {
             fail(broker, status, CMPI_RC_ERR_FAILED, "Couldn't build objectpath");
             return;
@@ -150,7 +144,8 @@ static void returnInstances(const ProviderClass &provider, const CMPIBroker *bro
                             const CMPIObjectPath *reference, int first, int last, CMPIStatus *status)
 {
     for (int index = first; index <= last; ++index) {
-        const CMPIInstance *instance = instanceAt(provider, reference, index, status);
+        const CMPIInstance *instance =
+            make(provider.builders.instance, provider.builders.instanceAt, reference, index, status);
         if (!instance) {
             fail(broker, status, CMPI_RC_ERR_FAILED, "Couldn't build instance");
             return;
@@ -182,11 +177,11 @@ CMPIStatus enumInstanceNames(const ProviderClass &provider, const CMPIBroker *br
                              const CMPIResult *result, const CMPIObjectPath *reference)
 {
     CMPIStatus status = {CMPI_RC_OK, nullptr};
-    trace(provider.builders.traces->namesCalled, provider.name);
+    trace(provider.reads.traces->namesCalled, provider.name);
     if (refreshed(provider, broker, &status)) {
         returnPaths(provider, broker, result, reference, &status);
     }
-    trace(provider.builders.traces->namesExited, provider.name);
+    trace(provider.reads.traces->namesExited, provider.name);
     return status;
 }
 
@@ -194,11 +189,11 @@ CMPIStatus enumInstances(const ProviderClass &provider, const CMPIBroker *broker
                          const CMPIObjectPath *reference)
 {
     CMPIStatus status = {CMPI_RC_OK, nullptr};
-    trace(provider.builders.traces->instancesCalled, provider.name);
+    trace(provider.reads.traces->instancesCalled, provider.name);
     if (refreshed(provider, broker, &status)) {
-        returnInstances(provider, broker, result, reference, 0, provider.builders.count - 1, &status);
+        returnInstances(provider, broker, result, reference, 0, provider.reads.count - 1, &status);
     }
-    trace(provider.builders.traces->instancesLeft, provider.name);
+    trace(provider.reads.traces->instancesLeft, provider.name);
     return status;
 }
 

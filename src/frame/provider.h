@@ -34,13 +34,25 @@ using BuilderAt = Made *(*)(const CMPIObjectPath *reference, int index, CMPIStat
 template <typename Made>
 using Builder = Made *(*)(const CMPIObjectPath *reference, CMPIStatus *status);
 
-/** How the objects of a class are made. */
+/** What makes the objects of a class: the only one, or each of several by its index. */
 struct Builders {
-    // One instance has the first pair of builders, the numbered ones of a class with several the second.
     Builder<CMPIObjectPath> path = nullptr;
     Builder<CMPIInstance> instance = nullptr;
     BuilderAt<CMPIObjectPath> pathAt = nullptr;
     BuilderAt<CMPIInstance> instanceAt = nullptr;
+
+    constexpr Builders(Builder<CMPIObjectPath> thePath, Builder<CMPIInstance> theInstance)
+        : path(thePath), instance(theInstance)
+    {
+    }
+    constexpr Builders(BuilderAt<CMPIObjectPath> thePath, BuilderAt<CMPIInstance> theInstance)
+        : pathAt(thePath), instanceAt(theInstance)
+    {
+    }
+};
+
+/** What the intrinsic reads of a class bring. */
+struct Reads {
     int count = 1;
     std::span<const uint8_t> refresh = {}; // information groups to refresh before a read, in order
     const ReadTraces *traces = &usualReadTraces;
@@ -57,13 +69,14 @@ struct Refusals {
     uint8_t failureValue = 2;
 };
 
-/** What the frame needs to know of a class: what identifies its objects, what builds them, what its methods
+/** What the frame needs to know of a class: what builds its objects, what identifies them, what its methods
  * are and how they are refused. */
 struct ProviderClass {
     const char *name;
+    Builders builders;
     const SystemKeyed *systemKeys = nullptr; // where its objects are keyed to the monitor's system name
     IdentifyingKey key = {};
-    Builders builders = {};
+    Reads reads = {};
     std::span<const Method> methods = {};
     int (*compareMethodNames)(const char *, const char *) = strcmp;
     CMPIType returnType = CMPI_uint32;

@@ -109,7 +109,7 @@
 // The operations of class `Class` and its factories. A module that has an operation of its own stamps the
 // others one by one.
 
-#define STAMP_READS(Class, provider)                                                                         \
+#define STAMP_READS(Class)                                                                                   \
     INSTANCE_OPERATION(Class, EnumInstanceNames)                                                             \
     {                                                                                                        \
         return frame::enumInstanceNames(provider, _broker, result, reference);                               \
@@ -166,27 +166,33 @@
 
 #define STAMP_METHOD_FACTORY(Class) STAMP_FACTORY(Class, Method, "method", MethodCleanup, Class##InvokeMethod)
 
-// All but the methods over one ProviderClass.
-#define STAMP_INSTANCES(Class, provider)                                                                     \
-    STAMP_READS(Class, provider)                                                                             \
-    STAMP_MODIFY_NOT_SUPPORTED(Class, ModifyInstance)                                                        \
-    STAMP_NOT_SUPPORTED(Class)                                                                               \
-    STAMP_INSTANCE_FACTORY(Class)                                                                            \
-    STAMP_METHOD_FACTORY(Class)
+// What the frame needs to know of a class: its constants and builders, and the further arguments.
+#define STAMP_CLASS(Class, ...)                                                                              \
+    constexpr frame::ProviderClass provider = {                                                              \
+        .name = _ClassName, .builders = {_makePath_##Class, _makeInst_##Class}, __VA_ARGS__};                \
+    STAMP_READS(Class)                                                                                       \
+    STAMP_NOT_SUPPORTED(Class)
 
-// A whole instance and method provider over one ProviderClass.
-#define STAMP_INSTANCE_AND_METHOD_PROVIDER(Class, provider)                                                  \
+// A whole instance and method provider; the further arguments are what its ProviderClass has beside its name
+// and its builders.
+#define STAMP_INSTANCE_AND_METHOD_PROVIDER(Class, ...)                                                       \
+    STAMP_CLASS(Class, __VA_ARGS__)                                                                          \
     static_assert(frame::methodsAreSound(provider.methods));                                                 \
+    STAMP_MODIFY_NOT_SUPPORTED(Class, ModifyInstance)                                                        \
     METHOD_OPERATION(Class)                                                                                  \
     {                                                                                                        \
         return frame::invokeMethod(provider, _broker, context, result, reference, methodName, in);           \
     }                                                                                                        \
-    STAMP_INSTANCES(Class, provider)
+    STAMP_INSTANCE_FACTORY(Class)                                                                            \
+    STAMP_METHOD_FACTORY(Class)
 
 // The same for a class without methods, which answers the placeholder alone.
-#define STAMP_INSTANCE_AND_PLACEHOLDER_PROVIDER(Class, provider, unknownCode)                                \
+#define STAMP_INSTANCE_AND_PLACEHOLDER_PROVIDER(Class, unknownCode, ...)                                     \
+    STAMP_CLASS(Class, __VA_ARGS__)                                                                          \
+    STAMP_MODIFY_NOT_SUPPORTED(Class, ModifyInstance)                                                        \
     STAMP_PLACEHOLDER_METHOD(Class, unknownCode)                                                             \
-    STAMP_INSTANCES(Class, provider)
+    STAMP_INSTANCE_FACTORY(Class)                                                                            \
+    STAMP_METHOD_FACTORY(Class)
 
 // ---- associations ----
 

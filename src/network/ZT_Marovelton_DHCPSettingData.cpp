@@ -34,11 +34,5 @@ CMPIInstance *_makeInst_ZT_Marovelton_DHCPSettingData(const CMPIObjectPath *refe
     return instance.finish();
 }
 
-constexpr ProviderClass provider = {
-    .name = _ClassName,
-    .key = {.name = "InstanceID", .value = _InstanceID},
-    .builders = {.path = _makePath_ZT_Marovelton_DHCPSettingData,
-                 .instance = _makeInst_ZT_Marovelton_DHCPSettingData},
-};
-
-STAMP_INSTANCE_AND_PLACEHOLDER_PROVIDER(ZT_Marovelton_DHCPSettingData, provider, CMPI_RC_ERR_NOT_SUPPORTED)
+STAMP_INSTANCE_AND_PLACEHOLDER_PROVIDER(ZT_Marovelton_DHCPSettingData, CMPI_RC_ERR_NOT_SUPPORTED,
+                                        .key = {.name = "InstanceID", .value = _InstanceID})

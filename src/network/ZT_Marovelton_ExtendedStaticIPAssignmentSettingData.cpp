@@ -11,8 +11,6 @@ static const CMPIBroker *_broker;
 constexpr const char *_ClassName = "ZT_Marovelton_ExtendedStaticIPAssignmentSettingData";
 constexpr const char *_InstanceID = "ZT:Marovelton_ExtendedStaticIPAssignmentSettingData";
 
-// ---- path and instance ----
-
 STAMP_PATH_BY_INSTANCE_ID(ZT_Marovelton_ExtendedStaticIPAssignmentSettingData)
 
 CMPIInstance *_makeInst_ZT_Marovelton_ExtendedStaticIPAssignmentSettingData(const CMPIObjectPath *reference,
@@ -122,15 +120,8 @@ INSTANCE_OPERATION(ZT_Marovelton_ExtendedStaticIPAssignmentSettingData, ModifyIn
     return status;
 }
 
-constexpr ProviderClass provider = {
-    .name = _ClassName,
-    .key = {.name = "InstanceID", .value = _InstanceID},
-    .builders = {.path = _makePath_ZT_Marovelton_ExtendedStaticIPAssignmentSettingData,
-                 .instance = _makeInst_ZT_Marovelton_ExtendedStaticIPAssignmentSettingData},
-};
-
-STAMP_READS(ZT_Marovelton_ExtendedStaticIPAssignmentSettingData, provider)
-STAMP_NOT_SUPPORTED(ZT_Marovelton_ExtendedStaticIPAssignmentSettingData)
+STAMP_CLASS(ZT_Marovelton_ExtendedStaticIPAssignmentSettingData,
+            .key = {.name = "InstanceID", .value = _InstanceID})
 STAMP_PLACEHOLDER_METHOD(ZT_Marovelton_ExtendedStaticIPAssignmentSettingData, CMPI_RC_ERR_NOT_SUPPORTED)
 STAMP_INSTANCE_FACTORY(ZT_Marovelton_ExtendedStaticIPAssignmentSettingData)
 STAMP_METHOD_FACTORY(ZT_Marovelton_ExtendedStaticIPAssignmentSettingData)

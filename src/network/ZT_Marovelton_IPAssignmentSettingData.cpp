@@ -27,12 +27,5 @@ CMPIInstance *_makeInst_ZT_Marovelton_IPAssignmentSettingData(const CMPIObjectPa
     return instance.finish();
 }
 
-constexpr ProviderClass provider = {
-    .name = _ClassName,
-    .key = {.name = "InstanceID", .value = _InstanceID},
-    .builders = {.path = _makePath_ZT_Marovelton_IPAssignmentSettingData,
-                 .instance = _makeInst_ZT_Marovelton_IPAssignmentSettingData},
-};
-
-STAMP_INSTANCE_AND_PLACEHOLDER_PROVIDER(ZT_Marovelton_IPAssignmentSettingData, provider,
-                                        CMPI_RC_ERR_NOT_SUPPORTED)
+STAMP_INSTANCE_AND_PLACEHOLDER_PROVIDER(ZT_Marovelton_IPAssignmentSettingData, CMPI_RC_ERR_NOT_SUPPORTED,
+                                        .key = {.name = "InstanceID", .value = _InstanceID})

@@ -17,8 +17,6 @@ constexpr NetworkObject service = {
         "A class derived from CIM IPConfigurationService that represents the single node container of the Display management.",
 };
 
-// ---- path and instance ----
-
 CMPIObjectPath *_makePath_ZT_Marovelton_IPConfigurationService(const CMPIObjectPath *reference,
                                                                CMPIStatus *status)
 {
@@ -129,13 +127,5 @@ constexpr Method methods[] = {
     {.name = "RequestStateChange", .run = refuseMethod},
 };
 
-constexpr ProviderClass provider = {
-    .name = _ClassName,
-    .systemKeys = &service.keyed,
-    .builders = {.path = _makePath_ZT_Marovelton_IPConfigurationService,
-                 .instance = _makeInst_ZT_Marovelton_IPConfigurationService},
-    .methods = methods,
-    .refusals = {.failureValue = 1},
-};
-
-STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_IPConfigurationService, provider)
+STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_IPConfigurationService, .systemKeys = &service.keyed,
+                                   .methods = methods, .refusals = {.failureValue = 1})

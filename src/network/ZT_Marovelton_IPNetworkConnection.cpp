@@ -27,12 +27,5 @@ CMPIInstance *_makeInst_ZT_Marovelton_IPNetworkConnection(const CMPIObjectPath *
     return makeNetworkObjectInst(_broker, connection, reference, status).finish();
 }
 
-constexpr ProviderClass provider = {
-    .name = _ClassName,
-    .systemKeys = &connection.keyed,
-    .builders = {.path = _makePath_ZT_Marovelton_IPNetworkConnection,
-                 .instance = _makeInst_ZT_Marovelton_IPNetworkConnection},
-};
-
-STAMP_INSTANCE_AND_PLACEHOLDER_PROVIDER(ZT_Marovelton_IPNetworkConnection, provider,
-                                        CMPI_RC_ERR_NOT_SUPPORTED)
+STAMP_INSTANCE_AND_PLACEHOLDER_PROVIDER(ZT_Marovelton_IPNetworkConnection, CMPI_RC_ERR_NOT_SUPPORTED,
+                                        .systemKeys = &connection.keyed)

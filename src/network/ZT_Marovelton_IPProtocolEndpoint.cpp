@@ -202,8 +202,6 @@ int get_ipProtocolEndpoint_data(const char *endpointName, cim_ipProtocolEndpoint
     return 0;
 }
 
-// ---- path and instance ----
-
 CMPIObjectPath *_makePath_ZT_Marovelton_IPProtocolEndpoint(const CMPIObjectPath *reference,
                                                            const cim_ipProtocolEndpoint *record,
                                                            CMPIStatus *status)

@@ -22,12 +22,6 @@ CMPIInstance *_makeInst_ZT_Marovelton_IPVersionSettingData(const CMPIObjectPath 
         .finish();
 }
 
-constexpr ProviderClass provider = {
-    .name = _ClassName,
-    .key = {.name = "InstanceID", .value = "ZT:Marovelton_IPVersionSettingData"},
-    .builders = {.path = _makePath_ZT_Marovelton_IPVersionSettingData,
-                 .instance = _makeInst_ZT_Marovelton_IPVersionSettingData},
-};
-
-STAMP_INSTANCE_AND_PLACEHOLDER_PROVIDER(ZT_Marovelton_IPVersionSettingData, provider,
-                                        CMPI_RC_ERR_NOT_SUPPORTED)
+STAMP_INSTANCE_AND_PLACEHOLDER_PROVIDER(ZT_Marovelton_IPVersionSettingData, CMPI_RC_ERR_NOT_SUPPORTED,
+                                        .key = {.name = "InstanceID",
+                                                .value = "ZT:Marovelton_IPVersionSettingData"})

@@ -16,14 +16,10 @@ constexpr SwitchedService service = {
     .showsIdentify = false,
 };
 
-// ---- settings ----
-
 int SetRemoteManagementEnabledState(int requestedState, char *errorText)
 {
     return sendServiceState(WEBSERVER_STATUS, requestedState, errorText);
 }
-
-// ---- path and instance ----
 
 CMPIObjectPath *_makePath_ZT_Marovelton_RemoteManagementService(const CMPIObjectPath *reference,
                                                                 CMPIStatus *status)
@@ -52,14 +48,6 @@ constexpr Method methods[] = {
      .set = requestState},
 };
 
-constexpr ProviderClass provider = {
-    .name = _ClassName,
-    .systemKeys = &service.keyed,
-    .builders = {.path = _makePath_ZT_Marovelton_RemoteManagementService,
-                 .instance = _makeInst_ZT_Marovelton_RemoteManagementService},
-    .methods = methods,
-    .compareMethodNames = strcasecmp,
-    .refusals = {.wrongClass = nullptr},
-};
-
-STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_RemoteManagementService, provider)
+STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_RemoteManagementService, .systemKeys = &service.keyed,
+                                   .methods = methods, .compareMethodNames = strcasecmp,
+                                   .refusals = {.wrongClass = nullptr})

@@ -16,8 +16,6 @@ constexpr SwitchedService service = {
     .showsIdentify = true,
 };
 
-// ---- settings ----
-
 int SetWSManagementEnabledState(int requestedState, char *errorText)
 {
     return sendServiceState(WS_MANAGEMENT_STATUS, requestedState, errorText);
@@ -26,8 +24,6 @@ int SetWSManagementEnabledState(int requestedState, char *errorText)
 SETTING(SetWSIdentifyEnabledState, REMOTE_MGMENT_ID, WS_IDENTIFY_STATUS,
         .reply = "Failed to set the value to WSIdentifySuportEnabledState.",
         .busy = "Device is Busy. Please try after some Time.", .onlyMinusOneFails = true)
-
-// ---- path and instance ----
 
 CMPIObjectPath *_makePath_ZT_Marovelton_WSManagementService(const CMPIObjectPath *reference,
                                                             CMPIStatus *status)
@@ -61,14 +57,6 @@ constexpr Method methods[] = {
      .set = SetWSIdentifyEnabledState},
 };
 
-constexpr ProviderClass provider = {
-    .name = _ClassName,
-    .systemKeys = &service.keyed,
-    .builders = {.path = _makePath_ZT_Marovelton_WSManagementService,
-                 .instance = _makeInst_ZT_Marovelton_WSManagementService},
-    .methods = methods,
-    .compareMethodNames = strcasecmp,
-    .refusals = {.wrongClass = nullptr},
-};
-
-STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_WSManagementService, provider)
+STAMP_INSTANCE_AND_METHOD_PROVIDER(ZT_Marovelton_WSManagementService, .systemKeys = &service.keyed,
+                                   .methods = methods, .compareMethodNames = strcasecmp,
+                                   .refusals = {.wrongClass = nullptr})
