@@ -70,8 +70,7 @@ struct Matcher {
 
 /** The properties of an association that are not references. */
 struct OwnProperties {
-    /** Reads what they depend on; false, with the status set, when it cannot be read. Null: nothing to read.
-     */
+    /** Reads what they depend on; false, with the status set, when it cannot. Null: nothing to read. */
     bool (*read)(const CMPIBroker *broker, CMPIStatus *status, Notes &notes);
     void (*set)(const CMPIInstance *association, const Ends &ends, const Notes &notes);
 };
@@ -95,13 +94,13 @@ struct Walk {
 
 /** The class at the far end from `ref`, one of the two given pointers; where both ends fit, `ref` is the left
  *  one. Null, with `status` set, on failure. */
-const char *farEndClass(const CMPIBroker *broker, const CMPIObjectPath *ref, const char *leftClass,
-                        const char *rightClass, CMPIStatus *status);
+[[nodiscard]] const char *farEndClass(const CMPIBroker *broker, const CMPIObjectPath *ref,
+                                      const char *leftClass, const char *rightClass, CMPIStatus *status);
 
 /** A new path of the far-end class in the namespace of `ref`. Null, or a path without a handle, with `status`
  * set, on failure. */
-CMPIObjectPath *farEndPath(const CMPIBroker *broker, const CMPIObjectPath *ref, const char *leftClass,
-                           const char *rightClass, CMPIStatus *status);
+[[nodiscard]] CMPIObjectPath *farEndPath(const CMPIBroker *broker, const CMPIObjectPath *ref,
+                                         const char *leftClass, const char *rightClass, CMPIStatus *status);
 
 /** The filters of a request for what a source is tied to; each may be null. */
 struct AssociationFilters {
@@ -116,14 +115,12 @@ struct AssociationFilters {
 [[nodiscard]] bool admits(const CMPIBroker *broker, const CMPIObjectPath *source, const Ends &ends,
                           const AssociationFilters &filters, CMPIStatus *status);
 
-/** Matches a candidate, an instance or a path, by the keys. False, with the status set, when one is missing.
- */
+/** Matches a candidate, an instance or a path, by the keys; false, with the status set, without one. */
 [[nodiscard]] bool matchCandidate(const Matcher &matcher, const CMPIBroker *broker,
                                   const CMPIObjectPath *source, const CMPIInstance *targetInstance,
                                   const CMPIObjectPath *targetPath, CMPIStatus *status, Notes &notes);
 
-/** Answers a request for one source object. True also when nothing was found, else false with the status set.
- */
+/** Answers a request for one source object; finding nothing is no failure. False with the status set. */
 [[nodiscard]] bool walkFrom(const CMPIObjectPath *source, const Walk &walk, const Request &request);
 
 /** Answers for every object of the class `sources`. False when they cannot be listed, else what the last one
@@ -133,8 +130,8 @@ struct AssociationFilters {
 
 /** The association instance that `path` names, once both its ends are found to exist. Null, with the status
  * set, on failure; without a right end in `path` the left end's instance, with the status set. */
-CMPIInstance *associationAt(const CMPIObjectPath *path, const char *className, const char *refLeft,
-                            const char *refRight, const Request &request);
+[[nodiscard]] CMPIInstance *associationAt(const CMPIObjectPath *path, const char *className,
+                                          const char *refLeft, const char *refRight, const Request &request);
 
 // ---- the frame of the association modules ----
 

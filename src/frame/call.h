@@ -52,19 +52,20 @@ bool fail(Call &call, CMPIrc code, const char *text);
 bool refuseMethod(Call &call);
 
 /** Passes only administrators: reads the requesting user from the context and looks it up. */
-bool requireAdministrator(const CMPIBroker *broker, const CMPIContext *context, CMPIStatus *status,
-                          char *errorText, bool announce = true);
+[[nodiscard]] bool requireAdministrator(const CMPIBroker *broker, const CMPIContext *context,
+                                        CMPIStatus *status, char *errorText, bool announce = true);
 
 /** The text of a string argument, which may be empty; null, with the call ended, when it is missing or of
  * another type. */
-const char *requireText(Call &call, const char *name, const char *missing,
-                        const char *invalidType = "Invalid type of parameter.");
+[[nodiscard]] const char *requireText(Call &call, const char *name, const char *missing,
+                                      const char *invalidType = "Invalid type of parameter.");
 /** Refuses an empty argument text. */
-bool requireContent(Call &call, const char *text, const char *empty = "Invalid parameter. Value is missing.");
+[[nodiscard]] bool requireContent(Call &call, const char *text,
+                                  const char *empty = "Invalid parameter. Value is missing.");
 /** Converts an argument text of the given kind. */
-bool convert(Call &call, const char *text, ArgumentKind kind, const char *invalid, int *value);
+[[nodiscard]] bool convert(Call &call, const char *text, ArgumentKind kind, const char *invalid, int *value);
 /** All of the above for one argument. */
-bool readArgument(Call &call, const Argument &argument, int *value);
+[[nodiscard]] bool readArgument(Call &call, const Argument &argument, int *value);
 
 /** The texts that a reference argument is refused with. */
 struct ReferenceTexts {
@@ -75,15 +76,16 @@ struct ReferenceTexts {
 };
 
 /** The path in a reference argument, and its class name; null, with the call ended, when there is none. */
-const CMPIObjectPath *requireReference(Call &call, const char *name, const ReferenceTexts &texts,
-                                       const char **className);
+[[nodiscard]] const CMPIObjectPath *requireReference(Call &call, const char *name,
+                                                     const ReferenceTexts &texts, const char **className);
 
 /** Refuses a value outside the range; without a range text every value passes. */
-bool requireRange(Call &call, int value, const Range &range);
+[[nodiscard]] bool requireRange(Call &call, int value, const Range &range);
 /** Refuses a position outside its ranges; both are tested first, and `both` is for neither fitting. */
-bool requirePosition(Call &call, int x, const Range &xRange, int y, const Range &yRange, const char *both);
+[[nodiscard]] bool requirePosition(Call &call, int x, const Range &xRange, int y, const Range &yRange,
+                                   const char *both);
 /** The end of a call: the result of a setting, whose text becomes the message when it is not 0. */
-bool settled(Call &call, int result);
+[[nodiscard]] bool settled(Call &call, int result);
 
 } // namespace frame
 

@@ -62,7 +62,7 @@ struct InstanceBuilder {
     void ownKeys(std::span<const Key> keys, const SystemName &system);
 
     /** The finished instance, or null with the status set. */
-    CMPIInstance *finish();
+    [[nodiscard]] CMPIInstance *finish();
 
     const CMPIBroker *broker;
     const char *className;

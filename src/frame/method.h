@@ -14,9 +14,8 @@ namespace frame
 using Setting = int(int value, char *errorText);
 using Action = int(char *errorText);
 
-/** A method as a row. Its steps, in this order: administrator check; `run`, if given, does all the rest; else
- * the argument is read and converted, the precondition tested, the range checked, and `set` or `act` called.
- */
+/** A method as a row. Its steps, in this order: administrator check; `run`, if given, does the rest; else the
+ * argument is read and converted, the precondition tested, the range checked, `set` or `act` called. */
 struct Method {
     const char *name;
     bool administrator = false;

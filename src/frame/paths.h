@@ -15,16 +15,16 @@ struct Key {
 
 /** A new path of a class in the namespace of `reference`; null, with `status` set, on failure. The results of
  * adding a key are not looked at: an object manager refuses one only where its class definition lacks it. */
-CMPIObjectPath *newPath(const CMPIBroker *broker, const char *className, const CMPIObjectPath *reference,
-                        CMPIStatus *status, std::initializer_list<Key> keys = {});
+[[nodiscard]] CMPIObjectPath *newPath(const CMPIBroker *broker, const char *className,
+                                      const CMPIObjectPath *reference, CMPIStatus *status,
+                                      std::initializer_list<Key> keys = {});
 
 void addKeys(const CMPIObjectPath *path, std::initializer_list<Key> keys);
 
-/** The path of a class whose one key is `InstanceID`, the work of a `_makePath_` function; null on failure.
- */
-CMPIObjectPath *makePathByInstanceID(const CMPIBroker *broker, const char *className,
-                                     const CMPIObjectPath *reference, const char *instanceID,
-                                     CMPIStatus *status);
+/** The path of a class whose one key is `InstanceID`, the work of a `_makePath_`; null on failure. */
+[[nodiscard]] CMPIObjectPath *makePathByInstanceID(const CMPIBroker *broker, const char *className,
+                                                   const CMPIObjectPath *reference, const char *instanceID,
+                                                   CMPIStatus *status);
 
 /** The text of a numbered instance identifier such as "ZT:Marovelton_ColorSpace:%d", counted from 1. */
 struct InstanceID {
@@ -38,7 +38,7 @@ struct InstanceID {
                                   int *index);
 
 /** The key of an object path as text; null when it is missing, null or of another type. */
-const char *keyText(const CMPIObjectPath *path, const char *name);
+[[nodiscard]] const char *keyText(const CMPIObjectPath *path, const char *name);
 
 /** Characters where the interface has a value: of the type CMPI_chars the pointer itself is the value. */
 inline const CMPIValue *charsValue(const char *text)

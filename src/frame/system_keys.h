@@ -40,9 +40,9 @@ void addSystemKeys(const CMPIObjectPath *path, std::span<const Key> keys, const 
 
 /** The path of such an object, the work of a `_makePath_` function; null on failure. compat: without the
  * monitor's record the path has no keys, and the status, with `failure`, ends the request. */
-CMPIObjectPath *makePathBySystemName(const CMPIBroker *broker, const char *className,
-                                     const CMPIObjectPath *reference, std::span<const Key> keys,
-                                     const char *failure, CMPIStatus *status);
+[[nodiscard]] CMPIObjectPath *makePathBySystemName(const CMPIBroker *broker, const char *className,
+                                                   const CMPIObjectPath *reference, std::span<const Key> keys,
+                                                   const char *failure, CMPIStatus *status);
 
 /** Checks the keys of such an object: `Name`, `SystemName`, `SystemCreationClassName`, `CreationClassName`,
  * without regard to case. False, with CMPI_RC_ERR_NOT_FOUND in the status, at the first key that is missing

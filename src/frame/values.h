@@ -19,11 +19,11 @@ template <typename Object>
 }
 
 /** The characters of a broker's string; null when there is no string or it holds none. */
-const char *textOf(const CMPIString *string);
+[[nodiscard]] const char *textOf(const CMPIString *string);
 
 /** The text that a broker's data holds, a CMPIString's or the characters themselves (brokers hand both for
  * keys and for the principal); null when it is missing or of another type. */
-const char *textOf(const CMPIData &data, const CMPIStatus &status);
+[[nodiscard]] const char *textOf(const CMPIData &data, const CMPIStatus &status);
 
 /** Whether data from a broker holds no value. */
 [[nodiscard]] bool isMissing(const CMPIData &data, const CMPIStatus &status);

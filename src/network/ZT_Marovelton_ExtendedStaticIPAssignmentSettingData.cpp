@@ -70,8 +70,7 @@ constexpr struct {
 constexpr int addressCount = std::size(addresses);
 static_assert(1 + addressCount <= REGISTERS_PER_MESSAGE);
 
-/** Applies the addresses of an instance as the new static configuration. Returns false with the status set.
- */
+/** Applies the addresses of an instance as the new static configuration; false with the status set. */
 static bool applyStaticConfiguration(const CMPIInstance *instance, CMPIStatus *status, char *errorText)
 {
     static constexpr ChannelTexts texts = {

@@ -30,8 +30,7 @@ void free_ipPEndpointList(ipPEndpointList *list);
 char *_get_ipProtocolEndpoint_name(const char *ifName);
 /** The link state of an interface: 2 up, 3 down, 0 unknown. */
 uint16_t _get_port_status(const char *ifName);
-/** Fills the record of a node for the endpoint of that name; without memory the node stays empty. Returns 0.
- */
+/** Fills the record of a node for the endpoint of that name; without memory it stays empty. Returns 0. */
 int _ipProtocolEndpoint_data(const char *endpointName, ipPEndpointList *node);
 /** Lists the endpoints of all interfaces that the kernel knows, in its order; freed by the caller. Returns 0,
  * or the result of the command when it printed nothing. */

@@ -9,8 +9,7 @@
 /** The answers of `IsCurrent` and `IsNext`. */
 enum SettingsState { DONT_CHANGE = 0, YES = 1, NO = 2 };
 
-/** The identifier of the setting data that a value of IP_CONFIGURATION_MODE applies; null when there is none.
- */
+/** The identifier of the setting data that a value of IP_CONFIGURATION_MODE applies, or null. */
 const char *appliedSettingID(int mode);
 
 /** A setting of the remote-management group whose sender does not wait for the engine. */
