@@ -28,10 +28,9 @@ void matchEndpoint(const char *key1, const char *key2, int direction, int *match
     }
 }
 
-static int endpointMatches(const char *sourceKey, const char *targetKey, int direction, Notes &notes)
+static void endpointMatches(const char *sourceKey, const char *targetKey, int direction, Notes &notes)
 {
     matchEndpoint(sourceKey, targetKey, direction, &notes.match);
-    return 0;
 }
 
 constexpr KeyPair keysOfServices[] = {
@@ -83,12 +82,11 @@ static SettingsState stateByKeys(const char *sourceKey, const char *targetKey, i
     return NO;
 }
 
-static int settingMatches(const char *sourceKey, const char *targetKey, int direction, Notes &notes)
+static void settingMatches(const char *sourceKey, const char *targetKey, int direction, Notes &notes)
 {
     matchSetting(sourceKey, targetKey, direction, notes.mode, &notes.match, &notes.count);
     const SettingsState state = notes.match == 1 ? stateByKeys(sourceKey, targetKey, notes.mode) : NO;
     notes.current = static_cast<char>(state);
-    return 0;
 }
 
 constexpr KeyPair keysOfSettings[] = {
@@ -96,27 +94,17 @@ constexpr KeyPair keysOfSettings[] = {
     {nullptr, ASSOC_RIGHT_LEFT, "InstanceID", "CreationClassName"},
 };
 
-/** Which setting is the current one, by the ends of the association. compat: with a static address clients
- * look for the accumulated setting data; the static setting data is never the current one. */
-constexpr struct {
-    int mode;
-    const char *one;
-    const char *other;
-} currentSettings[] = {
-    {0, "ZT_Marovelton_IPNetworkConnection", "ZT_Marovelton_DHCPSettingData"},
-    {1, "ZT_Marovelton_IPAssignmentSettingData", "ZT_Marovelton_IPNetworkConnection"},
-};
-
+/** Whether the association is between the connection and its current setting. compat: with a static address
+ * clients look for the accumulated setting data; the static setting data is never the current one. */
 static SettingsState stateByEnds(const Ends &ends, int mode)
 {
-    for (const auto &current : currentSettings) {
-        if (mode == current.mode &&
-            ((same(ends.leftClass, current.one) && same(ends.rightClass, current.other)) ||
-             (same(ends.leftClass, current.other) && same(ends.rightClass, current.one)))) {
-            return YES;
-        }
-    }
-    return NO;
+    constexpr const char *connection = "ZT_Marovelton_IPNetworkConnection";
+    const char *current = mode == 0   ? "ZT_Marovelton_DHCPSettingData"
+                          : mode == 1 ? "ZT_Marovelton_IPAssignmentSettingData"
+                                      : nullptr;
+    const bool tied = (same(ends.leftClass, connection) && same(ends.rightClass, current)) ||
+                      (same(ends.leftClass, current) && same(ends.rightClass, connection));
+    return tied ? YES : NO;
 }
 
 static bool readMode(const CMPIBroker *broker, CMPIStatus *status, Notes &notes)

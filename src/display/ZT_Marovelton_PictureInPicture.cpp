@@ -92,34 +92,26 @@ int GetResolution(int *horizontal, int *vertical)
 
 // ---- preconditions ----
 
-namespace
-{
-
-/** Which modes a method needs. */
-enum class Needs : uint8_t {
-    secondPicture, // any mode but off
-    inset,         // neither off nor beside the main picture
-};
-
-} // namespace
-
-/** Refreshes the engine's values and refuses with `refusal` unless the live mode is one that is needed. A
- * mode that cannot be read refuses nothing. */
-static bool requireMode(Call &call, Needs needs, const char *refusal)
+/** Refreshes the engine's values and refuses with `refusal` in one of the modes. A mode that cannot be read
+ * refuses nothing. */
+static bool passUnlessIn(Call &call, std::initializer_list<int> modes, const char *refusal)
 {
     if (!settled(call, InvokeGetMethod_Spear(PIP_INFO_ID, call.errorText))) {
         return false;
     }
     const int mode = GetPIPMode();
-    if (mode == PIP_MODE_OFF || (needs == Needs::inset && mode == PIP_PICTURE_BESIDE_PICTURE)) {
-        return fail(call, CMPI_RC_ERR_NOT_SUPPORTED, refusal);
+    for (const int refused : modes) {
+        if (mode == refused) {
+            return fail(call, CMPI_RC_ERR_NOT_SUPPORTED, refusal);
+        }
     }
     return true;
 }
 
 static bool inputSourceCanBeSet(Call &call)
 {
-    return requireMode(call, Needs::inset, "PIP mode is off. Unable to set the value for PIPInput source");
+    return passUnlessIn(call, {PIP_MODE_OFF, PIP_PICTURE_BESIDE_PICTURE},
+                        "PIP mode is off. Unable to set the value for PIPInput source");
 }
 
 static bool inputsCanBeSwapped(Call &call)
@@ -129,27 +121,27 @@ static bool inputsCanBeSwapped(Call &call)
         return fail(call, CMPI_RC_ERR_INVALID_PARAMETER,
                     "Argument not Required for SwapPrimaryPIPInputs method");
     }
-    return requireMode(call, Needs::secondPicture,
-                       "PIP mode is off. Unable to set the value for Swap input source");
+    return passUnlessIn(call, {PIP_MODE_OFF},
+                        "PIP mode is off. Unable to set the value for Swap input source");
 }
 
 static bool sizeCanBeSet(Call &call)
 {
     // Refused beside the main picture as well, although the text speaks of the opposite.
-    return requireMode(call, Needs::inset,
-                       "PIP mode or picture beside picture is off. Unable to set the value for pip size");
+    return passUnlessIn(call, {PIP_MODE_OFF, PIP_PICTURE_BESIDE_PICTURE},
+                        "PIP mode or picture beside picture is off. Unable to set the value for pip size");
 }
 
 static bool overScanCanBeSet(Call &call)
 {
-    return requireMode(call, Needs::secondPicture, "PIP mode is off. Unable to set the value for OverScan");
+    return passUnlessIn(call, {PIP_MODE_OFF}, "PIP mode is off. Unable to set the value for OverScan");
 }
 
 static bool digitalCinemaOptionCanBeSet(Call &call)
 {
     int width = 0;
     int height = 0;
-    if (!requireMode(call, Needs::secondPicture, "PIP mode is off. Unable to set the value")) {
+    if (!passUnlessIn(call, {PIP_MODE_OFF}, "PIP mode is off. Unable to set the value")) {
         return false;
     }
     if (GetResolution(&width, &height) != 0) {
@@ -191,8 +183,8 @@ static bool runSetPIPPosition(Call &call)
     int y = 0;
     if (!readArgument(call, {integer, "PIPPositionX", "Required argument PIPPositionX missing."}, &x) ||
         !readArgument(call, {integer, "PIPPositionY", "Required argument PIPPositionY missing."}, &y) ||
-        !requireMode(call, Needs::inset,
-                     "PIP mode or picture in picture is off. Unable to set the value for pip positions")) {
+        !passUnlessIn(call, {PIP_MODE_OFF, PIP_PICTURE_BESIDE_PICTURE},
+                      "PIP mode or picture in picture is off. Unable to set the value for pip positions")) {
         return false;
     }
     const int size = GetPIPSize();

@@ -63,8 +63,8 @@ struct KeyPair {
 /** Which of the candidates an association ties to a source. */
 struct Matcher {
     std::span<const KeyPair> keys = {}; // the first that fits the source; without any nothing matches
-    /** Sets `match` where the two keys belong together, and never clears it. Returns 0. */
-    int (*match)(const char *sourceKey, const char *targetKey, int direction, Notes &notes) = nullptr;
+    /** Sets `match` where the two keys belong together, and never clears it. */
+    void (*match)(const char *sourceKey, const char *targetKey, int direction, Notes &notes) = nullptr;
     const char *countTrace = nullptr;
 };
 

@@ -46,10 +46,8 @@ constexpr bool methodsAreSound(std::span<const Method> methods)
         if ((method.range.text && !method.set) || (method.precondition && method.run)) {
             return false;
         }
-        if (method.range.min > method.range.max || (method.range.text && empty(method.range.text))) {
-            return false;
-        }
-        if (method.range.min < INT16_MIN || method.range.max > INT16_MAX) { // a register takes 16 bits
+        if (method.range.min > method.range.max || (method.range.text && empty(method.range.text)) ||
+            method.range.min < INT16_MIN || method.range.max > INT16_MAX) { // a register takes 16 bits
             return false;
         }
         for (size_t other = 0; other < i; ++other) {

@@ -109,20 +109,6 @@
 // The operations of class `Class` and its factories. A module that has an operation of its own stamps the
 // others one by one.
 
-#define STAMP_READS(Class)                                                                                   \
-    INSTANCE_OPERATION(Class, EnumInstanceNames)                                                             \
-    {                                                                                                        \
-        return frame::enumInstanceNames(provider, _broker, result, reference);                               \
-    }                                                                                                        \
-    INSTANCE_OPERATION(Class, EnumInstances, const char **)                                                  \
-    {                                                                                                        \
-        return frame::enumInstances(provider, _broker, result, reference);                                   \
-    }                                                                                                        \
-    INSTANCE_OPERATION(Class, GetInstance, const char **)                                                    \
-    {                                                                                                        \
-        return frame::getInstance(provider, _broker, result, reference);                                     \
-    }
-
 #define STAMP_REFUSAL(Class, Operation, ...)                                                                 \
     INSTANCE_OPERATION(Class, Operation, __VA_ARGS__)                                                        \
     {                                                                                                        \
@@ -136,12 +122,6 @@
     STAMP_REFUSAL(Class, CreateInstance, const CMPIInstance *)                                               \
     STAMP_REFUSAL(Class, DeleteInstance)                                                                     \
     STAMP_REFUSAL(Class, ExecQuery, const char *, const char *)
-
-#define STAMP_PLACEHOLDER_METHOD(Class, unknownCode)                                                         \
-    METHOD_OPERATION(Class)                                                                                  \
-    {                                                                                                        \
-        return frame::invokePlaceholder(_broker, _ClassName, unknownCode, result, reference, methodName);    \
-    }
 
 // The factory of one kind, with the table of its operations; `kind` is in the name that the provider gives
 // itself. The factories are all that the library exports.
@@ -164,14 +144,35 @@
                   Class##GetInstance, Class##CreateInstance, Class##ModifyInstance, Class##DeleteInstance,   \
                   Class##ExecQuery)
 
-#define STAMP_METHOD_FACTORY(Class) STAMP_FACTORY(Class, Method, "method", MethodCleanup, Class##InvokeMethod)
-
 // What the frame needs to know of a class: its constants and builders, and the further arguments.
 #define STAMP_CLASS(Class, ...)                                                                              \
     constexpr frame::ProviderClass provider = {                                                              \
         .name = _ClassName, .builders = {_makePath_##Class, _makeInst_##Class}, __VA_ARGS__};                \
-    STAMP_READS(Class)                                                                                       \
-    STAMP_NOT_SUPPORTED(Class)
+    INSTANCE_OPERATION(Class, EnumInstanceNames)                                                             \
+    {                                                                                                        \
+        return frame::enumInstanceNames(provider, _broker, result, reference);                               \
+    }                                                                                                        \
+    INSTANCE_OPERATION(Class, EnumInstances, const char **)                                                  \
+    {                                                                                                        \
+        return frame::enumInstances(provider, _broker, result, reference);                                   \
+    }                                                                                                        \
+    INSTANCE_OPERATION(Class, GetInstance, const char **)                                                    \
+    {                                                                                                        \
+        return frame::getInstance(provider, _broker, result, reference);                                     \
+    }                                                                                                        \
+    STAMP_NOT_SUPPORTED(Class)                                                                               \
+    STAMP_INSTANCE_FACTORY(Class)
+
+#define STAMP_METHOD_PROVIDER(Class, answer)                                                                 \
+    METHOD_OPERATION(Class)                                                                                  \
+    {                                                                                                        \
+        return frame::answer;                                                                                \
+    }                                                                                                        \
+    STAMP_FACTORY(Class, Method, "method", MethodCleanup, Class##InvokeMethod)
+
+#define STAMP_PLACEHOLDER_METHOD(Class, unknownCode)                                                         \
+    STAMP_METHOD_PROVIDER(                                                                                   \
+        Class, invokePlaceholder(_broker, _ClassName, unknownCode, result, reference, methodName))
 
 // A whole instance and method provider; the further arguments are what its ProviderClass has beside its name
 // and its builders.
@@ -179,20 +180,13 @@
     STAMP_CLASS(Class, __VA_ARGS__)                                                                          \
     static_assert(frame::methodsAreSound(provider.methods));                                                 \
     STAMP_MODIFY_NOT_SUPPORTED(Class, ModifyInstance)                                                        \
-    METHOD_OPERATION(Class)                                                                                  \
-    {                                                                                                        \
-        return frame::invokeMethod(provider, _broker, context, result, reference, methodName, in);           \
-    }                                                                                                        \
-    STAMP_INSTANCE_FACTORY(Class)                                                                            \
-    STAMP_METHOD_FACTORY(Class)
+    STAMP_METHOD_PROVIDER(Class, invokeMethod(provider, _broker, context, result, reference, methodName, in))
 
 // The same for a class without methods, which answers the placeholder alone.
 #define STAMP_INSTANCE_AND_PLACEHOLDER_PROVIDER(Class, unknownCode, ...)                                     \
     STAMP_CLASS(Class, __VA_ARGS__)                                                                          \
     STAMP_MODIFY_NOT_SUPPORTED(Class, ModifyInstance)                                                        \
-    STAMP_PLACEHOLDER_METHOD(Class, unknownCode)                                                             \
-    STAMP_INSTANCE_FACTORY(Class)                                                                            \
-    STAMP_METHOD_FACTORY(Class)
+    STAMP_PLACEHOLDER_METHOD(Class, unknownCode)
 
 // ---- associations ----
 

@@ -122,5 +122,3 @@ INSTANCE_OPERATION(ZT_Marovelton_ExtendedStaticIPAssignmentSettingData, ModifyIn
 STAMP_CLASS(ZT_Marovelton_ExtendedStaticIPAssignmentSettingData,
             .key = {.name = "InstanceID", .value = _InstanceID})
 STAMP_PLACEHOLDER_METHOD(ZT_Marovelton_ExtendedStaticIPAssignmentSettingData, CMPI_RC_ERR_NOT_SUPPORTED)
-STAMP_INSTANCE_FACTORY(ZT_Marovelton_ExtendedStaticIPAssignmentSettingData)
-STAMP_METHOD_FACTORY(ZT_Marovelton_ExtendedStaticIPAssignmentSettingData)

@@ -118,8 +118,9 @@ static bool runApplySetting(Call &call)
     if (!server.RemoteManagementEnabled) {
         return fail(call, CMPI_RC_ERR_FAILED, "Remote management status is disabled.");
     }
-    return settled(call, sendSetting(REMOTE_MGMENT_ID, {{IP_CONFIGURATION_MODE, mode}}, unansweredSetting,
-                                     call.errorText));
+    // The engine is not waited for.
+    return settled(call, sendSetting(REMOTE_MGMENT_ID, {{IP_CONFIGURATION_MODE, mode}},
+                                     {.reply = nullptr, .onlyMinusOneFails = true}, call.errorText));
 }
 
 constexpr Method methods[] = {

@@ -2,7 +2,6 @@
 // ZT_Marovelton_IPProtocolEndpoint: one IPv4 endpoint for every network interface of the controller. The one
 // class that reads no record of the monitor: it runs the shell tools and parses what they print.
 
-#include "network/ZT_Marovelton_IPProtocolEndpoint.h"
 #include "network/modules.h"
 
 #include <cstdio>
@@ -353,4 +352,3 @@ STAMP_MODIFY_NOT_SUPPORTED(ZT_Marovelton_IPProtocolEndpoint, ModifyInstance)
 STAMP_NOT_SUPPORTED(ZT_Marovelton_IPProtocolEndpoint)
 STAMP_PLACEHOLDER_METHOD(ZT_Marovelton_IPProtocolEndpoint, CMPI_RC_ERR_NOT_SUPPORTED)
 STAMP_INSTANCE_FACTORY(ZT_Marovelton_IPProtocolEndpoint)
-STAMP_METHOD_FACTORY(ZT_Marovelton_IPProtocolEndpoint)

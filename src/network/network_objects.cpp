@@ -52,8 +52,8 @@ CMPIInstance *makeServiceInst(const CMPIBroker *broker, const SwitchedService &s
     return instance.finish();
 }
 
-int requestServiceState(const SwitchedService &service, int requestedState,
-                        int (*setEnabledState)(int requestedState, char *errorText), char *errorText)
+int requestServiceState(const SwitchedService &service, int requestedState, Setting *setEnabledState,
+                        char *errorText)
 {
     RemoteManagementServer server = {};
     if (GetRemoteManagementServerInfo(&server) != 0) {
