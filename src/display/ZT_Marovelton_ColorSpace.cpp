@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // ZT_Marovelton_ColorSpace: the seven colour-space presets, one object each. Their primaries, white point,
-// gamma and luminance, which of them is in use, and the methods that set the luminance and reset the
-// calibration.
+// gamma and luminance, which is in use, and the methods that set the luminance and reset the calibration.
 
 #include "display/modules.h"
 

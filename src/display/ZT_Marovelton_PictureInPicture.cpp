@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // ZT_Marovelton_PictureInPicture: the second picture, inset into the main one or beside it, one object. Its
-// mode, size, position and input, and the methods that change these. Most methods ask the engine first
-// whether there is a second picture to change.
+// mode, size, position and input, and the methods that change these, most only if there is such a picture.
 
 #include "display/modules.h"
 

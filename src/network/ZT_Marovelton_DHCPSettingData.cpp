@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// ZT_Marovelton_DHCPSettingData: the setting that takes the IPv4 configuration from a DHCP server, one
-// object.
+// ZT_Marovelton_DHCPSettingData: the setting that takes the IPv4 configuration from DHCP, one object.
 
 #include "network/modules.h"
 

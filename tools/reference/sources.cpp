@@ -45,7 +45,8 @@ bool isMacroName(const std::string &name)
  * GetInstance). */
 std::string definedName(const std::string &statement)
 {
-    const size_t end = statement.find_first_of("(={[");
+    const size_t attribute = statement.find("]]"); // [[nodiscard]]
+    const size_t end = statement.find_first_of("(={[", attribute == std::string::npos ? 0 : attribute + 2);
     const std::string name = nameBefore(statement, end == std::string::npos ? statement.size() : end);
     if (!isMacroName(name) || end == std::string::npos || statement[end] != '(')
         return name;
