@@ -17,6 +17,7 @@
 #include <cstring>
 #include <fstream>
 #include <iostream>
+#include <malloc.h>
 #include <thread>
 #include <unistd.h>
 
@@ -151,6 +152,10 @@ int serve(const Options &options)
     sigaddset(&signals, SIGTERM);
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     std::signal(SIGPIPE, SIG_IGN);
+    // What a large request gives back, the system has back; without a word, the allocator keeps ever larger
+    // pieces.
+    mallopt(M_MMAP_THRESHOLD, 128 * 1024);
+    mallopt(M_TRIM_THRESHOLD, 128 * 1024);
 
     std::string problem;
     host::ProviderOutput output;

@@ -3,6 +3,7 @@
 
 #include "cimxml/pull.h"
 #include "cimxml/reader.h"
+#include "core/xml_memory.h"
 
 #include <algorithm>
 
@@ -152,10 +153,16 @@ HttpReply CimXmlFrontEnd::handle(const HttpRequest &request, TextBuffer &out)
     if (!isMethodCall(request.headers)) {
         return refuse(httpBadRequest, "unsupported-operation");
     }
+    if (!checkXml(request.body, limits_)) {
+        return refuse(httpBadRequest, "request-not-well-formed");
+    }
+    const XmlMemory paidByTheRequest(request.memory);
     pugi::xml_document document;
-    if (!checkXml(request.body, limits_) ||
-        !document.load_buffer_inplace(request.body.data(), request.body.size(), parseOptions,
-                                      pugi::encoding_utf8)) {
+    if (const pugi::xml_parse_result parsed = document.load_buffer_inplace(
+            request.body.data(), request.body.size(), parseOptions, pugi::encoding_utf8);
+        parsed.status == pugi::status_out_of_memory) {
+        throw MemoryExceeded();
+    } else if (!parsed) {
         return refuse(httpBadRequest, "request-not-well-formed");
     }
     Arena arena(firstChunk, request.memory);

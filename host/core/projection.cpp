@@ -34,7 +34,7 @@ const PropertySet *Projection::makeSet(const cim::Class &klass, bool limited)
 
 std::size_t Deduplication::Hash::operator()(const Path *path) const
 {
-    return hashPath(*path);
+    return static_cast<std::size_t>(hashPath(*path));
 }
 
 bool Deduplication::Equal::operator()(const Path *left, const Path *right) const

@@ -404,9 +404,14 @@ int HttpServer::begin(Exchange &exchange, const char *method, const char *versio
 {
     check(exchange, method, version);
     // A client that has to authenticate may send its body first: read it, so that the connection can go on.
-    // Whatever else is refused is refused at once, and so is who waits for leave to send.
-    const bool readsOn = exchange.status == MHD_HTTP_OK ||
-                         (exchange.status == MHD_HTTP_UNAUTHORIZED && !exchange.expectsToContinue);
+    // Who comes when memory is short reads why only once all is sent: a connection that is closed before
+    // takes the answer with it. Whatever else is refused is refused at once, and so is who waits for leave to
+    // send.
+    const bool isShortOfMemory =
+        exchange.status == MHD_HTTP_SERVICE_UNAVAILABLE && exchange.frontEnd != nullptr;
+    const bool readsOn =
+        exchange.status == MHD_HTTP_OK ||
+        ((exchange.status == MHD_HTTP_UNAUTHORIZED || isShortOfMemory) && !exchange.expectsToContinue);
     return readsOn ? MHD_YES : answer(exchange);
 }
 
@@ -490,7 +495,7 @@ void HttpServer::authenticate(Exchange &exchange, const RequestHead &head)
     connections_.logIn(entry);
     exchange.principal = login.user;
     exchange.role = login.role;
-    const std::uint64_t bytes = bodyLength(head).value_or(0);
+    const auto bytes = static_cast<std::size_t>(bodyLength(head).value_or(0)); // no more than a body may have
     if (!exchange.memory.take(bytes + 1)) {
         return exchange.refuse(MHD_HTTP_SERVICE_UNAVAILABLE);
     }
@@ -541,8 +546,14 @@ HttpReply HttpServer::callFrontEnd(Exchange &exchange)
                                   exchange.memory};
         return exchange.frontEnd->handle(request, exchange.out);
     } catch (const std::bad_alloc &) {
-        reply.status = MHD_HTTP_SERVICE_UNAVAILABLE;
-        reply.fields = {{MHD_HTTP_HEADER_RETRY_AFTER, "1"}};
+        // Memory is taken in pieces of this size or less.
+        constexpr std::size_t piece = std::size_t{32} * 1024;
+        if (exchange.memory.isOwnFault(piece)) {
+            reply.status = MHD_HTTP_CONTENT_TOO_LARGE; // later it would be too large as well
+        } else {
+            reply.status = MHD_HTTP_SERVICE_UNAVAILABLE;
+            reply.fields = {{MHD_HTTP_HEADER_RETRY_AFTER, "1"}};
+        }
     } catch (const std::exception &problem) {
         logLine("a request of %s ended with an exception: %s", exchange.principal.c_str(), problem.what());
         reply.status = MHD_HTTP_INTERNAL_SERVER_ERROR;

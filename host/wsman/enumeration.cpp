@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdint>
 #include <span>
 
 namespace host::wsman
@@ -336,7 +337,8 @@ bool pull(Exchange &exchange)
         return false;
     }
     if (const pugi::xml_node limit = childOf(element, uri::enumeration, "MaxCharacters")) {
-        order.maxCharacters = limit.text().as_ullong();
+        order.maxCharacters = static_cast<std::size_t>(
+            std::min(limit.text().as_ullong(), static_cast<unsigned long long>(SIZE_MAX)));
     }
     const ContextUse use(exchange.service.contexts, exchange.http.principal, std::string(name), contextKind);
     if (use.get() == nullptr) {

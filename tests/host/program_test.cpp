@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // display-host as a program: its options, its messages, and the command-line client wbemcli against it.
 #include "program.h"
+#include "wsman/wsman_client.h"
 
 #include <gmock/gmock.h>
 
@@ -40,6 +41,20 @@ TEST_F(Program, StartsAnnouncesAndStops)
         EXPECT_EQ(outcome.errors, "");
         EXPECT_EQ(outcome.output, "listening on http://127.0.0.1:" + std::to_string(port_) + "/cimom\n");
     }
+}
+
+TEST_F(Program, AnswersInBothProtocols)
+{
+    auto process = start();
+    test::Client client(port_);
+    const test::HttpAnswer names = client.exchange(test::postAsOperator(namesRequest));
+    EXPECT_EQ(names.status, 200);
+    EXPECT_EQ(test::count(names.body, "<INSTANCENAME CLASSNAME=\"Test_Thing\""), 7u);
+    const test::HttpAnswer thing = client.exchange(test::postWsman(
+        test::envelope(std::string(test::transfer) + "Get", test::thingUri, test::thingSelectors(3), ""),
+        "operator", "secret"));
+    EXPECT_EQ(thing.status, 200);
+    EXPECT_THAT(thing.body, HasSubstr("label-3"));
 }
 
 TEST_F(Program, NeedsItsFiles)

@@ -325,6 +325,47 @@ TEST(Http, RefusesLargeHeaders)
     EXPECT_EQ(server.exchange(test::post(namesRequest)).status, 200);
 }
 
+/** What is made of a body counts as well: it is many times as large when it has many small elements. */
+TEST(Http, WhatIsMadeOfABodyIsPaidFor)
+{
+    std::string values;
+    for (int i = 0; i < 8000; ++i) {
+        values += "<VALUE>1</VALUE>";
+    }
+    const std::string request = test::post(test::methodCall(
+        1, "Echo", "<PARAMVALUE NAME=\"none\"><VALUE.ARRAY>" + values + "</VALUE.ARRAY></PARAMVALUE>"));
+    {
+        test::TestServer server;
+        EXPECT_EQ(server.exchange(request).status, 200);
+    }
+    host::HttpLimits limits;
+    limits.requestMemory = std::size_t{256} * 1024; // the body has 136 kB
+    {
+        test::TestServer server(limits);
+        const HttpAnswer answer = server.exchange(request);
+        EXPECT_EQ(answer.status, 413) << "later would not help";
+        EXPECT_EQ(answer.header("Retry-After"), "");
+        EXPECT_EQ(server.exchange(test::post(namesRequest)).status, 200);
+    }
+    limits.memory = limits.requestMemory;
+    limits.requestMemory = std::size_t{8} * 1024 * 1024;
+    test::TestServer server(limits);
+    const HttpAnswer answer = server.exchange(request);
+    EXPECT_EQ(answer.status, 503);
+    EXPECT_EQ(answer.header("Retry-After"), "1");
+    // What a request had is there for others soon after its answer was sent.
+    while (server.exchange(test::post(namesRequest)).status == 503) {
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(server.exchange(test::post("nonsense")).status, 400);
+    // One whose body alone is too much is read to its end, or the answer would be lost with the connection.
+    for (int i = 0; i < 20; ++i) {
+        const HttpAnswer refusal = server.exchange(test::post(std::string(900000, ' ')));
+        EXPECT_EQ(refusal.status, 503);
+        EXPECT_EQ(refusal.header("Retry-After"), "1");
+    }
+}
+
 TEST(Http, ClosesTheLongestIdleConnectionForANewcomer)
 {
     host::HttpLimits limits;
