@@ -14,7 +14,8 @@
 #   desk_start_engine DIRECTORY         the process is then in desk_process; what it says, in DIRECTORY/engine.log;
 #                                       DIRECTORY/ready.engine has a line as soon as it serves
 #   desk_start_host DIRECTORY PORT [OPTION...]
-#                                       the same with host.log and ready, whose lines have the URLs; port 0 is a free one
+#                                       the same with host.log and ready, whose lines have the URLs; port 0 is a free one;
+#                                       DESK_PROVIDER_CALLS at a time are with the library (8)
 #   desk_host_command DIRECTORY PORT    that object manager as a command, in the array desk_command
 #   desk_start_screen DIRECTORY PORT [OPTION...]
 #                                       the same with screen.log and ready.screen, whose line is the URL
@@ -58,7 +59,7 @@ desk_start_engine() {
 desk_host_command() {
     desk_command=("$DISPLAY_HOST" --mof "$desk_source/mof/desk.mof"
         --registration "$desk_source/mof/libcmpiDisplayManagement.reg" --library "$DESK_LIBRARY"
-        --accounts "$1/accounts" --address 127.0.0.1 --port "$2" --provider-calls 8
+        --accounts "$1/accounts" --address 127.0.0.1 --port "$2" --provider-calls "${DESK_PROVIDER_CALLS:-8}"
         --provider-output "$1/provider.log" --ready-file "$1/ready")
 }
 

@@ -7,7 +7,7 @@
 #   desk_start [NAME]             a desk on a free port and on free queue keys; it becomes the current one
 #   desk_use NAME                 makes another desk of this script the current one
 #   desk_stop [NAME]              ends it and checks that no queue and no process is left of it
-#   engine_start, engine_stop [SIGNAL], host_start, host_stop [SIGNAL]    the processes of the current desk
+#   engine_start, engine_stop [SIGNAL], host_start [OPTION...], host_stop [SIGNAL]    the processes of the current desk
 #   host_options                  an array: more options of the object managers that are started from now on
 #   port_of SCHEME                where the current one listens for http or https
 #   monitor ARGUMENTS             the command desk-monitor on the current desk
@@ -120,8 +120,8 @@ engine_stop() { # engine_stop [SIGNAL]
 
 host_options=()
 port_of() { sed -n "s|.* $1://.*:\([0-9]*\)/.*|\1|p" "$directory/ready"; }
-host_start() {
-    desk_start_host "$directory" 0 "${host_options[@]}"
+host_start() { # host_start [OPTION...]
+    desk_start_host "$directory" 0 "${host_options[@]}" "$@"
     desk_host[$desk]=$desk_process
     eventually "the object manager of desk $desk listens" is_ready ready
     port=$(port_of http)
