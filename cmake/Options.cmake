@@ -1,7 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
 # The settings of the build and the flags that every target shares.
 
-option(DISPLAY_DESK "Build the desk monitor and the desk object manager" ON)
+option(DISPLAY_DESK "Build the desk monitor" ON)
+option(DISPLAY_HOST "Build the object manager" ${DISPLAY_DESK})
 option(DISPLAY_CLIENT "Build displayctl, the tool for those who look after monitors" ${DISPLAY_DESK})
 option(DISPLAY_TESTS "Build the tests" ON)
 option(DISPLAY_BENCH "Build the benchmarks" OFF)

@@ -74,6 +74,18 @@ fi
 if has host; then
     unpack "$scratch/packages/display-host_1.0.0_$architecture.deb"
     expect 'the files of the object manager' "$(host_files)" "$(files_below "$content/usr")"
+    depends=$(field "$scratch/packages/display-host_1.0.0_$architecture.deb" Depends | tr ',' '\n' | sed 's/^ *\([^ ]*\).*/\1/' | LC_ALL=C sort)
+    for library in adduser libc6 libcrypt1 libgnutls30 libmicrohttpd12 libpugixml1v5 libstdc++6; do
+        echo "$depends" | grep -qxF "$library" || failed "the object manager does not depend on $library: $depends"
+    done
+    # It makes the user that the object manager becomes. What makes users here tells what it is asked.
+    dpkg-deb -e "$scratch/packages/display-host_1.0.0_$architecture.deb" "$scratch/control"
+    mkdir "$scratch/bin"
+    printf '#!/bin/sh\necho "$*"\n' >"$scratch/bin/adduser"
+    chmod +x "$scratch/bin/adduser"
+    expect 'its user' '--system --group --quiet --home /var/lib/display-host --no-create-home --gecos Object manager display-host' \
+        "$(PATH=$scratch/bin:$PATH "$scratch/control/postinst" configure)"
+    expect 'only when it is configured' '' "$(PATH=$scratch/bin:$PATH "$scratch/control/postinst" abort-upgrade 1.0.0)"
 fi
 if has displayctl; then
     unpack "$scratch/packages/displayctl_1.0.0_$architecture.deb"
