@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "options.h"
 
-#include "core/log.h"
+#include "log/log.h"
 
 #include <CLI/CLI.hpp>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "supervision.h"
 
-#include "core/log.h"
+#include "log/log.h"
 
 #include <cerrno>
 #include <cstddef>

@@ -165,6 +165,28 @@ void MofParser::addReference(const Element &element, const std::string &ancestor
     }
 }
 
+/** Whether the property may be what it says: a reference, a key. overridden: the property of the parent, or
+ * null. */
+void MofParser::checkProperty(const Property &property, const Class &klass, const Class *parent,
+                              const Property *overridden, const std::string &what, Where where)
+{
+    if (property.type == Type::reference && !klass.isAssociation) {
+        error(where, what + " is a reference; only an association may have one");
+    }
+    if (property.isKey && property.isArray) {
+        error(where, what + " is a key and an array; a key has a single value");
+    }
+    if (property.isKey && parent != nullptr && !parent->keys.empty() &&
+        (overridden == nullptr || !overridden->isKey)) {
+        std::string keys;
+        for (const Property *key : repository_.keys(*parent)) {
+            keys += (keys.empty() ? "" : ", ") + key->name;
+        }
+        error(where, what + " may not be a key; the keys are those of superclass " + inQuotes(parent->name) +
+                         ": " + keys);
+    }
+}
+
 void MofParser::resolveProperties(ParsedClass &parsed, const Class *parent)
 {
     Class &klass = parsed.klass;
@@ -200,20 +222,7 @@ void MofParser::resolveProperties(ParsedClass &parsed, const Class *parent)
         property.classOrigin = old != nullptr ? old->classOrigin : klass.name;
         checkOverride(property.qualifiers, "property", property.name, klass.name,
                       old != nullptr ? &old->classOrigin : nullptr, declared.where);
-        if (property.type == Type::reference && !klass.isAssociation) {
-            error(declared.where, what + " is a reference; only an association may have one");
-        }
-        if (property.isKey && property.isArray) {
-            error(declared.where, what + " is a key and an array; a key has a single value");
-        }
-        if (property.isKey && parent != nullptr && !parent->keys.empty() && (old == nullptr || !old->isKey)) {
-            std::string keys;
-            for (const Property *key : repository_.keys(*parent)) {
-                keys += (keys.empty() ? "" : ", ") + key->name;
-            }
-            error(declared.where, what + " may not be a key; the keys are those of superclass " +
-                                      inQuotes(parent->name) + ": " + keys);
-        }
+        checkProperty(property, klass, parent, old, what, declared.where);
         if (old == nullptr) {
             addReference(property, "", what, declared.where);
             klass.properties.push_back(std::move(property));

@@ -91,6 +91,54 @@ std::string shown(char letter)
     return buffer;
 }
 
+/** Whether the whole text is a realValue: *digit "." 1*digit [("e" | "E") [sign] 1*digit], its sign taken
+ * off. */
+bool isReal(std::string_view text)
+{
+    std::size_t place = 0;
+    const auto skipDigits = [&] {
+        const std::size_t start = place;
+        while (place < text.size() && isDigit(text[place])) {
+            ++place;
+        }
+        return place > start;
+    };
+    const auto skipOneOf = [&](char one, char other) {
+        const bool isThere = place < text.size() && (text[place] == one || text[place] == other);
+        place += isThere ? 1 : 0;
+        return isThere;
+    };
+    skipDigits();
+    if (!skipOneOf('.', '.') || !skipDigits()) {
+        return false;
+    }
+    if (skipOneOf('e', 'E')) {
+        skipOneOf('+', '-');
+        if (!skipDigits()) {
+            return false;
+        }
+    }
+    return place == text.size();
+}
+
+/** The base that a whole number is written in; what says so is taken off its digits. */
+unsigned takeBase(std::string_view &digits)
+{
+    if (digits.size() > 2 && digits[0] == '0' && (digits[1] == 'x' || digits[1] == 'X')) {
+        digits.remove_prefix(2);
+        return 16;
+    }
+    if (digits.size() > 1 && (digits.back() == 'b' || digits.back() == 'B')) {
+        digits.remove_suffix(1);
+        return 2;
+    }
+    if (digits.size() > 1 && digits[0] == '0') {
+        digits.remove_prefix(1);
+        return 8;
+    }
+    return 10;
+}
+
 void makeBad(MofToken &token, std::string message)
 {
     token.kind = MofTokenKind::bad;
@@ -207,44 +255,15 @@ void MofLexer::readNumber(MofToken &token)
     if (digits.front() == '-' || digits.front() == '+') {
         digits.remove_prefix(1);
     }
-    unsigned base = 10;
-    if (digits.size() > 2 && digits[0] == '0' && (digits[1] == 'x' || digits[1] == 'X')) {
-        base = 16;
-        digits.remove_prefix(2);
-    } else if (digits.size() > 1 && (digits.back() == 'b' || digits.back() == 'B')) {
-        base = 2;
-        digits.remove_suffix(1);
-    } else if (digits.find('.') != std::string_view::npos) {
-        // realValue = [sign] *digit "." 1*digit [("e" | "E") [sign] 1*digit]
-        std::size_t place = 0;
-        const auto skipDigits = [&] {
-            const std::size_t start = place;
-            while (place < digits.size() && isDigit(digits[place])) {
-                ++place;
-            }
-            return place > start;
-        };
-        skipDigits();
-        bool isGood = place < digits.size() && digits[place] == '.';
-        ++place;
-        isGood = isGood && skipDigits();
-        if (isGood && place < digits.size() && (digits[place] == 'e' || digits[place] == 'E')) {
-            ++place;
-            if (place < digits.size() && (digits[place] == '+' || digits[place] == '-')) {
-                ++place;
-            }
-            isGood = skipDigits();
-        }
-        if (!isGood || place != digits.size()) {
+    if (digits.find('.') != std::string_view::npos) {
+        if (isReal(digits)) {
+            token.kind = MofTokenKind::real;
+        } else {
             makeBad(token, "\"" + token.text + "\" is not a number");
-            return;
         }
-        token.kind = MofTokenKind::real;
         return;
-    } else if (digits.size() > 1 && digits[0] == '0') {
-        base = 8;
-        digits.remove_prefix(1);
     }
+    const unsigned base = takeBase(digits);
     if (digits.empty()) {
         makeBad(token, "\"" + token.text + "\" is not a number");
         return;
@@ -318,64 +337,75 @@ bool MofLexer::readEscape(std::string &text, std::string &message)
     return true;
 }
 
+/** Reads a character of a literal that is neither its end nor an escape. */
+void MofLexer::readCharacter(std::string &text, std::string &message)
+{
+    const char letter = peek();
+    const auto byte = static_cast<unsigned char>(letter);
+    const std::size_t length = utf8Length(text_.substr(place_));
+    if (length == 0 && message.empty()) {
+        message = "the literal is not valid UTF-8";
+    }
+    if (((byte < 0x20 && letter != '\t') || byte == 0x7f) && message.empty()) {
+        message = "control character " + shown(letter) + " in the literal";
+    }
+    text.append(text_.substr(place_, length == 0 ? 1 : length));
+    skip(length == 0 ? 1 : length);
+}
+
+/** Reads a literal from its first quote to behind its last one. False when it is not closed on its line.
+ * message: of the first thing wrong; the reading goes on to the closing quote. */
+bool MofLexer::readLiteral(char quote, MofLiteral &literal, std::string &message)
+{
+    skip(1);
+    while (place_ < text_.size() && peek() != '\n' && peek() != '\r') {
+        if (peek() == quote) {
+            skip(1);
+            return true;
+        }
+        if (peek() == '\\') {
+            std::string escapeMessage;
+            if (!readEscape(literal.text, escapeMessage) && message.empty()) {
+                message = escapeMessage;
+            }
+        } else {
+            readCharacter(literal.text, message);
+        }
+        ++literal.letters;
+    }
+    return false;
+}
+
+/** Goes on to the next literal of a string, and stays where it is when none follows. */
+bool MofLexer::isAtNextLiteral()
+{
+    const std::size_t place = place_;
+    const unsigned line = line_;
+    const unsigned column = column_;
+    MofToken bad;
+    if (skipBlank(bad) && peek() == '"') {
+        return true;
+    }
+    place_ = place;
+    line_ = line;
+    column_ = column;
+    return false;
+}
+
 void MofLexer::readQuoted(MofToken &token, char quote)
 {
     const bool isString = quote == '"';
-    std::string value;
-    std::string message; // of the first thing wrong; the reading goes on to the closing quote
-    std::size_t letters = 0;
-    for (;;) {
-        skip(1);
-        bool isClosed = false;
-        while (place_ < text_.size() && !isClosed) {
-            const char letter = peek();
-            const auto byte = static_cast<unsigned char>(letter);
-            if (letter == quote) {
-                skip(1);
-                isClosed = true;
-            } else if (letter == '\n' || letter == '\r') {
-                break;
-            } else if (letter == '\\') {
-                std::string escapeMessage;
-                if (!readEscape(value, escapeMessage) && message.empty()) {
-                    message = escapeMessage;
-                }
-                ++letters;
-            } else {
-                const std::size_t length = utf8Length(text_.substr(place_));
-                if (length == 0 && message.empty()) {
-                    message = "the literal is not valid UTF-8";
-                }
-                if ((byte < 0x20 && letter != '\t') || byte == 0x7f) {
-                    message =
-                        message.empty() ? "control character " + shown(letter) + " in the literal" : message;
-                }
-                value.append(text_.substr(place_, length == 0 ? 1 : length));
-                skip(length == 0 ? 1 : length);
-                ++letters;
-            }
-        }
-        if (!isClosed) {
+    MofLiteral literal;
+    std::string message;
+    do {
+        if (!readLiteral(quote, literal, message)) {
             makeBad(token, isString ? "the string is not closed on its line; expected \""
                                     : "the character is not closed on its line; expected '");
             return;
         }
-        if (!isString) {
-            break;
-        }
         // Adjacent literals make one string, also with blanks and comments between them.
-        const std::size_t place = place_;
-        const unsigned line = line_;
-        const unsigned column = column_;
-        MofToken bad;
-        if (!skipBlank(bad) || peek() != '"') {
-            place_ = place;
-            line_ = line;
-            column_ = column;
-            break;
-        }
-    }
-    if (!isString && letters != 1 && message.empty()) {
+    } while (isString && isAtNextLiteral());
+    if (!isString && literal.letters != 1 && message.empty()) {
         message = "a character literal holds exactly one character";
     }
     if (!message.empty()) {
@@ -383,7 +413,7 @@ void MofLexer::readQuoted(MofToken &token, char quote)
         return;
     }
     token.kind = isString ? MofTokenKind::string : MofTokenKind::character;
-    token.text = std::move(value);
+    token.text = std::move(literal.text);
 }
 
 } // namespace cim

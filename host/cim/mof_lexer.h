@@ -24,22 +24,28 @@ enum class MofTokenKind {
 
 struct MofToken {
     MofTokenKind kind = MofTokenKind::end;
-    std::string text; // the word; of a String or Char what it stands for; of Bad the message
+    std::string text; // the word; of a string or character what it stands for; of bad the message
     char symbol = 0;
-    std::uint64_t magnitude = 0; // of an Integer, without its sign
+    std::uint64_t magnitude = 0; // of an integer, without its sign
     bool isNegative = false;
     unsigned line = 1;
     unsigned column = 1;
 };
 
-/** Splits a text into tokens. Never fails: what is not MOF comes as a Bad token, and the reading goes on
+/** What a literal, or adjacent ones, stand for. */
+struct MofLiteral {
+    std::string text;
+    std::size_t letters = 0;
+};
+
+/** Splits a text into tokens. Never fails: what is not MOF comes as a bad token, and the reading goes on
  * after it. The text must outlive the lexer. */
 class MofLexer
 {
   public:
     explicit MofLexer(std::string_view text);
 
-    /** The next token; End for ever after the last one. */
+    /** The next token; end for ever after the last one. */
     MofToken next();
 
   private:
@@ -48,7 +54,10 @@ class MofLexer
     bool skipBlank(MofToken &bad);
     void readNumber(MofToken &token);
     void readQuoted(MofToken &token, char quote);
+    bool readLiteral(char quote, MofLiteral &literal, std::string &message);
+    void readCharacter(std::string &text, std::string &message);
     bool readEscape(std::string &text, std::string &message);
+    bool isAtNextLiteral();
 
     std::string_view text_;
     std::size_t place_ = 0;

@@ -283,6 +283,24 @@ void MofParser::readDirective()
     }
 }
 
+/** The bit of one of the things that a qualifier may stand at; of any, all that there are. */
+std::uint16_t MofParser::readScope()
+{
+    const Where where = here();
+    const std::string scope = expectName("what the qualifier may stand at");
+    if (sameName(scope, "any")) {
+        return Declaration::scopeAny;
+    }
+    for (unsigned i = 0; i < 8; ++i) {
+        const auto bit = static_cast<std::uint16_t>(1u << i);
+        if (sameName(scope, scopeName(bit))) {
+            return bit;
+        }
+    }
+    abandon(where, inQuotes(scope) + " is no scope; expected any, class, association, indication, "
+                                     "property, reference, method, parameter or schema");
+}
+
 void MofParser::readQualifierDeclaration()
 {
     advance();
@@ -315,22 +333,7 @@ void MofParser::readQualifierDeclaration()
     advance();
     expect('(', "\"Scope\"");
     do {
-        const Where scopeWhere = here();
-        const std::string scope = expectName("what the qualifier may stand at");
-        std::uint16_t bit = 0;
-        if (sameName(scope, "any")) {
-            bit = Declaration::scopeAny;
-        }
-        for (unsigned i = 0; i < 8 && bit == 0; ++i) {
-            const auto candidate = static_cast<std::uint16_t>(1u << i);
-            bit = sameName(scope, scopeName(candidate)) ? candidate : bit;
-        }
-        if (bit == 0) {
-            abandon(scopeWhere, inQuotes(scope) +
-                                    " is no scope; expected any, class, association, indication, "
-                                    "property, reference, method, parameter or schema");
-        }
-        declaration.scope = static_cast<std::uint16_t>(declaration.scope | bit);
+        declaration.scope = static_cast<std::uint16_t>(declaration.scope | readScope());
     } while (accept(','));
     expect(')', "the scopes");
     if (accept(',')) {

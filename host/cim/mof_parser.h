@@ -161,6 +161,7 @@ class MofParser
     void readFeature(ParsedClass &parsed);
     void readParameters(ParsedMethod &parsed, const std::string &className);
     std::vector<QualifierUse> readQualifierList();
+    std::uint16_t readScope();
     bool readFlavor(Flavor &flavor);
     WrittenValue readValue();
     Literal readLiteral();
@@ -178,6 +179,8 @@ class MofParser
                        const std::string &className, const std::string *inheritedFrom, Where where);
     void addReference(const Element &element, const std::string &ancestor, const std::string &what,
                       Where where);
+    void checkProperty(const Property &property, const Class &klass, const Class *parent,
+                       const Property *overridden, const std::string &what, Where where);
     void charge(std::size_t bytes, Where where);
     void checkTotal(std::size_t count, const char *what, Where where);
     void resolveClass(ParsedClass &parsed);

@@ -4,7 +4,7 @@
 #include "cmpi/call.h"
 #include "cmpi/object_tables.h"
 #include "cmpi/scalar_text.h"
-#include "core/log.h"
+#include "log/log.h"
 
 #include <cinttypes>
 #include <cstdarg>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "core/accounts.h"
 
-#include "core/log.h"
+#include "log/log.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "core/audit.h"
 
-#include "core/log.h"
+#include "log/log.h"
 
 #include <array>
 #include <cerrno>

@@ -3,7 +3,7 @@
 
 #include "cmpi/call.h"
 #include "cmpi/objects.h"
-#include "core/log.h"
+#include "log/log.h"
 
 #include <algorithm>
 #include <dlfcn.h>

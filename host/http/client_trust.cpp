@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "http/client_trust.h"
 
-#include "core/log.h"
 #include "http/pem_file.h"
+#include "log/log.h"
 
 #include <gnutls/x509.h>
 #include <vector>

@@ -4,7 +4,7 @@
 #define HOST_HTTP_LOGIN_H
 
 #include "core/accounts.h"
-#include "core/log.h"
+#include "log/log.h"
 
 #include <chrono>
 #include <cstdint>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "http/server.h"
 
-#include "core/log.h"
 #include "http/welcome.h"
+#include "log/log.h"
 
 #include <algorithm>
 #include <cerrno>

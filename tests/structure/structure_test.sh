@@ -1,6 +1,7 @@
 #!/bin/bash
 # SPDX-License-Identifier: Apache-2.0
-# The rooms of the library, of the object manager and of the desk monitor: who includes whom, and how long what stands there is.
+# The rooms of the library, of the object manager and of the desk monitor: who includes whom. How long the files and the
+# functions are of all that is shipped or helps to make it.
 #
 #   structure_test.sh SOURCE_DIR    holds the sources to rooms.txt and to the limits
 #   structure_test.sh --itself      shows that each check can fail
@@ -58,12 +59,19 @@ check_class_names() {
     return 0
 }
 
-# A function is at most 60 lines long, a file 700.
+# A function is at most 60 lines long, also one that stands in its class; a file 700.
 check_lengths() {
     local found
-    found=$(awk 'FNR == 1 { begin = 0 } /^\{/ { begin = FNR }
-        /^\}$/ { if (begin && FNR - begin > 60) print FILENAME ":" begin ": a function of " FNR - begin " lines"; begin = 0 }
-        FNR == 701 { print FILENAME ": more than 700 lines" }' src/*.{h,cpp} src/*/*.{h,cpp})
+    found=$(find src host desk client tools bench \( -name '*.h' -o -name '*.cpp' \) -exec awk '
+        FNR == 1 { delete begin }
+        /^ *\{$/ { match($0, /^ */); begin[RLENGTH] = FNR }
+        /^ *\}$/ {
+            match($0, /^ */)
+            if (begin[RLENGTH] && FNR - begin[RLENGTH] > 60)
+                print FILENAME ":" begin[RLENGTH] ": a function of " FNR - begin[RLENGTH] " lines"
+            delete begin[RLENGTH]
+        }
+        FNR == 701 { print FILENAME ": more than 700 lines" }' {} +)
     [ -z "$found" ] || fail "$found"
 }
 
@@ -81,10 +89,12 @@ check_all() {
 expect_failure() {
     local words=$1 file=$2
     shift 2
-    mkdir -p "$scratch/src/engine" "$scratch/src/frame" "$scratch/src/display" "$scratch/host/core" "$scratch"/desk/{support,screen}
+    mkdir -p "$scratch"/src/{engine,frame,display} "$scratch"/host/{core,cmpi} "$scratch"/{client,tools,bench}/deep/er
+    mkdir -p "$scratch"/desk/{support,screen}
     cd "$scratch"
     printf '#include "engine/b.h"\n' >src/frame/a.h
-    printf '// nothing\n' | tee src/engine/b.h src/display/c.cpp src/engine/d.h host/core/e.h desk/support/f.h desk/screen/g.h >/dev/null
+    printf '// nothing\n' | tee src/engine/b.h src/display/c.cpp src/engine/d.h host/core/e.h host/cmpi/h.cpp >/dev/null
+    printf '// nothing\n' | tee desk/support/f.h desk/screen/g.h {client,tools,bench}/deep/er/g.h >/dev/null
     check_all >report
     [ "$failed" -eq 0 ] || { cat report; echo "sound sources are refused"; exit 1; }
     printf '%s\n' "$@" >>"$file"
@@ -104,10 +114,15 @@ if [ "${1:?the directory of the sources is missing}" = --itself ]; then
     expect_failure 'files that include each other' src/engine/b.h '#include "engine/d.h"' '#include "frame/a.h"'
     expect_failure 'host/core may not know unknown' host/core/e.h '#include "nowhere.h"'
     expect_failure 'desk/support may not know desk/screen' desk/support/f.h '#include "screen/g.h"'
+    expect_failure 'host/cmpi may not know host/core' host/cmpi/h.cpp '#include "core/e.h"'
     expect_failure 'a class is named' src/frame/a.h '// ZT_Marovelton_Monitor'
     mapfile -t lines < <(seq 701)
     expect_failure 'more than 700 lines' src/display/c.cpp "${lines[@]}"
     expect_failure 'a function of 61 lines' src/display/c.cpp 'void f()' '{' "${lines[@]:0:60}" '}'
+    for room in desk/screen client/deep/er tools/deep/er bench/deep/er; do
+        expect_failure 'more than 700 lines' $room/g.h "${lines[@]}"
+        expect_failure 'a function of 61 lines' $room/g.h 'class A' '{' '    void f()' '    {' "${lines[@]:0:60}" '    }' '};'
+    done
     echo 'each check fails where it must'
     exit 0
 fi

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Who changed what: what is recorded, and that no line can be altered, removed or added unseen.
 #include "core/audit.h"
-#include "core/log.h"
+#include "log/log.h"
 #include "test_host.h"
 
 #include <gmock/gmock.h>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Credentials, and those who guess them.
-#include "core/log.h"
 #include "http/login.h"
+#include "log/log.h"
 #include "test_host.h"
 
 #include <gmock/gmock.h>

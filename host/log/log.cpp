@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "core/log.h"
+#include "log/log.h"
 
 #include <algorithm>
 #include <atomic>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Messages of the object manager to its operator, on standard error.
-#ifndef HOST_CORE_LOG_H
-#define HOST_CORE_LOG_H
+#ifndef HOST_LOG_LOG_H
+#define HOST_LOG_LOG_H
 
 #include <chrono>
 #include <mutex>
