@@ -14,13 +14,15 @@ Line marked(const std::string &text)
             piece += character;
             continue;
         }
-        if (!piece.empty())
+        if (!piece.empty()) {
             line.push_back({kind, piece});
+        }
         piece.clear();
         kind = kind == Span::words ? Span::code : Span::words;
     }
-    if (!piece.empty())
+    if (!piece.empty()) {
         line.push_back({kind, piece});
+    }
     return line;
 }
 
@@ -34,8 +36,9 @@ Line joined(const std::vector<Line> &lines, const std::string &separator)
 {
     Line all;
     for (const Line &line : lines) {
-        if (!all.empty())
+        if (!all.empty()) {
             all.push_back({Span::words, separator});
+        }
         all += line;
     }
     return all;

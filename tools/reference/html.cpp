@@ -176,8 +176,9 @@ std::string table(const Block &block)
         head += "<th scope=\"col\">" + escaped(name) + "</th>";
         named |= !name.empty();
     }
-    if (named)
+    if (named) {
         result += "<thead><tr>" + head + "</tr></thead>\n";
+    }
     result += "<tbody>\n";
     for (const Row &row : block.rows) {
         result += "<tr" + idAttribute(row.id) + ">";
@@ -207,8 +208,9 @@ std::string contents(const std::vector<const Block *> &headings, size_t &at, int
         result += folded ? "<li><details><summary>" : "<li>";
         result += anchor(heading.id, heading.brief.empty() ? text(heading.line) : escaped(heading.brief));
         result += folded ? "</summary>" : "";
-        if (at < headings.size() && headings[at]->level > heading.level)
+        if (at < headings.size() && headings[at]->level > heading.level) {
             result += contents(headings, at, headings[at]->level);
+        }
         result += folded ? "</details></li>\n" : "</li>\n";
     }
     return result + "</ul>\n";
@@ -217,9 +219,11 @@ std::string contents(const std::vector<const Block *> &headings, size_t &at, int
 std::string contents(const Document &document)
 {
     std::vector<const Block *> headings;
-    for (const Block &block : document)
-        if (block.kind == Block::heading && (block.level == 2 || block.level == 3 || block.level == 5))
+    for (const Block &block : document) {
+        if (block.kind == Block::heading && (block.level == 2 || block.level == 3 || block.level == 5)) {
             headings.push_back(&block);
+        }
+    }
     size_t at = 0;
     return contents(headings, at, 2);
 }
@@ -242,8 +246,9 @@ std::string html(const Document &document)
     for (const Block &block : document) {
         switch (block.kind) {
         case Block::heading: {
-            for (; !open.empty() && open.back() >= block.level; open.pop_back())
+            for (; !open.empty() && open.back() >= block.level; open.pop_back()) {
                 result += "</section>\n";
+            }
             open.push_back(block.level);
             const std::string tag = "h" + std::to_string(block.level);
             result += "<section" + idAttribute(block.id) + "><" + tag + ">";
@@ -256,8 +261,9 @@ std::string html(const Document &document)
             break;
         case Block::items:
             result += "<ul>\n";
-            for (const Row &row : block.rows)
+            for (const Row &row : block.rows) {
                 result += "<li" + idAttribute(row.id) + ">" + text(row.cells.at(0)) + "</li>\n";
+            }
             result += "</ul>\n";
             break;
         case Block::table:
@@ -265,8 +271,9 @@ std::string html(const Document &document)
             break;
         }
     }
-    for (; !open.empty(); open.pop_back())
+    for (; !open.empty(); open.pop_back()) {
         result += "</section>\n";
+    }
     return result + "</main>\n<script>\n//<![CDATA[" + script + "//]]>\n</script>\n</body>\n</html>\n";
 }
 

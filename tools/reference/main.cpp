@@ -42,8 +42,9 @@ bool isPage(const std::filesystem::path &path)
 bool write(const File &file)
 {
     std::ofstream stream(file.path, std::ios::binary);
-    if (stream << file.content << std::flush)
+    if (stream << file.content << std::flush) {
         return true;
+    }
     fprintf(stderr, "cannot write %s\n", file.path.c_str());
     return false;
 }
@@ -54,8 +55,9 @@ bool isCurrent(const File &file)
     std::ifstream stream(file.path, std::ios::binary);
     std::stringstream is(std::string(std::istreambuf_iterator<char>(stream), {}));
     std::stringstream shall(file.content);
-    if (is.str() == file.content)
+    if (is.str() == file.content) {
         return true;
+    }
     std::string isLine, shallLine;
     int number = 0;
     do {
@@ -96,10 +98,12 @@ int main(int argc, char **argv)
     const reference::Document document = reference::referencePage();
     // The test support expects things of the library and of its callers on the way.
     const testing::TestResult &expectations = testing::UnitTest::GetInstance()->ad_hoc_test_result();
-    for (int i = 0; i < expectations.total_part_count(); ++i)
+    for (int i = 0; i < expectations.total_part_count(); ++i) {
         fprintf(stderr, "%s\n", expectations.GetTestPartResult(i).message());
-    if (expectations.Failed())
+    }
+    if (expectations.Failed()) {
         return 2;
+    }
     bool right = true;
     for (const std::filesystem::path &path : paths) {
         const File file = {path, path.extension() == ".md" ? reference::markdown(document)

@@ -12,14 +12,15 @@ std::string escaped(const std::string &text)
 {
     std::string result;
     for (const char character : text) {
-        if (character == '<')
+        if (character == '<') {
             result += "&lt;";
-        else if (character == '&')
+        } else if (character == '&') {
             result += "&amp;";
-        else if (std::string("\\*[]|").find(character) != std::string::npos)
+        } else if (std::string("\\*[]|").find(character) != std::string::npos) {
             result += std::string("\\") + character;
-        else
+        } else {
             result += character;
+        }
     }
     return result;
 }
@@ -27,8 +28,9 @@ std::string escaped(const std::string &text)
 std::string codeSpan(const std::string &text)
 {
     std::string result = "`";
-    for (const char character : text)
+    for (const char character : text) {
         result += character == '|' ? "\\|" : std::string(1, character);
+    }
     return result + "`";
 }
 
@@ -63,8 +65,9 @@ std::string anchor(const std::string &id)
 std::string tableRow(const std::vector<std::string> &cells)
 {
     std::string result = "|";
-    for (const std::string &cell : cells)
+    for (const std::string &cell : cells) {
         result += " " + cell + (cell.empty() ? "|" : " |");
+    }
     return result + "\n";
 }
 
@@ -74,8 +77,9 @@ std::string table(const Block &block)
     result += tableRow(std::vector<std::string>(block.head.size(), "---"));
     for (const Row &row : block.rows) {
         std::vector<std::string> cells;
-        for (const Line &cell : row.cells)
+        for (const Line &cell : row.cells) {
             cells.push_back((cells.empty() ? anchor(row.id) : "") + text(cell));
+        }
         result += tableRow(cells);
     }
     return result;
@@ -97,8 +101,9 @@ std::string markdown(const Document &document)
             result += text(block.line) + "\n";
             break;
         case Block::items:
-            for (const Row &row : block.rows)
+            for (const Row &row : block.rows) {
                 result += "- " + anchor(row.id) + text(row.cells.at(0)) + "\n";
+            }
             break;
         case Block::table:
             result += table(block);

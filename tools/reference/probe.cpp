@@ -15,10 +15,12 @@ namespace
 std::string kindOf(const TestedClass &tested)
 {
     std::string kind = "instance";
-    if (tested.createMethodMI)
+    if (tested.createMethodMI) {
         kind += ", method";
-    if (tested.createAssociationMI)
+    }
+    if (tested.createAssociationMI) {
         kind += ", association";
+    }
     return kind;
 }
 
@@ -35,8 +37,9 @@ void alter(Record &record)
 {
     char bytes[sizeof record];
     memcpy(bytes, &record, sizeof record);
-    for (char &byte : bytes)
+    for (char &byte : bytes) {
         byte ^= 1;
+    }
     memcpy(&record, bytes, sizeof record);
 }
 
@@ -52,15 +55,18 @@ void otherMonitor()
     alter(seam.imageAdjustment);
     alter(seam.pip);
     alter(seam.osd);
-    for (ColorSpaceInfo &preset : seam.colorSpaces)
+    for (ColorSpaceInfo &preset : seam.colorSpaces) {
         alter(preset);
+    }
     alter(seam.bezel);
-    for (FunctionButtonInfo &button : seam.functionButtons)
+    for (FunctionButtonInfo &button : seam.functionButtons) {
         alter(button);
+    }
     alter(seam.testPattern);
     alter(seam.remote);
-    for (auto &[address, text] : seam.registers)
+    for (auto &[address, text] : seam.registers) {
         text = std::to_string(std::stoi(text) ^ 5);
+    }
     seam.commands = {
         {"cat /proc/net/dev",
          {.output = {"Inter-|   Receive\n", " face |bytes\n", "  eth1: 1 0 0\n", "  eth2: 1 0 0\n"}}}};
@@ -70,27 +76,31 @@ void otherMonitor()
 std::string openText(const Value &value, const std::string &systemName)
 {
     std::string text = value.text;
-    if (value.type == CMPI_boolean)
+    if (value.type == CMPI_boolean) {
         text = value.integer ? "true" : "false";
-    else if (!value.elements.empty())
-        for (const Value &element : value.elements)
+    } else if (!value.elements.empty()) {
+        for (const Value &element : value.elements) {
             text += (text.empty() ? "" : ", ") + openText(element, systemName);
-    else if (value.type & (CMPI_UINT | CMPI_SINT))
+        }
+    } else if (value.type & (CMPI_UINT | CMPI_SINT)) {
         text = std::to_string(value.integer);
-    else if (value.type == CMPI_real32)
+    } else if (value.type == CMPI_real32) {
         text = std::to_string(value.real);
-    else if (value.type == CMPI_dateTime)
+    } else if (value.type == CMPI_dateTime) {
         text = std::to_string(value.integer);
-    if (const size_t at = text.find(systemName); at != std::string::npos)
+    }
+    if (const size_t at = text.find(systemName); at != std::string::npos) {
         text.replace(at, systemName.size(), "{system name}");
+    }
     return text;
 }
 
 Keys openKeys(const Path &path)
 {
     Keys keys;
-    for (const Entry &key : path.keys)
+    for (const Entry &key : path.keys) {
         keys.push_back({key.name, openText(key.value, oneName)});
+    }
     return keys;
 }
 
@@ -100,8 +110,9 @@ void probeProperties(const TestedClass &tested, ClassFacts &facts)
     const std::vector<Instance> here = ask(request).instances();
     request.state.push_back(otherMonitor);
     const std::vector<Instance> there = ask(request).instances();
-    if (here.empty() || here.size() != there.size())
+    if (here.empty() || here.size() != there.size()) {
         return;
+    }
     for (const Entry &property : here[0].properties) {
         PropertyFacts &known = facts.properties[property.name];
         std::vector<std::string> texts;
@@ -116,10 +127,12 @@ void probeProperties(const TestedClass &tested, ClassFacts &facts)
             }
             texts.push_back(openText(*one, oneName));
         }
-        if (!constant)
+        if (!constant) {
             continue;
-        if (std::set<std::string>(texts.begin(), texts.end()).size() == 1)
+        }
+        if (std::set<std::string>(texts.begin(), texts.end()).size() == 1) {
             texts.resize(1);
+        }
         known.constants = texts;
     }
 }
@@ -133,11 +146,14 @@ std::vector<Check> byOutcome(const std::vector<Check> &checks)
     for (const Check &check : checks) {
         auto same = std::find_if(kept.begin(), kept.end(),
                                  [&](const Check &other) { return other.outcome == check.outcome; });
-        if (same == kept.end())
+        if (same == kept.end()) {
             same = kept.insert(same, {{}, check.outcome, check.call});
-        for (const std::string &cause : check.causes)
-            if (std::find(same->causes.begin(), same->causes.end(), cause) == same->causes.end())
+        }
+        for (const std::string &cause : check.causes) {
+            if (std::find(same->causes.begin(), same->causes.end(), cause) == same->causes.end()) {
                 same->causes.push_back(cause);
+            }
+        }
     }
     return kept;
 }
@@ -145,24 +161,29 @@ std::vector<Check> byOutcome(const std::vector<Check> &checks)
 void probeReads(const Request &base, const std::vector<Fault> &special, std::vector<ReadCheck> &reads)
 {
     std::vector<Fault> faultList;
-    if (base.operation == Operation::get)
+    if (base.operation == Operation::get) {
         faultList = wrongTargets(base);
+    }
     faultList.insert(faultList.end(), special.begin(), special.end());
-    for (const Fault &fault : everyFailingCall(base))
+    for (const Fault &fault : everyFailingCall(base)) {
         faultList.push_back(fault);
+    }
     std::vector<Check> checks = byOutcome(orderedChecks(base, faultList));
-    if (const Outcome usual = ending(base); usual.code != CMPI_RC_OK)
+    if (const Outcome usual = ending(base); usual.code != CMPI_RC_OK) {
         checks.push_back({{"in every other case"}, usual});
+    }
     for (const Check &check : checks) {
-        if (check.outcome.code == CMPI_RC_OK)
+        if (check.outcome.code == CMPI_RC_OK) {
             continue;
+        }
         const auto same = std::find_if(reads.begin(), reads.end(), [&](const ReadCheck &known) {
             return known.outcome == check.outcome && known.causes == check.causes;
         });
-        if (same == reads.end())
+        if (same == reads.end()) {
             reads.push_back({{nameOf(base.operation)}, check.causes, check.outcome});
-        else
+        } else {
             same->operations.push_back(nameOf(base.operation));
+        }
     }
 }
 
@@ -190,9 +211,11 @@ void probeInstanceReads(const TestedClass &tested, ClassFacts &facts)
 /** Leaves one object of each class: the last, which of the endpoints is the management interface's. */
 void keepOneObject(std::map<std::string, ClassScript> &classes)
 {
-    for (auto &[name, script] : classes)
-        if (script.instances.size() > 1)
+    for (auto &[name, script] : classes) {
+        if (script.instances.size() > 1) {
             script.instances.erase(script.instances.begin(), script.instances.end() - 1);
+        }
+    }
 }
 
 void probeAssociation(const TestedClass &tested, ClassFacts &facts)
@@ -206,16 +229,19 @@ void probeAssociation(const TestedClass &tested, ClassFacts &facts)
         const auto known = std::find_if(facts.ties.begin(), facts.ties.end(), [&](const Tie &tie) {
             return tie.left == left && tie.right == right;
         });
-        if (known == facts.ties.end())
+        if (known == facts.ties.end()) {
             facts.ties.push_back({left, right, 1});
-        else
+        } else {
             ++known->count;
+        }
         ends.insert({left, right});
     }
-    if (objects.empty())
+    if (objects.empty()) {
         return;
-    for (const Entry &role : objects[0].keys)
+    }
+    for (const Entry &role : objects[0].keys) {
         facts.roles.push_back(role.name);
+    }
 
     const auto served = broker.classes;
     keepOneObject(broker.classes);
@@ -245,20 +271,24 @@ void probeChanges(const TestedClass &tested, const Path &object, const Entries &
             .tested = &tested, .operation = operation, .target = object, .values = properties};
         const Answer answer = ask(request);
         facts.changes[nameOf(operation)] = outcomeOf(answer);
-        if (operation != Operation::modify || answer.rc == CMPI_RC_ERR_NOT_SUPPORTED)
+        if (operation != Operation::modify || answer.rc == CMPI_RC_ERR_NOT_SUPPORTED) {
             continue;
+        }
         std::vector<Fault> faultList = wrongUsers();
-        for (const Entry &property : properties)
+        for (const Entry &property : properties) {
             faultList.push_back({{{"property " + property.name, "missing"}},
                                  "`" + property.name + "` is not given",
                                  [name = property.name](Request &changed) {
                                      std::erase_if(changed.values,
                                                    [&](const Entry &entry) { return entry.name == name; });
                                  }});
-        for (const Fault &fault : wrongTargets(request))
+        }
+        for (const Fault &fault : wrongTargets(request)) {
             faultList.push_back(fault);
-        for (const Fault &fault : failingCalls(request))
+        }
+        for (const Fault &fault : failingCalls(request)) {
             faultList.push_back(fault);
+        }
         facts.modifyChecks = orderedChecks(request, faultList);
         facts.modifyMessages = messagesOf(answer);
     }
@@ -284,8 +314,9 @@ std::vector<ClassFacts> probeClasses()
             probeChanges(tested, names.empty() ? path(tested.name) : names[0], {}, facts);
         } else {
             const std::vector<Instance> objects = broker.classes[tested.name].instances;
-            for (const Instance &object : objects)
+            for (const Instance &object : objects) {
                 facts.instances.push_back(openKeys(object.path));
+            }
             Request other = reading(tested, Operation::enumerateNames, path(tested.name));
             other.state.push_back([] { seam.commands["cat /proc/net/dev"].output.pop_back(); });
             facts.countVaries = ask(other).paths().size() != objects.size();

@@ -19,9 +19,11 @@ bool succeeds(const Request &request)
 
 Request with(Request request, const std::string &name, const Value &value)
 {
-    for (Entry &entry : request.values)
-        if (entry.name == name)
+    for (Entry &entry : request.values) {
+        if (entry.name == name) {
             entry.value = value;
+        }
+    }
     return request;
 }
 
@@ -50,12 +52,15 @@ std::vector<Stretch> stretchesOf(const Request &base, const std::string &argumen
 {
     const auto answer = [&](long value) { return ending(with(base, argument, std::to_string(value))); };
     std::vector<long> points = {INT_MIN, -70000, -32769, -32768, -1000, -100};
-    for (long value = -10; value <= 256; ++value)
+    for (long value = -10; value <= 256; ++value) {
         points.push_back(value);
-    for (long value = 280; value <= 2600; value += 30)
+    }
+    for (long value = 280; value <= 2600; value += 30) {
         points.push_back(value);
-    for (const long value : {10000L, 32767L, 32768L, 65535L, 65536L, long{INT_MAX}})
+    }
+    for (const long value : {10000L, 32767L, 32768L, 65535L, 65536L, long{INT_MAX}}) {
         points.push_back(value);
+    }
 
     std::vector<Stretch> stretches = {{points[0], points[0], answer(points[0])}};
     for (size_t i = 1; i < points.size(); ++i) {
@@ -83,14 +88,15 @@ std::string numbers(const std::vector<Stretch> &stretches)
     for (size_t i = 0; i < stretches.size(); ++i) {
         const auto &[first, last, outcome] = stretches[i];
         text += i == 0 ? "" : i + 1 == stretches.size() ? " or " : ", ";
-        if (first == INT_MIN && last == INT_MAX)
+        if (first == INT_MIN && last == INT_MAX) {
             text += "any number";
-        else if (first == INT_MIN)
+        } else if (first == INT_MIN) {
             text += "less than " + std::to_string(last + 1);
-        else if (last == INT_MAX)
+        } else if (last == INT_MAX) {
             text += "more than " + std::to_string(first - 1);
-        else
+        } else {
             text += std::to_string(first) + (first == last ? "" : " to " + std::to_string(last));
+        }
     }
     return text;
 }
@@ -110,8 +116,9 @@ std::string quarters(const Request &base, const std::string &argument)
     for (int quarter = 0; quarter <= 800; ++quarter) {
         char value[16];
         snprintf(value, sizeof value, "%g", quarter / 4.0);
-        if (succeeds(with(base, argument, value)))
+        if (succeeds(with(base, argument, value))) {
             text += (text.empty() ? "" : ", ") + std::string(value);
+        }
     }
     return text;
 }
@@ -149,12 +156,15 @@ Form formOf(const Request &base, const std::string &name)
     const auto accepts = [&](const std::string &value) { return succeeds(with(base, name, value)); };
     const std::string good = textOf(base, name);
     const bool isNumber = !good.empty() && isdigit(static_cast<unsigned char>(good[0]));
-    if (accepts("true") && accepts("FALSE") && accepts("0") && accepts("1") && !accepts("2"))
+    if (accepts("true") && accepts("FALSE") && accepts("0") && accepts("1") && !accepts("2")) {
         return Form::toggle;
-    if (!isNumber || (accepts("any text") && accepts("-1") && accepts("99999")))
+    }
+    if (!isNumber || (accepts("any text") && accepts("-1") && accepts("99999"))) {
         return Form::text;
-    if (accepts(good + " and more"))
+    }
+    if (accepts(good + " and more")) {
         return Form::leading;
+    }
     // A fraction is refused as no integer, or for its value as another number would be.
     const Outcome noNumber = ending(with(base, name, "no number"));
     return ending(with(base, name, good + ".5")) == noNumber ? Form::integer : Form::fraction;
@@ -165,23 +175,29 @@ Form formOf(const Request &base, const std::string &name)
 /** A method's complete arguments that make it succeed, where there are such. */
 bool complete(Request &request, const cim::Method &declared, size_t argument = 0)
 {
-    if (argument == declared.parameters.size())
+    if (argument == declared.parameters.size()) {
         return succeeds(request);
+    }
     const cim::Parameter &parameter = declared.parameters[argument];
     std::vector<Value> candidates;
     if (parameter.type == cim::Type::reference) {
-        for (const TestedClass &other : contract::libraryClasses())
-            if (mof::deskClasses().isA(other.name, parameter.referenceClass))
-                for (const Instance &object : broker.classes[other.name].instances)
+        for (const TestedClass &other : contract::libraryClasses()) {
+            if (mof::deskClasses().isA(other.name, parameter.referenceClass)) {
+                for (const Instance &object : broker.classes[other.name].instances) {
                     candidates.push_back(test_support::reference(object.path));
+                }
+            }
+        }
     } else {
-        for (const char *text : {"0", "1", "2", "25", "48", "160", "222", "31/01/2025", "any text"})
+        for (const char *text : {"0", "1", "2", "25", "48", "160", "222", "31/01/2025", "any text"}) {
             candidates.push_back(text);
+        }
     }
     for (const Value &candidate : candidates) {
         request = with(request, parameter.name, candidate);
-        if (complete(request, declared, argument + 1))
+        if (complete(request, declared, argument + 1)) {
             return true;
+        }
     }
     return false;
 }
@@ -209,8 +225,9 @@ void addRangeFaults(MethodProbe &probe, const std::string &name, const std::vect
     std::set<Outcome> seen = otherwise;
     for (const Stretch &stretch : stretches) {
         if (stretch.outcome == Outcome{.code = 0, .text = "", .value = 0u} ||
-            !seen.insert(stretch.outcome).second)
+            !seen.insert(stretch.outcome).second) {
             continue;
+        }
         const std::vector<Stretch> alike = answeredWith(stretches, stretch.outcome);
         const bool inBetween = alike.front().first > INT_MIN && alike.back().last < INT_MAX;
         const std::string when = form == Form::fraction && inBetween ? "is between those that are accepted"
@@ -223,9 +240,11 @@ void addRangeFaults(MethodProbe &probe, const std::string &name, const std::vect
             fault.state = state->when;
             fault.apply = [set = fault.apply, change = state->set, usual = probe.base.values,
                            goodThere](Request &request) {
-                for (size_t i = 0; i < usual.size(); ++i) // unless another fault has changed it
-                    if (request.values[i] == usual[i])
+                for (size_t i = 0; i < usual.size(); ++i) { // unless another fault has changed it
+                    if (request.values[i] == usual[i]) {
                         request.values[i] = goodThere[i];
+                    }
+                }
                 set(request);
                 request.state.push_back(change);
             };
@@ -248,8 +267,9 @@ void probeNumbers(MethodProbe &probe, ArgumentFacts &argument, const std::set<Ou
     const std::string accepted = numbers(answeredWith(usual, success));
     const Answer answer = ask(probe.base);
     for (const StateGroup &group : stateGroups()) {
-        if (!reads(answer, group))
+        if (!reads(answer, group)) {
             continue;
+        }
         struct Tried {
             const StateOption *option;
             Entries values;
@@ -259,26 +279,30 @@ void probeNumbers(MethodProbe &probe, ArgumentFacts &argument, const std::set<Ou
         bool differs = false;
         for (const StateOption &option : group.options) {
             Request request = in(probe.base, option.set);
-            if (!complete(request, probe.declared))
+            if (!complete(request, probe.declared)) {
                 continue;
+            }
             const std::vector<Stretch> stretches = stretchesOf(request, argument.name);
             differs |= numbers(answeredWith(stretches, success)) != accepted;
             options.push_back({&option, request.values, stretches});
         }
-        if (!differs)
+        if (!differs) {
             continue;
+        }
         std::map<std::string, std::string> states; // by the numbers
         std::vector<std::string> order;
         for (const auto &[option, goodThere, stretches] : options) {
             const std::string values = numbers(answeredWith(stretches, success));
-            if (states[values].empty())
+            if (states[values].empty()) {
                 order.push_back(values);
+            }
             states[values] += (states[values].empty() ? "" : "; ") + option->when;
             addRangeFaults(probe, argument.name, stretches, otherwise, Form::integer, option,
                            group.options[0].when, goodThere);
         }
-        for (const std::string &values : order)
+        for (const std::string &values : order) {
             argument.values.push_back(values + " (" + states[values] + ")");
+        }
         return;
     }
     argument.values.push_back(accepted);
@@ -328,8 +352,9 @@ void probeReference(MethodProbe &probe, const cim::Parameter &parameter)
     ArgumentFacts argument = {name, "reference", {}};
     for (const auto &[className, script] : broker.classes) {
         for (const Instance &object : script.instances) {
-            if (!succeeds(with(base, name, test_support::reference(object.path))))
+            if (!succeeds(with(base, name, test_support::reference(object.path)))) {
                 continue;
+            }
             accepted.insert({className, object.path});
         }
     }
@@ -359,7 +384,7 @@ void probeReference(MethodProbe &probe, const cim::Parameter &parameter)
     for (const bool missing : {true, false}) {
         for (const auto &[className, path] : accepted) {
             const std::string where = accepted.size() > 1 ? " (of " + quoted(className) + ")" : "";
-            for (const Entry &key : path.keys)
+            for (const Entry &key : path.keys) {
                 probe.faults.push_back(
                     missing
                         ? valueFault(name, "no " + key.name + className,
@@ -367,6 +392,7 @@ void probeReference(MethodProbe &probe, const cim::Parameter &parameter)
                         : valueFault(name, "other " + key.name + className,
                                      "has a key " + quoted(key.name) + " of no such object",
                                      ref(path.with(key.name, "another"))));
+            }
         }
     }
     probe.facts.arguments.push_back(argument);
@@ -377,12 +403,14 @@ void addStateFaults(MethodProbe &probe)
 {
     const Answer answer = ask(probe.base);
     for (const StateGroup &group : stateGroups()) {
-        if (!reads(answer, group))
+        if (!reads(answer, group)) {
             continue;
+        }
         for (const StateOption &option : group.options) {
             Request request = in(probe.base, option.set);
-            if (complete(request, probe.declared))
+            if (complete(request, probe.declared)) {
                 continue;
+            }
             probe.faults.push_back({{{"state " + group.options[0].when, option.when}},
                                     option.when,
                                     [set = option.set](Request &changed) { changed.state.push_back(set); },
@@ -397,31 +425,38 @@ MethodFacts probeMethod(MethodProbe probe, size_t callsBefore)
     const cim::Method &declared = probe.declared;
     const bool works = complete(probe.base, declared);
     probe.facts.name = declared.name;
-    if (!works)
-        for (const cim::Parameter &parameter : declared.parameters)
+    if (!works) {
+        for (const cim::Parameter &parameter : declared.parameters) {
             probe.base = with(probe.base, parameter.name, "1");
+        }
+    }
     probe.facts.usual = ending(probe.base);
     probe.facts.messages = messagesOf(ask(probe.base));
 
-    for (const Fault &fault : wrongTargets(probe.base))
+    for (const Fault &fault : wrongTargets(probe.base)) {
         probe.faults.push_back(fault);
-    for (const Fault &fault : wrongUsers())
+    }
+    for (const Fault &fault : wrongUsers()) {
         probe.faults.push_back(fault);
-    if (declared.parameters.empty())
+    }
+    if (declared.parameters.empty()) {
         probe.faults.push_back({{{"argument", "any"}}, "an argument is given", [](Request &request) {
                                     request.values.push_back({"Argument", "1"});
                                 }});
+    }
     for (const cim::Parameter &parameter : declared.parameters) {
-        if (!works)
+        if (!works) {
             probe.facts.arguments.push_back({parameter.name, words(Form::ignored), {}});
-        else if (parameter.type == cim::Type::reference)
+        } else if (parameter.type == cim::Type::reference) {
             probeReference(probe, parameter);
-        else
+        } else {
             probeText(probe, parameter.name);
+        }
     }
     addStateFaults(probe);
-    for (const Fault &fault : failingCalls(probe.base, callsBefore))
+    for (const Fault &fault : failingCalls(probe.base, callsBefore)) {
         probe.faults.push_back(fault);
+    }
     probe.facts.checks = orderedChecks(probe.base, probe.faults);
 
     Request ordinary = probe.base;
@@ -437,11 +472,13 @@ void addMessagesOfOthers(const Request &base, const std::vector<Instance> &objec
     for (const Instance &object : objects) {
         Request request = base;
         request.target = object.path;
-        if (!complete(request, declared))
+        if (!complete(request, declared)) {
             continue;
+        }
         const std::vector<std::string> messages = messagesOf(ask(request));
-        if (messages == facts.messages || messages.empty())
+        if (messages == facts.messages || messages.empty()) {
             continue;
+        }
         facts.messages.back() += " or, on another object, " + messages.back();
     }
 }
@@ -459,22 +496,25 @@ void probeMethods(const TestedClass &tested, ClassFacts &facts)
     facts.unknownMethodName = unknown.method;
     facts.unknownMethod = ending(unknown);
     std::vector<Fault> faultList = wrongTargets(unknown);
-    for (const Fault &fault : failingCalls(unknown))
+    for (const Fault &fault : failingCalls(unknown)) {
         faultList.push_back(fault);
+    }
     facts.targetChecks = orderedChecks(unknown, faultList);
     const size_t callsBefore = ask(unknown).calls.size();
     const std::set<Outcome> ofTarget = [&] {
         std::set<Outcome> outcomes;
-        for (const Check &check : facts.targetChecks)
+        for (const Check &check : facts.targetChecks) {
             outcomes.insert(check.outcome);
+        }
         return outcomes;
     }();
 
     for (const cim::Method &declared : declaredClass.methods) {
         MethodProbe probe = {.base = unknown, .declared = declared};
         probe.base.method = declared.name;
-        for (const cim::Parameter &parameter : declared.parameters)
+        for (const cim::Parameter &parameter : declared.parameters) {
             probe.base.values.push_back({parameter.name, absent()});
+        }
         // The object that the method succeeds on, where one does.
         for (const Instance &object : objects) {
             Request request = probe.base;

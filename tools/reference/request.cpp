@@ -110,21 +110,25 @@ Answer ask(const Request &request)
     seam.reset();
     seam.errorText = supportLibraryText;
     contract::scriptMonitor();
-    for (const std::string &name : request.unknown)
+    for (const std::string &name : request.unknown) {
         broker.classes[name].getInstanceRc = CMPI_RC_ERR_NOT_FOUND;
-    for (const auto &change : request.state)
+    }
+    for (const auto &change : request.state) {
         change();
+    }
     Answer answer = carryOut(request);
-    for (const std::string &name : request.unknown)
+    for (const std::string &name : request.unknown) {
         broker.classes[name].getInstanceRc = CMPI_RC_OK;
+    }
     return answer;
 }
 
 Outcome outcomeOf(const Answer &answer)
 {
     Outcome outcome = {.code = answer.rc, .text = answer.message};
-    if (answer.returned.size() == 1 && (answer.returned[0].type & CMPI_UINT))
+    if (answer.returned.size() == 1 && (answer.returned[0].type & CMPI_UINT)) {
         outcome.value = static_cast<unsigned>(answer.returned[0].integer);
+    }
     return outcome;
 }
 
@@ -146,9 +150,11 @@ struct Found {
 /** Whether both faults can be there at once. */
 bool compatible(const Fault &a, const Fault &b)
 {
-    for (const auto &[aspect, how] : a.aspects)
-        if (const auto other = b.aspects.find(aspect); other != b.aspects.end() && other->second != how)
+    for (const auto &[aspect, how] : a.aspects) {
+        if (const auto other = b.aspects.find(aspect); other != b.aspects.end() && other->second != how) {
             return false;
+        }
+    }
     return a.aspects != b.aspects;
 }
 
@@ -174,8 +180,9 @@ std::vector<size_t> sorted(size_t count, std::set<std::pair<size_t, size_t>> bef
 {
     std::vector<size_t> order;
     std::set<size_t> left;
-    for (size_t i = 0; i < count; ++i)
+    for (size_t i = 0; i < count; ++i) {
         left.insert(i);
+    }
     while (!left.empty()) {
         size_t next = *left.begin();
         for (const size_t candidate : left) {
@@ -210,18 +217,22 @@ std::vector<std::string> causesOf(const Group &group)
                                   [](const Found &found) { return !found.fault.inner; });
     std::vector<std::pair<std::string, std::string>> causes; // with their states
     for (const auto &[fault, outcome] : group.members) {
-        if (fault.inner && told)
+        if (fault.inner && told) {
             continue;
+        }
         auto same = std::find_if(causes.begin(), causes.end(),
                                  [&](const auto &cause) { return cause.first == fault.when; });
-        if (same == causes.end())
+        if (same == causes.end()) {
             same = causes.insert(same, {fault.when, ""});
-        if (!fault.state.empty())
+        }
+        if (!fault.state.empty()) {
             same->second += (same->second.empty() ? "" : "; ") + fault.state;
+        }
     }
     std::vector<std::string> words;
-    for (const auto &[when, states] : causes)
+    for (const auto &[when, states] : causes) {
         words.push_back(when + (states.empty() ? "" : " (" + states + ")"));
+    }
     return words;
 }
 
@@ -232,10 +243,11 @@ std::vector<Check> merged(const std::vector<Found> &ordered)
         const auto taking = std::find_if(groups.begin(), groups.end(), [&](const Group &group) {
             return group.takes(next, &group == &groups.back());
         });
-        if (taking == groups.end())
+        if (taking == groups.end()) {
             groups.push_back({{next}});
-        else
+        } else {
             taking->members.push_back(next);
+        }
     }
     std::vector<Check> checks;
     for (const Group &group : groups) {
@@ -257,8 +269,9 @@ std::vector<Check> orderedChecks(const Request &base, const std::vector<Fault> &
         Request request = base;
         fault.apply(request);
         const Outcome outcome = ending(request);
-        if (outcome == usual)
+        if (outcome == usual) {
             continue;
+        }
         found.push_back({fault, outcome});
         known.insert(outcome);
     }
@@ -270,32 +283,37 @@ std::vector<Check> orderedChecks(const Request &base, const std::vector<Fault> &
             const Found &a = found[i];
             const Found &b = found[j];
             if (!compatible(a.fault, b.fault)) {
-                if (sharesAspect(a.fault, b.fault) && a.fault.natural && b.fault.natural)
+                if (sharesAspect(a.fault, b.fault) && a.fault.natural && b.fault.natural) {
                     before.insert({i, j});
+                }
                 continue;
             }
-            if (a.outcome == b.outcome)
+            if (a.outcome == b.outcome) {
                 continue;
+            }
             // What two failing calls bring about together is no check of its own.
             const bool mayBeNew = !a.fault.call && !b.fault.call;
             const Fault pair = both(a.fault, b.fault);
             Request request = base;
             pair.apply(request);
             const Outcome outcome = ending(request);
-            if (outcome == a.outcome)
+            if (outcome == a.outcome) {
                 before.insert({i, j});
-            else if (outcome == b.outcome)
+            } else if (outcome == b.outcome) {
                 before.insert({j, i});
-            else if (mayBeNew && known.insert(outcome).second)
+            } else if (mayBeNew && known.insert(outcome).second) {
                 together.push_back({i, {pair, outcome}});
+            }
         }
     }
 
     std::vector<Found> ordered;
     for (const size_t place : sorted(found.size(), before)) {
-        for (const auto &[where, pair] : together)
-            if (where == place)
+        for (const auto &[where, pair] : together) {
+            if (where == place) {
                 ordered.push_back(pair);
+            }
+        }
         ordered.push_back(found[place]);
     }
     return merged(ordered);
@@ -326,30 +344,39 @@ struct SeamCall {
 std::string wordsFor(const SeamCall &call, const std::string &exchange)
 {
     const std::string &name = call.function;
-    if (name == "GetMonitorStatus")
+    if (name == "GetMonitorStatus") {
         return "the display engine is busy" + exchange;
-    if (name == "SpearEngineMessageQueueCreate")
+    }
+    if (name == "SpearEngineMessageQueueCreate") {
         return (call.arguments == "0" ? "the queue to the engine cannot be opened"
                                       : "the queue of replies cannot be opened") +
                exchange;
-    if (name == "SendStatusMessagetoSource")
+    }
+    if (name == "SendStatusMessagetoSource") {
         return "the message to the engine cannot be sent" + exchange;
-    if (name == "RecvMessageFromSource")
+    }
+    if (name == "RecvMessageFromSource") {
         return "no reply of the engine arrives" + exchange;
+    }
     if (name == "GetRegisterValue") {
         const std::string number = call.arguments.substr(0, call.arguments.find(','));
         return "register `" + numberedName(registers(), number) + "` cannot be read";
     }
-    if (name == "IsAdminUser")
+    if (name == "IsAdminUser") {
         return "the user cannot be looked up";
-    if (name == "runcommand")
+    }
+    if (name == "runcommand") {
         return "the command " + quoted(call.arguments) + " fails";
-    if (name == "ValidateInputArgs")
+    }
+    if (name == "ValidateInputArgs") {
         return "the monitor's range check refuses the value all the same";
-    if (name.starts_with("Validate"))
+    }
+    if (name.starts_with("Validate")) {
         return quoted(name) + " of the monitor refuses the value";
-    if (name.starts_with("Get"))
+    }
+    if (name.starts_with("Get")) {
         return "the monitor's record cannot be read (" + quoted(name) + ")";
+    }
     return quoted(name) + " of the monitor fails";
 }
 
@@ -357,10 +384,12 @@ std::string wordsFor(const SeamCall &call, const std::string &exchange)
 std::vector<std::string> exchangesOf(const Answer &answer)
 {
     std::vector<std::string> exchanges;
-    if (answer.sent.size() > 1)
-        for (const SentMessage &message : answer.sent)
+    if (answer.sent.size() > 1) {
+        for (const SentMessage &message : answer.sent) {
             exchanges.push_back(message.bytes[4] == PROCESS_GET_REQUEST ? " for the refresh"
                                                                         : " for the write");
+        }
+    }
     return exchanges;
 }
 
@@ -378,8 +407,9 @@ std::vector<Fault> failingCalls(const Request &base, size_t first)
         const int nth = ++times[call.function];
         const bool busy = call.function == "GetMonitorStatus";
         exchange += busy;
-        if (i < first)
+        if (i < first) {
             continue;
+        }
         const std::string suffix =
             exchange > 0 && exchange <= exchanges.size() ? exchanges[exchange - 1] : std::string();
         const auto fail = [function = call.function, nth, result = busy ? int{BUSY} : -1] {
@@ -407,8 +437,9 @@ std::vector<Fault> everyFailingCall(const Request &base)
         request.state.push_back(arm);
         ask(request);
         const std::string struck = faults.struck();
-        if (!succeeds && struck == "newString") // the failure itself loses its text
+        if (!succeeds && struck == "newString") { // the failure itself loses its text
             continue;
+        }
         const bool ofMonitor = isupper(static_cast<unsigned char>(struck[0])) || struck == "runcommand";
         const std::string words = struck == "GetRegisterValue" ? "a register cannot be read"
                                   : struck == "runcommand"     ? "a command of the shell fails"
@@ -430,10 +461,11 @@ std::vector<Fault> everyFailingCall(const Request &base)
 std::vector<Fault> wrongTargets(const Request &base)
 {
     std::vector<Fault> faultList;
-    if (base.operation == Operation::invoke)
+    if (base.operation == Operation::invoke) {
         faultList.push_back({{{"class", "other"}}, "the object is of another class", [](Request &request) {
                                  request.target.className = "CIM_ManagedElement";
                              }});
+    }
     int references = 0;
     for (const Entry &key : base.target.keys) {
         const bool isReference = key.value.type == CMPI_ref;
@@ -475,9 +507,10 @@ std::vector<std::string> messagesOf(const Answer &answer)
             continue;
         }
         std::string words;
-        for (int i = 0; i < command.Count; ++i)
+        for (int i = 0; i < command.Count; ++i) {
             words += (words.empty() ? "" : ", ") +
                      quoted(numberedName(registers(), std::to_string(command.sRegdetails[i].Register)));
+        }
         messages.push_back("writes " + words + " of group " + group);
     }
     return messages;

@@ -25,11 +25,13 @@ bool isNameCharacter(char character)
 /** The last name in a text that ends before `end`. */
 std::string nameBefore(const std::string &text, size_t end)
 {
-    while (end > 0 && !isNameCharacter(text[end - 1]))
+    while (end > 0 && !isNameCharacter(text[end - 1])) {
         --end;
+    }
     size_t begin = end;
-    while (begin > 0 && isNameCharacter(text[begin - 1]))
+    while (begin > 0 && isNameCharacter(text[begin - 1])) {
         --begin;
+    }
     return text.substr(begin, end - begin);
 }
 
@@ -48,12 +50,14 @@ std::string definedName(const std::string &statement)
     const size_t attribute = statement.find("]]"); // [[nodiscard]]
     const size_t end = statement.find_first_of("(={[", attribute == std::string::npos ? 0 : attribute + 2);
     const std::string name = nameBefore(statement, end == std::string::npos ? statement.size() : end);
-    if (!isMacroName(name) || end == std::string::npos || statement[end] != '(')
+    if (!isMacroName(name) || end == std::string::npos || statement[end] != '(') {
         return name;
+    }
     const size_t first = statement.find_first_of(",)", end);
     const std::string argument = nameBefore(statement, std::min(first, statement.size()));
-    if (!name.ends_with("_OPERATION") || first == std::string::npos)
+    if (!name.ends_with("_OPERATION") || first == std::string::npos) {
         return argument;
+    }
     return argument +
            nameBefore(statement, std::min(statement.find_first_of(",)", first + 1), statement.size()));
 }
@@ -66,8 +70,9 @@ class Reader
 
     std::vector<SourceText> read()
     {
-        while (at < content.size())
+        while (at < content.size()) {
             step();
+        }
         endLiteral();
         return found;
     }
@@ -84,14 +89,16 @@ class Reader
             readLiteral();
         } else if (character == '\'') {
             const size_t begin = at;
-            for (++at; content[at] != '\''; ++at)
+            for (++at; content[at] != '\''; ++at) {
                 at += content[at] == '\\';
+            }
             ++at;
             add(content.substr(begin, at - begin));
         } else {
             ++at;
-            if (!isspace(static_cast<unsigned char>(character)))
+            if (!isspace(static_cast<unsigned char>(character))) {
                 endLiteral();
+            }
             nest(character);
         }
     }
@@ -105,34 +112,41 @@ class Reader
     /** A comment or directive, with the lines that continue it. */
     void skipLine()
     {
-        while (at < content.size() && (content[at] != '\n' || content[at - 1] == '\\'))
+        while (at < content.size() && (content[at] != '\n' || content[at - 1] == '\\')) {
             ++at;
+        }
     }
 
     void add(const std::string &text)
     {
-        if (definition.empty())
+        if (definition.empty()) {
             statement += text;
+        }
         code += text;
     }
 
     void nest(char character)
     {
-        if (character == '(')
+        if (character == '(') {
             calls.push_back(nameBefore(code, code.size()));
-        else if (character == ')' && !calls.empty())
+        } else if (character == ')' && !calls.empty()) {
             calls.pop_back();
+        }
         add(std::string(1, character));
-        if (character == ')' && isWholeMacro())
+        if (character == ')' && isWholeMacro()) {
             statement.clear();
-        if (character == '{')
+        }
+        if (character == '{') {
             open();
-        else if (character == '}')
+        } else if (character == '}') {
             close();
-        if (character == ';' && levels.empty())
+        }
+        if (character == ';' && levels.empty()) {
             statement.clear();
-        if (code.size() > 4096)
+        }
+        if (code.size() > 4096) {
             code.erase(0, 2048);
+        }
     }
 
     /** Whether a macro ends here that is a definition without braces and semicolon. */
@@ -152,8 +166,9 @@ class Reader
             ++namespaces;
             return;
         }
-        if (levels.empty())
+        if (levels.empty()) {
             definition = definedName(statement);
+        }
         levels.push_back('{');
     }
 
@@ -172,8 +187,9 @@ class Reader
 
     void readLiteral()
     {
-        if (!inLiteral)
+        if (!inLiteral) {
             measured = code.ends_with("sizeof ");
+        }
         for (++at; content[at] != '"'; ++at) {
             if (content[at] != '\\') {
                 literal += content[at];
@@ -189,13 +205,15 @@ class Reader
     /** Adjacent literals are one text. */
     void endLiteral()
     {
-        if (!inLiteral)
+        if (!inLiteral) {
             return;
+        }
         const std::string text = std::exchange(literal, "");
         inLiteral = false;
         const std::string call = calls.empty() ? "" : calls.back();
-        if (!measured && isAnswer(text, call))
+        if (!measured && isAnswer(text, call)) {
             found.push_back({text, file, definition.empty() ? definedName(statement) : definition});
+        }
         add("\"\"");
     }
 
@@ -207,8 +225,9 @@ class Reader
         static const std::set<std::string> other = {"static_assert", "output",    "formatCommand",
                                                     "sizeof",        "sscanf",    "strspn",
                                                     "_Pragma",       "copyUntil", "strstr"};
-        if (ending.contains(call))
+        if (ending.contains(call)) {
             return true;
+        }
         const bool words =
             text.find_first_not_of(' ') != std::string::npos && text.find(' ') != std::string::npos;
         const bool traceLine = text.starts_with("---") || text.ends_with("\n");
@@ -252,9 +271,11 @@ std::vector<SourceText> textsOf(const std::string &content, const std::string &f
 std::vector<SourceText> sourceTexts(const std::string &directory)
 {
     std::set<std::filesystem::path> files;
-    for (const auto &entry : std::filesystem::recursive_directory_iterator(directory))
-        if (entry.path().extension() == ".cpp" || entry.path().extension() == ".h")
+    for (const auto &entry : std::filesystem::recursive_directory_iterator(directory)) {
+        if (entry.path().extension() == ".cpp" || entry.path().extension() == ".h") {
             files.insert(entry.path());
+        }
+    }
     std::vector<SourceText> all;
     for (const auto &file : files) {
         const std::vector<SourceText> texts = textsOf(contentOf(file), file.filename());
@@ -266,17 +287,21 @@ std::vector<SourceText> sourceTexts(const std::string &directory)
 bool isMadeBy(const std::string &text, const std::string &format)
 {
     const size_t fixed = std::min(format.find('%'), format.size());
-    if (text.compare(0, fixed, format, 0, fixed) != 0)
+    if (text.compare(0, fixed, format, 0, fixed) != 0) {
         return false;
-    if (fixed == format.size())
+    }
+    if (fixed == format.size()) {
         return text.size() == fixed;
+    }
     const bool number = format.compare(fixed, 2, "%d") == 0;
     const std::string rest = format.substr(fixed + 2);
     for (size_t end = fixed + number; end <= text.size(); ++end) {
-        if (isMadeBy(text.substr(end), rest))
+        if (isMadeBy(text.substr(end), rest)) {
             return true;
-        if (number && end < text.size() && !isdigit(static_cast<unsigned char>(text[end])))
+        }
+        if (number && end < text.size() && !isdigit(static_cast<unsigned char>(text[end]))) {
             return false;
+        }
     }
     return false;
 }
@@ -285,12 +310,15 @@ std::map<int, std::string> enumerators(const std::string &file, const std::strin
 {
     std::istringstream header(contentOf(file));
     std::string line;
-    while (std::getline(header, line) && line.find("enum " + enumeration) == std::string::npos)
+    while (std::getline(header, line) && line.find("enum " + enumeration) == std::string::npos) {
         continue;
+    }
     std::map<int, std::string> names;
-    while (std::getline(header, line) && line.find('}') == std::string::npos)
-        if (const size_t equals = line.find(" = "); equals != std::string::npos)
+    while (std::getline(header, line) && line.find('}') == std::string::npos) {
+        if (const size_t equals = line.find(" = "); equals != std::string::npos) {
             names[atoi(line.c_str() + equals + 3)] = nameBefore(line, equals);
+        }
+    }
     if (names.empty()) {
         fprintf(stderr, "%s has no enumeration %s\n", file.c_str(), enumeration.c_str());
         exit(2);

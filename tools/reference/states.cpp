@@ -46,8 +46,9 @@ StateGroup sources()
             group.options.push_back(sourceIs(words, width, 2160, region));
         }
     }
-    for (const int width : {1920, 4096})
+    for (const int width : {1920, 4096}) {
         group.options.push_back(sourceIs("source of " + std::to_string(width) + " x 1080", width, 1080, 0));
+    }
     return group;
 }
 
