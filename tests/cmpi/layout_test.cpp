@@ -113,10 +113,11 @@ std::vector<std::vector<std::string>> readTable(const std::string &file)
     for (std::string line; std::getline(in, line);) {
         std::vector<std::string> cells{""};
         for (const char c : line) {
-            if (c == '\t')
+            if (c == '\t') {
                 cells.emplace_back();
-            else
+            } else {
                 cells.back() += c;
+            }
         }
         rows.push_back(std::move(cells));
     }
@@ -127,8 +128,9 @@ std::vector<std::vector<std::string>> readTable(const std::string &file)
 std::string declaredName(const std::string &declaration)
 {
     const size_t function = declaration.find("(*");
-    if (function != std::string::npos)
+    if (function != std::string::npos) {
         return declaration.substr(function + 2, declaration.find(')', function) - function - 2);
+    }
     return declaration.substr(declaration.rfind(' ') + 1);
 }
 
@@ -179,8 +181,9 @@ TEST(CmpiLayout, EveryRowOfTheTable)
 TEST(CmpiLayout, NoMemberBeyondTheTable)
 {
     std::map<std::string, std::vector<Member>> structures;
-    for (const auto &[name, member] : declaredMembers())
+    for (const auto &[name, member] : declaredMembers()) {
         structures[name.first].push_back(member);
+    }
     EXPECT_EQ(structures.size(), 47u);
     for (auto &[name, members] : structures) {
         SCOPED_TRACE(name);

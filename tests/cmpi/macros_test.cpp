@@ -24,10 +24,11 @@ Call last;
 template <typename T>
 std::uintptr_t asNumber(T value)
 {
-    if constexpr (std::is_pointer_v<T>)
+    if constexpr (std::is_pointer_v<T>) {
         return reinterpret_cast<std::uintptr_t>(value);
-    else
+    } else {
         return static_cast<std::uintptr_t>(value);
+    }
 }
 
 template <typename... A>
@@ -362,17 +363,19 @@ CMPIString *makeString(const CMPIBroker *, const char *chars, CMPIStatus *)
 
 CMPIString *makeNoString(const CMPIBroker *, const char *, CMPIStatus *rc)
 {
-    if (rc != nullptr)
+    if (rc != nullptr) {
         *rc = {CMPI_RC_ERR_FAILED, nullptr};
+    }
     return nullptr;
 }
 
 CMPIStatus returnCode(bool early)
 {
-    if (early)
+    if (early) {
         CMReturn(CMPI_RC_ERR_NOT_SUPPORTED);
-    else
+    } else {
         CMReturn(CMPI_RC_OK);
+    }
 }
 
 CMPIStatus returnString(CMPIString *string)

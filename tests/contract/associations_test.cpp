@@ -118,8 +118,9 @@ void expectComplete(const AssociationRow &row, const std::string &className, con
 
     const std::set<std::string> own = ownProperties(declaredClass(className));
     EXPECT_EQ(own.size(), row.own);
-    for (const std::string &name : own)
+    for (const std::string &name : own) {
         EXPECT_TRUE(expected.contains(name)) << name << " is declared, but not set";
+    }
 }
 
 TEST_P(Associations, HavePathsOfTheDeclaredReferences)
@@ -130,8 +131,9 @@ TEST_P(Associations, HavePathsOfTheDeclaredReferences)
     for (const Path &path : paths) {
         expectPathOf(className, path);
         EXPECT_EQ(namesOf(path.keys), roles());
-        for (const Entry &key : path.keys)
+        for (const Entry &key : path.keys) {
             EXPECT_EQ(key.value.type, CMPI_ref) << key.name;
+        }
         different.insert(test_support::describe(path));
     }
     EXPECT_EQ(different.size(), row.enumerated);
@@ -146,9 +148,10 @@ TEST_P(Associations, EnumeratedHaveTheDeclaredProperties)
     for (size_t i = 0; i < row.enumerated; ++i) {
         SCOPED_TRACE(test_support::describe(paths[i]));
         expectComplete(row, className, instances[i]);
-        for (const std::string &role : roles())
+        for (const std::string &role : roles()) {
             EXPECT_EQ(test_support::describe(endOf(instances[i].properties, role)),
                       test_support::describe(endOf(paths[i].keys, role)));
+        }
     }
 }
 
@@ -167,9 +170,10 @@ TEST_P(Associations, GotByTheirPathsHaveTheDeclaredReferences)
         EXPECT_EQ(association.properties.size(), 2u);
         EXPECT_EQ(namesOf(association.properties), roles());
         expectDeclared(className, association.properties);
-        for (const std::string &role : roles())
+        for (const std::string &role : roles()) {
             EXPECT_EQ(test_support::describe(endOf(association.properties, role)),
                       test_support::describe(endOf(path.keys, role)));
+        }
     }
 }
 
@@ -208,9 +212,10 @@ TEST_P(Associations, AreFoundFromBothEndsByTheDeclaredRoles)
         EXPECT_STATUS(farEnds, CMPI_RC_OK, "");
         const std::vector<Instance> objects = farEnds.instances();
         ASSERT_EQ(objects.size(), end.count);
-        for (const Instance &object : objects)
+        for (const Instance &object : objects) {
             EXPECT_TRUE(mof::deskClasses().isA(object.path.className, farRole->referenceClass))
                 << object.path.className << " is no " << farRole->referenceClass;
+        }
     }
 }
 
@@ -223,8 +228,9 @@ INSTANTIATE_TEST_SUITE_P(EveryClass, Associations, testing::ValuesIn(rows),
 std::optional<size_t> numberOf(const cim::Property &end, const char *qualifier)
 {
     const cim::Qualifier *found = cim::findQualifier(end.qualifiers, qualifier);
-    if (!found || found->value.isNull)
+    if (!found || found->value.isNull) {
         return std::nullopt;
+    }
     return std::stoul(found->value.text());
 }
 
@@ -246,8 +252,9 @@ TEST(AssociationEnds, AreAsManyAsDeclared)
             const std::optional<size_t> max = numberOf(*end, "Max");
             limitedEnds += min || max;
             std::map<std::string, size_t> atOtherEnd;
-            for (const Path &path : paths)
+            for (const Path &path : paths) {
                 ++atOtherEnd[test_support::describe(*endOf(path.keys, otherRole).path)];
+            }
             for (const auto &[object, count] : atOtherEnd) {
                 EXPECT_GE(count, min.value_or(1)) << object;
                 EXPECT_LE(count, max.value_or(count)) << object;

@@ -58,25 +58,29 @@ const TestedClass &libraryClass(const std::string &name)
     const auto found = std::find_if(std::begin(classes), std::end(classes), [&](const TestedClass &tested) {
         return tested.name == "ZT_Marovelton_" + name;
     });
-    if (found == std::end(classes))
+    if (found == std::end(classes)) {
         giveUp("the library has no class ZT_Marovelton_" + name);
+    }
     return *found;
 }
 
 const cim::Class &declaredClass(const std::string &name)
 {
     const cim::Class *found = mof::deskClasses().find(name);
-    if (!found || found->name != name)
+    if (!found || found->name != name) {
         giveUp("mof/ has no class " + name);
+    }
     return *found;
 }
 
 std::set<std::string> ownProperties(const cim::Class &declared)
 {
     std::set<std::string> names;
-    for (const cim::Property &property : declared.properties)
-        if (!property.propagated)
+    for (const cim::Property &property : declared.properties) {
+        if (!property.propagated) {
             names.insert(property.name);
+        }
+    }
     return names;
 }
 
@@ -118,13 +122,15 @@ std::vector<Instance> instancesOf(const TestedClass &tested)
 void serveInstances()
 {
     for (const TestedClass &tested : libraryClasses()) {
-        if (tested.createAssociationMI)
+        if (tested.createAssociationMI) {
             continue;
+        }
         const std::vector<Path> paths = pathsOf(tested);
         std::vector<Instance> instances = instancesOf(tested);
         ASSERT_EQ(instances.size(), paths.size()) << tested.name;
-        for (size_t i = 0; i < paths.size(); ++i)
+        for (size_t i = 0; i < paths.size(); ++i) {
             instances[i].path = paths[i];
+        }
         broker.classes[tested.name].instances = instances;
     }
     ASSERT_EQ(broker.classes.size(), 19u);
@@ -132,9 +138,11 @@ void serveInstances()
     const Entries keys = {{"CreationClassName", "Linux_ComputerSystem"}, {"Name", "controller"}};
     broker.classes["Linux_ComputerSystem"].instances = {instance(path("Linux_ComputerSystem", keys), keys)};
 
-    for (const cim::Class *declared : mof::deskClasses().all())
-        if (!declared->superclass.empty())
+    for (const cim::Class *declared : mof::deskClasses().all()) {
+        if (!declared->superclass.empty()) {
             broker.superclasses[declared->name] = declared->superclass;
+        }
+    }
     ASSERT_TRUE(broker.superclasses.contains("ZT_Marovelton_Monitor"));
 }
 
@@ -143,8 +151,9 @@ void expectPathOf(const std::string &className, const Path &path)
     SCOPED_TRACE(test_support::describe(path));
     EXPECT_EQ(path.className, className);
     std::vector<std::string> names;
-    for (const Entry &key : path.keys)
+    for (const Entry &key : path.keys) {
         names.push_back(key.name);
+    }
     EXPECT_EQ(mof::checkKeys(className, names), "");
     expectDeclared(className, path.keys);
 }
@@ -178,8 +187,9 @@ void expectDeclared(const std::string &className, const Entries &properties)
 std::set<std::string> namesOf(const Entries &entries)
 {
     std::set<std::string> names;
-    for (const Entry &entry : entries)
+    for (const Entry &entry : entries) {
         names.insert(entry.name);
+    }
     return names;
 }
 

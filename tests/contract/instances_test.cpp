@@ -71,8 +71,9 @@ void expectAsDeclared(const InstanceRow &row, const std::string &className, cons
     const std::set<std::string> set = namesOf(instance.properties);
     EXPECT_EQ(set.size(), row.properties);
     EXPECT_EQ(own.size(), row.own);
-    for (const std::string &name : own)
+    for (const std::string &name : own) {
         EXPECT_TRUE(set.contains(name)) << name << " is declared, but not set";
+    }
 }
 
 /** The instance tells all keys of its path, as properties or by a path of its own; the IP version tells none.
@@ -84,8 +85,9 @@ void expectKeysOf(const InstanceRow &row, const Path &path, const Instance &inst
     for (const Entry &key : path.keys) {
         keysSet += namesOf(instance.properties).contains(key.name);
         const Value *value = instance.find(key.name);
-        if (!value)
+        if (!value) {
             continue;
+        }
         ++told;
         EXPECT_EQ(test_support::describe(*value), test_support::describe(key.value)) << key.name;
     }

@@ -348,8 +348,9 @@ class Methods : public testing::TestWithParam<MethodClassRow>
 Entries complete(const MethodRow &method)
 {
     Entries arguments;
-    for (const Parameter &parameter : method.parameters)
+    for (const Parameter &parameter : method.parameters) {
         arguments.push_back({parameter.name, parameter.given});
+    }
     return arguments;
 }
 
@@ -357,8 +358,9 @@ Entries with(Entries arguments, const char *name, const Value &value)
 {
     Entry *entry = findEntry(arguments, name);
     EXPECT_NE(entry, nullptr) << name;
-    if (entry)
+    if (entry) {
         entry->value = value;
+    }
     return arguments;
 }
 
@@ -376,13 +378,16 @@ std::vector<Value> valuesOfOtherTypes(CMPIType type)
 TEST_P(Methods, AreThoseThatTheClassDeclares)
 {
     std::vector<std::string> expected;
-    for (const MethodRow &method : row.methods)
+    for (const MethodRow &method : row.methods) {
         expected.push_back(method.name);
+    }
     ASSERT_EQ(expected.size(), row.count);
     std::vector<std::string> own;
-    for (const cim::Method &method : declared.methods)
-        if (!method.propagated)
+    for (const cim::Method &method : declared.methods) {
+        if (!method.propagated) {
             own.push_back(method.name);
+        }
+    }
     EXPECT_THAT(own, UnorderedElementsAreArray(expected));
 }
 
@@ -414,10 +419,13 @@ TEST_P(Methods, OthersAreUnknownToTheProvider)
         }
     }
     EXPECT_EQ(inherited, row.inherited);
-    for (const MethodClassRow &other : rows)
-        for (const MethodRow &method : other.methods)
-            if (!declared.findMethod(method.name))
+    for (const MethodClassRow &other : rows) {
+        for (const MethodRow &method : other.methods) {
+            if (!declared.findMethod(method.name)) {
                 others.insert(method.name);
+            }
+        }
+    }
     EXPECT_GT(others.size(), 40u);
     for (const std::string &name : others) {
         SCOPED_TRACE(name);
@@ -463,8 +471,9 @@ TEST_P(Methods, DeclareTheParametersThatTheProviderAsksFor)
                 EXPECT_TRUE(mof::deskClasses().isA(parameter.given.path->className, found->referenceClass))
                     << found->referenceClass;
             }
-            if (parameter.asked)
+            if (parameter.asked) {
                 asked.push_back(parameter.name);
+            }
         }
         const MethodAnswer answer = call(method.name, complete(method));
         expectUsual(method, answer);
@@ -475,8 +484,9 @@ TEST_P(Methods, DeclareTheParametersThatTheProviderAsksFor)
 /** Nothing but requests for values, which some methods make before they read their arguments. */
 void expectNothingSet(const Answer &answer)
 {
-    for (const SentMessage &message : answer.sent)
+    for (const SentMessage &message : answer.sent) {
         EXPECT_EQ(message.bytes[4], PROCESS_GET_REQUEST) << hex(message.bytes);
+    }
 }
 
 TEST_P(Methods, MissEachParameterThatTheyDeclare)
@@ -541,24 +551,28 @@ TEST_P(Methods, NameTheReturnValuesThatTheyGive)
         const cim::Qualifier *map = cim::findQualifier(found.qualifiers, "ValueMap");
         const cim::Qualifier *names = cim::findQualifier(found.qualifiers, "Values");
         std::map<std::string, std::string> declaredAs;
-        if (map && names && map->value.items.size() == names->value.items.size())
-            for (size_t i = 0; i < map->value.items.size(); ++i)
+        if (map && names && map->value.items.size() == names->value.items.size()) {
+            for (size_t i = 0; i < map->value.items.size(); ++i) {
                 declaredAs[map->value.items[i]] = names->value.items[i];
+            }
+        }
         return declaredAs;
     };
     for (const MethodRow &method : row.methods) {
         SCOPED_TRACE(method.name);
-        if (cim::findQualifier(declaredMethod(method.name).qualifiers, "Override"))
+        if (cim::findQualifier(declaredMethod(method.name).qualifiers, "Override")) {
             continue;
+        }
         const bool unknownMethod = call("Reboot").returned.at(0) == value(1);
         const Answer keyless = invoke(tested, path(className), method.name, complete(method), "admin");
         const bool missingKey = keyless.returned.at(0) == value(1);
         EXPECT_NE(keyless.rc, CMPI_RC_OK);
         std::map<std::string, std::string> expected = {{"0", "Success"}, {"2", "Failed"}};
-        if (unknownMethod || missingKey)
+        if (unknownMethod || missingKey) {
             expected["1"] = !missingKey      ? "Unknown Method"
                             : !unknownMethod ? "Missing Key"
                                              : "Unknown Method or Missing Key";
+        }
         EXPECT_EQ(declaredNames(method), expected);
     }
 }
@@ -579,17 +593,20 @@ TEST(MethodTables, AreComplete)
         methods += row.methods.size();
         for (const MethodRow &method : row.methods) {
             parameters += method.parameters.size();
-            for (const Parameter &parameter : method.parameters)
+            for (const Parameter &parameter : method.parameters) {
                 unread += parameter.missing == nullptr;
+            }
         }
     }
     EXPECT_EQ(methods, 65u);
     EXPECT_EQ(parameters, 66u);
     EXPECT_EQ(unread, 2u); // Set4KDisplayMode and the RequestStateChange of the configuration service
     size_t declared = 0;
-    for (const TestedClass &tested : libraryClasses())
-        for (const cim::Method &method : declaredClass(tested.name).methods)
+    for (const TestedClass &tested : libraryClasses()) {
+        for (const cim::Method &method : declaredClass(tested.name).methods) {
             declared += !method.propagated;
+        }
+    }
     EXPECT_EQ(declared, 65u);
 }
 

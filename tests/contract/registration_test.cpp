@@ -25,8 +25,9 @@ template <typename MI>
 int expectNamed(MI *(*factory)(const CMPIBroker *, const CMPIContext *, CMPIStatus *),
                 const std::string &expected)
 {
-    if (!factory)
+    if (!factory) {
         return 0;
+    }
     CMPIStatus status = {CMPI_RC_OK, nullptr};
     const MI *mi = factory(&broker, contextOf(noUser()), &status);
     EXPECT_EQ(status.rc, CMPI_RC_OK) << expected;
@@ -46,9 +47,11 @@ TEST(Classes, AreTheSameInTheLibraryAndTheDefinitions)
         EXPECT_FALSE(declaredClass(tested.name).isAbstract) << tested.name;
     }
     std::set<std::string> declared;
-    for (const cim::Class *one : mof::deskClasses().all())
-        if (one->name.starts_with("ZT_"))
+    for (const cim::Class *one : mof::deskClasses().all()) {
+        if (one->name.starts_with("ZT_")) {
             declared.insert(one->name);
+        }
+    }
     EXPECT_EQ(inLibrary.size(), 33u);
     EXPECT_EQ(associations, 14u);
     EXPECT_EQ(declared, inLibrary);

@@ -39,9 +39,10 @@ const pugi::xml_document &htmlPage()
 std::string textOf(const pugi::xml_node &node)
 {
     std::string text;
-    for (const pugi::xml_node &child : node.children())
+    for (const pugi::xml_node &child : node.children()) {
         text += child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata ? child.value()
                                                                                       : textOf(child);
+    }
     return text;
 }
 
@@ -54,8 +55,9 @@ std::vector<std::string> found(const std::string &text, const std::string &patte
 {
     std::vector<std::string> all;
     const std::regex expression(pattern);
-    for (std::sregex_iterator match(text.begin(), text.end(), expression), end; match != end; ++match)
+    for (std::sregex_iterator match(text.begin(), text.end(), expression), end; match != end; ++match) {
         all.push_back((*match)[1]);
+    }
     return all;
 }
 
@@ -64,9 +66,11 @@ constexpr const char *prefix = "ZT_Marovelton_";
 std::vector<const cim::Class *> ownClasses()
 {
     std::vector<const cim::Class *> all;
-    for (const cim::Class *klass : mof::deskClasses().all())
-        if (klass->name.starts_with(prefix))
+    for (const cim::Class *klass : mof::deskClasses().all()) {
+        if (klass->name.starts_with(prefix)) {
             all.push_back(klass);
+        }
+    }
     return all;
 }
 
@@ -84,16 +88,18 @@ TEST(Reference, HtmlIsWellFormedAndNeedsNoOtherFile)
     EXPECT_TRUE(page.select_nodes("//link | //img | //iframe | //*[@src]").empty());
     std::string text = contentOf(HTML_PAGE);
     text.erase(text.find("http://www.w3.org/1999/xhtml"), 4); // a name, not a place
-    for (const char *elsewhere : {"http", "url(", "@import", "fetch("})
+    for (const char *elsewhere : {"http", "url(", "@import", "fetch("}) {
         EXPECT_EQ(text.find(elsewhere), std::string::npos) << elsewhere;
+    }
 }
 
 TEST(Reference, EveryLinkOfTheHtmlLeadsSomewhere)
 {
     std::set<std::string> ids;
-    for (const pugi::xpath_node &node : htmlPage().select_nodes("//@id"))
+    for (const pugi::xpath_node &node : htmlPage().select_nodes("//@id")) {
         EXPECT_TRUE(ids.insert(node.attribute().value()).second)
             << node.attribute().value() << " stands twice";
+    }
     size_t links = 0;
     for (const pugi::xpath_node &node : htmlPage().select_nodes("//@href")) {
         const std::string target = node.attribute().value();
@@ -147,8 +153,9 @@ TEST(Reference, SaysWhatComesFromTheLibraryAndWhatFromTheClass)
 TEST(Reference, BothPagesHaveTheSameAnchors)
 {
     std::set<std::string> ofHtml;
-    for (const pugi::xpath_node &node : htmlPage().select_nodes("//main//@id"))
+    for (const pugi::xpath_node &node : htmlPage().select_nodes("//main//@id")) {
         ofHtml.insert(node.attribute().value());
+    }
     const std::vector<std::string> ofMarkdown = found(markdownPage(), "<a id=\"([^\"]*)\"></a>");
     EXPECT_EQ(ofHtml, std::set<std::string>(ofMarkdown.begin(), ofMarkdown.end()));
 }
@@ -163,8 +170,9 @@ TEST(Reference, SearchesWhatAClientPrintedAndSaysWhenNothingIsFound)
     const std::vector<std::string> expressions = found(script, "replace\\(/\\^(.*)/i, ''\\)");
     ASSERT_EQ(expressions.size(), 2u);
     std::string line = "* wbemcli: Cim: (7) CIM_ERR_NOT_SUPPORTED: SetNothing";
-    for (const std::string &expression : expressions)
+    for (const std::string &expression : expressions) {
         line = std::regex_replace(line, std::regex("^" + expression, std::regex::icase), "");
+    }
     EXPECT_EQ(line, "SetNothing");
     EXPECT_NE(script.find("event.key !== '/'"), std::string::npos);
 }
@@ -214,8 +222,9 @@ TEST(Reference, HasEveryMethodAndArgument)
                 continue;
             }
             EXPECT_NE(textOf(elementOf(id)).find(mof::describe(method)), std::string::npos);
-            for (const cim::Parameter &parameter : method.parameters)
+            for (const cim::Parameter &parameter : method.parameters) {
                 EXPECT_TRUE(textOf(elementOf(id + "." + parameter.name)).starts_with(parameter.name));
+            }
             ++methods;
         }
     }
@@ -241,17 +250,21 @@ std::set<std::string> literalsOf(const std::string &content)
         const size_t statement = code.find_last_of(";{}", at);
         const std::string before = code.substr(statement + 1, at - statement - 1);
         const bool words = std::regex_search(text, std::regex("[A-Za-z] +[A-Za-z_]"));
-        if (words && !text.starts_with("---") && !std::regex_search(before, silent) && !text.ends_with("\\n"))
+        if (words && !text.starts_with("---") && !std::regex_search(before, silent) &&
+            !text.ends_with("\\n")) {
             texts.insert(text);
+        }
     }
     return texts;
 }
 
 std::string unescaped(std::string text)
 {
-    for (const auto &[from, to] : {std::pair("\\|", "|"), std::pair("&lt;", "<"), std::pair("&amp;", "&")})
-        for (size_t at = 0; (at = text.find(from, at)) != std::string::npos; ++at)
+    for (const auto &[from, to] : {std::pair("\\|", "|"), std::pair("&lt;", "<"), std::pair("&amp;", "&")}) {
+        for (size_t at = 0; (at = text.find(from, at)) != std::string::npos; ++at) {
             text.replace(at, std::string(from).size(), to);
+        }
+    }
     return text;
 }
 
@@ -261,8 +274,9 @@ TEST(Reference, HasEveryTextOfTheSources)
     const std::string markdown = unescaped(markdownPage());
     size_t texts = 0;
     for (const auto &entry : std::filesystem::recursive_directory_iterator(SOURCE_DIR)) {
-        if (entry.path().extension() != ".cpp" && entry.path().extension() != ".h")
+        if (entry.path().extension() != ".cpp" && entry.path().extension() != ".h") {
             continue;
+        }
         for (const std::string &text : literalsOf(contentOf(entry.path()))) {
             // Of a format the beginning.
             const std::string fixed = text.substr(0, text.find('%'));
@@ -307,8 +321,9 @@ Thing::Thing(int x)
 )cpp",
                                                                         "file.cpp");
     std::vector<std::string> names;
-    for (const reference::SourceText &text : texts)
+    for (const reference::SourceText &text : texts) {
         names.push_back(text.function + ": " + text.text);
+    }
     EXPECT_EQ(names, (std::vector<std::string>{"rows: A text of two pieces.", "check: OneWord",
                                                "lone: A lone text.", "SetSize: Failed to set the size.",
                                                "SetMode: Failed to set the mode.", "SetMode: Device is busy.",
@@ -325,8 +340,9 @@ std::vector<std::string> checksOf(const std::string &id)
     std::vector<std::string> rows;
     for (const pugi::xpath_node &row : tables[tables.size() - 1].node().select_nodes("tbody/tr")) {
         std::string text;
-        for (const pugi::xml_node &cell : row.node().children("td"))
+        for (const pugi::xml_node &cell : row.node().children("td")) {
             text += (text.empty() ? "" : " | ") + textOf(cell);
+        }
         rows.push_back(text);
     }
     return rows;

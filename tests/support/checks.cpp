@@ -18,15 +18,17 @@ Value methodValue(CMPIType type, int value)
 
 std::string upperCase(std::string text)
 {
-    for (char &c : text)
+    for (char &c : text) {
         c = static_cast<char>(toupper(static_cast<unsigned char>(c)));
+    }
     return text;
 }
 
 std::string lowerCase(std::string text)
 {
-    for (char &c : text)
+    for (char &c : text) {
         c = static_cast<char>(tolower(static_cast<unsigned char>(c)));
+    }
     return text;
 }
 
@@ -34,10 +36,11 @@ std::string lowerCase(std::string text)
  */
 std::string otherCase(std::string text)
 {
-    for (char &c : text)
+    for (char &c : text) {
         c = static_cast<char>(isupper(static_cast<unsigned char>(c))
                                   ? tolower(static_cast<unsigned char>(c))
                                   : toupper(static_cast<unsigned char>(c)));
+    }
     return text;
 }
 
@@ -88,16 +91,19 @@ void checkSkeleton(const TestedClass &tested, bool modifyIsOffered)
     SCOPED_TRACE(tested.name);
     const std::string name = tested.name;
     checkFactory(tested.createInstanceMI, "instance" + name);
-    if (tested.createMethodMI)
+    if (tested.createMethodMI) {
         checkFactory(tested.createMethodMI, "method" + name);
-    if (tested.createAssociationMI)
+    }
+    if (tested.createAssociationMI) {
         checkFactory(tested.createAssociationMI, "association" + name);
+    }
 
     const Path target = path(name, {{"InstanceID", "anything"}});
     const Instance given = instance(target, {{"Name", "anything"}});
     expectNotSupported("CreateInstance", create(tested, target, given));
-    if (!modifyIsOffered)
+    if (!modifyIsOffered) {
         expectNotSupported("ModifyInstance", modify(tested, target, given, "admin"));
+    }
     expectNotSupported("DeleteInstance", remove(tested, target));
     expectNotSupported("ExecQuery", query(tested, target, "SELECT * FROM CIM_ManagedElement", "WQL"));
 
@@ -108,10 +114,11 @@ void checkSkeleton(const TestedClass &tested, bool modifyIsOffered)
     };
     expectNotSupported("CreateInstance of nothing",
                        bare([&] { return mi->ft->createInstance(mi, nullptr, nullptr, nullptr, nullptr); }));
-    if (!modifyIsOffered)
+    if (!modifyIsOffered) {
         expectNotSupported("ModifyInstance of nothing", bare([&] {
                                return mi->ft->modifyInstance(mi, nullptr, nullptr, nullptr, nullptr, nullptr);
                            }));
+    }
     expectNotSupported("DeleteInstance of nothing",
                        bare([&] { return mi->ft->deleteInstance(mi, nullptr, nullptr, nullptr); }));
     expectNotSupported("ExecQuery of nothing", bare([&] {
@@ -186,8 +193,9 @@ namespace
 Entries asCharacters(const Entries &keys)
 {
     Entries made;
-    for (const Entry &key : keys)
+    for (const Entry &key : keys) {
         made.push_back({key.name, chars(key.value.text)});
+    }
     return made;
 }
 
@@ -321,8 +329,9 @@ std::vector<KeyRule> namedSystemKeys(int returnValue)
                                  .missing = "Invalid selectors(Could not get Name of instance.)",
                                  .wrong = "This instance does not exist (wrong Name.)",
                                  .ignoreCase = true});
-    for (KeyRule &rule : rules)
+    for (KeyRule &rule : rules) {
         rule.missingValue = rule.wrongValue = returnValue;
+    }
     return rules;
 }
 
@@ -346,8 +355,9 @@ Path withWrongRest(Path target, const std::vector<KeyRule> &rules, const KeyRule
 {
     bool later = false;
     for (const KeyRule &each : rules) {
-        if (later)
+        if (later) {
             target = target.with(each.name, "wrong");
+        }
         later = later || &each == &rule;
     }
     return target;
@@ -387,8 +397,9 @@ void checkKeys(const Path &target, const std::vector<KeyRule> &rules, const KeyR
             SCOPED_TRACE("as characters");
             EXPECT_STATUS(request(target.with(rule.name, chars(text))), CMPI_RC_OK, "");
         }
-        if (!rule.valueIsChecked)
+        if (!rule.valueIsChecked) {
             continue;
+        }
         for (const std::string &wrong : {std::string("wrong"), std::string(), text + " ", text + "1",
                                          text.substr(0, text.size() - 1), std::string(5000, 'x')}) {
             SCOPED_TRACE("'" + wrong.substr(0, 80) + "'");
@@ -396,8 +407,9 @@ void checkKeys(const Path &target, const std::vector<KeyRule> &rules, const KeyR
             expect(request(rest.with(rule.name, chars(wrong))), ifWrong);
         }
         for (const std::string &cased : {otherCase(text), upperCase(text), lowerCase(text)}) {
-            if (cased == text)
+            if (cased == text) {
                 continue;
+            }
             SCOPED_TRACE(cased);
             if (rule.ignoreCase) {
                 EXPECT_STATUS(request(target.with(rule.name, cased)), CMPI_RC_OK, "");
@@ -450,8 +462,9 @@ void expectRefused(const Answer &answer, CMPIrc code, const std::string &text, c
 {
     EXPECT_METHOD(answer, returnValue, code, text);
     EXPECT_SENT(answer, {});
-    for (const std::string &called : answer.calls)
+    for (const std::string &called : answer.calls) {
         EXPECT_FALSE(called.starts_with("Update") || called.starts_with("GetMonitorStatus")) << called;
+    }
 }
 
 } // namespace
@@ -552,8 +565,9 @@ void checkNoAdministratorNeeded(const TestedClass &tested, const Path &target, c
         SCOPED_TRACE(method + " by " + describe(user));
         const Answer answer = invoke(tested, target, method, arguments, user);
         EXPECT_METHOD(answer, methodValue(returnType, 0), CMPI_RC_OK, "");
-        for (const std::string &called : answer.calls)
+        for (const std::string &called : answer.calls) {
             EXPECT_FALSE(called.starts_with("IsAdminUser")) << called;
+        }
     }
 }
 
@@ -584,8 +598,9 @@ std::vector<StepFailure> everyFailure(const ChannelSteps &steps, int before)
     }
     if (!steps.reply.empty()) {
         failures.push_back({"SpearEngineMessageQueueCreate", 2 * before + 2, -1, steps.receiveQueue});
-        if (!steps.onlyMinusOneFails)
+        if (!steps.onlyMinusOneFails) {
             failures.push_back({"SpearEngineMessageQueueCreate", 2 * before + 2, 1, steps.receiveQueue});
+        }
         failures.push_back({"RecvMessageFromSource", before + 1, -1, steps.reply});
         failures.push_back({"RecvMessageFromSource", before + 1, 5, steps.reply});
     }
@@ -597,8 +612,9 @@ std::vector<std::string> callsOfSend(const ChannelSteps &steps)
 {
     std::vector<std::string> calls = {"GetMonitorStatus(0)", "SpearEngineMessageQueueCreate(0)",
                                       "SendStatusMessagetoSource(100)"};
-    if (!steps.reply.empty())
+    if (!steps.reply.empty()) {
         calls.insert(calls.end(), {"SpearEngineMessageQueueCreate(3)", "RecvMessageFromSource(103)"});
+    }
     return calls;
 }
 
@@ -609,11 +625,12 @@ std::vector<std::string> callsUpTo(const StepFailure &failure, const ChannelStep
     const bool receiving =
         failure.function == "SpearEngineMessageQueueCreate" && failure.nth == 2 * before + 2;
     const std::string last = receiving ? "SpearEngineMessageQueueCreate(3)" : failure.function + "(";
-    for (size_t i = 0; i < calls.size(); ++i)
+    for (size_t i = 0; i < calls.size(); ++i) {
         if (calls[i].starts_with(last)) {
             calls.resize(i + 1);
             break;
         }
+    }
     return calls;
 }
 
@@ -636,8 +653,9 @@ void checkSender(const std::function<int(char *errorText)> &sender, const std::s
         EXPECT_SENT(answer, {golden});
         EXPECT_CALLS(answer, {callsOfSend(steps)});
         EXPECT_EQ(seam.queueIdBefore, std::vector<int>(steps.reply.empty() ? 1 : 2, -1));
-        for (const SentMessage &reply : seam.received)
+        for (const SentMessage &reply : seam.received) {
             EXPECT_EQ(hex(reply.bytes), hex({})) << "the reply's record is empty before the receive";
+        }
     }
     for (const int status : {0, 2, -1, 80000001}) {
         SCOPED_TRACE("the engine's status is " + std::to_string(status));
@@ -663,8 +681,9 @@ namespace
 void prepare(const SettingMethod &setting)
 {
     seam.reset();
-    if (setting.prepare)
+    if (setting.prepare) {
         setting.prepare();
+    }
 }
 
 Answer invokeSetting(const SettingMethod &setting, const Value &argument)
@@ -707,8 +726,9 @@ std::vector<std::string> textsFor(ArgumentIs kind, int value)
     const std::string plain = std::to_string(value);
     switch (kind) {
     case ArgumentIs::toggle:
-        if (value == 1)
+        if (value == 1) {
             return {"1", "true", "TRUE", "True", "tRuE"};
+        }
         return {"0", "false", "FALSE", "False", "fAlSe"};
     case ArgumentIs::wholeDecimal:
         // strtol passes over leading blanks and takes a sign.
@@ -803,14 +823,16 @@ void checkIntake(const SettingMethod &setting)
 
 void checkRange(const SettingMethod &setting)
 {
-    if (setting.range.empty())
+    if (setting.range.empty()) {
         return;
+    }
     if (setting.kind == ArgumentIs::toggle) {
         // 0 and 1 are in range; the check is there all the same.
         SettingMethod refusing = setting;
         refusing.prepare = [&setting] {
-            if (setting.prepare)
+            if (setting.prepare) {
                 setting.prepare();
+            }
             seam.returns("ValidateInputArgs", -1);
         };
         SCOPED_TRACE("the range check refuses");
@@ -819,10 +841,12 @@ void checkRange(const SettingMethod &setting)
         return;
     }
     std::vector<std::string> outside = hugeNumbers(setting.min, setting.max);
-    for (const int beyond : {setting.min - 1, setting.max + 1})
+    for (const int beyond : {setting.min - 1, setting.max + 1}) {
         outside.push_back(std::to_string(beyond));
-    if (setting.kind == ArgumentIs::leadingDecimal && setting.min > 0)
+    }
+    if (setting.kind == ArgumentIs::leadingDecimal && setting.min > 0) {
         outside.insert(outside.end(), {"abc", " ", "x5", "-", "."});
+    }
     for (const std::string &text : outside) {
         SCOPED_TRACE("argument '" + text.substr(0, 80) + "'");
         expectRefused(setting, text, CMPI_RC_ERR_INVALID_PARAMETER, setting.range);
@@ -867,8 +891,9 @@ void checkFailures(const std::function<Answer()> &request, const ChannelSteps &s
     for (const StepFailure &failure : everyFailure(steps, before)) {
         SCOPED_TRACE(describe(failure));
         seam.reset();
-        if (prepare)
+        if (prepare) {
             prepare();
+        }
         seam.returnsAt(failure.function, failure.nth, failure.result);
         const Answer answer = request();
         expect(answer, failure.text);
@@ -934,8 +959,9 @@ void checkBuildFailures(const TestedClass &tested, const Path &reference,
     std::vector<Read> reads = readsOf(tested, reference);
     const Read names = reads[0];
     reads.erase(reads.begin());
-    if (!findEntry(reference.keys, "InstanceID"))
+    if (!findEntry(reference.keys, "InstanceID")) {
         reads.pop_back();
+    }
 
     const auto expectNothing = [&](const Read &read, const char *text) {
         SCOPED_TRACE(std::string(read.name) + " of " + tested.name);
@@ -958,18 +984,21 @@ void checkBuildFailures(const TestedClass &tested, const Path &reference,
         for (const Read &read : reads) {
             fails(read, noInstance, "newObjectPath", fault);
             fails(read, noInstance, "newInstance", fault);
-            if (array)
+            if (array) {
                 fails(read, noInstance, "newArray", fault);
+            }
         }
     }
-    for (const std::string &record : records)
+    for (const std::string &record : records) {
         for (const int result : {-1, 1, 80000001}) {
             SCOPED_TRACE(record + " gives " + std::to_string(result));
             seam.returns(record, result);
-            for (const Read &read : reads)
+            for (const Read &read : reads) {
                 expectNothing(read, noInstance);
+            }
             seam.returns(record, 0);
         }
+    }
 }
 
 namespace
@@ -1066,8 +1095,9 @@ void checkTorture(const std::function<Answer()> &operation, const Torture &tortu
     const auto prepare = [&](int nth, Fault fault) {
         faults.disarm();
         broker.freeObjects();
-        if (torture.prepare)
+        if (torture.prepare) {
             torture.prepare();
+        }
         faults.arm(nth, fault);
     };
     prepare(0, Fault::none);
@@ -1098,8 +1128,9 @@ void checkTorture(const std::function<Answer()> &operation, const Torture &tortu
                                                            << whole.text();
             }
             // A method says both ways whether it failed.
-            if (!method || handingOver)
+            if (!method || handingOver) {
                 continue;
+            }
             EXPECT_EQ(answer.done, 1);
             EXPECT_EQ(answer.returned.size(), 1u) << answer.text();
             if (answer.returned.size() == 1 && answer.rc != CMPI_RC_OK) {

@@ -21,9 +21,11 @@ bool Value::operator==(const Value &other) const
 
 const Entry *findEntry(const Entries &entries, const std::string &name)
 {
-    for (const Entry &entry : entries)
-        if (strcasecmp(entry.name.c_str(), name.c_str()) == 0)
+    for (const Entry &entry : entries) {
+        if (strcasecmp(entry.name.c_str(), name.c_str()) == 0) {
             return &entry;
+        }
+    }
     return nullptr;
 }
 
@@ -35,10 +37,11 @@ Entry *findEntry(Entries &entries, const std::string &name)
 Path Path::with(const std::string &key, const Value &value) const
 {
     Path changed = *this;
-    if (Entry *entry = findEntry(changed.keys, key))
+    if (Entry *entry = findEntry(changed.keys, key)) {
         entry->value = value;
-    else
+    } else {
         changed.keys.push_back({key, value});
+    }
     return changed;
 }
 
@@ -65,8 +68,9 @@ Path Path::inNameSpace(const std::string &name) const
 
 const Value *Instance::find(const std::string &name) const
 {
-    if (const Entry *property = findEntry(properties, name))
+    if (const Entry *property = findEntry(properties, name)) {
         return &property->value;
+    }
     const Entry *key = findEntry(path.keys, name);
     return key ? &key->value : nullptr;
 }
@@ -181,16 +185,18 @@ Value embedded(const Instance &instance)
 Value uint16Array(const std::vector<uint16_t> &values)
 {
     Value array = ofType(CMPI_uint16A);
-    for (const uint16_t value : values)
+    for (const uint16_t value : values) {
         array.elements.push_back(uint16(value));
+    }
     return array;
 }
 
 Value stringArray(const std::vector<std::string> &values)
 {
     Value array = ofType(CMPI_stringA);
-    for (const std::string &value : values)
+    for (const std::string &value : values) {
         array.elements.push_back(string(value));
+    }
     return array;
 }
 
@@ -264,8 +270,9 @@ std::vector<NamedValue> everyMissingString()
 
 std::string typeName(CMPIType type)
 {
-    if (type & CMPI_ARRAY)
+    if (type & CMPI_ARRAY) {
         return typeName(static_cast<CMPIType>(type & ~CMPI_ARRAY)) + "[]";
+    }
     switch (type) {
     case CMPI_null:
         return "nothing";
@@ -314,14 +321,18 @@ namespace
 std::string describeState(const Value &value)
 {
     std::string text;
-    if (value.rc != CMPI_RC_OK)
+    if (value.rc != CMPI_RC_OK) {
         text += " read with status " + std::to_string(value.rc);
-    if (value.state & CMPI_nullValue)
+    }
+    if (value.state & CMPI_nullValue) {
         text += " null";
-    if (value.state & CMPI_notFound)
+    }
+    if (value.state & CMPI_notFound) {
         text += " not found";
-    if (value.state & CMPI_badValue)
+    }
+    if (value.state & CMPI_badValue) {
         text += " bad";
+    }
     return text;
 }
 
@@ -344,8 +355,9 @@ std::string describeContent(const Value &value)
 {
     if (value.type & CMPI_ARRAY) {
         std::string text = "{";
-        for (const Value &element : value.elements)
+        for (const Value &element : value.elements) {
             text += (text.size() > 1 ? ", " : "") + describe(element);
+        }
         return text + "}";
     }
     char real[40];
@@ -381,24 +393,27 @@ std::string describeContent(const Value &value)
 std::string describe(const Value &value)
 {
     const std::string state = describeState(value);
-    if (!state.empty())
+    if (!state.empty()) {
         return typeName(value.type) + state;
+    }
     return typeName(value.type) + " " + describeContent(value);
 }
 
 std::string describe(const Entries &entries)
 {
     std::string text;
-    for (const Entry &entry : entries)
+    for (const Entry &entry : entries) {
         text += entry.name + " = " + describe(entry.value) + "\n";
+    }
     return text;
 }
 
 std::string describe(const Path &path)
 {
     std::string text = path.nameSpace + ":" + path.className;
-    for (const Entry &key : path.keys)
+    for (const Entry &key : path.keys) {
         text += (&key == path.keys.data() ? "." : ",") + key.name + "=" + describe(key.value);
+    }
     return text;
 }
 

@@ -46,12 +46,14 @@ void Faults::arm(const std::string &theFunction, int nth, Fault fault)
 Fault Faults::strike(const std::string &called)
 {
     ++count;
-    if (armed == Fault::none)
+    if (armed == Fault::none) {
         return Fault::none;
+    }
     const bool hit =
         function.empty() ? count == target : called == function && (++counted == target || target == 0);
-    if (!hit)
+    if (!hit) {
         return Fault::none;
+    }
     name = called;
     return armed;
 }

@@ -25,8 +25,9 @@ int capturedOutput = -1;
 void leadOutputTo(int file)
 {
     fflush(stdout);
-    if (dup2(file, STDOUT_FILENO) < 0)
+    if (dup2(file, STDOUT_FILENO) < 0) {
         abort();
+    }
 }
 
 /** Prints with the printer of the test framework while standard output is the real one. */
@@ -121,8 +122,9 @@ std::string traceText()
 void forgetTrace()
 {
     fflush(stdout);
-    if (ftruncate(capturedOutput, 0) != 0 || lseek(capturedOutput, 0, SEEK_SET) != 0)
+    if (ftruncate(capturedOutput, 0) != 0 || lseek(capturedOutput, 0, SEEK_SET) != 0) {
         abort();
+    }
 }
 
 } // namespace test_support
@@ -131,8 +133,9 @@ int main(int argc, char **argv)
 {
     using namespace test_support;
     testing::InitGoogleTest(&argc, argv);
-    if (testing::GTEST_FLAG(list_tests))
+    if (testing::GTEST_FLAG(list_tests)) {
         return RUN_ALL_TESTS();
+    }
     realOutput = dup(STDOUT_FILENO);
     capturedOutput = memfd_create("trace of the library", 0);
     if (realOutput < 0 || capturedOutput < 0) {

@@ -70,10 +70,11 @@ std::vector<Path> Answer::paths() const
 {
     std::vector<Path> found;
     for (const Value &value : returned) {
-        if (value.type == CMPI_ref && value.path)
+        if (value.type == CMPI_ref && value.path) {
             found.push_back(*value.path);
-        else
+        } else {
             ADD_FAILURE() << "not a path: " << describe(value);
+        }
     }
     return found;
 }
@@ -82,10 +83,11 @@ std::vector<Instance> Answer::instances() const
 {
     std::vector<Instance> found;
     for (const Value &value : returned) {
-        if (value.type == CMPI_instance && value.instance)
+        if (value.type == CMPI_instance && value.instance) {
             found.push_back(*value.instance);
-        else
+        } else {
             ADD_FAILURE() << "not an instance: " << describe(value);
+        }
     }
     return found;
 }
@@ -108,8 +110,9 @@ std::string Answer::text() const
 {
     std::string text = "status " + std::to_string(rc) + (hasMessage ? " \"" + message + "\"" : "") +
                        ", closed " + std::to_string(done) + " times\n";
-    for (const Value &value : returned)
+    for (const Value &value : returned) {
         text += describe(value) + "\n";
+    }
     return text;
 }
 
@@ -240,8 +243,9 @@ Built runBuilder(const TestedClass &tested, const Path &reference, const Make &m
     Built built;
     built.rc = status.rc;
     built.message = messageOf(status).text;
-    if (made)
+    if (made) {
         take(built, made);
+    }
     built.calls = seam.calls;
     built.trace = traceText();
     return built;
@@ -287,8 +291,9 @@ testing::AssertionResult hasStatus(const Answer &answer, CMPIrc rc, const std::s
     const auto says = [](CMPIrc code, bool has, const std::string &text) {
         return std::to_string(code) + (has ? " \"" + text + "\"" : " without a message");
     };
-    if (answer.rc == rc && answer.message == message && answer.hasMessage == !message.empty())
+    if (answer.rc == rc && answer.message == message && answer.hasMessage == !message.empty()) {
         return testing::AssertionSuccess();
+    }
     return testing::AssertionFailure() << "status is " << says(answer.rc, answer.hasMessage, answer.message)
                                        << "\n expected " << says(rc, !message.empty(), message);
 }
@@ -297,12 +302,14 @@ testing::AssertionResult isMethodAnswer(const Answer &answer, const Value &retur
                                         const std::string &message)
 {
     testing::AssertionResult status = hasStatus(answer, rc, message);
-    if (!status)
+    if (!status) {
         return status << "\n" << answer.text();
-    if (answer.returned != std::vector<Value>{returnValue} || answer.done != 1)
+    }
+    if (answer.returned != std::vector<Value>{returnValue} || answer.done != 1) {
         return testing::AssertionFailure()
                << "expected the return value " << describe(returnValue) << " and the result closed once:\n"
                << answer.text();
+    }
     return testing::AssertionSuccess();
 }
 
@@ -311,12 +318,15 @@ std::array<uint8_t, 40> bytes(const std::string &typed)
     std::array<uint8_t, 40> result = {};
     std::string text = typed;
     const bool zeros = text.ends_with("...");
-    if (zeros)
+    if (zeros) {
         text.resize(text.size() - 3);
+    }
     std::string digits;
-    for (const char c : text)
-        if (!isspace(static_cast<unsigned char>(c)))
+    for (const char c : text) {
+        if (!isspace(static_cast<unsigned char>(c))) {
             digits += c;
+        }
+    }
     const bool complete = zeros ? digits.size() < 80 : digits.size() == 80;
     EXPECT_TRUE(complete && digits.size() % 2 == 0) << "not the 40 bytes of a message: " << typed;
     for (size_t i = 0; i + 1 < digits.size() && i / 2 < result.size(); i += 2) {
@@ -333,25 +343,30 @@ testing::AssertionResult hasSent(const std::vector<SentMessage> &sent,
 {
     std::string is;
     std::string should;
-    for (const SentMessage &message : sent)
+    for (const SentMessage &message : sent) {
         is += "queue " + std::to_string(message.queueId) + ": " + hex(message.bytes) + "\n";
-    for (const std::string &typed : expected)
+    }
+    for (const std::string &typed : expected) {
         should += "queue 100: " + hex(bytes(typed)) + "\n";
-    if (is == should)
+    }
+    if (is == should) {
         return testing::AssertionSuccess();
+    }
     return testing::AssertionFailure() << "messages sent:\n" << is << "expected:\n" << should;
 }
 
 testing::AssertionResult hasEntries(const Entries &entries, const Entries &expected)
 {
-    if (entries == expected)
+    if (entries == expected) {
         return testing::AssertionSuccess();
+    }
     std::string difference;
     for (size_t i = 0; i < std::max(entries.size(), expected.size()); ++i) {
         const std::string is = i < entries.size() ? describe({entries[i]}) : "nothing\n";
         const std::string should = i < expected.size() ? describe({expected[i]}) : "nothing\n";
-        if (is != should)
+        if (is != should) {
             difference += "  " + std::to_string(i) + ": is " + is + "     expected " + should;
+        }
     }
     return testing::AssertionFailure() << "differences:\n" << difference;
 }

@@ -20,14 +20,16 @@ namespace
 
 void report(CMPIStatus *status, CMPIrc rc)
 {
-    if (status)
+    if (status) {
         *status = {rc, nullptr};
+    }
 }
 
 void report(CMPIStatus *status, CMPIrc rc, const std::string &message)
 {
-    if (status)
+    if (status) {
         *status = {rc, message.empty() ? nullptr : static_cast<CMPIString *>(broker.newString(message))};
+    }
 }
 
 CMPIData nothing()
@@ -41,10 +43,12 @@ CMPIData nothing()
 template <typename Made>
 Made *flawed(Made *made, Fault fault)
 {
-    if (fault == Fault::noHandle)
+    if (fault == Fault::noHandle) {
         made->hdl = nullptr;
-    if (fault == Fault::noTable)
+    }
+    if (fault == Fault::noTable) {
         made->ft = nullptr;
+    }
     return made;
 }
 
@@ -66,8 +70,9 @@ struct Visit {
             return nullptr;
         }
         auto *object = const_cast<Wanted *>(static_cast<const Wanted *>(argument));
-        if (object->released)
+        if (object->released) {
             ADD_FAILURE() << function << " called with an object that was released";
+        }
         if (!argument->hdl) {
             report(status, CMPI_RC_ERR_INVALID_HANDLE);
             return nullptr;
@@ -95,8 +100,9 @@ struct Visit {
 struct Action {
     explicit Action(const char *function) : result{CMPI_RC_OK, nullptr}, visit(function, &result)
     {
-        if (visit.fault == Fault::silent) // there is nothing that could stay away
+        if (visit.fault == Fault::silent) { // there is nothing that could stay away
             visit.fault = Fault::none;
+        }
     }
     template <typename Wanted>
     Wanted *use(const typename Wanted::Interface *argument)
@@ -122,8 +128,9 @@ template <Name name, typename Result, typename... Arguments>
 Result unexpectedCall(Arguments...)
 {
     ADD_FAILURE() << "unexpected call of the broker's " << name.text;
-    if constexpr (!std::is_void_v<Result>)
+    if constexpr (!std::is_void_v<Result>) {
         return Result{};
+    }
 }
 
 template <Name name, typename Result, typename... Arguments>
@@ -170,8 +177,9 @@ typename Wanted::Interface *cloneObject(const typename Wanted::Interface *argume
 {
     Visit visit(name.text, status);
     auto *object = visit.use<Wanted>(argument);
-    if (!object)
+    if (!object) {
         return nullptr;
+    }
     auto *copy = broker.make<Wanted>();
     const auto *handle = copy->hdl;
     *copy = *object;
@@ -197,19 +205,22 @@ void takeIn(Entries &entries, const char *name, const CMPIValue *value, CMPIType
     // Text that came as characters is handed out as a string, as every broker does.
     Value taken = RecordingBroker::valueOf(value, type);
     taken.handedOutAsString = true;
-    if (Entry *entry = findEntry(entries, name))
+    if (Entry *entry = findEntry(entries, name)) {
         entry->value = taken;
-    else
+    } else {
         entries.push_back({name, taken});
+    }
 }
 
 // Absent entries of a test's list are not there at all.
 Entries present(const Entries &entries)
 {
     Entries kept;
-    for (const Entry &entry : entries)
-        if (!(entry.value == absent()))
+    for (const Entry &entry : entries) {
+        if (!(entry.value == absent())) {
             kept.push_back(entry);
+        }
+    }
     return kept;
 }
 
@@ -238,8 +249,9 @@ CMPIStatus addToList(const typename Wanted::Interface *argument, const char *ent
                      const CMPIType type)
 {
     Action action(name.text);
-    if (auto *object = action.use<Wanted>(argument))
+    if (auto *object = action.use<Wanted>(argument)) {
         takeIn(listOf(object), entry, value, type);
+    }
     return action.result;
 }
 
@@ -257,13 +269,16 @@ CMPIData getFromListAt(const typename Wanted::Interface *argument, CMPICount ind
 {
     Visit visit(name.text, status);
     auto *object = visit.use<Wanted>(argument);
-    if (!object)
+    if (!object) {
         return nothing();
+    }
     const Entries &entries = listOf(object);
-    if (index >= entries.size())
+    if (index >= entries.size()) {
         return handOut(nullptr, CMPI_RC_ERR_NO_SUCH_PROPERTY, visit);
-    if (entryName)
+    }
+    if (entryName) {
         *entryName = broker.newString(entries[index].name);
+    }
     return handOut(&entries[index], CMPI_RC_OK, visit);
 }
 
@@ -301,8 +316,9 @@ CMPIString *stringFrom(const Visit &visit, const std::string &text)
 CMPIStatus pathSetNameSpace(const CMPIObjectPath *argument, const char *nameSpace)
 {
     Action action("setNameSpace");
-    if (auto *object = action.use<PathObject>(argument))
+    if (auto *object = action.use<PathObject>(argument)) {
         object->path.nameSpace = nameSpace ? nameSpace : "";
+    }
     return action.result;
 }
 
@@ -329,8 +345,9 @@ CMPIStatus pathSetHostname(const CMPIObjectPath *argument, const char *)
 CMPIStatus pathSetClassName(const CMPIObjectPath *argument, const char *className)
 {
     Action action("setClassName");
-    if (auto *object = action.use<PathObject>(argument))
+    if (auto *object = action.use<PathObject>(argument)) {
         object->path.className = className;
+    }
     return action.result;
 }
 
@@ -338,8 +355,9 @@ CMPIString *pathGetClassName(const CMPIObjectPath *argument, CMPIStatus *status)
 {
     Visit visit("getClassName", status);
     const auto *object = visit.use<PathObject>(argument);
-    if (!object)
+    if (!object) {
         return nullptr;
+    }
     switch (object->path.classNameForm) {
     case TextForm::characters:
         return stringFrom(visit, object->path.className);
@@ -358,8 +376,9 @@ CMPIStatus pathSetNameSpaceFrom(const CMPIObjectPath *argument, const CMPIObject
     Action action("setNameSpaceFromObjectPath");
     auto *object = action.use<PathObject>(argument);
     const auto *from = action.use<PathObject>(source);
-    if (object && from)
+    if (object && from) {
         object->path.nameSpace = from->path.nameSpace;
+    }
     return action.result;
 }
 
@@ -399,11 +418,13 @@ CMPIData instanceGetProperty(const CMPIInstance *argument, const char *name, CMP
 {
     Visit visit("getProperty", status);
     const auto *object = visit.use<InstanceObject>(argument);
-    if (!object)
+    if (!object) {
         return nothing();
+    }
     const Entry *property = findEntry(object->instance.properties, name);
-    if (!property && !broker.manners.keepsKeysInPaths)
+    if (!property && !broker.manners.keepsKeysInPaths) {
         property = findEntry(object->instance.path.keys, name);
+    }
     return handOut(property, CMPI_RC_ERR_NO_SUCH_PROPERTY, visit);
 }
 
@@ -428,13 +449,16 @@ CMPIObjectPath *instanceGetObjectPath(const CMPIInstance *argument, CMPIStatus *
 {
     Visit visit("getObjectPath", status);
     const auto *object = visit.use<InstanceObject>(argument);
-    if (!object)
+    if (!object) {
         return nullptr;
+    }
     // References are keys of an association class.
     Path made = object->instance.path;
-    for (const Entry &property : object->instance.properties)
-        if (property.value.type == CMPI_ref)
+    for (const Entry &property : object->instance.properties) {
+        if (property.value.type == CMPI_ref) {
             made = made.with(property.name, property.value);
+        }
+    }
     return visit.deliver(broker.newPath(made));
 }
 
@@ -443,8 +467,9 @@ CMPIStatus instanceSetObjectPath(const CMPIInstance *argument, const CMPIObjectP
     Action action("setObjectPath");
     auto *object = action.use<InstanceObject>(argument);
     const auto *from = action.use<PathObject>(source);
-    if (object && from)
+    if (object && from) {
         object->instance.path = from->path;
+    }
     return action.result;
 }
 
@@ -511,8 +536,9 @@ CMPIData arrayGetElementAt(const CMPIArray *argument, CMPICount index, CMPIStatu
 {
     Visit visit("getElementAt", status);
     const auto *object = visit.use<ArrayObject>(argument);
-    if (!object)
+    if (!object) {
         return nothing();
+    }
     if (index >= object->elements.size()) {
         report(status, CMPI_RC_ERR_NO_SUCH_PROPERTY);
         return nothing();
@@ -526,15 +552,19 @@ CMPIStatus arraySetElementAt(const CMPIArray *argument, CMPICount index, const C
 {
     Action action("setElementAt");
     auto *object = action.use<ArrayObject>(argument);
-    if (!object)
+    if (!object) {
         return action.result;
+    }
     Value element = RecordingBroker::valueOf(value, type);
-    if (object->type == CMPI_string && type == CMPI_chars)
+    if (object->type == CMPI_string && type == CMPI_chars) {
         element.type = CMPI_string;
-    if (index >= object->elements.size())
+    }
+    if (index >= object->elements.size()) {
         return {CMPI_RC_ERR_NO_SUCH_PROPERTY, nullptr};
-    if (element.type != object->type)
+    }
+    if (element.type != object->type) {
         return {CMPI_RC_ERR_TYPE_MISMATCH, nullptr};
+    }
     object->elements[index] = element;
     return action.result;
 }
@@ -587,16 +617,18 @@ CMPIData enumerationGetNext(const CMPIEnumeration *argument, CMPIStatus *status)
 {
     Visit visit("getNext", status);
     auto *object = visit.use<EnumerationObject>(argument);
-    if (!object)
+    if (!object) {
         return nothing();
+    }
     if (object->next >= object->elements.size()) {
         ADD_FAILURE() << "getNext called beyond the end of an enumeration";
         report(status, CMPI_RC_NO_MORE_ELEMENTS);
         return nothing();
     }
     CMPIData data = broker.dataOf(object->elements[object->next++], visit.fault);
-    if (broker.manners.marksElementsNull)
+    if (broker.manners.marksElementsNull) {
         data.state |= CMPI_nullValue;
+    }
     return data;
 }
 
@@ -611,8 +643,9 @@ CMPIArray *enumerationToArray(const CMPIEnumeration *argument, CMPIStatus *statu
 {
     Visit visit("toArray", status);
     const auto *object = visit.use<EnumerationObject>(argument);
-    if (!object)
+    if (!object) {
         return nullptr;
+    }
     auto *array = broker.make<ArrayObject>();
     array->type = object->elements.empty() ? CMPIType(CMPI_ref) : object->elements[0].type;
     array->elements = object->elements;
@@ -662,8 +695,9 @@ CMPIStatus resultReturnObjectPath(const CMPIResult *argument, const CMPIObjectPa
 CMPIStatus resultReturnDone(const CMPIResult *argument)
 {
     Action action("returnDone");
-    if (auto *object = action.use<ResultObject>(argument))
+    if (auto *object = action.use<ResultObject>(argument)) {
         ++object->done;
+    }
     return action.result;
 }
 
@@ -691,8 +725,9 @@ CMPIObjectPath *newObjectPath(const CMPIBroker *, const char *nameSpace, const c
                               CMPIStatus *status)
 {
     Visit visit("newObjectPath", status);
-    if (visit.struck())
+    if (visit.struck()) {
         return nullptr;
+    }
     Path made;
     made.nameSpace = nameSpace ? nameSpace : "";
     made.className = className ? className : "";
@@ -715,8 +750,9 @@ CMPIString *newString(const CMPIBroker *, const char *text, CMPIStatus *status)
 CMPIArray *newArray(const CMPIBroker *, CMPICount size, CMPIType type, CMPIStatus *status)
 {
     Visit visit("newArray", status);
-    if (visit.struck())
+    if (visit.struck()) {
         return nullptr;
+    }
     auto *array = broker.make<ArrayObject>();
     array->type = type == CMPI_chars ? CMPIType(CMPI_string) : type;
     array->elements.assign(size, nullOf(array->type));
@@ -733,8 +769,9 @@ CMPIDateTime *newDateTimeFromBinary(const CMPIBroker *, CMPIUint64 microseconds,
                                     CMPIStatus *status)
 {
     Visit visit("newDateTimeFromBinary", status);
-    if (visit.struck())
+    if (visit.struck()) {
         return nullptr;
+    }
     auto *made = broker.make<DateTimeObject>();
     made->microseconds = microseconds;
     made->interval = interval != 0;
@@ -746,18 +783,21 @@ CMPIBoolean classPathIsA(const CMPIBroker *, const CMPIObjectPath *path, const c
 {
     Visit visit("classPathIsA", status);
     const auto *object = visit.use<PathObject>(path);
-    if (!object)
+    if (!object) {
         return 0;
+    }
     std::string name = object->path.className;
     for (int depth = 0; depth < 20; ++depth) {
-        if (strcasecmp(name.c_str(), className) == 0)
+        if (strcasecmp(name.c_str(), className) == 0) {
             return broker.classPathIsAYes.value_or(1);
+        }
         const auto above =
             std::find_if(broker.superclasses.begin(), broker.superclasses.end(), [&](const auto &known) {
                 return strcasecmp(known.first.c_str(), name.c_str()) == 0;
             });
-        if (above == broker.superclasses.end())
+        if (above == broker.superclasses.end()) {
             return 0;
+        }
         name = above->second;
     }
     return 0;
@@ -807,9 +847,11 @@ void recordUpCall(const char *function, const Path &path, const char **propertie
 
 ClassScript *scriptOf(const Path &path)
 {
-    for (auto &[name, script] : broker.classes)
-        if (strcasecmp(name.c_str(), path.className.c_str()) == 0)
+    for (auto &[name, script] : broker.classes) {
+        if (strcasecmp(name.c_str(), path.className.c_str()) == 0) {
             return &script;
+        }
+    }
     return nullptr;
 }
 
@@ -817,8 +859,9 @@ CMPIEnumeration *enumerateClass(Visit &visit, const CMPIObjectPath *argument, bo
                                 const char **properties)
 {
     const auto *object = visit.use<PathObject>(argument);
-    if (!object)
+    if (!object) {
         return nullptr;
+    }
     recordUpCall(visit.function, object->path, properties);
     const ClassScript *script = scriptOf(object->path);
     if (!script) {
@@ -826,8 +869,9 @@ CMPIEnumeration *enumerateClass(Visit &visit, const CMPIObjectPath *argument, bo
         return nullptr;
     }
     report(visit.status, script->enumerateRc, script->enumerateMessage);
-    if (script->enumerateRc != CMPI_RC_OK || script->noEnumeration)
+    if (script->enumerateRc != CMPI_RC_OK || script->noEnumeration) {
         return nullptr;
+    }
     auto *enumeration = broker.make<EnumerationObject>();
     for (const Instance &known : script->instances) {
         // The other end's paths are in the namespace that was asked.
@@ -835,8 +879,9 @@ CMPIEnumeration *enumerateClass(Visit &visit, const CMPIObjectPath *argument, bo
         answer.path.nameSpace = object->path.nameSpace;
         enumeration->elements.push_back(names ? reference(answer.path) : embedded(answer));
     }
-    if (script->emptyElement && *script->emptyElement < enumeration->elements.size())
+    if (script->emptyElement && *script->emptyElement < enumeration->elements.size()) {
         enumeration->elements[*script->emptyElement] = nullOf(names ? CMPI_ref : CMPI_instance);
+    }
     return visit.deliver(enumeration);
 }
 
@@ -870,8 +915,9 @@ CMPIInstance *getInstance(const CMPIBroker *, const CMPIContext *, const CMPIObj
 {
     Visit visit("getInstance", status);
     const auto *object = visit.use<PathObject>(path);
-    if (!object)
+    if (!object) {
         return nullptr;
+    }
     recordUpCall("getInstance", object->path, properties);
     const ClassScript *script = scriptOf(object->path);
     if (!script) {
@@ -879,8 +925,9 @@ CMPIInstance *getInstance(const CMPIBroker *, const CMPIContext *, const CMPIObj
         return nullptr;
     }
     report(status, script->getInstanceRc, script->getInstanceMessage);
-    if (script->getInstanceRc != CMPI_RC_OK || script->noInstance)
+    if (script->getInstanceRc != CMPI_RC_OK || script->noInstance) {
         return nullptr;
+    }
     for (const Instance &known : script->instances) {
         if (sameKeys(known.path, object->path)) {
             Instance answer = known;
@@ -1113,8 +1160,9 @@ CMPIData RecordingBroker::dataOf(const Value &value, Fault fault)
     // A text that is there all the same is handed out, so that whoever does not look at the status shows.
     const bool there = value.rc == CMPI_RC_OK && !(value.state & (CMPI_nullValue | CMPI_notFound));
     if (!there && value.text.empty()) {
-        if (value.rc != CMPI_RC_OK)
+        if (value.rc != CMPI_RC_OK) {
             data.state = static_cast<CMPIValueState>(data.state | CMPI_notFound | CMPI_nullValue);
+        }
         return data;
     }
     if (value.type & CMPI_ARRAY) {
@@ -1124,30 +1172,36 @@ CMPIData RecordingBroker::dataOf(const Value &value, Fault fault)
         data.value.array = flawed(array, fault);
         return data;
     }
-    if (value.type == CMPI_chars && value.handedOutAsString)
+    if (value.type == CMPI_chars && value.handedOutAsString) {
         data.type = CMPI_string;
+    }
     switch (data.type) {
     case CMPI_string: {
-        if (value.form == TextForm::noString)
+        if (value.form == TextForm::noString) {
             return data;
+        }
         StringObject *made = flawed(newString(value.text), fault);
         made->hasCharacters = value.form != TextForm::noCharacters;
-        if (value.form == TextForm::noHandle)
+        if (value.form == TextForm::noHandle) {
             made->hdl = nullptr;
+        }
         data.value.string = made;
         return data;
     }
     case CMPI_chars:
-        if (value.form == TextForm::characters)
+        if (value.form == TextForm::characters) {
             data.value.chars = newString(value.text)->text.data();
+        }
         return data;
     case CMPI_ref:
-        if (value.path)
+        if (value.path) {
             data.value.ref = flawed(newPath(*value.path), fault);
+        }
         return data;
     case CMPI_instance:
-        if (value.instance)
+        if (value.instance) {
             data.value.inst = flawed(newInstance(*value.instance), fault);
+        }
         return data;
     case CMPI_dateTime: {
         DateTimeObject *made = flawed(make<DateTimeObject>(), fault);
@@ -1181,15 +1235,18 @@ CMPIData RecordingBroker::dataOf(const Value &value, Fault fault)
 
 Value RecordingBroker::valueOf(const CMPIValue *given, CMPIType type)
 {
-    if (!given)
+    if (!given) {
         return nullOf(type);
-    if (type == CMPI_chars)
+    }
+    if (type == CMPI_chars) {
         return chars(reinterpret_cast<const char *>(given));
+    }
     Value value;
     value.type = type;
     if (type & CMPI_ARRAY) {
-        if (!given->array)
+        if (!given->array) {
             return nullOf(type);
+        }
         const auto *array = static_cast<const ArrayObject *>(given->array);
         EXPECT_EQ(typeName(static_cast<CMPIType>(type & ~CMPI_ARRAY)), typeName(array->type))
             << "an array is handed over as one of another type";
@@ -1221,24 +1278,28 @@ Value RecordingBroker::valueOf(const CMPIValue *given, CMPIType type)
         value.real = given->real64;
         return value;
     case CMPI_string:
-        if (!given->string)
+        if (!given->string) {
             return nullOf(type);
+        }
         value.text = static_cast<const StringObject *>(given->string)->text;
         return value;
     case CMPI_ref:
-        if (!given->ref)
+        if (!given->ref) {
             return nullOf(type);
+        }
         value.path = std::make_shared<Path>(static_cast<const PathObject *>(given->ref)->path);
         return value;
     case CMPI_instance:
-        if (!given->inst)
+        if (!given->inst) {
             return nullOf(type);
+        }
         value.instance =
             std::make_shared<Instance>(static_cast<const InstanceObject *>(given->inst)->instance);
         return value;
     case CMPI_dateTime:
-        if (!given->dateTime)
+        if (!given->dateTime) {
             return nullOf(type);
+        }
         value.integer = static_cast<const DateTimeObject *>(given->dateTime)->microseconds;
         value.interval = static_cast<const DateTimeObject *>(given->dateTime)->interval;
         return value;
@@ -1250,8 +1311,9 @@ Value RecordingBroker::valueOf(const CMPIValue *given, CMPIType type)
 
 std::string textOf(const CMPIString *string, const char *otherwise)
 {
-    if (!string || !string->hdl || !string->ft)
+    if (!string || !string->hdl || !string->ft) {
         return otherwise;
+    }
     const auto *object = static_cast<const StringObject *>(string);
     EXPECT_FALSE(object->released) << "a string is handed back that was released";
     return object->text;

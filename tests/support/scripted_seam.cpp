@@ -199,10 +199,11 @@ struct Step {
 Step step(const std::string &function, const std::string &arguments, int failure = -1)
 {
     Step decided = {true, 0};
-    if (scripted(function, function + "(" + arguments + ")", &decided.result))
+    if (scripted(function, function + "(" + arguments + ")", &decided.result)) {
         decided.works = decided.result == 0;
-    else if (faults.strike(function) == Fault::fails)
+    } else if (faults.strike(function) == Fault::fails) {
         decided = {false, failure};
+    }
     return decided;
 }
 
@@ -210,26 +211,29 @@ Step step(const std::string &function, const std::string &arguments, int failure
 Step indifferentStep(const std::string &function, const std::string &arguments)
 {
     Step decided = {true, 0};
-    if (scripted(function, function + "(" + arguments + ")", &decided.result))
+    if (scripted(function, function + "(" + arguments + ")", &decided.result)) {
         decided.works = decided.result == 0;
+    }
     return decided;
 }
 
 template <typename Record>
 int fillRecord(const Step &decided, Record *record, const Record &content)
 {
-    if (decided.works)
+    if (decided.works) {
         *record = content;
-    else
+    } else {
         memset(static_cast<void *>(record), 'Z', sizeof *record);
+    }
     return decided.result;
 }
 
 void writeErrorText(char *buffer)
 {
     const std::string &text = seam.errorText;
-    if (text.empty())
+    if (text.empty()) {
         return;
+    }
     memcpy(buffer, text.c_str(), std::min<size_t>(text.size() + 1, ERROR_TEXT_SIZE));
 }
 
@@ -237,8 +241,9 @@ int storeText(const std::string &function, const char *text, char *errorText)
 {
     seam.errorTextBefore.push_back(errorText);
     const Step decided = step(function, text);
-    if (!decided.works)
+    if (!decided.works) {
         writeErrorText(errorText);
+    }
     return decided.result;
 }
 
@@ -253,8 +258,9 @@ std::array<uint8_t, 40> bytesOf(const SpearMessage &message)
 char **lineList(const std::vector<std::string> &lines)
 {
     auto **list = static_cast<char **>(calloc(lines.size() + 1, sizeof(char *)));
-    for (size_t i = 0; i < lines.size(); ++i)
+    for (size_t i = 0; i < lines.size(); ++i) {
         list[i] = strdup(lines[i].c_str());
+    }
     ++seam.unfreedLines;
     return list;
 }
@@ -262,8 +268,9 @@ char **lineList(const std::vector<std::string> &lines)
 std::string numbers(std::initializer_list<int> values)
 {
     std::string text;
-    for (const int value : values)
+    for (const int value : values) {
         text += (text.empty() ? "" : ", ") + std::to_string(value);
+    }
     return text;
 }
 
@@ -290,16 +297,18 @@ int SpearEngineMessageQueueCreate(int queue, int *queueId)
 {
     seam.queueIdBefore.push_back(*queueId);
     const Step decided = step("SpearEngineMessageQueueCreate", numbers({queue}));
-    if (decided.works)
+    if (decided.works) {
         *queueId = 100 + queue;
+    }
     return decided.result;
 }
 
 int SendStatusMessagetoSource(SpearMessage message, int queueId)
 {
     const Step decided = step("SendStatusMessagetoSource", numbers({queueId}));
-    if (decided.works)
+    if (decided.works) {
         seam.sent.push_back({queueId, bytesOf(message)});
+    }
     return decided.result;
 }
 
@@ -314,10 +323,12 @@ int GetRegisterValue(int registerId, int groupId, char *text)
     seam.registerTextBefore.push_back(text);
     Step decided = step("GetRegisterValue", numbers({registerId, groupId}));
     const auto stored = seam.registers.find({registerId, groupId});
-    if (decided.works && stored == seam.registers.end())
+    if (decided.works && stored == seam.registers.end()) {
         decided = {false, -1};
-    if (decided.works)
+    }
+    if (decided.works) {
         memcpy(text, stored->second.c_str(), std::min<size_t>(stored->second.size() + 1, REGISTER_TEXT_SIZE));
+    }
     return decided.result;
 }
 
@@ -346,8 +357,9 @@ int GetColorSpaceInfoById(ColorSpaceInfo *info, int index)
     Step decided = step("GetColorSpaceInfoById", numbers({index}));
     const bool known = index >= 0 && index < 7;
     EXPECT_TRUE(known) << "there is no colour space " << index;
-    if (!known)
+    if (!known) {
         decided = {false, -1};
+    }
     return fillRecord(decided, info, seam.colorSpaces[known ? index : 0]);
 }
 
@@ -361,8 +373,9 @@ int GetFunctionButtonInfoById(FunctionButtonInfo *info, int index)
     Step decided = step("GetFunctionButtonInfoById", numbers({index}));
     const bool known = index >= 0 && index < 4;
     EXPECT_TRUE(known) << "there is no function button " << index;
-    if (!known)
+    if (!known) {
         decided = {false, -1};
+    }
     return fillRecord(decided, info, seam.functionButtons[known ? index : 0]);
 }
 
@@ -379,8 +392,9 @@ int GetRemoteManagementServerInfo(RemoteManagementServer *info)
 int GetIPAddress(char *address)
 {
     const Step decided = indifferentStep("GetIPAddress", "");
-    if (decided.works)
+    if (decided.works) {
         memcpy(address, seam.ipAddress.c_str(), std::min<size_t>(seam.ipAddress.size() + 1, IP_ADDRESS_SIZE));
+    }
     return decided.result;
 }
 
@@ -390,18 +404,21 @@ int ParseIPV4Address(const char *text, unsigned char octets[4])
     unsigned parsed[4] = {};
     char end;
     if (decided.works &&
-        sscanf(text, "%u.%u.%u.%u%c", &parsed[0], &parsed[1], &parsed[2], &parsed[3], &end) != 4)
+        sscanf(text, "%u.%u.%u.%u%c", &parsed[0], &parsed[1], &parsed[2], &parsed[3], &end) != 4) {
         return -1;
-    for (int i = 0; i < 4; ++i)
+    }
+    for (int i = 0; i < 4; ++i) {
         octets[i] = decided.works ? static_cast<unsigned char>(parsed[i]) : seam.octetsOfRefused[i];
+    }
     return decided.result;
 }
 
 int ValidateInputArgs(int value, int min, int max)
 {
     const Step decided = step("ValidateInputArgs", numbers({value, min, max}));
-    if (!decided.works)
+    if (!decided.works) {
         return decided.result;
+    }
     return min <= value && value <= max ? 0 : -1;
 }
 
@@ -411,12 +428,14 @@ int IsAdminUser(const char *userName, char *isAdmin, char *errorText)
     seam.printedBefore.push_back(traceText());
     Step decided = step("IsAdminUser", userName);
     const bool administrator = seam.administrators.contains(userName);
-    if (!administrator && !seam.users.contains(userName))
+    if (!administrator && !seam.users.contains(userName)) {
         decided = {false, decided.result ? decided.result : -1};
-    if (decided.works)
+    }
+    if (decided.works) {
         *isAdmin = administrator ? seam.isAdministrator : '\0';
-    else
+    } else {
         writeErrorText(errorText);
+    }
     return decided.result;
 }
 
@@ -453,28 +472,35 @@ int runcommand(const char *command, char **input, char ***out, char ***err)
     EXPECT_EQ(input, nullptr) << "no command of the library reads an input";
     seam.captured.push_back({out != nullptr, err != nullptr});
     const Step decided = step("runcommand", command, 127);
-    if (out)
+    if (out) {
         *out = nullptr;
-    if (err)
+    }
+    if (err) {
         *err = nullptr;
+    }
     const auto known = seam.commands.find(command);
-    if (!decided.works || known == seam.commands.end())
+    if (!decided.works || known == seam.commands.end()) {
         return decided.result ? decided.result : 127;
+    }
     const CommandScript &script = known->second;
-    if (out && !script.noOutput)
+    if (out && !script.noOutput) {
         *out = lineList(script.output);
-    if (err && !script.errors.empty())
+    }
+    if (err && !script.errors.empty()) {
         *err = lineList(script.errors);
+    }
     return script.status;
 }
 
 void freeresultbuf(char **lines)
 {
     indifferentStep("freeresultbuf", "");
-    if (!lines)
+    if (!lines) {
         return;
-    for (char **line = lines; *line; ++line)
+    }
+    for (char **line = lines; *line; ++line) {
         free(*line);
+    }
     free(lines);
     --seam.unfreedLines;
 }

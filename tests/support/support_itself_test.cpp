@@ -16,8 +16,9 @@ template <typename Table>
 void expectComplete(const char *name, const Table *table, size_t skipped)
 {
     const auto *members = reinterpret_cast<const void *const *>(table);
-    for (size_t i = skipped; i < sizeof(Table) / sizeof(void *); ++i)
+    for (size_t i = skipped; i < sizeof(Table) / sizeof(void *); ++i) {
         EXPECT_NE(members[i], nullptr) << name << ", member " << i;
+    }
 }
 
 const Path somePath = path("CIM_Thing", {{"InstanceID", "a"}, {"Number", uint16(7)}});
@@ -240,8 +241,9 @@ Answer careless()
 {
     return collect([](const CMPIResult *result) {
         const CMPIObjectPath *made = broker.eft->newObjectPath(&broker, "root", "CIM_Thing", nullptr);
-        if (made)
+        if (made) {
             result->ft->returnObjectPath(result, made);
+        }
         return CMPIStatus{CMPI_RC_OK, nullptr};
     });
 }

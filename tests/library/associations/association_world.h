@@ -88,8 +88,9 @@ inline Instance objectAt(const Path &path)
 inline void serve(const std::vector<Path> &paths)
 {
     ClassScript script;
-    for (const Path &path : paths)
+    for (const Path &path : paths) {
         script.instances.push_back(objectAt(path));
+    }
     broker.classes[paths.at(0).className] = script;
 }
 

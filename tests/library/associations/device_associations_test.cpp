@@ -110,13 +110,15 @@ struct DeviceAssociations : testing::TestWithParam<DeviceAssociation> {
     DeviceAssociations()
     {
         serve({objectOf(it.leftClass, 1), objectOf(it.leftClass, 2)});
-        for (const char *rightClass : it.rightClasses)
+        for (const char *rightClass : it.rightClasses) {
             serve({objectOf(rightClass, 1), objectOf(rightClass, 2)});
+        }
         serve({path("CIM_Service")});
         broker.superclasses = {{it.tested->name, "CIM_Dependency"}, {"CIM_Dependency", "CIM_Association"}};
         broker.superclasses[it.leftClass] = "CIM_Left";
-        for (const char *rightClass : it.rightClasses)
+        for (const char *rightClass : it.rightClasses) {
             broker.superclasses[rightClass] = "CIM_Right";
+        }
     }
 
     Path leftObject(int number) const
@@ -139,10 +141,13 @@ struct DeviceAssociations : testing::TestWithParam<DeviceAssociation> {
     std::vector<std::pair<Path, Path>> pairs() const
     {
         std::vector<std::pair<Path, Path>> all;
-        for (size_t end = 0; end < it.rightClasses.size(); ++end)
-            for (const int number : {1, 2})
-                for (const int other : {1, 2})
+        for (size_t end = 0; end < it.rightClasses.size(); ++end) {
+            for (const int number : {1, 2}) {
+                for (const int other : {1, 2}) {
                     all.emplace_back(leftObject(number), rightObject(end, other));
+                }
+            }
+        }
         return all;
     }
 
@@ -184,8 +189,9 @@ TEST_P(DeviceAssociations, SkeletonAndFunctionTables)
 TEST_P(DeviceAssociations, SetInstanceIsNotSupportedAndNotInTheTable)
 {
     CMPIInstanceMI *mi = it.tested->createInstanceMI(&broker, nullptr, nullptr);
-    if (!it.setInstance)
+    if (!it.setInstance) {
         return; // the class has none
+    }
     EXPECT_NE(mi->ft->modifyInstance, it.setInstance);
     const CMPIStatus status = it.setInstance(mi, nullptr, nullptr, nullptr, nullptr, nullptr);
     EXPECT_EQ(status.rc, CMPI_RC_ERR_NOT_SUPPORTED);
@@ -198,8 +204,9 @@ TEST_P(DeviceAssociations, EnumInstanceNamesPairsEveryLeftObjectWithEveryRightOn
 {
     const Answer answer = enumerateNames(*it.tested, path(it.tested->name));
     std::vector<Path> expected;
-    for (const auto &[left, right] : pairs())
+    for (const auto &[left, right] : pairs()) {
         expected.push_back(name(left, right));
+    }
     expectSuccess(answer, expected.size());
     EXPECT_EQ(answer.paths(), expected);
     EXPECT_EQ(answer.upCalls.at(0), std::string("enumerateInstanceNames(root/cimv2:") + it.leftClass + ")")
@@ -218,8 +225,9 @@ TEST_P(DeviceAssociations, EnumInstancesPairsEveryLeftObjectWithEveryRightOne)
 {
     const Answer answer = enumerate(*it.tested, path(it.tested->name));
     std::vector<Instance> expected;
-    for (const auto &[left, right] : pairs())
+    for (const auto &[left, right] : pairs()) {
         expected.push_back(made(left, right));
+    }
     expectSuccess(answer, expected.size());
     EXPECT_EQ(answer.instances(), expected);
     const std::string tested = it.tested->name;
@@ -314,7 +322,7 @@ TEST_P(DeviceAssociations, FromTheLeft)
     std::vector<Instance> instances;
     std::vector<Path> names;
     std::vector<Instance> ties;
-    for (size_t end = 0; end < it.rightClasses.size(); ++end)
+    for (size_t end = 0; end < it.rightClasses.size(); ++end) {
         for (const int number : {1, 2}) {
             const Path right = rightObject(end, number);
             objects.push_back(right);
@@ -322,6 +330,7 @@ TEST_P(DeviceAssociations, FromTheLeft)
             names.push_back(name(source, right));
             ties.push_back(made(source, right));
         }
+    }
     const Answer found = associators(*it.tested, source);
     expectSuccess(found, objects.size());
     EXPECT_EQ(found.instances(), instances);
@@ -370,17 +379,19 @@ TEST_P(DeviceAssociations, ASourceOfWhichTheFiltersCannotTellIsAnEmptySuccess)
         Path unreadable = leftObject(1);
         for (const TextForm form : {TextForm::noString, TextForm::noCharacters, TextForm::noHandle}) {
             unreadable.classNameForm = form;
-            for (const char *filter : {static_cast<const char *>(nullptr), it.tested->name})
+            for (const char *filter : {static_cast<const char *>(nullptr), it.tested->name}) {
                 expectNothing(operation(*it.tested, unreadable, {.associationClass = filter}));
+            }
         }
         // Without a path of its class it cannot be told what the source is.
         faults.arm("newObjectPath", 1);
         const Answer answer = operation(*it.tested, path("ACME_Left"), {});
         faults.disarm();
-        if (it.rightClasses.size() == 1)
+        if (it.rightClasses.size() == 1) {
             expectNothing(answer);
-        else // the next right end has its turn and looks for the source, whose class the broker has not
+        } else { // the next right end has its turn and looks for the source, whose class the broker has not
             EXPECT_EQ(answer.rc, CMPI_RC_ERR_INVALID_CLASS);
+        }
     }
 }
 
@@ -388,11 +399,13 @@ TEST_P(DeviceAssociations, AssociationClassFilter)
 {
     const size_t count = 2 * it.rightClasses.size();
     std::string lower = it.tested->name;
-    for (char &c : lower)
+    for (char &c : lower) {
         c = static_cast<char>(tolower(static_cast<unsigned char>(c)));
+    }
     for (const auto operation : {associators, associatorNames, references, referenceNames}) {
-        for (const char *filter : {it.tested->name, "CIM_Dependency", "CIM_Association", lower.c_str()})
+        for (const char *filter : {it.tested->name, "CIM_Dependency", "CIM_Association", lower.c_str()}) {
             expectSuccess(operation(*it.tested, leftObject(1), {.associationClass = filter}), count);
+        }
         for (const char *filter : {"CIM_SystemDevice", "ZT_Marovelton_Monitor", "NoSuchClass", ""}) {
             const Answer answer = operation(*it.tested, leftObject(1), {.associationClass = filter});
             expectEmptySuccess(answer);
@@ -415,8 +428,9 @@ TEST_P(DeviceAssociations, RoleFilters)
 {
     const size_t fromLeft = 2 * it.rightClasses.size();
     std::string upperLeft = it.refLeft;
-    for (char &c : upperLeft)
+    for (char &c : upperLeft) {
         c = static_cast<char>(toupper(static_cast<unsigned char>(c)));
+    }
     for (const auto operation : {associators, associatorNames, references, referenceNames}) {
         expectSuccess(operation(*it.tested, leftObject(1), {.role = it.refLeft}), fromLeft);
         expectSuccess(operation(*it.tested, leftObject(1), {.role = upperLeft.c_str()}), fromLeft);
@@ -443,8 +457,9 @@ TEST_P(DeviceAssociations, ResultClassFilter)
     for (const auto operation : {associators, associatorNames}) {
         expectSuccess(operation(*it.tested, leftObject(1), {.resultClass = "CIM_Right"}),
                       2 * it.rightClasses.size());
-        for (const char *rightClass : it.rightClasses)
+        for (const char *rightClass : it.rightClasses) {
             expectSuccess(operation(*it.tested, leftObject(1), {.resultClass = rightClass}), 2);
+        }
         expectSuccess(operation(*it.tested, rightObject(0, 1), {.resultClass = "CIM_Left"}), 2);
         expectSuccess(operation(*it.tested, rightObject(0, 1), {.resultClass = it.leftClass}), 2);
         expectEmptySuccess(operation(*it.tested, leftObject(1), {.resultClass = it.leftClass}));
@@ -478,10 +493,12 @@ TEST_P(DeviceAssociations, AFailingFarEndEndsTheRequest)
 
 TEST_P(DeviceAssociations, AFarEndWithoutInstancesIsAnEmptySuccess)
 {
-    for (const char *rightClass : it.rightClasses)
+    for (const char *rightClass : it.rightClasses) {
         broker.classes[rightClass].instances.clear();
-    for (const auto operation : {associators, associatorNames, references, referenceNames})
+    }
+    for (const auto operation : {associators, associatorNames, references, referenceNames}) {
         expectEmptySuccess(operation(*it.tested, leftObject(1), {}));
+    }
 }
 
 TEST_P(DeviceAssociations, WhatTheEngineSaysBesideSuccessIsASuccess)
@@ -509,13 +526,16 @@ TEST_P(DeviceAssociations, Torture)
     checkTorture([&] { return get(*it.tested, name(leftObject(1), rightObject(0, 1))); }, torture);
     // Whose class cannot be told is tied to nothing; without the far end's path a request is an empty
     // success.
-    for (const char *function : {"classPathIsA", "newObjectPath", "getClassName"})
+    for (const char *function : {"classPathIsA", "newObjectPath", "getClassName"}) {
         torture.harmless.push_back(function);
-    for (const auto operation : {associators, associatorNames, references, referenceNames})
-        for (const Path &source : {leftObject(1), rightObject(0, 2)})
+    }
+    for (const auto operation : {associators, associatorNames, references, referenceNames}) {
+        for (const Path &source : {leftObject(1), rightObject(0, 2)}) {
             checkTorture(
                 [&] { return operation(*it.tested, source, {.associationClass = "CIM_Dependency"}); },
                 torture);
+        }
+    }
 }
 
 // ---- particular classes ----
@@ -527,13 +547,15 @@ void serveMonitorAndComponents()
 {
     serveWorld();
     std::vector<Path> colorSpaces;
-    for (int number = 1; number <= 7; ++number)
+    for (int number = 1; number <= 7; ++number) {
         colorSpaces.push_back(colorSpacePath(number));
+    }
     serve(colorSpaces);
     std::vector<Path> functionButtons;
-    for (int number = 1; number <= 4; ++number)
+    for (int number = 1; number <= 4; ++number) {
         functionButtons.push_back(identified("ZT_Marovelton_FunctionButton",
                                              "ZT:Marovelton_FunctionButton:" + std::to_string(number)));
+    }
     serve(functionButtons);
     serve({identified("ZT_Marovelton_BezelButton", "ZT:Marovelton_BezelButton")});
 }
@@ -545,8 +567,9 @@ TEST(ColorModelAssociation, TheMonitorsSevenColorSpaces)
     serveMonitorAndComponents();
     const Answer answer = associators(ColorModel, monitorPath());
     expectSuccess(answer, 7);
-    for (size_t i = 0; i < 7; ++i)
+    for (size_t i = 0; i < 7; ++i) {
         EXPECT_EQ(answer.instances().at(i), objectAt(colorSpacePath(static_cast<int>(i) + 1)));
+    }
 }
 
 TEST(ColorModelAssociation, RoleMonitor)
@@ -562,8 +585,9 @@ TEST(ButtonAssociation, FunctionButtonsThenBezelButtons)
     serveMonitorAndComponents();
     const Answer answer = associatorNames(Button, monitorPath());
     expectSuccess(answer, 5);
-    for (size_t i = 0; i < 4; ++i)
+    for (size_t i = 0; i < 4; ++i) {
         EXPECT_EQ(answer.paths().at(i).className, "ZT_Marovelton_FunctionButton");
+    }
     EXPECT_EQ(answer.paths().at(4).className, "ZT_Marovelton_BezelButton");
     EXPECT_EQ(answer.upCalls,
               (std::vector<std::string>{"getInstance(" + describe(monitorPath()) + ")",

@@ -127,8 +127,9 @@ TEST(MatchElementSetting, TheSettingOfTheModeMatchesOnceTheOthersAlways)
                                 : it.mode == 1 ? "ZT:Marovelton_ExtendedStaticIPAssignmentSettingData"
                                                : "") +
                                "\n";
-        if (it.countAfter != it.count)
+        if (it.countAfter != it.count) {
             expected += "IPConfig_Count is 0 .Returning instance " + key2 + "**\n";
+        }
         EXPECT_EQ(traceText(), expected);
         // It is never cleared.
         match = 1;
@@ -370,7 +371,7 @@ TEST(InstanceFromKey, SettingsAndTheirIsCurrent)
         {assignmentPath(), connectionPath(), 1, 0, 1, 0, 2},
         {dhcpPath(), connectionPath(), 2, 0, 1, 0, 2},
     };
-    for (const auto &it : cases)
+    for (const auto &it : cases) {
         for (const bool byPath : {true, false}) {
             SCOPED_TRACE(describe(it.source) + " to " + describe(it.target) + ", mode " +
                          std::to_string(it.mode) + ", count " + std::to_string(it.count));
@@ -404,6 +405,7 @@ TEST(InstanceFromKey, SettingsAndTheirIsCurrent)
             EXPECT_TRUE(is.trace.ends_with(end)) << is.trace;
             EXPECT_EQ(is.trace.find("IsCurrent as") != std::string::npos, it.match == 1);
         }
+    }
 }
 
 TEST(InstanceFromKey, AnyOtherAssociationIsNoMatch)
@@ -605,9 +607,10 @@ TEST(ProvideEndpointWalk, ACandidateWithoutItsKeyEndsTheRequest)
     const Path source = remoteServicePath().without("CreationClassName");
     serve({source});
     for (const auto &[inst, associators] :
-         {std::pair(1, 1), std::pair(0, 1), std::pair(1, 0), std::pair(0, 0)})
+         {std::pair(1, 1), std::pair(0, 1), std::pair(1, 0), std::pair(0, 0)}) {
         expectResult(createRefs(_assoc_create_refs_1toN_ProvideEndpoint, provides, source, inst, associators),
                      -1, CMPI_RC_ERR_NOT_FOUND, "Could not get key of source class.");
+    }
 }
 
 TEST(ProvideEndpointWalk, FailsAsTheEngineDoes)
@@ -708,8 +711,8 @@ TEST_F(ElementSettingWalk, IsCurrentByTheMode)
         {"ZT_Marovelton_ExtendedStaticIPAssignmentSettingData", staticPath(), 1},
         {"ZT_Marovelton_IPAssignmentSettingData", assignmentPath(), -1},
     };
-    for (const auto &end : ends)
-        for (const int mode : {0, 1, 2})
+    for (const auto &end : ends) {
+        for (const int mode : {0, 1, 2}) {
             for (const bool fromLeft : {true, false}) {
                 SCOPED_TRACE(std::string(end.rightClass) + ", mode " + std::to_string(mode));
                 seam.remote.IPConfigurationMode = mode;
@@ -724,6 +727,8 @@ TEST_F(ElementSettingWalk, IsCurrentByTheMode)
                 EXPECT_CALLS(answer, {"GetRemoteManagementServerInfo()"});
                 EXPECT_NE(answer.trace.find("IP mode is " + std::to_string(mode) + "\n"), std::string::npos);
             }
+        }
+    }
 }
 
 TEST_F(ElementSettingWalk, TheSettingOfTheModeIsHandedOverOnce)
@@ -756,7 +761,7 @@ TEST_F(ElementSettingWalk, ReferenceNamesMatchTheAssociationItself)
 TEST_F(ElementSettingWalk, WithoutTheModeThereIsNothing)
 {
     seam.returns("GetRemoteManagementServerInfo", -1);
-    for (const char *className : {"ZT_Marovelton_ElementSettingData", "ZT_Marovelton_OrderedComponent"})
+    for (const char *className : {"ZT_Marovelton_ElementSettingData", "ZT_Marovelton_OrderedComponent"}) {
         for (const auto &[inst, associators] :
              {std::pair(1, 1), std::pair(0, 1), std::pair(1, 0), std::pair(0, 0)}) {
             Association association = settings;
@@ -766,6 +771,7 @@ TEST_F(ElementSettingWalk, WithoutTheModeThereIsNothing)
             EXPECT_EQ(answer.returned.size(), 0u);
             EXPECT_EQ(answer.upCalls.size(), 0u);
         }
+    }
 }
 
 TEST_F(ElementSettingWalk, FailsAsTheEngineDoes)
@@ -836,15 +842,21 @@ struct NetworkAssociations : testing::TestWithParam<NetworkAssociation> {
     std::vector<std::pair<Path, Path>> pairs() const
     {
         std::vector<std::string> rightClasses;
-        for (const Path &right : it.right)
-            if (rightClasses.empty() || rightClasses.back() != right.className)
+        for (const Path &right : it.right) {
+            if (rightClasses.empty() || rightClasses.back() != right.className) {
                 rightClasses.push_back(right.className);
+            }
+        }
         std::vector<std::pair<Path, Path>> all;
-        for (const std::string &rightClass : rightClasses)
-            for (const Path &left : it.left)
-                for (const Path &right : it.right)
-                    if (right.className == rightClass)
+        for (const std::string &rightClass : rightClasses) {
+            for (const Path &left : it.left) {
+                for (const Path &right : it.right) {
+                    if (right.className == rightClass) {
                         all.emplace_back(left, right);
+                    }
+                }
+            }
+        }
         return all;
     }
     const NetworkAssociation &it = GetParam();
@@ -908,8 +920,9 @@ TEST_P(NetworkAssociations, Filters)
     const Path left = it.left.back();
     const Path right = it.right.back();
     for (const auto operation : {associators, associatorNames, references}) {
-        for (const char *filter : {it.tested->name, "CIM_Association"})
+        for (const char *filter : {it.tested->name, "CIM_Association"}) {
             EXPECT_GT(operation(*it.tested, left, {.associationClass = filter}).returned.size(), 0u);
+        }
         expectEmptySuccess(operation(*it.tested, left, {.associationClass = "CIM_Component"}));
         EXPECT_GT(operation(*it.tested, left, {.role = it.refLeft}).returned.size(), 0u);
         EXPECT_GT(operation(*it.tested, right, {.role = it.refRight}).returned.size(), 0u);
@@ -936,13 +949,16 @@ TEST_P(NetworkAssociations, Torture)
     const Path target =
         associationPath(it.tested->name, it.refLeft, it.left.back(), it.refRight, it.right.back());
     checkTorture([&] { return get(*it.tested, target); }, torture);
-    for (const char *function : {"classPathIsA", "newObjectPath", "getClassName"})
+    for (const char *function : {"classPathIsA", "newObjectPath", "getClassName"}) {
         torture.harmless.push_back(function);
-    for (const auto operation : {associators, associatorNames, references, referenceNames})
-        for (const Path &source : {it.left.back(), it.right.back()})
+    }
+    for (const auto operation : {associators, associatorNames, references, referenceNames}) {
+        for (const Path &source : {it.left.back(), it.right.back()}) {
             checkTorture(
                 [&] { return operation(*it.tested, source, {.associationClass = "CIM_Association"}); },
                 torture);
+        }
+    }
 }
 
 // ---- ProvidesEndpoint ----
@@ -972,8 +988,9 @@ TEST(ProvidesEndpointAssociation, AnEndpointFindsItsServices)
     EXPECT_EQ(associatorNames(ProvidesEndpoint, endpointPath("IPv4_eth0")).paths(),
               (std::vector<Path>{remoteServicePath(), wsServicePath()}));
     EXPECT_EQ(references(ProvidesEndpoint, endpointPath("IPv4_eth0")).instances().size(), 2u);
-    for (const auto operation : {associators, associatorNames, references})
+    for (const auto operation : {associators, associatorNames, references}) {
         expectEmptySuccess(operation(ProvidesEndpoint, endpointPath("IPv4_lo"), {}));
+    }
 }
 
 TEST(ProvidesEndpointAssociation, ReferenceNamesFailAtTheFirstCandidate)
@@ -1003,8 +1020,9 @@ TEST(SAPSAPDependencyAssociation, TheManagementEndpointOnly)
     EXPECT_EQ(references(SAPSAPDependency, connectionPath()).instance(), expected);
     EXPECT_EQ(references(SAPSAPDependency, endpointPath("IPv4_eth0")).instance(), expected);
     EXPECT_EQ(associatorNames(SAPSAPDependency, endpointPath("IPv4_eth0")).path(), connectionPath());
-    for (const auto operation : {associators, associatorNames, references})
+    for (const auto operation : {associators, associatorNames, references}) {
         expectEmptySuccess(operation(SAPSAPDependency, endpointPath("IPv4_lo"), {}));
+    }
     expectFailure(referenceNames(SAPSAPDependency, connectionPath()), CMPI_RC_ERR_FAILED,
                   "Could not get key of instance.");
 }
@@ -1140,13 +1158,15 @@ TEST_F(ElementSettingDataAssociation, EverySettingInOrder)
         associators(ElementSettingData, connectionPath()).instances(),
         (std::vector<Instance>{objectAt(assignmentPath()), objectAt(dhcpPath()), objectAt(staticPath())}));
     std::vector<Path> names;
-    for (const Path &setting : settingPaths)
+    for (const Path &setting : settingPaths) {
         names.push_back(associationPath("ZT_Marovelton_ElementSettingData", "ManagedElement",
                                         connectionPath(), "SettingData", setting));
+    }
     EXPECT_EQ(referenceNames(ElementSettingData, connectionPath()).paths(), names);
     EXPECT_EQ(enumerateNames(ElementSettingData, path("ZT_Marovelton_ElementSettingData")).paths(), names);
-    for (const Path &setting : settingPaths)
+    for (const Path &setting : settingPaths) {
         EXPECT_EQ(associatorNames(ElementSettingData, setting).path(), connectionPath());
+    }
     const Answer one = associatorNames(ElementSettingData, connectionPath(),
                                        {.resultClass = "ZT_Marovelton_DHCPSettingData",
                                         .role = "managedelement",
@@ -1158,8 +1178,9 @@ TEST_F(ElementSettingDataAssociation, EverySettingInOrder)
 TEST_F(ElementSettingDataAssociation, WithoutTheMode)
 {
     seam.returns("GetRemoteManagementServerInfo", -1);
-    for (const auto operation : {associators, associatorNames, references, referenceNames})
+    for (const auto operation : {associators, associatorNames, references, referenceNames}) {
         expectEmptySuccess(operation(ElementSettingData, connectionPath(), {}));
+    }
     for (const auto operation : {enumerate, enumerateNames}) {
         const Answer answer = operation(ElementSettingData, path("ZT_Marovelton_ElementSettingData"));
         EXPECT_STATUS(answer, CMPI_RC_ERR_FAILED, "Failed to get remote management info.");
@@ -1210,8 +1231,10 @@ TEST_F(ElementSettingDataAssociation, Torture)
     checkTorture([&] { return enumerateNames(ElementSettingData, path("ZT_Marovelton_ElementSettingData")); },
                  torture);
     for (const char *function :
-         {"classPathIsA", "newObjectPath", "getClassName", "GetRemoteManagementServerInfo"})
+         {"classPathIsA", "newObjectPath", "getClassName", "GetRemoteManagementServerInfo"}) {
         torture.harmless.push_back(function);
-    for (const auto operation : {associators, associatorNames, references, referenceNames})
+    }
+    for (const auto operation : {associators, associatorNames, references, referenceNames}) {
         checkTorture([&] { return operation(ElementSettingData, connectionPath(), {}); }, torture);
+    }
 }

@@ -61,8 +61,9 @@ Dynamic dynamicSymbols(const char *file)
         return symbols;
     }
     unsigned char block[65536];
-    for (size_t got; (got = fread(block, 1, sizeof block, stream)) > 0;)
+    for (size_t got; (got = fread(block, 1, sizeof block, stream)) > 0;) {
         bytes.insert(bytes.end(), block, block + got);
+    }
     fclose(stream);
 
     const auto at = [&bytes]<typename Record>(Record *record, size_t offset) {
@@ -74,18 +75,21 @@ Dynamic dynamicSymbols(const char *file)
         return true;
     };
     ElfW(Ehdr) header;
-    if (!at(&header, 0))
+    if (!at(&header, 0)) {
         return symbols;
+    }
     for (size_t i = 0; i < header.e_shnum; ++i) {
         ElfW(Shdr) section;
         ElfW(Shdr) names;
         if (!at(&section, header.e_shoff + i * header.e_shentsize) || section.sh_type != SHT_DYNSYM ||
-            !at(&names, header.e_shoff + section.sh_link * header.e_shentsize))
+            !at(&names, header.e_shoff + section.sh_link * header.e_shentsize)) {
             continue;
+        }
         for (size_t offset = 0; offset < section.sh_size; offset += section.sh_entsize) {
             ElfW(Sym) symbol;
-            if (!at(&symbol, section.sh_offset + offset) || symbol.st_name == 0)
+            if (!at(&symbol, section.sh_offset + offset) || symbol.st_name == 0) {
                 continue;
+            }
             const char *name =
                 reinterpret_cast<const char *>(bytes.data()) + names.sh_offset + symbol.st_name;
             (symbol.st_shndx == SHN_UNDEF ? symbols.imported : symbols.exported).insert(name);
@@ -96,9 +100,11 @@ Dynamic dynamicSymbols(const char *file)
 
 bool isOfTheEngine(const std::string &name)
 {
-    for (const char *part : {"assoc_", "match_instance", "get_instance_from_key"})
-        if (name.find(part) != std::string::npos)
+    for (const char *part : {"assoc_", "match_instance", "get_instance_from_key"}) {
+        if (name.find(part) != std::string::npos) {
             return true;
+        }
+    }
     return false;
 }
 
@@ -151,8 +157,9 @@ TEST(ForeignEngine, TheForeignLibraryHasTheNamesAndOursDoesNot)
     const Dynamic foreign = dynamicSymbols(FOREIGN_LIBRARY);
     EXPECT_TRUE(foreign.exported.contains("_assoc_create_refs_1toN"));
     size_t foreignNames = 0;
-    for (const std::string &name : foreign.exported)
+    for (const std::string &name : foreign.exported) {
         foreignNames += isOfTheEngine(name);
+    }
     EXPECT_EQ(foreignNames, 20u);
 
     const Dynamic ours = dynamicSymbols(DISPLAY_MANAGEMENT_LIBRARY);
@@ -164,8 +171,9 @@ TEST(ForeignEngine, TheForeignLibraryHasTheNamesAndOursDoesNot)
                      name.ends_with("_Create_AssociationMI")))
             << name << " is exported and no factory";
     }
-    for (const std::string &name : ours.imported)
+    for (const std::string &name : ours.imported) {
         EXPECT_FALSE(isOfTheEngine(name)) << name << " is looked up";
+    }
     for (const char *name :
          {"TestPattern", "PIPFunctionality", "OnScreenDisplay", "Management", "InputSource",
           "ImageAdjustmentModel", "ColorModel", "Button", "SystemDevice", "ElementSettingData",

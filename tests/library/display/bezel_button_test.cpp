@@ -215,9 +215,10 @@ TEST(BezelButton, BrightnessIsEven)
             EXPECT_EQ(answer.calls.size(), 1u) << "the range is checked before, nothing else is done";
         }
     }
-    for (const char *odd : {"21", "-1"})
+    for (const char *odd : {"21", "-1"}) {
         EXPECT_METHOD(setBrightness(odd), uint32(2), CMPI_RC_ERR_INVALID_PARAMETER,
                       "Invalid input value range. Valid values are between 0 and 20.");
+    }
 }
 
 TEST(BezelButton, ColorThreeIsRefused)
@@ -262,8 +263,9 @@ const std::vector<Entry> goodCalls = {
 
 TEST(BezelButton, EverybodyMayCallTheMethods)
 {
-    for (const auto &[method, argument] : goodCalls)
+    for (const auto &[method, argument] : goodCalls) {
         checkNoAdministratorNeeded(BezelButton, target(), method, {{argument.text, "0"}});
+    }
 }
 
 TEST(BezelButton, MethodsSurviveEveryFailure)

@@ -80,8 +80,9 @@ TEST(ColorSpace, NamesItsFunctionTables)
 TEST(ColorSpace, EnumeratesSevenPathsInOrder)
 {
     std::vector<Path> expected;
-    for (const std::string &identifier : identifiers())
+    for (const std::string &identifier : identifiers()) {
         expected.push_back(presetPath(identifier));
+    }
     // Names need nothing of the monitor.
     checkPaths(ColorSpace, expected);
 }
@@ -170,14 +171,16 @@ TEST(ColorSpace, ShowsWhichPresetIsActive)
 {
     for (int active = 0; active < 7; ++active) {
         seam.registers[{1, 0}] = std::to_string(active);
-        for (int i = 0; i < 7; ++i)
+        for (int i = 0; i < 7; ++i) {
             EXPECT_EQ(*readPreset(identifiers()[static_cast<size_t>(i)]).find("Active"),
                       boolean(i == active));
+        }
     }
     for (const char *none : {"7", "-1", "10", "2147483648"}) {
         seam.registers[{1, 0}] = none;
-        for (const std::string &identifier : identifiers())
+        for (const std::string &identifier : identifiers()) {
             EXPECT_EQ(*readPreset(identifier).find("Active"), boolean(0)) << none;
+        }
     }
 }
 
@@ -483,10 +486,11 @@ TEST(ColorSpace, RefusesLuminancesByTheirText)
         EXPECT_METHOD(answer, uint32(2), CMPI_RC_ERR_INVALID_PARAMETER, row.message) << row.luminance;
         EXPECT_SENT(answer, {});
     }
-    for (const char *luminance : {"48", "250", "+100", " 100", "0100"})
+    for (const char *luminance : {"48", "250", "+100", " 100", "0100"}) {
         EXPECT_METHOD(invoke(ColorSpace, activePreset(), "SetDisplayLuminance", {{"Luminance", luminance}}),
                       uint32(0), CMPI_RC_OK, "")
             << luminance;
+    }
 }
 
 TEST(ColorSpace, RefusesTheLuminanceOfAnInactivePresetWhateverItsContent)

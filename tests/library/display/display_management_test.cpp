@@ -231,10 +231,11 @@ TEST(DisplayManagement, AnswersUnknownMethodsWithTheirName)
 TEST(DisplayManagement, NeedsAnAdministratorForTheCalibrationSwitchAlone)
 {
     for (const Switch &row : switches) {
-        if (row.administrator)
+        if (row.administrator) {
             checkAdministratorOnly(DisplayManagement, target(), row.method, {{row.argument, "1"}});
-        else
+        } else {
             checkNoAdministratorNeeded(DisplayManagement, target(), row.method, {{row.argument, "1"}});
+        }
     }
 }
 
@@ -312,17 +313,20 @@ TEST(DisplayManagement, AcceptsSwitchWordsInAnyLetterCase)
 TEST(DisplayManagement, TakesNumbersOnlyForDisplayPort)
 {
     for (const Switch &row : switches) {
-        if (row.kind != ArgumentIs::wholeDecimal)
+        if (row.kind != ArgumentIs::wholeDecimal) {
             continue;
+        }
         SCOPED_TRACE(row.method);
-        for (const char *text : {"true", "false", "TRUE", "1x", "1 ", "0.0", "x"})
+        for (const char *text : {"true", "false", "TRUE", "1x", "1 ", "0.0", "x"}) {
             EXPECT_METHOD(invoke(DisplayManagement, target(), row.method, {{row.argument, text}}), uint32(2),
                           CMPI_RC_ERR_INVALID_PARAMETER, "Invalid parameter.")
                 << text;
-        for (const char *text : {"2", "-1", "10"})
+        }
+        for (const char *text : {"2", "-1", "10"}) {
             EXPECT_METHOD(invoke(DisplayManagement, target(), row.method, {{row.argument, text}}), uint32(2),
                           CMPI_RC_ERR_INVALID_PARAMETER, row.range)
                 << text;
+        }
     }
     const Answer answer = invoke(DisplayManagement, target(), "SetDisplayPortComapatibility",
                                  {{"DisplayPortComapatibility", "1"}});
@@ -333,14 +337,16 @@ TEST(DisplayManagement, TakesNumbersOnlyForDisplayPort)
 TEST(DisplayManagement, RefusesOtherTextsForSwitches)
 {
     for (const Switch &row : switches) {
-        if (row.kind != ArgumentIs::toggle)
+        if (row.kind != ArgumentIs::toggle) {
             continue;
+        }
         SCOPED_TRACE(row.method);
-        for (const char *text : {"yes", "2", "-1", "01", " 1", "1 ", "true ", "on"})
+        for (const char *text : {"yes", "2", "-1", "01", " 1", "1 ", "true ", "on"}) {
             EXPECT_METHOD(
                 invoke(DisplayManagement, target(), row.method, {{row.argument, text}}, userOf(row)),
                 uint32(2), CMPI_RC_ERR_INVALID_PARAMETER, "Invalid parameter.")
                 << text;
+        }
     }
 }
 
@@ -361,8 +367,9 @@ TEST(DisplayManagement, ReportsABusyEngine)
 TEST(DisplayManagement, SurvivesEveryFailure)
 {
     checkTortureOfReads(DisplayManagement, target());
-    for (const Switch &row : switches)
+    for (const Switch &row : switches) {
         checkTorture([&] {
             return invoke(DisplayManagement, target(), row.method, {{row.argument, "1"}}, userOf(row));
         });
+    }
 }

@@ -146,11 +146,13 @@ TEST(FunctionButton, GetInstanceGivesTheButtonThatIsAskedFor)
 
 TEST(FunctionButton, GetInstanceChecksTheKey)
 {
-    for (const char *identifier : identifiers)
+    for (const char *identifier : identifiers) {
         checkKeysOfGetInstance(FunctionButton, button(identifier), instanceIDOfReads());
-    for (const char *number : {"0", "5", "11"})
+    }
+    for (const char *number : {"0", "5", "11"}) {
         EXPECT_STATUS(get(FunctionButton, button(std::string("ZT:Marovelton_FunctionButton:") + number)),
                       CMPI_RC_ERR_NOT_FOUND, "This class name does not exist (wrong InstanceID).");
+    }
 }
 
 TEST(FunctionButton, EnumerationsStopAtTheFirstFailure)
@@ -214,7 +216,7 @@ TEST(FunctionButton, SetSettingWritesTheButtonsOwnRegister)
                                 "01 00 00 00 03 00 07 00 00 01 07 00 74 00 11 00 ...",
                                 "01 00 00 00 03 00 07 00 00 01 07 00 75 00 11 00 ...",
                                 "01 00 00 00 03 00 07 00 00 01 07 00 76 00 11 00 ..."};
-    for (size_t i = 0; i < 4; ++i)
+    for (size_t i = 0; i < 4; ++i) {
         checkSettingMethod({.tested = &FunctionButton,
                             .target = button(identifiers[i]),
                             .method = "SetSetting",
@@ -226,6 +228,7 @@ TEST(FunctionButton, SetSettingWritesTheButtonsOwnRegister)
                             .steps = {.reply = "Failed to set the value to button setting."},
                             .sentAtMin = first[i],
                             .sentAtMax = last[i]});
+    }
 }
 
 TEST(FunctionButton, SettingsZeroAndEighteenAreRefused)
@@ -253,9 +256,10 @@ TEST(FunctionButton, AnUnknownButtonIsAFailureOfSetSetting)
 
 TEST(FunctionButton, SetSettingChecksTheKey)
 {
-    for (const char *identifier : identifiers)
+    for (const char *identifier : identifiers) {
         checkKeysOfMethod(FunctionButton, button(identifier), "SetSetting", {{"Setting", "1"}}, noUser(),
                           instanceIDOfMethods(1, CMPI_RC_ERR_FAILED));
+    }
 }
 
 // ---- the dispatcher ----

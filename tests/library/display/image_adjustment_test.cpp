@@ -334,12 +334,14 @@ TEST(ImageAdjustment, ChecksTheTargetOfAMethod)
         checkOtherClass(picture, target(), setting.method, argumentsOf(setting), userOf(setting),
                         CMPI_RC_ERR_NOT_FOUND, "Invalid class name", uint32(2));
     }
-    for (const MethodOf4K &row : methodsOf4K)
+    for (const MethodOf4K &row : methodsOf4K) {
         checkKeysOfMethod(picture, target(), row.method, row.arguments, noUser(), keys);
+    }
     // Those that are always refused check it too.
-    for (const char *method : {"Set4KDisplayMode", "SetShow4KPositionOverlay", "NoSuchMethod"})
+    for (const char *method : {"Set4KDisplayMode", "SetShow4KPositionOverlay", "NoSuchMethod"}) {
         EXPECT_METHOD(invoke(picture, target().without("InstanceID"), method), uint32(2),
                       CMPI_RC_ERR_NOT_FOUND, "Invalid selector(Could not get InstanceID of instance.)");
+    }
 }
 
 TEST(ImageAdjustment, AnswersUnknownMethodsWithTheirName)
@@ -355,18 +357,22 @@ TEST(ImageAdjustment, NeedsAnAdministratorForTwoSwitches)
     checkAdministratorOnly(picture, target(), "SetDeinterlacerEnabled", {{"DeinterlacerEnabled", "true"}});
     checkAdministratorOnly(picture, target(), "SetCadenceDetectionEnabled",
                            {{"CadenceDetectionEnabled", "true"}});
-    for (const Setting &setting : settings)
-        if (!setting.administrator)
+    for (const Setting &setting : settings) {
+        if (!setting.administrator) {
             checkNoAdministratorNeeded(picture, target(), setting.method, argumentsOf(setting));
-    for (const MethodOf4K &row : methodsOf4K)
+        }
+    }
+    for (const MethodOf4K &row : methodsOf4K) {
         checkNoAdministratorNeeded(picture, target(), row.method, row.arguments);
+    }
 }
 
 TEST(ImageAdjustment, ChecksTheUserBeforeTheArgument)
 {
     for (const Setting &setting : settings) {
-        if (!setting.administrator)
+        if (!setting.administrator) {
             continue;
+        }
         EXPECT_METHOD(invoke(picture, target(), setting.method, {}, "operator"), uint32(2),
                       CMPI_RC_ERR_ACCESS_DENIED, "Operation not allowed for non-admin user credentials");
         EXPECT_METHOD(invoke(picture, target(), setting.method, {}, "admin"), uint32(2),
@@ -416,7 +422,7 @@ TEST(ImageAdjustment, SendsBothCoordinatesInOneMessage)
 
 TEST(ImageAdjustment, ReadsAndSendsEverySetting)
 {
-    for (const Setting &setting : settings)
+    for (const Setting &setting : settings) {
         checkSettingMethod({.tested = &picture,
                             .target = target(),
                             .method = setting.method,
@@ -430,6 +436,7 @@ TEST(ImageAdjustment, ReadsAndSendsEverySetting)
                             .sentAtMin = setting.sentAtMin,
                             .sentAtMax = setting.sentAtMax,
                             .administrator = setting.administrator});
+    }
 }
 
 TEST(ImageAdjustment, ChecksTheRangeOfEverySetting)
@@ -449,14 +456,16 @@ TEST(ImageAdjustment, ChecksTheRangeOfEverySetting)
 
 TEST(ImageAdjustment, AcceptsTheTextsOfASwitch)
 {
-    for (const char *text : {"TRUE", "False", "1", "0", "true"})
+    for (const char *text : {"TRUE", "False", "1", "0", "true"}) {
         EXPECT_METHOD(invoke(picture, target(), "SetOverscanFrame", {{"OverscanFrame", text}}), uint32(0),
                       CMPI_RC_OK, "")
             << text;
-    for (const char *text : {"yes", " 1"})
+    }
+    for (const char *text : {"yes", " 1"}) {
         EXPECT_METHOD(invoke(picture, target(), "SetOverscanFrame", {{"OverscanFrame", text}}), uint32(2),
                       CMPI_RC_ERR_INVALID_PARAMETER, "Invalid parameter.")
             << text;
+    }
 }
 
 TEST(ImageAdjustment, AcceptsOpacitiesFrom25To100)
@@ -464,9 +473,10 @@ TEST(ImageAdjustment, AcceptsOpacitiesFrom25To100)
     const auto set = [](const char *opacity) {
         return invoke(picture, target(), "SetCroppedRegionOpacity", {{"CroppedRegionOpacity", opacity}});
     };
-    for (const char *outside : {"24", "101"})
+    for (const char *outside : {"24", "101"}) {
         EXPECT_METHOD(set(outside), uint32(2), CMPI_RC_ERR_INVALID_PARAMETER,
                       "Invalid input value range. Valid values are between 25 and 100.");
+    }
     const Answer least = set("25");
     EXPECT_METHOD(least, uint32(0), CMPI_RC_OK, "");
     EXPECT_SENT(least, {"01 00 00 00 03 00 07 00 00 01 02 00 22 00 19 00 ..."});
@@ -671,10 +681,11 @@ TEST(ImageAdjustment, ReadsTheSourceScalingBeforeTheRefreshAndChecksItsRangeLast
     const Answer malformed = set({{"SourceScaling4K", "3x"}});
     EXPECT_METHOD(malformed, uint32(2), CMPI_RC_ERR_INVALID_PARAMETER, "Invalid parameter.");
     EXPECT_CALLS(malformed, {});
-    for (const char *scaling : {"0", "3", "4", "-1", "99"})
+    for (const char *scaling : {"0", "3", "4", "-1", "99"}) {
         EXPECT_METHOD(set({{"SourceScaling4K", scaling}}), uint32(2), CMPI_RC_ERR_NOT_SUPPORTED,
                       scalingRefused)
             << scaling;
+    }
     source(3840, 2160);
     const Answer outside = set({{"SourceScaling4K", "4"}});
     EXPECT_METHOD(outside, uint32(2), CMPI_RC_ERR_INVALID_PARAMETER,
@@ -838,11 +849,13 @@ TEST(ImageAdjustment, ChecksOneCoordinateAfterTheOther)
 TEST(ImageAdjustment, SurvivesEveryFailure)
 {
     checkTortureOfReads(picture, target());
-    for (const Setting &setting : settings)
+    for (const Setting &setting : settings) {
         checkTorture(
             [&] { return invoke(picture, target(), setting.method, argumentsOf(setting), userOf(setting)); });
-    for (const MethodOf4K &row : methodsOf4K)
+    }
+    for (const MethodOf4K &row : methodsOf4K) {
         checkTorture([&] { return invoke(picture, target(), row.method, row.arguments); });
+    }
     checkTorture([&] { return invoke(picture, target(), "Set4KDisplayMode", {{"DisplayMode4K", "1"}}); });
     checkTorture([&] { return invoke(picture, target(), "SetShow4KPositionOverlay"); });
 }

@@ -213,13 +213,15 @@ TEST(Monitor, ReadsRefreshTwoGroupsFirst)
         const Answer answer = read.run();
         EXPECT_SENT(answer, {refreshOfIdentity, refreshOfImage});
         std::vector<std::string> calls;
-        if (std::string(read.name) == "GetInstance")
+        if (std::string(read.name) == "GetInstance") {
             calls.push_back("GetMoinitorInfo()");
+        }
         calls.insert(calls.end(), refresh.begin(), refresh.end());
         calls.insert(calls.end(), refresh.begin(), refresh.end());
         calls.push_back("GetMoinitorInfo()");
-        if (std::string(read.name) != "EnumInstanceNames")
+        if (std::string(read.name) != "EnumInstanceNames") {
             calls.push_back("GetImageAdjustmentInfo()");
+        }
         EXPECT_EQ(answer.calls, calls);
     }
 }
@@ -275,7 +277,7 @@ TEST(Monitor, GetInstanceBuildFailures)
     seam.returns("GetImageAdjustmentInfo", -1);
     EXPECT_STATUS(get(Monitor, monitorPath()), CMPI_RC_ERR_FAILED, "Couldn't build instance");
     seam.reset();
-    for (const char *function : {"newObjectPath", "newInstance"})
+    for (const char *function : {"newObjectPath", "newInstance"}) {
         for (const Fault fault : everyFlaw) {
             faults.arm(function, 1, fault);
             const Answer answer = get(Monitor, monitorPath());
@@ -283,6 +285,7 @@ TEST(Monitor, GetInstanceBuildFailures)
             EXPECT_STATUS(answer, CMPI_RC_ERR_FAILED, "Couldn't build instance");
             EXPECT_EQ(answer.returned.size(), 0u);
         }
+    }
 }
 
 TEST(Monitor, BuildersThemselves)
@@ -375,8 +378,9 @@ TEST(Monitor, TheKeysComeBeforeTheRights)
 
 TEST(Monitor, MethodsDoNotLookAtTheDeviceID)
 {
-    for (const Path &target : {monitorPath().without("DeviceID"), monitorPath().with("DeviceID", "other")})
+    for (const Path &target : {monitorPath().without("DeviceID"), monitorPath().with("DeviceID", "other")}) {
         EXPECT_METHOD(invoke(Monitor, target, "FactoryReset"), succeeded, CMPI_RC_OK, "");
+    }
 }
 
 TEST(Monitor, MethodsNeedTheMonitorsRecord)
@@ -445,8 +449,9 @@ TEST(Monitor, StoredTexts)
             EXPECT_METHOD(answer, succeeded, CMPI_RC_OK, "");
             EXPECT_SENT(answer, {});
             std::vector<std::string> calls = {"GetMoinitorInfo()", "IsAdminUser(admin)"};
-            if (each.validate)
+            if (each.validate) {
                 calls.push_back(withArgument(each.validate, text));
+            }
             calls.push_back(withArgument(each.update, text));
             EXPECT_EQ(answer.calls, calls);
         }
@@ -455,21 +460,24 @@ TEST(Monitor, StoredTexts)
 
 TEST(Monitor, StoredTextsAreForAdministrators)
 {
-    for (const Store &each : stores)
+    for (const Store &each : stores) {
         checkAdministratorOnly(Monitor, monitorPath(), each.method, {{each.argument, each.good}});
+    }
 }
 
 TEST(Monitor, StoredTextsHaveToBeThere)
 {
-    for (const Store &each : stores)
+    for (const Store &each : stores) {
         checkStringArgument(Monitor, monitorPath(), each.method, each.argument, each.missing, {}, "admin");
+    }
 }
 
 TEST(Monitor, StoredTextsThatAreRefused)
 {
     for (const Store &each : stores) {
-        if (!each.validate)
+        if (!each.validate) {
             continue;
+        }
         for (const int result : {-1, 1, 80000011}) {
             SCOPED_TRACE(each.method);
             seam.returns(each.validate, result);
@@ -482,7 +490,7 @@ TEST(Monitor, StoredTextsThatAreRefused)
 
 TEST(Monitor, StoresThatFail)
 {
-    for (const Store &each : stores)
+    for (const Store &each : stores) {
         for (const int result : {-1, 1, 80000000}) {
             SCOPED_TRACE(each.method);
             seam.reset();
@@ -493,6 +501,7 @@ TEST(Monitor, StoresThatFail)
                 EXPECT_METHOD(store(each, each.good), failed, CMPI_RC_ERR_FAILED, "Failed to update.");
             }
         }
+    }
 }
 
 TEST(Monitor, StoringFunctionsThemselves)
@@ -514,8 +523,9 @@ TEST(Monitor, StoringFunctionsThemselves)
 TEST(Monitor, StoresDoNotAskTheEngine)
 {
     seam.status = BUSY;
-    for (const Store &each : stores)
+    for (const Store &each : stores) {
         EXPECT_METHOD(store(each, each.good), succeeded, CMPI_RC_OK, "");
+    }
 }
 
 // ---- methods: settings of the engine ----
@@ -557,11 +567,12 @@ TEST(Monitor, SetRecalibrationAlarmDuration)
     });
     checkAdministratorOnly(Monitor, monitorPath(), "SetRecalibrationAlarmDuration",
                            {{"RecalibrationAlarmDuration", "500"}});
-    for (const char *text : {"0", "1001", "none", "-1"})
+    for (const char *text : {"0", "1001", "none", "-1"}) {
         EXPECT_METHOD(invoke(Monitor, monitorPath(), "SetRecalibrationAlarmDuration",
                              {{"RecalibrationAlarmDuration", text}}, "admin"),
                       failed, CMPI_RC_ERR_INVALID_PARAMETER,
                       "Invalid input value range. Valid values are between 1 and 1000.");
+    }
 }
 
 TEST(Monitor, SetRecalibrationAlarmDurationAsksForTheRange)

@@ -81,8 +81,9 @@ TEST(OSDMenuAndMessages, EachPropertyHasItsOwnField)
         seam.osd.*fields[i] = 1;
         const Instance found = get(OSDMenuAndMessages, target()).instance();
         for (const char *name : switches) {
-            if (!name)
+            if (!name) {
                 continue;
+            }
             EXPECT_EQ(*found.find(name), boolean(name == switches[i])) << name << ", field " << i;
         }
     }
@@ -197,8 +198,9 @@ TEST(OSDMenuAndMessages, SettingsSendTheLow16Bits)
         {SetShowInfoWhenPoweredOnState, "01 00 00 00 03 00 07 00 00 01 06 00 64 00 45 23 ..."},
         {setDisplayRotation, "01 00 00 00 03 00 07 00 00 01 06 00 6E 00 45 23 ..."},
     };
-    for (const auto &[setter, golden] : settings)
+    for (const auto &[setter, golden] : settings) {
         EXPECT_SENT(call([setter = setter](char *text) { return setter(0x12345, text); }), {golden});
+    }
     EXPECT_SENT(call([](char *text) { return SetOSDPosition(-1, 0x12345, text); }),
                 {"01 00 00 00 03 00 07 00 00 02 06 00 69 00 FF FF 00 00 00 6A 00 45 23 ..."});
 }
@@ -306,11 +308,13 @@ TEST(OSDMenuAndMessages, TimeOutEndsAtFiveAndThirtySeconds)
         return invoke(OSDMenuAndMessages, target(), "SetMenuAndMessageTimeOut",
                       {{"MenuAndMessageTimeOut", seconds}});
     };
-    for (const char *seconds : {"4", "31"})
+    for (const char *seconds : {"4", "31"}) {
         EXPECT_METHOD(set(seconds), uint8(2), CMPI_RC_ERR_INVALID_PARAMETER,
                       "Invalid input value range. Valid values are between 5 and 30.");
-    for (const char *seconds : {"5", "30"})
+    }
+    for (const char *seconds : {"5", "30"}) {
         EXPECT_METHOD(set(seconds), uint8(0), CMPI_RC_OK, "");
+    }
 }
 
 TEST(OSDMenuAndMessages, NoMethodRefreshesFirst)
@@ -598,9 +602,10 @@ const char *goodValue(const std::string &method)
 
 TEST(OSDMenuAndMessages, EverybodyMayCallTheMethods)
 {
-    for (const auto &[method, argument] : goodCalls)
+    for (const auto &[method, argument] : goodCalls) {
         checkNoAdministratorNeeded(OSDMenuAndMessages, target(), method, {{argument.text, goodValue(method)}},
                                    CMPI_uint8);
+    }
     checkNoAdministratorNeeded(OSDMenuAndMessages, target(), "SetOSDPosition",
                                {{"OSDPositionX", "1"}, {"OSDPositionY", "1"}}, CMPI_uint8);
 }

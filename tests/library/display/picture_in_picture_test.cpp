@@ -377,10 +377,11 @@ TEST(PictureInPicture, MethodsAreRefusedInModesThatDoNotHaveTheirPicture)
         sends("1");
         sends("3");
         sends("-1");
-        if (method.refusedBesideThePicture)
+        if (method.refusedBesideThePicture) {
             refuses("2");
-        else
+        } else {
             sends("2");
+        }
 
         SCOPED_TRACE("a mode that cannot be read");
         for (const int result : {-1, 1}) {
@@ -695,11 +696,12 @@ TEST(PictureInPicture, DigitalCinemaLooksAtTheResolutionBeforeTheRange)
 {
     liveMode("1");
     liveResolution("3840", "2160");
-    for (const char *option : {"1", "3", "-1"})
+    for (const char *option : {"1", "3", "-1"}) {
         EXPECT_METHOD(
             invoke(PictureInPicture, target(), "SetDigitalCinemaOption", {{"DigitalCinemaOption", option}}),
             uint32(2), CMPI_RC_ERR_NOT_SUPPORTED,
             "PIP active resolution does not support DCI. Unable to set the value");
+    }
 }
 
 TEST(PictureInPicture, DigitalCinemaLooksAtTheModeBeforeTheResolution)
@@ -761,8 +763,9 @@ TEST(PictureInPicture, EverybodyMayCallTheMethods)
 {
     everythingIsPossible();
     checkNoAdministratorNeeded(PictureInPicture, target(), "SetPIPMode", {{"PIPMode", "1"}});
-    for (const ModalMethod &method : modalMethods())
+    for (const ModalMethod &method : modalMethods()) {
         checkNoAdministratorNeeded(PictureInPicture, target(), method.name, method.arguments);
+    }
 }
 
 TEST(PictureInPicture, MethodsSurviveEveryFailure)
@@ -772,8 +775,9 @@ TEST(PictureInPicture, MethodsSurviveEveryFailure)
         checkTorture([&] { return invoke(PictureInPicture, target(), name, arguments); },
                      {.prepare = everythingIsPossible});
     };
-    for (const ModalMethod &method : modalMethods())
+    for (const ModalMethod &method : modalMethods()) {
         survives(method.name, method.arguments);
+    }
     survives("SetPIPMode", {{"PIPMode", "1"}});
     survives("SetUseVideoLevels", {{"UseVideoLevels", "false"}});
 }

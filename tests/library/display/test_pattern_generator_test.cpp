@@ -231,16 +231,19 @@ TEST(TestPatternGenerator, SetRGBValueFailsWithTheStepsOfItsSend)
 
 TEST(TestPatternGenerator, MethodNamesMayHaveAnyLetterCase)
 {
-    for (const char *name : {"setenabled", "SETENABLED", "SetEnabled"})
+    for (const char *name : {"setenabled", "SETENABLED", "SetEnabled"}) {
         EXPECT_METHOD(invoke(TestPatternGenerator, target(), name, {{"Enabled", "true"}}), uint32(0),
                       CMPI_RC_OK, "");
-    for (const char *name : {"settestpattern", "SETTESTPATTERN"})
+    }
+    for (const char *name : {"settestpattern", "SETTESTPATTERN"}) {
         EXPECT_METHOD(invoke(TestPatternGenerator, target(), name, {{"TestPattern", "1"}}), uint32(0),
                       CMPI_RC_OK, "");
-    for (const char *name : {"setrgbvalue", "SETRGBVALUE"})
+    }
+    for (const char *name : {"setrgbvalue", "SETRGBVALUE"}) {
         EXPECT_METHOD(
             invoke(TestPatternGenerator, target(), name, {{"RValue", "1"}, {"GValue", "1"}, {"BValue", "1"}}),
             uint32(0), CMPI_RC_OK, "");
+    }
 }
 
 TEST(TestPatternGenerator, UnknownMethodsAreNotSupported)

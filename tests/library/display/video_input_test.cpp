@@ -152,10 +152,11 @@ TEST(VideoInput, OneInputIsSelectedOrNone)
     const auto selected = [](const std::string &text) {
         selectedInput(text);
         std::string found;
-        for (const Instance &each : enumerate(VideoInput, input(identifiers[0])).instances())
+        for (const Instance &each : enumerate(VideoInput, input(identifiers[0])).instances()) {
             found += *each.find("Selected") == boolean(1)   ? "1"
                      : *each.find("Selected") == boolean(0) ? "0"
                                                             : "?";
+        }
         return found;
     };
     EXPECT_EQ(selected("0"), "100");
@@ -166,8 +167,9 @@ TEST(VideoInput, OneInputIsSelectedOrNone)
     EXPECT_EQ(selected("258"), "000");
     EXPECT_EQ(selected("02"), "001");
     EXPECT_EQ(selected("2x"), "001");
-    for (const char *noNumber : {"", " ", "x"})
+    for (const char *noNumber : {"", " ", "x"}) {
         EXPECT_EQ(selected(noNumber), "100") << noNumber;
+    }
     EXPECT_EQ(selected(std::string(40, '2')), "000"); // full to its width, without a terminating zero
 }
 
@@ -178,8 +180,9 @@ TEST(VideoInput, EachInputHasItsOwnState)
         seam.pip.DP2State = second;
         seam.pip.HDMIState = third;
         std::vector<Value> found;
-        for (const Instance &each : enumerate(VideoInput, input(identifiers[0])).instances())
+        for (const Instance &each : enumerate(VideoInput, input(identifiers[0])).instances()) {
             found.push_back(*each.find("Active"));
+        }
         return found;
     };
     EXPECT_EQ(active(1, 0, 0), (std::vector<Value>{boolean(1), boolean(0), boolean(0)}));
@@ -213,8 +216,9 @@ TEST(VideoInput, GetInstanceChecksTheKey)
 {
     std::vector<KeyRule> rules = instanceIDOfReads();
     rules[0].wrongTrace = tracesOfValidation;
-    for (const char *identifier : identifiers)
+    for (const char *identifier : identifiers) {
         checkKeysOfGetInstance(VideoInput, input(identifier), rules);
+    }
     EXPECT_STATUS(get(VideoInput, input("ZT:Marovelton_VideoInput:4")), CMPI_RC_ERR_NOT_FOUND,
                   "This class name does not exist (wrong InstanceID).");
 }

@@ -153,9 +153,10 @@ TEST(Channel, OpacityGoesInStepsOf625)
         expectRefused(answer, opacityText);
         EXPECT_SENT(answer, {});
     }
-    for (const int value : {2499, 10001, 0, 625, 10625})
+    for (const int value : {2499, 10001, 0, 625, 10625}) {
         expectRefused(writeBatch({{OPACITY_VALUE, value}}, MENU_SETTINGS_ID),
                       "Invalid Opacity Value. Valid values are between 25 and 100.");
+    }
 }
 
 TEST(Channel, RefusedValueSendsNothing)
@@ -337,10 +338,12 @@ TEST(Channel, NumbersSaturate)
 
 TEST(Channel, WhollyDecimalTexts)
 {
-    for (const char *text : {"0", "9", "-1", "+1", " 12", "007", "4294967296", "99999999999999999999999"})
+    for (const char *text : {"0", "9", "-1", "+1", " 12", "007", "4294967296", "99999999999999999999999"}) {
         EXPECT_TRUE(isDecimal(text)) << text;
-    for (const char *text : {" ", "1 ", "1x", "x", "0x1F", "1f", "1.0", "-", "--1", "1\n"})
+    }
+    for (const char *text : {" ", "1 ", "1x", "x", "0x1F", "1f", "1.0", "-", "--1", "1\n"}) {
         EXPECT_FALSE(isDecimal(text)) << text;
+    }
 }
 
 TEST(Channel, CopiedTextsFitTheirBuffer)

@@ -22,8 +22,9 @@ struct Named {
 
 void expectNumbers(const std::vector<Named> &table)
 {
-    for (const Named &row : table)
+    for (const Named &row : table) {
         EXPECT_EQ(row.value, row.expected) << row.name;
+    }
 }
 
 } // namespace
@@ -240,8 +241,9 @@ TEST(Records, Registers)
     expectNumbers(table);
     EXPECT_EQ(table.size(), 131u);
     // The identifier travels in one byte.
-    for (const Named &row : table)
+    for (const Named &row : table) {
         EXPECT_TRUE(row.value >= 0 && row.value <= 255) << row.name;
+    }
 }
 
 // ---- layouts ----

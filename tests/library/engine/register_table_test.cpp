@@ -123,9 +123,11 @@ TEST(RegisterTable, AcceptsBothEndsOfEveryRange)
 
 TEST(RegisterTable, RefusesBeyondEitherEndWithTheText)
 {
-    for (const Row &row : rows)
-        for (const int value : {row.min - 1, row.max + 1, -1, INT_MAX, INT_MIN, 65536 + row.min, 32767})
+    for (const Row &row : rows) {
+        for (const int value : {row.min - 1, row.max + 1, -1, INT_MAX, INT_MIN, 65536 + row.min, 32767}) {
             expectRefused(row.id, value, row.text);
+        }
+    }
 }
 
 TEST(RegisterTable, AsksTheSupportLibraryWithTheBounds)
@@ -142,8 +144,9 @@ TEST(RegisterTable, RefusesWhateverTheRangeCheckRefuses)
 {
     for (const int result : {-1, 1, 80000011}) {
         seam.returns("ValidateInputArgs", result);
-        for (const Row &row : rows)
+        for (const Row &row : rows) {
             expectRefused(row.id, row.min, row.text);
+        }
         expectRefused(brightness, 4, brightnessRange);
         expectRefused(brightness, 5, brightnessOdd);
     }
@@ -152,20 +155,24 @@ TEST(RegisterTable, RefusesWhateverTheRangeCheckRefuses)
 TEST(RegisterTable, RefusesEveryOtherIdentifierWithoutAText)
 {
     std::set<int> listed = {brightness};
-    for (const Row &row : rows)
+    for (const Row &row : rows) {
         listed.insert(row.id);
+    }
     std::vector<int> others = {-1,  -2,    -128,       -256,    256,     256 + 26,
                                257, 65536, 65536 + 26, INT_MAX, INT_MIN, INT_MIN + 26};
-    for (int id = 0; id <= 255; ++id)
-        if (!listed.contains(id))
+    for (int id = 0; id <= 255; ++id) {
+        if (!listed.contains(id)) {
             others.push_back(id);
-    for (const int id : others)
+        }
+    }
+    for (const int id : others) {
         for (const int value : {0, 1, 2, 50, 200, 2500, -1, INT_MAX, INT_MIN}) {
             const SetterAnswer answer = validate(id, value);
             EXPECT_EQ(answer.result, -1) << "register " << id << ", value " << value;
             EXPECT_EQ(answer.errorText, " ") << "register " << id << ", value " << value;
             EXPECT_CALLS(answer, {});
         }
+    }
 }
 
 TEST(RegisterTable, PositionOfTheInsetCannotBeWritten)
@@ -189,15 +196,19 @@ TEST(RegisterTable, IdentifiersFrom123OnAreRefused)
 
 TEST(RegisterTable, BezelBrightnessIsEven)
 {
-    for (int value = 0; value <= 20; value += 2)
+    for (int value = 0; value <= 20; value += 2) {
         expectAccepted(brightness, value);
-    for (int value = 1; value <= 19; value += 2)
+    }
+    for (int value = 1; value <= 19; value += 2) {
         expectRefused(brightness, value, brightnessOdd);
+    }
     // Out of range and odd: the text about odd values replaces the other.
-    for (const int value : {21, -1, 23, -3, INT_MAX, INT_MIN + 1})
+    for (const int value : {21, -1, 23, -3, INT_MAX, INT_MIN + 1}) {
         expectRefused(brightness, value, brightnessOdd);
-    for (const int value : {22, -2, 24, 1000, INT_MIN, INT_MAX - 1})
+    }
+    for (const int value : {22, -2, 24, 1000, INT_MIN, INT_MAX - 1}) {
         expectRefused(brightness, value, brightnessRange);
+    }
 }
 
 TEST(RegisterTable, LuminanceAndMenuTimeOut)

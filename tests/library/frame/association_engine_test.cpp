@@ -113,9 +113,10 @@ TEST_F(AssociationEngine, TargetNameTakesOnlyOneForYes)
 
 TEST_F(AssociationEngine, TargetNameOfAnUnrelatedClass)
 {
-    for (const char *name : {"CIM_Service", "ZT_Marovelton_MonitorX", "ZT_Marovelton_Monito", ""})
+    for (const char *name : {"CIM_Service", "ZT_Marovelton_MonitorX", "ZT_Marovelton_Monito", ""}) {
         expectNoTarget(targetName(path(name), left, right),
                        "referenced Class is not covered by this Association.");
+    }
 }
 
 TEST_F(AssociationEngine, TargetNameOfAPathWhoseClassCannotBeRead)
@@ -244,9 +245,9 @@ TEST_F(AssociationEngine, EveryCombinationOfFilters)
         {"", false, false},
     };
     int admitted = 0;
-    for (const auto &source : sources)
-        for (const Filter &resultClass : resultClasses)
-            for (const Filter &role : roles)
+    for (const auto &source : sources) {
+        for (const Filter &resultClass : resultClasses) {
+            for (const Filter &role : roles) {
                 for (const Filter &resultRole : resultRoles) {
                     const bool expected = (source.isLeft && resultClass.admitsLeft && role.admitsLeft &&
                                            resultRole.admitsLeft) ||
@@ -262,6 +263,9 @@ TEST_F(AssociationEngine, EveryCombinationOfFilters)
                     admitted += is.result;
                     broker.freeObjects();
                 }
+            }
+        }
+    }
     // 3 sources of the left end pass 6 result classes, 3 roles and 3 result roles; of the right end 4, 3
     // and 3.
     EXPECT_EQ(admitted, 3 * 6 * 3 * 3 + 3 * 4 * 3 * 3);
@@ -289,13 +293,16 @@ TEST_F(AssociationEngine, ASourceThatFitsBothEndsIsAdmittedInEitherRole)
             return admission(path(it.source), resultClass, role, resultRole, it.leftClass, it.rightClass)
                 .result;
         };
-        for (const char *role : {static_cast<const char *>(nullptr), "ColorSpace", "Monitor"})
-            for (const char *resultRole : {static_cast<const char *>(nullptr), "ColorSpace", "Monitor"})
+        for (const char *role : {static_cast<const char *>(nullptr), "ColorSpace", "Monitor"}) {
+            for (const char *resultRole : {static_cast<const char *>(nullptr), "ColorSpace", "Monitor"}) {
                 EXPECT_EQ(admitted(nullptr, role, resultRole), 1);
+            }
+        }
         EXPECT_EQ(admitted(nullptr, "Antecedent", nullptr), 0);
         EXPECT_EQ(admitted(nullptr, nullptr, "Antecedent"), 0);
-        for (const char *resultClass : {"CIM_Display", "ZT_Marovelton_Monitor", "ACME_StudioMonitor"})
+        for (const char *resultClass : {"CIM_Display", "ZT_Marovelton_Monitor", "ACME_StudioMonitor"}) {
             EXPECT_EQ(admitted(resultClass, nullptr, nullptr), 1) << resultClass;
+        }
         EXPECT_EQ(admitted("ACME_Projector", nullptr, nullptr), it.projector);
         EXPECT_EQ(admitted("ZT_Marovelton_ColorSpace", nullptr, nullptr), 0);
     }
@@ -476,7 +483,7 @@ TEST_F(AssociationEngine, ASubclassOfBothEndsIsOnTheLeft)
 TEST_F(AssociationEngine, AFarEndWithoutInstancesIsAnEmptySuccess)
 {
     broker.classes["ZT_Marovelton_ColorSpace"].instances.clear();
-    for (const int inst : {0, 1})
+    for (const int inst : {0, 1}) {
         for (const int associators : {0, 1}) {
             const EngineAnswer answer =
                 createRefs(_assoc_create_refs_1toN, association, monitorPath(), inst, associators);
@@ -485,6 +492,7 @@ TEST_F(AssociationEngine, AFarEndWithoutInstancesIsAnEmptySuccess)
             EXPECT_EQ(answer.trace, "--- _assoc_create_refs_1toN() called \n---"
                                     "--- _assoc_create_refs_1toN() leave \n---");
         }
+    }
 }
 
 TEST_F(AssociationEngine, OtherFlagsThanZeroAndOne)
@@ -529,8 +537,8 @@ TEST_F(AssociationEngine, ASourceThatCannotBeFetched)
         {CMPI_RC_ERR_ACCESS_DENIED, "not for you", "not for you"},
         {CMPI_RC_ERR_INVALID_CLASS, "", ""},
     };
-    for (const auto &failure : cases)
-        for (const int inst : {0, 1})
+    for (const auto &failure : cases) {
+        for (const int inst : {0, 1}) {
             for (const int associators : {0, 1}) {
                 ClassScript &script = broker.classes["ZT_Marovelton_Monitor"];
                 script.getInstanceRc = failure.rc;
@@ -543,6 +551,8 @@ TEST_F(AssociationEngine, ASourceThatCannotBeFetched)
                           (std::vector<std::string>{"getInstance(" + describe(monitorPath()) + ")"}));
                 EXPECT_EQ(answer.trace, "--- _assoc_create_refs_1toN() called \n---");
             }
+        }
+    }
 }
 
 TEST_F(AssociationEngine, ASourceThatIsDeliveredAsNothing)
@@ -559,7 +569,7 @@ TEST_F(AssociationEngine, ASourceThatIsDeliveredAsNothing)
 
 TEST_F(AssociationEngine, ASourceAtNeitherEndGivesNothingAndSaysWhy)
 {
-    for (const int inst : {0, 1})
+    for (const int inst : {0, 1}) {
         for (const int associators : {0, 1}) {
             const EngineAnswer answer =
                 createRefs(_assoc_create_refs_1toN, association, computerPath(), inst, associators);
@@ -569,6 +579,7 @@ TEST_F(AssociationEngine, ASourceAtNeitherEndGivesNothingAndSaysWhy)
             EXPECT_EQ(answer.upCalls,
                       (std::vector<std::string>{"getInstance(" + describe(computerPath()) + ")"}));
         }
+    }
 }
 
 TEST_F(AssociationEngine, PathsThatCannotBeMade)
@@ -638,9 +649,10 @@ TEST_F(AssociationEngine, AnEnumerationThatComesWithAFailureIsNone)
                        "CBEnumInstances( _broker, ctx, op, rc)");
         }
         const BrokerWithElements names({reference(colorSpacePath(1))}, rc);
-        for (const auto &[inst, associators] : {std::pair(0, 1), std::pair(1, 0), std::pair(0, 0)})
+        for (const auto &[inst, associators] : {std::pair(0, 1), std::pair(1, 0), std::pair(0, 0)}) {
             expectNone(createRefs(_assoc_create_refs_1toN, association, monitorPath(), inst, associators),
                        "CBEnumInstanceNames( _broker, ctx, op, rc)");
+        }
         expectNone(createInst(association, path("ZT_Marovelton_ColorModel"), 1, 1),
                    "CBEnumInstanceNames( _broker, ctx, op, rc)");
     }
@@ -650,13 +662,14 @@ TEST_F(AssociationEngine, AnEmptyElementEndsTheRequest)
 {
     for (const size_t element : {0u, 1u}) {
         broker.classes["ZT_Marovelton_ColorSpace"].emptyElement = element;
-        for (const int inst : {0, 1})
+        for (const int inst : {0, 1}) {
             for (const int associators : {0, 1}) {
                 const EngineAnswer answer =
                     createRefs(_assoc_create_refs_1toN, association, monitorPath(), inst, associators);
                 expectResult(answer, -1, CMPI_RC_ERR_FAILED, "CMGetNext( en, rc)");
                 EXPECT_EQ(answer.returned.size(), element) << "what came before it is handed over";
             }
+        }
     }
 }
 
@@ -677,9 +690,10 @@ TEST_F(AssociationEngine, ElementsThatAreNotWhatTheyShouldBe)
     for (const Value &element : names) {
         SCOPED_TRACE(describe(element));
         const BrokerWithElements elements({element});
-        for (const auto &[inst, associators] : {std::pair(0, 1), std::pair(1, 0), std::pair(0, 0)})
+        for (const auto &[inst, associators] : {std::pair(0, 1), std::pair(1, 0), std::pair(0, 0)}) {
             expectResult(createRefs(_assoc_create_refs_1toN, association, monitorPath(), inst, associators),
                          -1, CMPI_RC_ERR_FAILED, "CMGetNext( en, rc)");
+        }
         expectResult(createInst(association, monitorPath(), 1, 1), -1, CMPI_RC_ERR_FAILED,
                      "CMGetNext( en, rc)");
     }
@@ -696,8 +710,8 @@ TEST_F(AssociationEngine, ElementsThatAreNotWhatTheyShouldBe)
 
 TEST_F(AssociationEngine, ElementsThatCannotBeTakenOut)
 {
-    for (const Fault flaw : everyFlaw)
-        for (const int inst : {0, 1})
+    for (const Fault flaw : everyFlaw) {
+        for (const int inst : {0, 1}) {
             for (const int associators : {0, 1}) {
                 SCOPED_TRACE(describe(flaw));
                 faults.arm("getNext", 2, flaw);
@@ -707,6 +721,8 @@ TEST_F(AssociationEngine, ElementsThatCannotBeTakenOut)
                 expectResult(answer, -1, CMPI_RC_ERR_FAILED, "CMGetNext( en, rc)");
                 EXPECT_EQ(answer.returned.size(), 1u);
             }
+        }
+    }
     faults.arm("hasNext", 2, Fault::fails);
     expectResult(createRefs(_assoc_create_refs_1toN, association, monitorPath(), 1, 1), -1,
                  CMPI_RC_ERR_FAILED, "CMGetNext( en, rc)");
@@ -715,7 +731,7 @@ TEST_F(AssociationEngine, ElementsThatCannotBeTakenOut)
 
 TEST_F(AssociationEngine, AssociationInstancesThatCannotBeMade)
 {
-    for (const Fault flaw : everyFlaw)
+    for (const Fault flaw : everyFlaw) {
         for (const int inst : {0, 1}) {
             SCOPED_TRACE(describe(flaw));
             faults.arm("newInstance", 2, flaw);
@@ -725,6 +741,7 @@ TEST_F(AssociationEngine, AssociationInstancesThatCannotBeMade)
             expectResult(answer, -1, CMPI_RC_ERR_FAILED, "Create CMPIInstance failed.");
             EXPECT_EQ(answer.returned.size(), 1u);
         }
+    }
 }
 
 TEST_F(AssociationEngine, AnAssociationWithoutItsEndsIsNeverHandedOver)
@@ -790,7 +807,7 @@ TEST_F(AssociationEngine, ABrokerThatReportsFailuresOnly)
     };
     const CMPIStatus earlier = {CMPI_RC_ERR_NOT_FOUND, broker.newString("of another run")};
     broker.bft = &sparing;
-    for (const int inst : {0, 1})
+    for (const int inst : {0, 1}) {
         for (const int associators : {0, 1}) {
             const EngineAnswer answer =
                 createRefs(_assoc_create_refs_1toN, association, monitorPath(), inst, associators, earlier);
@@ -798,6 +815,7 @@ TEST_F(AssociationEngine, ABrokerThatReportsFailuresOnly)
             EXPECT_EQ(answer.rc, CMPI_RC_OK);
             EXPECT_EQ(answer.returned.size(), 2u);
         }
+    }
     EXPECT_EQ(createInst(association, monitorPath(), 1, 1, earlier).returned.size(), 2u);
     broker.bft = usual;
 }
@@ -821,8 +839,9 @@ TEST_F(AssociationEngine, AssignedSequenceOfOrderedComponent)
     // The name of the class is compared exactly.
     const Association other = {"ZT_MAROVELTON_ORDEREDCOMPONENT", left, right, "GroupComponent",
                                "PartComponent"};
-    for (const Instance &made : createRefs(_assoc_create_refs_1toN, other, monitorPath(), 1, 0).instances())
+    for (const Instance &made : createRefs(_assoc_create_refs_1toN, other, monitorPath(), 1, 0).instances()) {
         EXPECT_EQ(made.properties.size(), 2u);
+    }
 }
 
 TEST_F(AssociationEngine, IsCurrentOfEveryPairInEveryMode)
@@ -846,7 +865,7 @@ TEST_F(AssociationEngine, IsCurrentOfEveryPairInEveryMode)
                : className == staticData ? staticPath()
                                          : assignmentPath();
     };
-    for (const auto &pair : pairs)
+    for (const auto &pair : pairs) {
         for (const int mode : {-2, 0, 1, 2, 3}) {
             SCOPED_TRACE(std::string(pair.leftClass) + ", " + pair.rightClass + ", mode " +
                          std::to_string(mode));
@@ -870,6 +889,7 @@ TEST_F(AssociationEngine, IsCurrentOfEveryPairInEveryMode)
                                             "\n--- _assoc_create_refs_1toN() leave \n---");
             }
         }
+    }
 }
 
 TEST_F(AssociationEngine, SettingsWithoutTheModeAreNothing)
@@ -878,7 +898,7 @@ TEST_F(AssociationEngine, SettingsWithoutTheModeAreNothing)
                                   "ZT_Marovelton_DHCPSettingData", "ManagedElement", "SettingData"};
     for (const int failure : {-1, 1}) {
         seam.returns("GetRemoteManagementServerInfo", failure);
-        for (const int inst : {0, 1})
+        for (const int inst : {0, 1}) {
             for (const int associators : {0, 1}) {
                 const EngineAnswer answer =
                     createRefs(_assoc_create_refs_1toN, settings, connectionPath(), inst, associators);
@@ -887,6 +907,7 @@ TEST_F(AssociationEngine, SettingsWithoutTheModeAreNothing)
                 EXPECT_EQ(answer.upCalls.size(), 0u) << "the mode comes first";
                 EXPECT_EQ(answer.trace, "--- _assoc_create_refs_1toN() called \n---");
             }
+        }
     }
 }
 
@@ -1040,8 +1061,9 @@ TEST_F(AssociationEngine, GetInstWithoutALeftReference)
                                   uint32(1),
                                   "root/cimv2:ZT_Marovelton_ColorSpace",
                                   embedded(objectAt(colorSpacePath(2)))};
-    for (const CMPIrc rc : {CMPI_RC_ERR_FAILED, CMPI_RC_ERR_NOT_FOUND})
+    for (const CMPIrc rc : {CMPI_RC_ERR_FAILED, CMPI_RC_ERR_NOT_FOUND}) {
         missing.push_back(readFails(rc));
+    }
     for (const Value &value : missing) {
         SCOPED_TRACE(describe(value));
         const Answer answer = getInst(association, colorModelPath().with("ColorSpace", value));
@@ -1057,8 +1079,9 @@ TEST_F(AssociationEngine, GetInstWithoutARightReferenceGivesTheLeftEnd)
     std::vector<Value> missing = {absent(),        nullOf(CMPI_ref),
                                   nullReference(), notFoundState(CMPI_ref),
                                   uint32(1),       "root/cimv2:ZT_Marovelton_Monitor"};
-    for (const CMPIrc rc : {CMPI_RC_ERR_FAILED, CMPI_RC_ERR_NOT_FOUND})
+    for (const CMPIrc rc : {CMPI_RC_ERR_FAILED, CMPI_RC_ERR_NOT_FOUND}) {
         missing.push_back(readFails(rc));
+    }
     for (const Value &value : missing) {
         SCOPED_TRACE(describe(value));
         const Answer answer = getInst(association, colorModelPath().with("Monitor", value));

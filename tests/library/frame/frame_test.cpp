@@ -56,8 +56,9 @@ void checkEachKey(const std::string &className, const Path &good, const std::vec
     for (const KeyRule &rule : rules) {
         SCOPED_TRACE(rule.name);
         Path rest = good;
-        for (const KeyRule *later = &rule + 1; later != rules.data() + rules.size(); ++later)
+        for (const KeyRule *later = &rule + 1; later != rules.data() + rules.size(); ++later) {
             rest = rest.with(later->name, "wrong");
+        }
         std::vector<NamedValue> missing = everyMissingString();
         missing.push_back({"a number", uint16(5)});
         missing.push_back({"a reference", reference(good)});
@@ -94,9 +95,10 @@ TEST(SystemKeys, TheLastClassesNameIsCompared)
     // A class outside the five has the empty name.
     const Path other = systemPath("ZT_Marovelton_Other", "");
     EXPECT_STATUS(checkKeysOf("ZT_Marovelton_Other", other), CMPI_RC_OK, "");
-    for (const char *name : {"Studio 7", "Studio 7-Other", " "})
+    for (const char *name : {"Studio 7", "Studio 7-Other", " "}) {
         EXPECT_STATUS(checkKeysOf("ZT_Marovelton_Other", other.with("Name", name)), CMPI_RC_ERR_NOT_FOUND,
                       wrongName);
+    }
     EXPECT_STATUS(checkKeysOf("ZT_Marovelton_Other", other.without("Name")), CMPI_RC_ERR_NOT_FOUND,
                   missingName);
 }

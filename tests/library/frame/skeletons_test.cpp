@@ -67,8 +67,9 @@ TEST(Skeletons, InstanceAndMethodProviders)
         &tested::IPAssignmentSettingData,
     };
     EXPECT_EQ(std::size(classes), 18u);
-    for (const TestedClass *each : classes)
+    for (const TestedClass *each : classes) {
         checkSkeleton(*each);
+    }
     // The one class whose instance can be modified.
     checkSkeleton(tested::ExtendedStaticIPAssignmentSettingData, true);
 }
@@ -85,17 +86,21 @@ TEST(Skeletons, InstanceAndAssociationProviders)
         &tested::SAPSAPDependency,  &tested::OrderedComponent,
     };
     EXPECT_EQ(std::size(classes), 14u);
-    for (const TestedClass *each : classes)
+    for (const TestedClass *each : classes) {
         checkSkeleton(*each);
+    }
 }
 
 TEST(Skeletons, EveryClassHasTablesOfItsOwn)
 {
     std::vector<const void *> tables;
     for (const TestedClass *each :
-         {&tested::Monitor, &tested::ColorSpace, &tested::Button, &tested::ColorModel, &tested::VideoInput})
+         {&tested::Monitor, &tested::ColorSpace, &tested::Button, &tested::ColorModel, &tested::VideoInput}) {
         tables.push_back(each->createInstanceMI(&broker, nullptr, nullptr)->ft);
-    for (size_t i = 0; i < tables.size(); ++i)
-        for (size_t other = 0; other < i; ++other)
+    }
+    for (size_t i = 0; i < tables.size(); ++i) {
+        for (size_t other = 0; other < i; ++other) {
             EXPECT_NE(tables[i], tables[other]);
+        }
+    }
 }

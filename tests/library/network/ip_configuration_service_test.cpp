@@ -237,8 +237,9 @@ TEST_F(IPConfiguration, NoReplyIsAwaited)
 
 TEST_F(IPConfiguration, AnyModeIsTaken)
 {
-    for (const char *mode : {"99", "0", "-1", "x", " ", "32769"})
+    for (const char *mode : {"99", "0", "-1", "x", " ", "32769"}) {
         EXPECT_SENT(apply({.mode = mode}), {staticMode});
+    }
 }
 
 TEST_F(IPConfiguration, OnlyAdministratorsApply)
@@ -278,8 +279,9 @@ TEST_F(IPConfiguration, TheConnectionsClassIsNotCompared)
 
 TEST_F(IPConfiguration, TheModeIsAStringThatIsNotEmpty)
 {
-    for (const NamedValue &missing : everyMissingString())
+    for (const NamedValue &missing : everyMissingString()) {
         refused({.mode = missing.value}, CMPI_RC_ERR_INVALID_PARAMETER, "Required argument Mode  missing.");
+    }
     refused({.mode = uint16(2)}, CMPI_RC_ERR_INVALID_PARAMETER, "Invalid type of parameter(Mode).");
     refused({.mode = ""}, CMPI_RC_ERR_INVALID_PARAMETER, "Invalid parameter. Mode Value is empty.");
 }
@@ -294,9 +296,10 @@ TEST_F(IPConfiguration, TheSettingDataIsAReferenceToOneOfTwoObjects)
     nameless.classNameForm = TextForm::noCharacters;
     refused({.setting = reference(nameless)}, CMPI_RC_ERR_FAILED, "Could not get classname of SettingData");
 
-    for (const char *other : {"ZT_Marovelton_IPAssignmentSettingData", "zt_marovelton_dhcpsettingdata", ""})
+    for (const char *other : {"ZT_Marovelton_IPAssignmentSettingData", "zt_marovelton_dhcpsettingdata", ""}) {
         refused({.setting = reference(dhcpSetting().ofClass(other))}, CMPI_RC_ERR_INVALID_PARAMETER,
                 "Invalid classname for SettingData");
+    }
 
     for (const NamedValue &missing : everyMissingString()) {
         refused({.setting = reference(staticSetting().with("InstanceID", missing.value))},
@@ -307,9 +310,10 @@ TEST_F(IPConfiguration, TheSettingDataIsAReferenceToOneOfTwoObjects)
                 "Could not get key of instance(ZT_Marovelton_DHCPSettingData).");
     }
     for (const char *id :
-         {"ZT:Marovelton_DHCPSettingData", "zt:marovelton_extendedstaticipassignmentsettingdata"})
+         {"ZT:Marovelton_DHCPSettingData", "zt:marovelton_extendedstaticipassignmentsettingdata"}) {
         refused({.setting = reference(staticSetting().with("InstanceID", id))}, CMPI_RC_ERR_INVALID_PARAMETER,
                 "This Input class does not exist (wrong InstanceID).");
+    }
     refused({.setting = reference(
                  dhcpSetting().with("InstanceID", "ZT:Marovelton_ExtendedStaticIPAssignmentSettingData"))},
             CMPI_RC_ERR_INVALID_PARAMETER, "This Input class does not exist (wrong InstanceID).");

@@ -147,9 +147,11 @@ TEST_F(Endpoints, RunTheseCommands)
     EXPECT_EQ(enum_all_ipProtocolEndpoints(&list), 0);
     free_ipPEndpointList(list);
     std::vector<std::string> commands;
-    for (const std::string &call : seam.calls)
-        if (call.starts_with("runcommand"))
+    for (const std::string &call : seam.calls) {
+        if (call.starts_with("runcommand")) {
             commands.push_back(call);
+        }
+    }
     EXPECT_EQ(commands, (std::vector<std::string>{
                             "runcommand(cat /proc/net/dev)", "runcommand(/sbin/ifconfig | grep lo)",
                             "runcommand(/sbin/ifconfig lo)", "runcommand(/sbin/ifconfig | grep eth0)",
@@ -374,20 +376,22 @@ TEST_F(Endpoints, GetInstanceLooksAtTheNameAlone)
 
 TEST_F(Endpoints, GetInstanceNeedsTheName)
 {
-    for (const NamedValue &missing : everyMissingString())
+    for (const NamedValue &missing : everyMissingString()) {
         EXPECT_STATUS(get(IPProtocolEndpoint, enumeration.with("Name", missing.value)), CMPI_RC_ERR_NOT_FOUND,
                       "Could not get IPProtocolEndpointID.")
             << missing.name;
+    }
     EXPECT_STATUS(get(IPProtocolEndpoint, enumeration.with("Name", uint16(3))), CMPI_RC_ERR_NOT_FOUND,
                   "Could not get IPProtocolEndpointID.");
 }
 
 TEST_F(Endpoints, NamesHaveTheirCase)
 {
-    for (const char *name : {"ipv4_eth0", "IPv4_ETH0", "eth0", "IPv4_eth", "IPv4_eth00", ""})
+    for (const char *name : {"ipv4_eth0", "IPv4_ETH0", "eth0", "IPv4_eth", "IPv4_eth00", ""}) {
         EXPECT_STATUS(get(IPProtocolEndpoint, endpoint(name)), CMPI_RC_ERR_NOT_FOUND,
                       "IPProtocolEndpoint does not exist.")
             << name;
+    }
 }
 
 TEST_F(Endpoints, GetInstanceSaysWhenTheInstanceCannotBeBuilt)

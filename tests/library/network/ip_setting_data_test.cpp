@@ -107,22 +107,25 @@ TEST(IPSettingData, HasTheSkeletonOfAProvider)
 
 TEST(IPSettingData, HasThePlaceholderMethod)
 {
-    for (const Setting &setting : settings)
+    for (const Setting &setting : settings) {
         checkPlaceholderMethod(setting.tested, byInstanceID(setting.tested.name, setting.instanceID),
                                CMPI_RC_ERR_NOT_SUPPORTED, uint32(1));
+    }
 }
 
 TEST(IPSettingData, EnumeratesItsOnePath)
 {
-    for (const Setting &setting : settings)
+    for (const Setting &setting : settings) {
         checkPaths(setting.tested, {byInstanceID(setting.tested.name, setting.pathID)});
+    }
 }
 
 TEST(IPSettingData, GetInstanceAsksForItsKey)
 {
-    for (const Setting &setting : settings)
+    for (const Setting &setting : settings) {
         checkKeysOfGetInstance(setting.tested, byInstanceID(setting.tested.name, setting.instanceID),
                                instanceIDOfReads());
+    }
 }
 
 TEST(IPSettingData, TheIPVersionRefusesTheKeyOfItsOwnPath)
@@ -215,9 +218,10 @@ TEST(IPSettingData, TakesTheNameOfTheSystem)
             {DHCPSettingData, "ConfigurationName", "-IPConfigurationMode"},
             {IPAssignmentSettingData, "ConfigurationName", "-IPConfigurationAccumulator"},
         };
-        for (const auto &[tested, property, suffix] : texts)
+        for (const auto &[tested, property, suffix] : texts) {
             EXPECT_EQ(*enumerate(tested, path(tested.name)).instance().find(property), chars(system + suffix))
                 << tested.name;
+        }
     };
     setField(seam.monitor.DisplayName, "");
     expectTexts("192.0.2.17");
@@ -301,8 +305,9 @@ TEST(StaticIPModification, TakesTheFirstElementOnly)
 TEST(StaticIPModification, StandsAllOtherPropertiesOfTheClass)
 {
     Instance whole = given({});
-    for (const char *name : {"Caption", "Status", "ConfigurationName", "ElementName"})
+    for (const char *name : {"Caption", "Status", "ConfigurationName", "ElementName"}) {
         whole.properties.push_back({name, nullOf(CMPI_string)});
+    }
     whole.properties.push_back({"ProtocolIFType", uint16(4096)});
     whole.properties.push_back({"OperationalStatus", nullOf(CMPI_uint16A)});
     EXPECT_SENT(modify(ExtendedStaticIPAssignmentSettingData, staticPath(), whole, "admin"),
@@ -392,7 +397,8 @@ TEST(StaticIPModification, EachStepOfTheSendMayFail)
 
 TEST(IPSettingData, EveryCallMayFail)
 {
-    for (const Setting &setting : settings)
+    for (const Setting &setting : settings) {
         checkTortureOfReads(setting.tested, byInstanceID(setting.tested.name, setting.instanceID));
+    }
     checkTorture([] { return modifyStatic(); }, {.harmless = {"ParseIPV4Address"}});
 }

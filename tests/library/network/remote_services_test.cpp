@@ -52,8 +52,9 @@ Answer requestState(const Service &service, const Value &state, const User &user
 
 TEST(RemoteServices, HaveTheSkeletonOfAProvider)
 {
-    for (const Service &service : services)
+    for (const Service &service : services) {
         checkSkeleton(service.tested);
+    }
 }
 
 TEST(RemoteServices, AreKeyedToTheSystem)
@@ -68,8 +69,9 @@ TEST(RemoteServices, AreKeyedToTheSystem)
 
 TEST(RemoteServices, EnumerateTheirOnePath)
 {
-    for (const Service &service : services)
+    for (const Service &service : services) {
         checkPaths(service.tested, {target(service)}, {"GetMoinitorInfo()"});
+    }
 }
 
 TEST(RemoteServices, UseTheAddressWithoutADisplayName)
@@ -213,7 +215,7 @@ TEST(RemoteServices, ABuilderNamesTheRecordThatFailed)
 
 TEST(RemoteServices, GetInstanceSaysThatTheInstanceCannotBeBuilt)
 {
-    for (const Service &service : services)
+    for (const Service &service : services) {
         // The keys take the monitor's record once, the instance takes it again.
         for (const auto &[record, nth] :
              {std::pair("GetRemoteManagementServerInfo", 1), std::pair("GetMoinitorInfo", 2)}) {
@@ -223,6 +225,7 @@ TEST(RemoteServices, GetInstanceSaysThatTheInstanceCannotBeBuilt)
             EXPECT_STATUS(answer, CMPI_RC_ERR_FAILED, "Couldn't build instance");
             EXPECT_EQ(answer.returned.size(), 0u);
         }
+    }
 }
 
 // ---- switching a service ----
@@ -268,13 +271,14 @@ TEST(RemoteServices, AServiceThatIsEnabledIsNotEnabledAgain)
 
 TEST(RemoteServices, AServiceWhoseSwitchIsNotOneIsEnabled)
 {
-    for (const Service &service : services)
+    for (const Service &service : services) {
         for (const int state : {2, -1, 257}) {
             *service.enabled = state;
             const Answer answer = requestState(service, "2");
             EXPECT_METHOD(answer, uint32(0), CMPI_RC_OK, "");
             EXPECT_SENT(answer, {service.switchedOn});
         }
+    }
 }
 
 TEST(RemoteServices, OnlyTheServicesOwnSwitchCounts)
@@ -309,8 +313,9 @@ TEST(RemoteServices, AnyStateOfTheEngineButBusyIsFree)
 {
     for (const int status : {2, -1}) {
         seam.status = status;
-        for (const Service &service : services)
+        for (const Service &service : services) {
             EXPECT_SENT(requestState(service, "3"), {service.switchedOff});
+        }
         EXPECT_SENT(invoke(WSManagementService, target(listener), "SetWSIdentifyEnabledState",
                            {{"WSIdentifySupportEnabled", "1"}}, "admin"),
                     {"01 00 00 00 03 00 07 00 00 01 04 00 5C 00 01 00 ..."});
@@ -321,8 +326,9 @@ TEST(RemoteServices, TheRequestedStateIsTwoOrThreeAsAtoiReadsIt)
 {
     for (const Service &service : services) {
         *service.enabled = 0;
-        for (const char *state : {"2", " 2", "2x", "+2", "3", "3.7"})
+        for (const char *state : {"2", " 2", "2x", "+2", "3", "3.7"}) {
             EXPECT_METHOD(requestState(service, state), uint32(0), CMPI_RC_OK, "");
+        }
         for (const char *state : {"1", "4", "0", "-2", "abc", "x2", " ", "4294967298", "99999999999999999999",
                                   "-99999999999999999999"}) {
             const Answer answer = requestState(service, state);
@@ -336,9 +342,10 @@ TEST(RemoteServices, TheRequestedStateIsTwoOrThreeAsAtoiReadsIt)
 
 TEST(RemoteServices, TheRequestedStateIsAString)
 {
-    for (const Service &service : services)
+    for (const Service &service : services) {
         checkStringArgument(service.tested, target(service), "RequestStateChange", "RequestedState",
                             service.missing, {}, "admin");
+    }
 }
 
 TEST(RemoteServices, SwitchingNeedsAnAdministrator)
@@ -386,9 +393,10 @@ TEST(RemoteServices, MethodNamesHaveNoCase)
 
 TEST(RemoteServices, UnknownMethods)
 {
-    for (const Service &service : services)
+    for (const Service &service : services) {
         checkUnknownMethods(service.tested, target(service), {"Reboot", "StartService"},
                             CMPI_RC_ERR_NOT_FOUND, uint32(1));
+    }
     EXPECT_METHOD(invoke(RemoteManagementService, target(webServer), "SetWSIdentifyEnabledState",
                          {{"WSIdentifySupportEnabled", "1"}}, "admin"),
                   uint32(1), CMPI_RC_ERR_NOT_FOUND, "SetWSIdentifyEnabledState");
@@ -396,9 +404,10 @@ TEST(RemoteServices, UnknownMethods)
 
 TEST(RemoteServices, AnotherClassIsAnsweredWithoutAnError)
 {
-    for (const Service &service : services)
+    for (const Service &service : services) {
         checkOtherClass(service.tested, target(service), "RequestStateChange", {{"RequestedState", "3"}},
                         "admin", CMPI_RC_OK, "", uint32(2));
+    }
 }
 
 // ---- WS-Identify ----
@@ -426,10 +435,11 @@ TEST(RemoteServices, SetWSIdentifyEnabledState)
 
 TEST(RemoteServices, WSIdentifyTakesTheWordsInAnyLetterCase)
 {
-    for (const char *word : {"true", "TRUE", "tRuE", "1"})
+    for (const char *word : {"true", "TRUE", "tRuE", "1"}) {
         EXPECT_SENT(invoke(WSManagementService, target(listener), "SetWSIdentifyEnabledState",
                            {{"WSIdentifySupportEnabled", word}}, "admin"),
                     {"01 00 00 00 03 00 07 00 00 01 04 00 5C 00 01 00 ..."});
+    }
     const Answer answer = invoke(WSManagementService, target(listener), "SetWSIdentifyEnabledState",
                                  {{"WSIdentifySupportEnabled", "2"}}, "admin");
     EXPECT_METHOD(answer, uint32(2), CMPI_RC_ERR_INVALID_PARAMETER, "Invalid parameter.");
