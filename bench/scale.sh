@@ -38,8 +38,8 @@ end_serving() {
     exec 8>&-
     wait "$responder" || true
 }
-descriptors() { find "/proc/$1/fd" -mindepth 1 2>/dev/null | wc -l; }
-peak_memory() { sed -n 's/^VmHWM: *\([0-9]*\) kB/\1/p' "/proc/$1/status" 2>/dev/null; }
+descriptors() { { find "/proc/$1/fd" -mindepth 1 2>/dev/null || true; } | wc -l; } # 0 of a process that is gone
+peak_memory() { sed -n 's/^VmHWM:[[:space:]]*\([0-9]*\) kB/\1/p' "/proc/$1/status" 2>/dev/null; }
 
 # measure NAME CODE ARGUMENTS: a line of the table. The processor's time depends less on what else the machine does.
 measure() {
