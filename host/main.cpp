@@ -142,16 +142,23 @@ void leaveAfter(std::chrono::seconds time)
     }).detach();
 }
 
-/** Runs until a signal asks for the end. Returns the exit code. */
-int serve(const Options &options)
+/** The signals that ask for the end. All threads leave them to the one that waits for them; a client that has
+ * gone is no reason to end. */
+sigset_t blockSignals()
 {
-    // All threads leave these signals to sigwait() below; a client that has gone is no reason to end.
     sigset_t signals;
     sigemptyset(&signals);
     sigaddset(&signals, SIGINT);
     sigaddset(&signals, SIGTERM);
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     std::signal(SIGPIPE, SIG_IGN);
+    return signals;
+}
+
+/** Runs until a signal asks for the end. Returns the exit code. */
+int serve(const Options &options)
+{
+    const sigset_t signals = blockSignals();
     // What a large request gives back, the system has back; without a word, the allocator keeps ever larger
     // pieces.
     mallopt(M_MMAP_THRESHOLD, 128 * 1024);
