@@ -12,11 +12,6 @@ bool fail(Call &call, CMPIrc code, const char *text)
     return fail(call.broker, call.status, code, text);
 }
 
-bool refuseMethod(Call &call)
-{
-    return fail(call, CMPI_RC_ERR_NOT_SUPPORTED, call.methodName);
-}
-
 bool requireAdministrator(const CMPIBroker *broker, const CMPIContext *context, CMPIStatus *status,
                           char *errorText, bool announce)
 {
