@@ -94,6 +94,12 @@ std::unique_ptr<host::ObjectManager> makeManager(const Options &options)
     managerOptions.nameSpace = options.nameSpace;
     managerOptions.libraryDirectories = options.libraryDirectories;
     managerOptions.libraryFile = options.library;
+    managerOptions.version = DISPLAY_VERSION;
+    for (const std::string &file : options.profiles) {
+        for (host::Profile &profile : host::readProfileFile(file, problems)) {
+            managerOptions.profiles.push_back(std::move(profile));
+        }
+    }
     auto manager = std::make_unique<host::ObjectManager>(std::move(repository), managerOptions);
     for (const std::string &text : manager->load(registrations)) {
         problems.push_back(text);

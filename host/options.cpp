@@ -19,6 +19,9 @@ void addProviderOptions(CLI::App &app, Options &options)
         ->check(CLI::ExistingFile);
     app.add_option("--registration", options.registrations, "Files that register the providers")
         ->check(CLI::ExistingFile);
+    app.add_option("--profiles", options.profiles,
+                   "Files that say which management profiles the classes conform to, for discovery")
+        ->check(CLI::ExistingFile);
     app.add_option("--library-dir", options.libraryDirectories,
                    "Directories with the provider libraries; without, where the system looks");
     app.add_option("--library", options.library, "The provider library, whatever its place")

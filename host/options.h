@@ -24,6 +24,7 @@ struct Options {
     std::string library;
     std::vector<std::string> registrations;
     std::vector<std::string> mofFiles;
+    std::vector<std::string> profiles;
     std::string nameSpace = "root/cimv2";
     unsigned patienceSeconds = 60;
     unsigned providerCalls = 1; // a support library may rely on one request at a time

@@ -3,7 +3,7 @@
 
 #include "cimxml/pull.h"
 #include "cimxml/reader.h"
-#include "core/xml_memory.h"
+#include "core/xml_document.h"
 
 #include <algorithm>
 
@@ -13,6 +13,7 @@ namespace
 {
 
 constexpr unsigned httpBadRequest = 400;
+constexpr unsigned httpContentTooLarge = 413;
 constexpr unsigned httpNotImplemented = 501;
 constexpr std::size_t firstChunk = std::size_t{32} * 1024; // of a request's memory
 
@@ -43,6 +44,16 @@ HttpReply refuse(MessageVerdict verdict)
         break;
     }
     return refuse(httpBadRequest, "request-not-valid");
+}
+
+/** The reply to a document beyond a limit, with a body that names it. What the message is, and by which name
+ * it wants to be answered, is not known then. */
+HttpReply tooLarge()
+{
+    HttpReply reply;
+    reply.status = httpContentTooLarge;
+    reply.contentType = "text/plain; charset=utf-8";
+    return reply;
 }
 
 /** DSP0200: a request has CIMOperation: MethodCall. */
@@ -147,23 +158,17 @@ void CimXmlFrontEnd::answer(const CimXmlMessage &message, Arena &arena, TextBuff
 
 HttpReply CimXmlFrontEnd::handle(const HttpRequest &request, TextBuffer &out)
 {
-    constexpr unsigned parseOptions = pugi::parse_cdata | pugi::parse_escapes | pugi::parse_wconv_attribute |
-                                      pugi::parse_eol |
-                                      pugi::parse_ws_pcdata_single; // a value may consist of blanks
     if (!isMethodCall(request.headers)) {
         return refuse(httpBadRequest, "unsupported-operation");
     }
-    if (!checkXml(request.body, limits_)) {
+    pugi::xml_document document;
+    const XmlProblem problem = readXml(request.body, limits_, request.memory, document);
+    if (problem == XmlProblem::notWellFormed) {
         return refuse(httpBadRequest, "request-not-well-formed");
     }
-    const XmlMemory paidByTheRequest(request.memory);
-    pugi::xml_document document;
-    if (const pugi::xml_parse_result parsed = document.load_buffer_inplace(
-            request.body.data(), request.body.size(), parseOptions, pugi::encoding_utf8);
-        parsed.status == pugi::status_out_of_memory) {
-        throw MemoryExceeded();
-    } else if (!parsed) {
-        return refuse(httpBadRequest, "request-not-well-formed");
+    if (problem != XmlProblem::none) {
+        out.append(limitText(problem, limits_));
+        return tooLarge();
     }
     Arena arena(firstChunk, request.memory);
     CimXmlMessage message;

@@ -128,7 +128,7 @@ void CimXmlWriter::method(const cim::Method &method, const Request &request)
     out_.append("</METHOD>\n");
 }
 
-void CimXmlWriter::classDefinition(const cim::Class &definition, const Request &request)
+void CimXmlWriter::classDefinition(const cim::Class &definition, const Request &request, bool withMethods)
 {
     out_.append("<CLASS");
     attribute("NAME", definition.name);
@@ -153,7 +153,7 @@ void CimXmlWriter::classDefinition(const cim::Class &definition, const Request &
         }
     }
     for (const cim::Method &each : definition.methods) {
-        if (!request.localOnly || !each.propagated) {
+        if (withMethods && (!request.localOnly || !each.propagated)) {
             method(each, request);
         }
     }

@@ -24,7 +24,8 @@ struct IntrinsicCall {
     "ClassName LocalOnly DeepInheritance IncludeQualifiers IncludeClassOrigin PropertyList "
 #define ASSOCIATOR_PARAMETERS "AssocClass ResultClass Role ResultRole "
 #define REFERENCE_PARAMETERS "ResultClass Role "
-#define SHAPE_PARAMETERS "IncludeQualifiers IncludeClassOrigin PropertyList "
+#define SHAPE_PARAMETERS "IncludeQualifiers " OPEN_SHAPE_PARAMETERS
+#define OPEN_SHAPE_PARAMETERS "IncludeClassOrigin PropertyList "
 #define OPEN_PARAMETERS "FilterQueryLanguage FilterQuery OperationTimeout ContinueOnError MaxObjectCount "
 #define PULL_PARAMETERS "EnumerationContext MaxObjectCount "
 
@@ -53,15 +54,15 @@ constexpr IntrinsicCall calls[] = {
     {"EnumerateQualifiers", Operation::enumerateQualifiers, {}, {}, ""},
 
     {"OpenEnumerateInstances", Operation::enumerateInstances, PullStep::open, ObjectForm::instancesWithPath,
-     ENUMERATION_PARAMETERS OPEN_PARAMETERS},
+     "ClassName DeepInheritance " OPEN_SHAPE_PARAMETERS OPEN_PARAMETERS},
     {"OpenEnumerateInstancePaths", Operation::enumerateInstanceNames, PullStep::open, ObjectForm::paths,
      "ClassName " OPEN_PARAMETERS},
     {"OpenReferenceInstances", Operation::references, PullStep::open, ObjectForm::instancesWithPath,
-     "InstanceName " REFERENCE_PARAMETERS SHAPE_PARAMETERS OPEN_PARAMETERS},
+     "InstanceName " REFERENCE_PARAMETERS OPEN_SHAPE_PARAMETERS OPEN_PARAMETERS},
     {"OpenReferenceInstancePaths", Operation::referenceNames, PullStep::open, ObjectForm::paths,
      "InstanceName " REFERENCE_PARAMETERS OPEN_PARAMETERS},
     {"OpenAssociatorInstances", Operation::associators, PullStep::open, ObjectForm::instancesWithPath,
-     "InstanceName " ASSOCIATOR_PARAMETERS SHAPE_PARAMETERS OPEN_PARAMETERS},
+     "InstanceName " ASSOCIATOR_PARAMETERS OPEN_SHAPE_PARAMETERS OPEN_PARAMETERS},
     {"OpenAssociatorInstancePaths", Operation::associatorNames, PullStep::open, ObjectForm::paths,
      "InstanceName " ASSOCIATOR_PARAMETERS OPEN_PARAMETERS},
     {"OpenQueryInstances", Operation::execQuery, PullStep::open, ObjectForm::instances,

@@ -16,6 +16,7 @@ constexpr std::uint32_t usualTimeout = 60;
 
 constexpr const char *tooMany =
     "Too many enumerations are open, or too large ones; close one, or read one to its end.";
+constexpr const char *wrongTimeout = "The OperationTimeout has to be from 1 to 600 seconds.";
 
 class PullAnswer
 {
@@ -33,9 +34,8 @@ class PullAnswer
         if (pull.continueOnError) {
             return fail(statusContinuationOnErrorNotSupported, "ContinueOnError is not supported.");
         }
-        if (pull.timeout && (*pull.timeout == 0 || *pull.timeout > longestTimeout)) {
-            return fail(statusInvalidOperationTimeout,
-                        "The OperationTimeout has to be from 1 to 600 seconds.");
+        if (pull.timeout && *pull.timeout > longestTimeout) {
+            return fail(statusInvalidOperationTimeout, wrongTimeout);
         }
         if (pull.form == ObjectForm::paths && message_.request.query != nullptr) {
             return fail(statusFilteredEnumerationNotSupported,
@@ -56,6 +56,10 @@ class PullAnswer
             writer_.queryResultClass(answer);
         }
         std::string context;
+        if (count < size && pull.timeout && *pull.timeout == 0) { // stay open without end
+            out_.clear();
+            return fail(statusInvalidOperationTimeout, wrongTimeout);
+        }
         if (count < size) {
             context = keep(answer, count);
             if (context.empty()) {
@@ -162,6 +166,9 @@ void answerPull(Dispatcher &dispatcher, Contexts &contexts, Arena &arena, const 
                 CimXmlWriter &writer, TextBuffer &out)
 {
     PullAnswer answer(dispatcher, contexts, arena, message, writer, out);
+    if (dispatcher.nameSpaces().find(message.request.nameSpace) == nullptr) {
+        return answer.open(); // the dispatcher says that there is no such namespace
+    }
     switch (message.pull.step) {
     case PullStep::open:
         return answer.open();

@@ -30,6 +30,11 @@ bool isOperationWithoutResult(Operation operation)
            operation == Operation::setProperty;
 }
 
+InstanceDetail detailOf(const Request &request)
+{
+    return {request.includeClassOrigin, request.includeQualifiers};
+}
+
 } // namespace
 
 // --------------------------------------------------------------------------------------------------
@@ -145,12 +150,12 @@ void CimXmlWriter::result(const Request &request, const Answer &answer)
         for (const Instance *each : answer.instances) {
             out_.append("<VALUE.NAMEDINSTANCE>\n");
             instanceName(*each->path);
-            instance(*each, request.includeClassOrigin);
+            instance(*each, detailOf(request));
             out_.append("</VALUE.NAMEDINSTANCE>\n");
         }
         return;
     case Operation::getInstance:
-        return instance(*answer.instances[0], request.includeClassOrigin);
+        return instance(*answer.instances[0], detailOf(request));
     case Operation::enumerateInstanceNames:
     case Operation::createInstance:
         for (const Path *path : answer.paths) {
@@ -198,7 +203,7 @@ void CimXmlWriter::traversalResult(const Request &request, const Answer &answer)
     for (const Instance *each : answer.instances) {
         out_.append("<VALUE.OBJECTWITHPATH>\n");
         instancePath(*each->path);
-        instance(*each, request.includeClassOrigin);
+        instance(*each, detailOf(request));
         out_.append("</VALUE.OBJECTWITHPATH>\n");
     }
     for (const Path *path : answer.paths) {
@@ -271,12 +276,12 @@ void CimXmlWriter::part(const ArenaList<Instance *> &instances, const ArenaList<
             instancePath(*paths[i]);
             break;
         case ObjectForm::instances:
-            instance(*instances[i], includeClassOrigin);
+            instance(*instances[i], {includeClassOrigin, false});
             break;
         case ObjectForm::instancesWithPath:
             out_.append("<VALUE.INSTANCEWITHPATH>\n");
             instancePath(*instances[i]->path);
-            instance(*instances[i], includeClassOrigin);
+            instance(*instances[i], {includeClassOrigin, false});
             out_.append("</VALUE.INSTANCEWITHPATH>\n");
             break;
         }
@@ -287,10 +292,10 @@ void CimXmlWriter::part(const ArenaList<Instance *> &instances, const ArenaList<
 void CimXmlWriter::queryResultClass(const Answer &answer)
 {
     Request plain;
-    plain.localOnly = false;
+    plain.propertyList = answer.selected;
     out_.append("<PARAMVALUE NAME=\"QueryResultClass\">\n");
     for (const cim::Class *klass : answer.classes) {
-        classDefinition(*klass, plain);
+        classDefinition(*klass, plain, false);
     }
     out_.append("</PARAMVALUE>\n");
 }
@@ -395,16 +400,22 @@ void CimXmlWriter::reference(const Path &path)
 // --------------------------------------------------------------------------------------------------
 // instances
 
-void CimXmlWriter::instance(const Instance &instance, bool includeClassOrigin)
+void CimXmlWriter::instance(const Instance &instance, const InstanceDetail &detail)
 {
     const ClassFragments &fragments = fragments_.of(*instance.klass);
     out_.append(fragments.open);
+    if (detail.qualifiers) {
+        qualifiers(instance.klass->qualifiers);
+    }
     for (std::size_t i = 0; i < fragments.properties.size(); ++i) {
         if (instance.visible != nullptr && !instance.visible->contains(i)) {
             continue;
         }
         const ClassFragments::Property &property = fragments.properties[i];
-        out_.append(includeClassOrigin ? property.openWithOrigin : property.open);
+        out_.append(detail.classOrigin ? property.openWithOrigin : property.open);
+        if (detail.qualifiers) {
+            qualifiers(instance.klass->properties[i].qualifiers);
+        }
         value(instance.values[i]);
         out_.append(property.close);
     }
@@ -453,7 +464,7 @@ void CimXmlWriter::scalar(const CMPIData &data)
 void CimXmlWriter::embedded(const Instance &object)
 {
     TextBuffer text;
-    CimXmlWriter(text, fragments_, hostName_).instance(object, false);
+    CimXmlWriter(text, fragments_, hostName_).instance(object, {});
     appendEscaped(out_, text.view());
 }
 

@@ -54,6 +54,12 @@ class FragmentCache
     std::unordered_map<const cim::Class *, Entry> entries_; // one for each class, from the beginning
 };
 
+/** What an instance is written with besides its values. */
+struct InstanceDetail {
+    bool classOrigin = false;
+    bool qualifiers = false; // those of the class, for instances have none of their own
+};
+
 class CimXmlWriter
 {
   public:
@@ -94,13 +100,13 @@ class CimXmlWriter
     void instancePath(const Path &path);
     void localPath(const Path &path);
     void reference(const Path &path);
-    void instance(const Instance &instance, bool includeClassOrigin);
+    void instance(const Instance &instance, const InstanceDetail &detail);
     void scalar(const CMPIData &data);
     void value(const CMPIData &data);
     void typeAttribute(std::string_view name, CMPIType type);
     void textValue(const cim::Value &value);
     void qualifiers(const cim::Qualifiers &qualifiers);
-    void classDefinition(const cim::Class &definition, const Request &request);
+    void classDefinition(const cim::Class &definition, const Request &request, bool withMethods = true);
     void propertyDefinition(const cim::Property &property, const Request &request);
     void method(const cim::Method &method, const Request &request);
     void qualifierDeclaration(const cim::QualifierDeclaration &declaration);

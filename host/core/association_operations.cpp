@@ -45,16 +45,17 @@ CMPIStatus callAssociation(const Provider &provider, const CMPIContext *context,
     }
 }
 
-/** The class that a filter names; false, with the error in the answer, when it does not exist. */
-bool findFilterClass(const Work &work, const char *name, const cim::Class *&klass)
+/** True when the class that a filter for the other end names exists, wherever: that end may lie in another
+ * namespace. Otherwise the error is in the answer. */
+bool isResultClass(const Work &work, const char *name)
 {
-    klass = name != nullptr ? work.nameSpace.classes->find(name) : nullptr;
-    if (name != nullptr && klass == nullptr) {
-        fail(work.call, work.answer, CMPI_RC_ERR_INVALID_PARAMETER,
-             "The class %.200s of the filter does not exist.", name);
-        return false;
+    for (const cim::NameSpace &each : work.nameSpaces.all()) {
+        if (name == nullptr || each.classes->find(name) != nullptr) {
+            return true;
+        }
     }
-    return true;
+    const cim::Class *ignored = nullptr;
+    return findFilterClass(work, name, ignored);
 }
 
 } // namespace
@@ -80,9 +81,8 @@ void traverse(const Work &work)
     const Request &request = *found;
     source = request.path->klass;
     const cim::Class *reach = nullptr;
-    const cim::Class *result = nullptr;
     if (!findFilterClass(work, request.filter.associationClass, reach) ||
-        !findFilterClass(work, request.filter.resultClass, result)) {
+        !isResultClass(work, request.filter.resultClass)) {
         return;
     }
     const bool names =

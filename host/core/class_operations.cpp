@@ -37,10 +37,6 @@ void readClasses(const Work &work)
     }
 }
 
-namespace
-{
-
-/** The class that a filter names; false, with the error in the answer, when it does not exist. */
 bool findFilterClass(const Work &work, const char *name, const cim::Class *&klass)
 {
     klass = name != nullptr ? work.nameSpace.classes->find(name) : nullptr;
@@ -51,6 +47,9 @@ bool findFilterClass(const Work &work, const char *name, const cim::Class *&klas
     }
     return true;
 }
+
+namespace
+{
 
 bool hasRole(const cim::Property &property, const char *role)
 {

@@ -106,6 +106,8 @@ struct Answer {
     ArenaList<Instance *> instances;
     ArenaList<Path *> paths;
     ArenaList<const cim::Class *> classes;
+    /** Of a query, the names of the properties that it selects, ending with a null pointer; null: all. */
+    const char **selected = nullptr;
     ArenaList<const cim::QualifierDeclaration *> qualifiers;
 
     /** Of a method, or the value of GetProperty. */

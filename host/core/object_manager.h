@@ -5,6 +5,7 @@
 
 #include "cim/name_spaces.h"
 #include "core/dispatcher.h"
+#include "core/interop.h"
 #include "core/provider_manager.h"
 #include "core/registration.h"
 #include "core/up_calls.h"
@@ -20,6 +21,10 @@ struct ObjectManagerOptions {
     std::vector<std::string> libraryDirectories;
     /** A library file, used for every location; empty: lib<location>.so is looked for. */
     std::string libraryFile;
+    /** What the classes conform to. */
+    std::vector<Profile> profiles;
+    /** Of the object manager, for clients that ask. */
+    std::string version = "0.0.0";
 };
 
 class ObjectManager
@@ -51,6 +56,7 @@ class ObjectManager
     const cim::ClassRepository classes_;
     cim::NameSpaces nameSpaces_;
     DispatchingBroker broker_;
+    Interop interop_;
     ProviderManager providers_;
     Dispatcher dispatcher_;
 };

@@ -49,6 +49,10 @@ const cim::Class *classOfPath(const Work &work);
 /** True when a subclass has an instance provider. */
 bool isServedBelow(const Work &work, const cim::Class &klass);
 
+/** The class that a filter for the association names; false, with the error in the answer, when it does not
+ * exist. */
+bool findFilterClass(const Work &work, const char *name, const cim::Class *&klass);
+
 /** Shows of all instances of the answer what the request wants to see. limit: only properties that this class
  * has too; null: all. */
 void show(const Work &work, const cim::Class *limit);

@@ -3,6 +3,7 @@
 
 #include "cmpi/call.h"
 #include "cmpi/objects.h"
+#include "core/built_in.h"
 #include "log/log.h"
 
 #include <algorithm>
@@ -269,6 +270,27 @@ bool ProviderManager::addBuiltIn(const cim::NameSpace &nameSpace, const std::str
     fillTables(*provider);
     serving_[klass].instance = provider.get();
     providers_[nameSpace.name + "\n" + className] = std::move(provider);
+    return true;
+}
+
+bool ProviderManager::addBuiltIn(const cim::NameSpace &nameSpace, BuiltInClass &builtIn)
+{
+    const cim::Class *klass = nameSpace.classes->find(builtIn.name());
+    if (klass == nullptr || servingOf(*klass).instance != nullptr) {
+        return false;
+    }
+    auto provider = std::make_unique<Provider>();
+    provider->name = builtIn.name();
+    provider->instance = builtIn.instanceInterface();
+    provider->method = builtIn.methodInterface();
+    provider->association = klass->isAssociation ? builtIn.associationInterface() : nullptr;
+    fillTables(*provider);
+    serving_[klass] = {provider.get(), provider->method != nullptr ? provider.get() : nullptr,
+                       klass->isAssociation ? provider.get() : nullptr};
+    if (klass->isAssociation) {
+        associationClasses_[nameSpace.classes].push_back(klass);
+    }
+    providers_[nameSpace.name + "\n" + builtIn.name()] = std::move(provider);
     return true;
 }
 

@@ -18,6 +18,8 @@
 namespace host
 {
 
+class BuiltInClass;
+
 /** A provider with the interfaces that it has been asked for. Its tables have a function in every place: what
  * the provider does not implement says so. */
 struct Provider {
@@ -54,6 +56,10 @@ class ProviderManager
     /** Takes in an instance provider that is part of the object manager; false when the namespace has no such
      * class or it is served already. */
     bool addBuiltIn(const cim::NameSpace &nameSpace, const std::string &className, InstanceFactory factory);
+
+    /** The same for all that a class is served by; of an association, it is followed, too. The class must
+     * outlive this. */
+    bool addBuiltIn(const cim::NameSpace &nameSpace, BuiltInClass &builtIn);
 
     /** The provider of instances of exactly that class, or null. */
     const Provider *instanceProvider(const cim::Class &klass) const

@@ -50,13 +50,13 @@ void select(const Work &work, const Query &query)
     if (query.selected().empty()) {
         return;
     }
-    std::vector<const char *> names;
-    for (const std::string &name : query.selected()) {
-        names.push_back(name.c_str());
+    const std::vector<std::string> &names = query.selected();
+    work.answer.selected = work.arena().makeArray<const char *>(names.size() + 1);
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        work.answer.selected[i] = work.arena().copyText(names[i]);
     }
-    names.push_back(nullptr);
     Request selection = work.request;
-    selection.propertyList = names.data();
+    selection.propertyList = work.answer.selected;
     Projection projection(work.arena(), selection, nullptr);
     for (Instance *instance : instances) {
         projection.apply(*instance);

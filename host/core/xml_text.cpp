@@ -73,7 +73,13 @@ class Checker
   public:
     Checker(std::string_view document, const XmlLimits &limits) : text_(document), limits_(limits) {}
 
-    bool check()
+    XmlProblem check()
+    {
+        return isGood() ? XmlProblem::none : problem_;
+    }
+
+  private:
+    bool isGood()
     {
         if (text_.starts_with("\xef\xbb\xbf")) {
             place_ = 3;
@@ -103,7 +109,12 @@ class Checker
         return depth_ == 0 && roots_ == 1;
     }
 
-  private:
+    bool isBeyond(XmlProblem limit)
+    {
+        problem_ = limit;
+        return false;
+    }
+
     /** Goes on behind the bytes of that kind. */
     void pass(ByteKind kind)
     {
@@ -204,7 +215,13 @@ class Checker
 
     bool startTag()
     {
-        if (++elements_ > limits_.elements || ++depth_ > limits_.depth || (depth_ == 1 && ++roots_ > 1)) {
+        if (++elements_ > limits_.elements) {
+            return isBeyond(XmlProblem::tooManyElements);
+        }
+        if (++depth_ > limits_.depth) {
+            return isBeyond(XmlProblem::tooDeep);
+        }
+        if (depth_ == 1 && ++roots_ > 1) {
             return false;
         }
         ++place_;
@@ -229,8 +246,11 @@ class Checker
                 return true;
             }
             const std::string_view attributeName = name();
-            if (attributeName.empty() || count >= limits_.attributes || count >= seen.size()) {
+            if (attributeName.empty()) {
                 return false;
+            }
+            if (count >= limits_.attributes || count >= seen.size()) {
+                return isBeyond(XmlProblem::tooManyAttributes);
             }
             for (std::size_t i = 0; i < count; ++i) {
                 if (seen[i] == attributeName) {
@@ -292,6 +312,7 @@ class Checker
     std::size_t depth_ = 0;
     std::size_t elements_ = 0;
     std::size_t roots_ = 0;
+    XmlProblem problem_ = XmlProblem::notWellFormed;
 };
 
 /** Bytes that need a second look: markup, controls, everything beyond ASCII. */
@@ -326,9 +347,27 @@ std::string_view entityOf(char c)
 
 } // namespace
 
-bool checkXml(std::string_view document, const XmlLimits &limits)
+XmlProblem checkXml(std::string_view document, const XmlLimits &limits)
 {
     return Checker(document, limits).check();
+}
+
+std::string limitText(XmlProblem problem, const XmlLimits &limits)
+{
+    switch (problem) {
+    case XmlProblem::tooManyElements:
+        return "The document has more than " + std::to_string(limits.elements) + " elements.";
+    case XmlProblem::tooDeep:
+        return "The document has elements that are nested more than " + std::to_string(limits.depth) +
+               " deep.";
+    case XmlProblem::tooManyAttributes:
+        return "The document has an element with more than " + std::to_string(limits.attributes) +
+               " attributes.";
+    case XmlProblem::none:
+    case XmlProblem::notWellFormed:
+        break;
+    }
+    return "";
 }
 
 void appendEscaped(TextBuffer &buffer, std::string_view text)

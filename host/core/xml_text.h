@@ -6,6 +6,7 @@
 #include "core/text_buffer.h"
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 namespace host
@@ -17,11 +18,17 @@ struct XmlLimits {
     std::size_t attributes = 16; // of one element
 };
 
-/** True when the document is UTF-8, has the characters and the entity references that XML 1.0 allows, one
+/** What is wrong with a document. */
+enum class XmlProblem { none, notWellFormed, tooManyElements, tooDeep, tooManyAttributes };
+
+/** none when the document is UTF-8, has the characters and the entity references that XML 1.0 allows, one
  * root element, attributes that are quoted and not repeated, and keeps to the limits. Entities other than the
  * five of XML are refused, and so is a document type with a part of its own. That start and end tags match is
  * left to the parser. */
-bool checkXml(std::string_view document, const XmlLimits &limits);
+[[nodiscard]] XmlProblem checkXml(std::string_view document, const XmlLimits &limits);
+
+/** A sentence about the limit that the document is beyond; "" when it is not well-formed, or good. */
+std::string limitText(XmlProblem problem, const XmlLimits &limits);
 
 /** Appends text so that it can stand in an element or in a quoted attribute. Only the five named entities are
  * used, because there are clients that know nothing else. What XML cannot hold (control characters, bytes

@@ -187,6 +187,12 @@ bool readItemCount(pugi::xml_node, Arena &, Message &message, Fault &)
     return true;
 }
 
+bool readEndpointRequest(pugi::xml_node, Arena &, Message &message, Fault &)
+{
+    message.wantsEndpoint = true;
+    return true;
+}
+
 bool passOver(pugi::xml_node, Arena &, Message &, Fault &)
 {
     return true;
@@ -213,6 +219,7 @@ constexpr Header knownHeaders[] = {
     {uri::wsman, "Locale", readLocale},
     {uri::wsman, "OptionSet", readOptions},
     {uri::wsman, "RequestTotalItemsCountEstimate", readItemCount},
+    {uri::wsman, "RequestEPR", readEndpointRequest},
 };
 
 const Header *findHeader(pugi::xml_node element)

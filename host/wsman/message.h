@@ -44,6 +44,8 @@ struct Message {
     /** The expression of a fragment transfer; none: it concerns the whole object. */
     std::optional<std::string_view> fragment;
     bool wantsItemCount = false;
+    /** After a Put the client wants to hear by which endpoint reference the object is found. */
+    bool wantsEndpoint = false;
     bool isIdentify = false;
     pugi::xml_node body;
 };

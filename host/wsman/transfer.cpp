@@ -95,6 +95,17 @@ std::string fragmentHeader(const Exchange &exchange)
     return std::string(text.view());
 }
 
+/** The header that answers RequestEPR. */
+std::string endpointHeader(Exchange &exchange, const Path &path)
+{
+    TextBuffer text;
+    Writer writer(text, exchange.service.fragments, exchange.vendorBase);
+    text.append("<wsman:RequestedEPR>");
+    writer.endpoint(path);
+    text.append("</wsman:RequestedEPR>");
+    return std::string(text.view());
+}
+
 /** Reads the object and writes the answer to a Get or Put. */
 bool answerWithObject(Exchange &exchange, const Target &target, const Fragment &fragment)
 {
@@ -111,16 +122,20 @@ bool answerWithObject(Exchange &exchange, const Target &target, const Fragment &
         return false;
     }
     const Instance &found = *answer.instances[0];
+    std::string headers;
+    if (message.wantsEndpoint && message.action == uri::putAction) {
+        headers = endpointHeader(exchange, *found.path);
+    }
     Writer writer = exchange.writer();
     if (!message.fragment) {
         writer.instance(found);
-        writer.finish(message.action, "Response", message.messageId);
+        writer.finish(message.action, "Response", message.messageId, headers);
         return true;
     }
     // The object may be of a subclass, where the property stands elsewhere.
     const std::size_t place = found.klass->placeOf(target.klass->properties[fragment.place].name);
     writer.fragment(found, place, fragment.index, fragment.textOnly);
-    writer.finish(message.action, "Response", message.messageId, fragmentHeader(exchange));
+    writer.finish(message.action, "Response", message.messageId, fragmentHeader(exchange) + headers);
     return true;
 }
 
@@ -153,6 +168,63 @@ Instance *readInstance(Exchange &exchange, const Target &target, bool needsTarge
     return instance;
 }
 
+/** The element of an array that the fragment holds; false with the fault when it holds none. */
+bool readElement(Exchange &exchange, const Target &target, const cim::Property &property,
+                 pugi::xml_node fragmentNode, CMPIData &data)
+{
+    const pugi::xml_node inner = firstElement(fragmentNode);
+    if (!property.isArray ||
+        (inner && (!cim::sameName(localName(inner), property.name) || nextElement(inner)))) {
+        return exchange.refuse(FaultKind::invalidRepresentation, "InvalidFragment",
+                               "The body holds something else than one element of the array " +
+                                   property.name + ".");
+    }
+    ValueText value;
+    value.name = property.name;
+    if (!readItem(exchange, inner ? inner : fragmentNode, property.type, FaultKind::invalidRepresentation,
+                  value.item)) {
+        return false;
+    }
+    value.isNull = value.item.isNull;
+    Typing typing(exchange.arena, exchange.service.dispatcher.nameSpaces());
+    if (!typing.value(value, property.type, false, target.nameSpace, data)) {
+        exchange.refuse(FaultKind::invalidRepresentation, "InvalidValues", typing.error());
+        exchange.fault.code = typing.code();
+        return false;
+    }
+    return true;
+}
+
+/** The instance with the array of the fragment as it is, but for the one element that is in the body. */
+Instance *readElementInstance(Exchange &exchange, const Target &target, const Fragment &fragment,
+                              pugi::xml_node fragmentNode)
+{
+    const cim::Property &property = target.klass->properties[fragment.place];
+    CMPIData element = {};
+    Request request;
+    request.operation = Operation::getInstance;
+    request.nameSpace = target.nameSpace;
+    request.path = target.path;
+    request.propertyList = listOf(exchange, *target.klass, fragment.place);
+    Answer answer(exchange.arena);
+    if (!readElement(exchange, target, property, fragmentNode, element) || !exchange.run(request, answer)) {
+        return nullptr;
+    }
+    const Instance &found = *answer.instances[0];
+    const CMPIData data = copyData(exchange.arena, found.values[found.klass->placeOf(property.name)]);
+    const Array *array = arrayOf(data);
+    if (array == nullptr || fragment.index > array->size) {
+        exchange.refuse(FaultKind::invalidRepresentation, "InvalidFragment",
+                        "The array " + property.name + " has no element " + std::to_string(fragment.index) +
+                            ".");
+        return nullptr;
+    }
+    array->elements[fragment.index - 1] = element;
+    Instance *instance = makeInstance(exchange.arena, *target.path);
+    setProperty(*instance, fragment.place, data);
+    return instance;
+}
+
 /** The instance with the one property of the fragment, which is in the body. */
 Instance *readFragmentInstance(Exchange &exchange, const Target &target, const Fragment &fragment)
 {
@@ -164,9 +236,7 @@ Instance *readFragmentInstance(Exchange &exchange, const Target &target, const F
         return nullptr;
     }
     if (fragment.index != 0) {
-        exchange.refuse(FaultKind::unsupportedFeature, "FragmentLevelAccess",
-                        "A single element of an array cannot be put.");
-        return nullptr;
+        return readElementInstance(exchange, target, fragment, element);
     }
     ArenaList<ValueText> values(exchange.arena);
     if (firstElement(element)) {

@@ -79,7 +79,10 @@ FragmentCache::FragmentCache(const cim::NameSpaces &nameSpaces)
 {
     for (const cim::NameSpace &nameSpace : nameSpaces.all()) {
         for (const cim::Class *klass : nameSpace.classes->all()) {
-            entries_[klass].number = entries_.size();
+            const auto [entry, isNew] = entries_.try_emplace(klass); // a namespace may have two names
+            if (isNew) {
+                entry->second.number = entries_.size() - 1;
+            }
         }
     }
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "wsman/wsman.h"
 
-#include "core/xml_memory.h"
+#include "core/xml_document.h"
 #include "wsman/uris.h"
 
 namespace host
@@ -90,29 +90,19 @@ bool WsmanFrontEnd::takes(std::string_view mediaType) const
 
 HttpReply WsmanFrontEnd::handle(const HttpRequest &request, TextBuffer &out)
 {
-    constexpr unsigned parseOptions = pugi::parse_cdata | pugi::parse_escapes | pugi::parse_wconv_attribute |
-                                      pugi::parse_eol |
-                                      pugi::parse_ws_pcdata_single; // a value may consist of blanks
-    const XmlMemory paidByTheRequest(request.memory);
     pugi::xml_document document;
     Arena arena(firstChunk, request.memory);
     Exchange exchange(service_, request, arena, out);
     HttpReply reply;
     reply.contentType = "application/soap+xml;charset=UTF-8";
-    pugi::xml_parse_result parsed; // not yet
-    if (checkXml(request.body, limits_)) {
-        parsed = document.load_buffer_inplace(request.body.data(), request.body.size(), parseOptions,
-                                              pugi::encoding_utf8);
-    }
-    if (parsed.status == pugi::status_out_of_memory) {
-        throw MemoryExceeded();
-    }
-    const bool isXml = parsed;
-    if (!isXml) {
+    const XmlProblem problem = readXml(request.body, limits_, request.memory, document);
+    if (problem == XmlProblem::notWellFormed) {
         exchange.refuse(FaultKind::schemaValidationError, "", "The document is no well-formed XML.");
+    } else if (problem != XmlProblem::none) {
+        exchange.refuse(FaultKind::encodingLimit, "", limitText(problem, limits_));
     }
-    if (!isXml || !wsman::readMessage(document, arena, exchange.message, exchange.fault) ||
-        !answer(exchange)) {
+    if (problem != XmlProblem::none ||
+        !wsman::readMessage(document, arena, exchange.message, exchange.fault) || !answer(exchange)) {
         out.clear();
         reply.status = wsman::httpStatus(exchange.fault.kind);
         exchange.writer().fault(exchange.fault, exchange.message.messageId);

@@ -82,7 +82,8 @@ reference() { # reference OBJECT: as an argument of a method
 
 # ---- requests ----
 
-account_url() { printf 'http://%s:%s@127.0.0.1:%s/root/cimv2:' "$1" "$(<"$directory/password.$1")" "$port"; }
+namespace=root/cimv2
+account_url() { printf 'http://%s:%s@127.0.0.1:%s/%s:' "$1" "$(<"$directory/password.$1")" "$port" "$namespace"; }
 
 # ask ACCOUNT OPERATION [OPTION...] PATH [ARGUMENT]: the answer comes in $answer.
 ask() {
@@ -125,7 +126,7 @@ expect_answer() { # expect_answer WHAT EXPECTED ACCOUNT OPERATION [OPTION...] PA
 # The paths in $answer without the host, one per line; properties stay as they are.
 without_host() {
     # shellcheck disable=SC2001 # line by line
-    answer=$(sed 's,^[^/="]*/root/cimv2:,,' <<<"$answer")
+    answer=$(sed "s,^[^/=\"]*/$namespace:,," <<<"$answer")
 }
 
 # ---- instances ----

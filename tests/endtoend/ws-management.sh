@@ -165,5 +165,33 @@ expect 'a method that is none' "The class $space has no method Nope." "$(fault)"
 echo 'A fragment'
 ws admin put $space ColorSpaceName=Mine -fragment -filter "SELECT * FROM $space WHERE ColorSpaceNumber = 3"
 expect 'the library puts no fragment either' 'wsa:ActionNotSupported NOT_SUPPORTED' "$(value "$(named Subcode)") $(fault)"
+echo 'TLS, and discovery'
+host_stop
+"$DISPLAY_HOST" certificate --certificate "$directory/certificate.pem" --key "$directory/key.pem" 127.0.0.1
+host_options=(--certificate "$directory/certificate.pem" --key "$directory/key.pem" --https-port 0
+    --profiles "$source_dir/mof/libcmpiDisplayManagement.profiles")
+host_start
+secure=$(sed -n 's,^listening on https://\(127.0.0.1:[0-9]*\)/.*,\1,p' "$directory/ready")
+unset WSNOSSL
+export WSENDPOINT=$secure
+cp "$directory/certificate.pem" "$work/$secure.crt" # what the client gives to curl as --cacert
+ws viewer enum $space -opti 100
+expect 'seven colour spaces over TLS' 7 "$(value "count($items)")"
+ws admin invoke $space SetDisplayLuminance Luminance=130 -filter "$active"
+expect 'the luminance is set over TLS' 0 "$(value "$(named ReturnValue)")"
+expect_property ColorSpace/1 DisplayLuminance 130
+ws viewer enum CIM_ObjectManager -ns interop -opti 100
+expect 'the brand and the version of the object manager' 'display-host 1.0.0' \
+    "$(value "$(named ElementName)") $(value "$(named Version)")"
+ws viewer enum CIM_Namespace -ns root/interop -opti 100
+expect 'three namespaces' 3 "$(value "count($items)")"
+ws viewer enum CIM_RegisteredProfile -ns interop -opti 100
+expect 'the profile' 'Marovelton:DisplayManagement:1.0.0' "$(value "$(named InstanceID)")"
+ws viewer enum CIM_ElementConformsToProfile -ns interop -opti 100
+expect '... and the monitor that conforms to it' 1 "$(value "count($items)")"
+"$DISPLAY_HOST" certificate --certificate "$work/other.pem" --key "$work/other.key" 127.0.0.1
+cp "$work/other.pem" "$work/$secure.crt"
+ws viewer enum $space -opti 100
+expect 'a server with another certificate is not talked to' 0 "$(value "count($items)")"
 rm -rf "$work"
 report

@@ -67,12 +67,14 @@ cim::ClassRepository readTestClasses()
     return repository;
 }
 
-std::unique_ptr<host::ObjectManager> makeManager()
+std::unique_ptr<host::ObjectManager> makeManager(cim::ClassRepository classes)
 {
     host::ObjectManagerOptions options;
     options.libraryFile = TEST_PROVIDER_FILE;
-    auto manager = std::make_unique<host::ObjectManager>(readTestClasses(), options);
+    options.version = "1.2.3";
     std::vector<std::string> problems;
+    options.profiles = host::readProfileFile(TEST_DATA_DIR "/test.profiles", problems);
+    auto manager = std::make_unique<host::ObjectManager>(std::move(classes), options);
     const auto registrations = host::readRegistrationFile(TEST_DATA_DIR "/test.reg", problems);
     for (const std::string &problem : problems) {
         ADD_FAILURE() << problem;

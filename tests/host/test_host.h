@@ -48,11 +48,11 @@ class TemporaryDirectory
     std::string path_;
 };
 
-/** An object manager with the classes of test.mof and the providers of test.reg. */
-std::unique_ptr<host::ObjectManager> makeManager();
-
-/** The classes of test.mof alone. */
+/** The classes of test.mof. */
 cim::ClassRepository readTestClasses();
+
+/** An object manager with the providers of test.reg and the profiles of test.profiles. */
+std::unique_ptr<host::ObjectManager> makeManager(cim::ClassRepository classes = readTestClasses());
 
 /** A call of one test: the arena that it owns is the current one. */
 class TestCall

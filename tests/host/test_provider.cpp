@@ -23,6 +23,7 @@ constexpr const char *systemName = "desk";
 
 const CMPIBroker *broker = nullptr;
 std::string labels[things];
+std::string tags[things][2];  // empty: as in the beginning
 std::atomic<int> napping = 0; // calls of Nap at the same time
 std::atomic<int> mostNapping = 0;
 std::atomic<bool> mayWake = false; // what a nap without end waits for
@@ -104,10 +105,13 @@ CMPIInstance *thing(const CMPIObjectPath *reference, const char *className, int 
     CMSetProperty(instance, "Gain", reinterpret_cast<const CMPIValue *>(&gain), CMPI_real32);
     CMPIDateTime *seen = CMNewDateTimeFromBinary(broker, CMPIUint64{1700000000} * 1000000, 0, nullptr);
     CMSetProperty(instance, "Seen", reinterpret_cast<const CMPIValue *>(&seen), CMPI_dateTime);
-    CMPIArray *tags = CMNewArray(broker, 2, CMPI_chars, nullptr);
-    CMSetArrayElementAt(tags, 0, charsValue("red & <blue>"), CMPI_chars);
-    CMSetArrayElementAt(tags, 1, charsValue("gr\xc3\xbcn"), CMPI_chars);
-    CMSetProperty(instance, "Tags", reinterpret_cast<const CMPIValue *>(&tags), CMPI_charsA);
+    CMPIArray *tagArray = CMNewArray(broker, 2, CMPI_chars, nullptr);
+    static const char *const firstTags[] = {"red & <blue>", "gr\xc3\xbcn"};
+    for (CMPICount i = 0; i < 2; ++i) {
+        const std::string &tag = tags[number][i];
+        CMSetArrayElementAt(tagArray, i, charsValue(tag.empty() ? firstTags[i] : tag.c_str()), CMPI_chars);
+    }
+    CMSetProperty(instance, "Tags", reinterpret_cast<const CMPIValue *>(&tagArray), CMPI_charsA);
     CMPIArray *codes = CMNewArray(broker, 3, CMPI_uint16, nullptr);
     for (CMPIUint16 i = 0; i < 3; ++i) {
         const auto code = static_cast<CMPIUint16>(number * 10 + i);
@@ -183,7 +187,16 @@ CMPIStatus Test_ThingCreateInstance(CMPIInstanceMI *, const CMPIContext *, const
     return status(CMPI_RC_OK);
 }
 
-/** Takes the label over; the level must not be given. */
+/** Takes both tags over. */
+void takeTags(int number, const CMPIInstance *instance)
+{
+    const CMPIData data = CMGetProperty(instance, "Tags", nullptr);
+    for (CMPICount i = 0; i < 2; ++i) {
+        tags[number][i] = chars(CMGetArrayElementAt(data.value.array, i, nullptr).value.string);
+    }
+}
+
+/** Takes the label over, or the tags; the level must not be given. */
 CMPIStatus Test_ThingModifyInstance(CMPIInstanceMI *, const CMPIContext *, const CMPIResult *,
                                     const CMPIObjectPath *path, const CMPIInstance *instance,
                                     const char **properties)
@@ -192,8 +205,13 @@ CMPIStatus Test_ThingModifyInstance(CMPIInstanceMI *, const CMPIContext *, const
     if (number < 0) {
         return status(CMPI_RC_ERR_NOT_FOUND, "no such thing");
     }
-    if (properties != nullptr && properties[0] != nullptr && strcasecmp(properties[0], "Label") != 0) {
-        return status(CMPI_RC_ERR_NOT_SUPPORTED, "only the label can be changed");
+    const char *property = properties != nullptr && properties[0] != nullptr ? properties[0] : "Label";
+    if (strcasecmp(property, "Tags") == 0) {
+        takeTags(number, instance);
+        return status(CMPI_RC_OK);
+    }
+    if (strcasecmp(property, "Label") != 0) {
+        return status(CMPI_RC_ERR_NOT_SUPPORTED, "only the label and the tags can be changed");
     }
     const CMPIData label = CMGetProperty(instance, "Label", nullptr);
     labels[number] = (label.state & CMPI_nullValue) != 0 ? "(null)" : chars(label.value.string);
@@ -782,6 +800,8 @@ void setUp(const CMPIBroker *given)
     broker = given;
     for (int i = 0; i < things; ++i) {
         labels[i] = format("label-%d", i);
+        tags[i][0].clear();
+        tags[i][1].clear();
     }
     trace("the things are set up");
 }

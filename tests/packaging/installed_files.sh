@@ -25,6 +25,7 @@ lib/systemd/system/display-host.service
 lib/systemd/system/display-host.socket
 share/doc/display-host/examples/display-host.conf
 FILES
+    echo share/libcmpiDisplayManagement/libcmpiDisplayManagement.profiles
     for file in CIM_superclasses.mof Linux_ComputerSystem.mof desk.mof qualifiers.mof; do
         echo "share/libcmpiDisplayManagement/mof/$file"
     done

@@ -118,7 +118,6 @@ constexpr Recording recordings[] = {
     {"scripting/modify-instance-minimal", "scripting-modify-instance"},
     {"scripting/reference-names", "scripting-reference-names"},
     {"scripting/references", "scripting-references"},
-    {"scripting/wbemserver", "scripting-other-namespace"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Recorded, Replay, testing::ValuesIn(recordings), nameOf);

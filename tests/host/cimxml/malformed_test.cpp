@@ -32,6 +32,16 @@ class Malformed : public testing::Test
         EXPECT_EQ(answer.body, "");
     }
 
+    /** The document is beyond a limit, which the answer names. */
+    void expectTooLarge(const std::string &body, const std::string &text)
+    {
+        const HttpAnswer answer = send(body);
+        EXPECT_EQ(answer.status, 413);
+        EXPECT_EQ(answer.header("Content-Type"), "text/plain; charset=utf-8");
+        EXPECT_EQ(answer.header("CIMError"), "");
+        EXPECT_EQ(answer.body, text);
+    }
+
     void expectError(const std::string &body, int code, const std::string &text)
     {
         const HttpAnswer answer = send(body);
@@ -143,12 +153,17 @@ TEST_F(Malformed, DeepAndWideDocumentsAreRefused)
     for (int i = 0; i < 100000; ++i) {
         deep += "<a>";
     }
-    expectRefusal(deep, 400, "request-not-well-formed");
+    expectTooLarge(deep, "The document has elements that are nested more than 64 deep.");
     std::string wide = "<a>";
     for (int i = 0; i < 100000; ++i) {
         wide += "<b/>";
     }
-    expectRefusal(wide + "</a>", 400, "request-not-well-formed");
+    expectTooLarge(wide + "</a>", "The document has more than 20000 elements.");
+    std::string attributes = "<a";
+    for (int i = 0; i < 17; ++i) {
+        attributes += " b" + std::to_string(i) + "=\"\"";
+    }
+    expectTooLarge(attributes + "/>", "The document has an element with more than 16 attributes.");
     expectRefusal(
         replaced(good, "NAME=\"root\"", "NAME=\"root\" A=\"" + std::string(900000, 'x') + "\" A=\"\""), 400,
         "request-not-well-formed");
@@ -172,9 +187,9 @@ TEST_F(Malformed, DeepReferencesAreRefused)
             "<INSTANCENAME CLASSNAME=\"Test_ThingPair\"><KEYBINDING NAME=\"Antecedent\"><VALUE.REFERENCE>" +
             reference + "</VALUE.REFERENCE></KEYBINDING></INSTANCENAME>";
     }
-    expectRefusal(
+    expectTooLarge(
         test::intrinsic("GetInstance", "<IPARAMVALUE NAME=\"InstanceName\">" + reference + "</IPARAMVALUE>"),
-        400, "request-not-well-formed");
+        "The document has elements that are nested more than 64 deep.");
 }
 
 TEST_F(Malformed, LengthsThatAreWrongAreTold)

@@ -11,7 +11,7 @@ namespace
 
 bool check(std::string_view document, const host::XmlLimits &limits = {})
 {
-    return host::checkXml(document, limits);
+    return host::checkXml(document, limits) == host::XmlProblem::none;
 }
 
 std::string escaped(std::string_view text)

@@ -203,13 +203,29 @@ TEST_F(WsmanFaults, FragmentsThatAreNone)
                     "<wsman:XmlFragment><Level>1</Level></wsman:XmlFragment>"),
               (FaultSeen{400, "wxf:InvalidRepresentation", "InvalidFragment",
                          "The body holds something else than the property Label.", ""}));
-    EXPECT_EQ(fault(putAction, thing, thingSelectors(3) + header("Codes[1]"),
-                    "<wsman:XmlFragment><Codes>1</Codes></wsman:XmlFragment>"),
-              (FaultSeen{400, "wsman:UnsupportedFeature", "FragmentLevelAccess",
-                         "A single element of an array cannot be put.", ""}));
-    EXPECT_EQ(fault(putAction, thing, thingSelectors(3) + header("Level"),
-                    "<wsman:XmlFragment><Level>1</Level></wsman:XmlFragment>"),
-              (FaultSeen{400, "wsa:ActionNotSupported", "", "only the label can be changed", "7"}));
+    EXPECT_EQ(
+        fault(putAction, thing, thingSelectors(3) + header("Codes[1]"),
+              "<wsman:XmlFragment><Codes>1</Codes></wsman:XmlFragment>"),
+        (FaultSeen{400, "wsa:ActionNotSupported", "", "only the label and the tags can be changed", "7"}));
+    const auto putTag = [&](const std::string &expression, const std::string &content) {
+        return fault(putAction, thing, thingSelectors(3) + header(expression),
+                     "<wsman:XmlFragment>" + content + "</wsman:XmlFragment>");
+    };
+    EXPECT_EQ(putTag("Tags[3]", "<Tags>x</Tags>"),
+              (FaultSeen{400, "wxf:InvalidRepresentation", "InvalidFragment",
+                         "The array Tags has no element 3.", ""}));
+    const FaultSeen notOneElement = {400, "wxf:InvalidRepresentation", "InvalidFragment",
+                                     "The body holds something else than one element of the array Tags.", ""};
+    EXPECT_EQ(putTag("Tags[1]", "<Label>x</Label>"), notOneElement);
+    EXPECT_EQ(putTag("Tags[1]", "<Tags>x</Tags><Tags>y</Tags>"), notOneElement);
+    EXPECT_EQ(putTag("Label[1]", "<Label>x</Label>").detail, "InvalidFragment");
+    EXPECT_EQ(putTag("Codes[1]", "<Codes>70000</Codes>"),
+              (FaultSeen{400, "wxf:InvalidRepresentation", "InvalidValues",
+                         "The value \"70000\" of Codes is not a uint16.", "4"}));
+    EXPECT_EQ(
+        fault(putAction, thing, thingSelectors(3) + header("Level"),
+              "<wsman:XmlFragment><Level>1</Level></wsman:XmlFragment>"),
+        (FaultSeen{400, "wsa:ActionNotSupported", "", "only the label and the tags can be changed", "7"}));
 }
 
 TEST_F(WsmanFaults, EnumerationsThatAreNone)

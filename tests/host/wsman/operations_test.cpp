@@ -132,6 +132,69 @@ TEST_F(Wsman, AFragmentIsPut)
     EXPECT_EQ(textOf(send(getAction, thing, thingSelectors(5), "").body, "p:Label"), "three &lt;3&gt;");
     EXPECT_EQ(textOf(put("Label", "<Label xsi:nil=\"true\"/>").body, "p:Label"), "(null)")
         << "the provider writes so what it got as null";
+    EXPECT_THAT(put("Tags[2]", "<Tags>blue</Tags>").body,
+                HasSubstr("<wsman:XmlFragment><p:Tags>blue</p:Tags></wsman:XmlFragment>"));
+    EXPECT_THAT(put("Tags[1]/text()", "green").body,
+                HasSubstr("<wsman:XmlFragment>green</wsman:XmlFragment>"));
+    EXPECT_THAT(send(getAction, thing, thingSelectors(5) + fragment("Tags"), "").body,
+                HasSubstr("<p:Tags>green</p:Tags><p:Tags>blue</p:Tags>"));
+}
+
+TEST_F(Wsman, APutTellsWhereTheObjectIsWhenAsked)
+{
+    const std::string body = "<wsman:XmlFragment><Label>told</Label></wsman:XmlFragment>";
+    const std::string headers = thingSelectors(4) + fragment("Label");
+    const HttpAnswer asked =
+        send(putAction, thing, headers + "<wsman:RequestEPR s:mustUnderstand=\"true\"/>", body);
+    EXPECT_EQ(asked.status, 200) << asked.body;
+    const std::string endpoint = textOf(asked.body, "wsman:RequestedEPR");
+    EXPECT_EQ(textOf(endpoint, "wsman:ResourceURI"), thing);
+    EXPECT_THAT(endpoint, HasSubstr("<wsman:Selector Name=\"DeviceID\">thing4</wsman:Selector>"));
+    EXPECT_THAT(send(putAction, thing, headers, body).body, Not(HasSubstr("RequestedEPR")));
+    EXPECT_THAT(send(getAction, thing, thingSelectors(4) + "<wsman:RequestEPR/>", "").body,
+                Not(HasSubstr("RequestedEPR")))
+        << "of a Get it is known";
+}
+
+TEST_F(Wsman, AnObjectIsFoundThroughTheUriOfASuperclass)
+{
+    const HttpAnswer answer = send(getAction, test::classUri("Test_Device"), thingSelectors(3), "");
+    EXPECT_EQ(answer.status, 200) << answer.body;
+    EXPECT_THAT(answer.body, HasSubstr("<s:Body><p:Test_Thing"));
+    EXPECT_EQ(textOf(answer.body, "p:DeviceID"), "thing3");
+    EXPECT_EQ(textOf(answer.body, "p:Label"), "label-3");
+}
+
+TEST_F(Wsman, DiscoveryFindsBrandVersionNamespacesAndProfiles)
+{
+    const std::string cim = "http://schemas.dmtf.org/wbem/wscim/1/cim-schema/2/";
+    const std::string interop = test::selectors({"__cimnamespace", "interop"});
+    const auto objects = [&](const std::string &name) {
+        const HttpAnswer opened = enumerate(maxElements(9), interop, cim + name);
+        EXPECT_EQ(opened.status, 200) << opened.body;
+        return opened.body;
+    };
+    const std::string manager = objects("CIM_ObjectManager");
+    EXPECT_EQ(textOf(manager, "p:ElementName"), "display-host");
+    EXPECT_EQ(textOf(manager, "p:Version"), "1.2.3");
+    EXPECT_EQ(test::count(objects("CIM_Namespace"), "<p:CIM_Namespace"), 3u);
+    const std::string profiles = objects("CIM_RegisteredProfile");
+    EXPECT_EQ(test::count(profiles, "<p:RegisteredName>"), 2u);
+    EXPECT_EQ(textOf(profiles, "p:InstanceID"), "test:profile1");
+    const std::string profile = cim + "CIM_RegisteredProfile";
+    const HttpAnswer called =
+        send(profile + "/GetCentralInstances", profile,
+             test::selectors({"__cimnamespace", "interop", "InstanceID", "test:profile1"}),
+             "<p:GetCentralInstances_INPUT xmlns:p=\"" + profile + "\"/>");
+    EXPECT_EQ(called.status, 200) << called.body;
+    EXPECT_EQ(textOf(called.body, "wsman:ResourceURI"), test::classUri("Test_SpecialThing"));
+    EXPECT_THAT(called.body,
+                HasSubstr("<wsman:Selector Name=\"__cimnamespace\">root/cimv2</wsman:Selector>"));
+    EXPECT_EQ(textOf(called.body, "p:ReturnValue"), "0");
+    const HttpAnswer wrong =
+        enumerate("", test::selectors({"__cimnamespace", "root/PG_InterOp"}), cim + "CIM_Namespace");
+    EXPECT_EQ(wrong.status, 400);
+    EXPECT_THAT(wrong.body, HasSubstr("There is no namespace root/PG_InterOp."));
 }
 
 // ------------------------------------------------------------------------------------------------ arguments
@@ -404,8 +467,11 @@ TEST_F(Wsman, WhatIsTooDeepTooWideOrHasEntitiesIsRefused)
     };
     const FaultSeen notWellFormed = {400, "wsman:SchemaValidationError", "",
                                      "The document is no well-formed XML.", ""};
-    EXPECT_EQ(fault("", repeat("<a>", 100) + repeat("</a>", 100)), notWellFormed);
-    EXPECT_EQ(fault("", "<a>" + repeat("<b/>", 20000) + "</a>"), notWellFormed);
+    EXPECT_EQ(fault("", repeat("<a>", 100) + repeat("</a>", 100)),
+              (FaultSeen{400, "wsman:EncodingLimit", "",
+                         "The document has elements that are nested more than 64 deep.", ""}));
+    EXPECT_EQ(fault("", "<a>" + repeat("<b/>", 20000) + "</a>"),
+              (FaultSeen{400, "wsman:EncodingLimit", "", "The document has more than 20000 elements.", ""}));
     EXPECT_EQ(
         test::faultOf(server_.exchange(test::postWsman("<!DOCTYPE a [<!ENTITY b \"bbbb\">]><a>&b;</a>"))),
         notWellFormed);

@@ -90,6 +90,7 @@ constexpr Recording recordings[] = {
     {"ws-command-line/enumerate-count", pullRequest},
     {"ws-command-line/enumerate-instances", pullRequest},
     {"ws-command-line/enumerate-instances-optimized"},
+    {"ws-command-line/enumerate-instances-max3", pull20Request},
     {"ws-command-line/enumerate-names-epr", pullRequest},
     {"ws-command-line/enumerate-names-superclass-epr", pullRequest},
     {"ws-command-line/enumerate-namespace"},
@@ -107,6 +108,7 @@ constexpr Recording recordings[] = {
     {"ws-command-line/get-fragment"},
     {"ws-command-line/get-namespace"},
     {"ws-command-line/get-unmapped-uri"},
+    {"ws-command-line/get-via-superclass"},
     {"ws-command-line/identify"},
     {"ws-command-line/invoke-error"},
     {"ws-command-line/invoke-noargs"},
@@ -117,6 +119,7 @@ constexpr Recording recordings[] = {
     {"ws-command-line/invoke-types-file"},
     {"ws-command-line/invoke-types-k"},
     {"ws-command-line/invoke-unknown-method"},
+    {"ws-command-line/put.4"},
     {"ws-command-line/put-file"},
     {"ws-command-line/put-fragment"},
     {"ws-command-line/references", pull20Request},
@@ -126,7 +129,9 @@ constexpr Recording recordings[] = {
     {"ws-scripts/enumerate-instances", scriptPullRequest},
     {"ws-scripts/enumerate-instances-optimized", scriptPullRequest},
     {"ws-scripts/enumerate-names-epr", scriptPullRequest},
+    {"ws-scripts/enumerate-namespace", scriptPullRequest},
     {"ws-scripts/enumerate-objepr", scriptPullRequest},
+    {"ws-scripts/enumerate-superclass", scriptPullRequest},
     {"ws-scripts/error-invalid-class"},
     {"ws-scripts/get"},
     {"ws-scripts/identify"},
@@ -135,7 +140,9 @@ constexpr Recording recordings[] = {
     {"ws-scripts/invoke-string-inst"},
     {"ws-scripts/invoke-string-spaces"},
     {"ws-scripts/invoke-types"},
+    {"ws-scripts/invoke-string-optimized"},
     {"ws-scripts/put.1"},
+    {"ws-scripts/put.2"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Recorded, WsmanReplay, testing::ValuesIn(recordings), nameOf);
