@@ -11,9 +11,8 @@
 namespace engine
 {
 
-/** The texts of the steps of an exchange with the engine; the usual ones unless a setting spells them
- * otherwise. Some senders are different in kind: without a `reply` text no reply is awaited, without a `send`
- * text the result of the send is not looked at. */
+/** The texts of the steps of an exchange with the engine, where a setting has other ones than usual. Without
+ * a `reply` text no reply is awaited, without a `send` text the result of the send is not looked at. */
 struct ChannelTexts {
     const char *reply;
     const char *busy = "Device is Busy. Please try after some time.";

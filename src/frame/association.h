@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// The association engine, and the frame of the association modules.
-//
-// An association class owns no data: its objects are found by asking the object manager for the objects at
-// the far end. The engine serves one-to-many associations: to one source it ties every object of the other
-// end's class, or those that the association's matcher lets through.
+// The association engine, and the frame of the association modules. An association class owns no data: its
+// objects are found by asking the object manager for those at the far end. To one source the engine ties
+// every object of the other end's class, or those that the association's matcher lets through.
 #ifndef FRAME_ASSOCIATION_H
 #define FRAME_ASSOCIATION_H
 
@@ -13,10 +11,7 @@
 #include <string_view>
 
 /** In which direction an association is followed. */
-enum ASSOC_TYPE {
-    ASSOC_RIGHT_LEFT = 1,
-    ASSOC_LEFT_RIGHT = 2,
-};
+enum ASSOC_TYPE { ASSOC_RIGHT_LEFT = 1, ASSOC_LEFT_RIGHT = 2 };
 using ASSOC_TYPE_E = ASSOC_TYPE;
 
 namespace frame

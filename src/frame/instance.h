@@ -11,8 +11,7 @@ namespace frame
 {
 
 // The results of setting a property are not looked at: an object manager refuses one only where the client's
-// property list leaves it out or its class definition lacks it, and the rest of the instance is right all the
-// same.
+// property list leaves it out or its class definition lacks it, and the rest of the instance is right.
 
 /** An instance on its way: each call sets one property, in the order of the class's table. Once a step has
  * failed the later ones do nothing and `finish` gives null. */

@@ -96,9 +96,8 @@ CMPIStatus invokeMethod(const ProviderClass &provider, const CMPIBroker *broker,
 /** The answer of the operations that a class does not offer. */
 CMPIStatus notSupported(const CMPIBroker *broker);
 
-/** The answer to methods of classes that have none but the placeholder "insert_method_name", which clients
- * know: always return value 1, and an unknown name, or another class, is answered with `unknownCode` and the
- * method name. */
+/** The answer of classes that have no method but the placeholder "insert_method_name": always return value 1;
+ * an unknown name, or another class, is answered with `unknownCode` and the method name. */
 CMPIStatus invokePlaceholder(const CMPIBroker *broker, const char *className, CMPIrc unknownCode,
                              const CMPIResult *result, const CMPIObjectPath *reference,
                              const char *methodName);

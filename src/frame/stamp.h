@@ -73,8 +73,7 @@
     DECLARE_FACTORY(Class, Association)
 
 // ---- setting functions ----
-// Each writes one register of an information group. The last arguments are its ChannelTexts: the text of a
-// missing reply, and what else differs from the usual ones.
+// Each writes one register of a group; last its ChannelTexts: that of a missing reply, and what else differs.
 
 #define SETTING(function, groupId, registerId, ...)                                                          \
     int function(int value, char *errorText)                                                                 \
@@ -106,8 +105,7 @@
     }
 
 // ---- the stamped skeleton ----
-// The operations of class `Class` and its factories. A module that has an operation of its own stamps the
-// others one by one.
+// The operations of class `Class` and its factories; beside an operation of a module's own, one by one.
 
 #define STAMP_REFUSAL(Class, Operation, ...)                                                                 \
     INSTANCE_OPERATION(Class, Operation, __VA_ARGS__)                                                        \

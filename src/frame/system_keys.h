@@ -44,9 +44,8 @@ void addSystemKeys(const CMPIObjectPath *path, std::span<const Key> keys, const 
                                                    const CMPIObjectPath *reference, std::span<const Key> keys,
                                                    const char *failure, CMPIStatus *status);
 
-/** Checks the keys of such an object: `Name`, `SystemName`, `SystemCreationClassName`, `CreationClassName`,
- * without regard to case. False, with CMPI_RC_ERR_NOT_FOUND in the status, at the first key that is missing
- * or wrong. */
+/** Checks `Name`, `SystemName`, `SystemCreationClassName`, `CreationClassName` without regard to case. False,
+ * with CMPI_RC_ERR_NOT_FOUND in the status, at the first key that is missing or wrong. */
 [[nodiscard]] bool checkSystemKeys(const CMPIBroker *broker, const CMPIObjectPath *path,
                                    const SystemKeyed &object, CMPIStatus *status);
 

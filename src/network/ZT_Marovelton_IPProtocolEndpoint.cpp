@@ -49,9 +49,8 @@ struct CommandOutput {
 
 } // namespace
 
-/** Puts an interface name into a command. A command reaches a shell, and the kernel allows names with shell
- *  characters: false for a name with anything but letters, digits and . _ - @, or one that the command would
- * take for an option; its commands are not run. */
+/** Puts an interface name into a command, which reaches a shell: false for a name with anything but letters,
+ * digits and . _ - @, or one that the command would take for an option; its commands are not run. */
 static bool formatCommand(char *command, size_t size, const char *format, const char *ifName)
 {
     const size_t length = strlen(ifName);

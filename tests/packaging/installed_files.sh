@@ -59,7 +59,7 @@ collection_files() { # collection_files SOURCE_DIR
 # The guides, from what is in the source directory, and the reference as one page, which is built.
 documentation_files() { # documentation_files SOURCE_DIR
     (cd "$1" && find README.md CHANGELOG.md SECURITY.md docs -maxdepth 1 ! -type d \( -name '*.md' -o -name '*.svg' \)
-        echo docs/reference.html) | sed 's|^|share/doc/libcmpidisplaymanagement/|' | LC_ALL=C sort
+        find docs/pictures -name '*.png'; echo docs/reference.html) | sed 's|^|share/doc/libcmpidisplaymanagement/|' | LC_ALL=C sort
 }
 
 # What every package has besides.
