@@ -1,12 +1,12 @@
 # SPDX-License-Identifier: Apache-2.0
-# What both ARM toolchains have in common: Debian's cross compiler for the given triplet, and an emulator that
-# runs what it builds. Set before this file is read: ARM_TRIPLET, DISPLAY_DEBIAN_ARCHITECTURE.
+# What all ARM toolchains have in common: Debian's cross compiler for the given triplet, and an emulator that
+# runs what it builds. Set before this file is read: ARM_TRIPLET, ARM_PROCESSOR (arm, aarch64), DISPLAY_DEBIAN_ARCHITECTURE.
 #
-# What needs more libraries than the C library, the object manager, is built with DISPLAY_SYSROOT, a directory
-# with Debian's own packages of that architecture, as tools/sysroot makes it.
+# What needs more libraries than the C library, the object manager and displayctl, is built with DISPLAY_SYSROOT, a
+# directory with Debian's own packages of that architecture, as tools/sysroot makes it.
 
 set(CMAKE_SYSTEM_NAME Linux)
-set(CMAKE_SYSTEM_PROCESSOR arm)
+set(CMAKE_SYSTEM_PROCESSOR ${ARM_PROCESSOR})
 set(CMAKE_C_COMPILER ${ARM_TRIPLET}-gcc)
 set(CMAKE_CXX_COMPILER ${ARM_TRIPLET}-g++)
 
@@ -25,7 +25,7 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
-find_program(ARM_EMULATOR NAMES qemu-arm qemu-arm-static)
+find_program(ARM_EMULATOR NAMES qemu-${ARM_PROCESSOR} qemu-${ARM_PROCESSOR}-static)
 if(ARM_EMULATOR)
     set(CMAKE_CROSSCOMPILING_EMULATOR ${ARM_EMULATOR} -L ${ARM_LIBRARIES})
 endif()

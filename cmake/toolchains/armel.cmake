@@ -3,6 +3,7 @@
 # GCC's notes about what changed in version 7 (psabi) are of no use where all is built by one compiler.
 
 set(ARM_TRIPLET arm-linux-gnueabi)
+set(ARM_PROCESSOR arm)
 set(DISPLAY_DEBIAN_ARCHITECTURE armel)
 set(CMAKE_C_FLAGS_INIT "-march=armv5te -mfloat-abi=soft -mthumb -Wno-psabi")
 set(CMAKE_CXX_FLAGS_INIT "-march=armv5te -mfloat-abi=soft -mthumb -Wno-psabi")
