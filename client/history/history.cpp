@@ -76,6 +76,14 @@ End endOf(const std::string &pending, End end)
     return end;
 }
 
+/** Whether the text is as long as the head says, with nothing behind that but the beginning of the pending
+ * lines. */
+bool isContinuedBy(const Head &head, const std::string &text)
+{
+    return text.size() >= head.size &&
+           head.pending.starts_with(text.substr(static_cast<std::size_t>(head.size)));
+}
+
 /** Completes the text by what a killed writer had left to add, and the head with it. True when there was
  * something. */
 bool complete(std::string &text, Head &head)
@@ -83,9 +91,8 @@ bool complete(std::string &text, Head &head)
     if (head.pending.empty()) {
         return false;
     }
-    const std::string begun = text.size() > head.size ? text.substr(head.size) : std::string{};
-    if (text.size() >= head.size && head.pending.starts_with(begun)) {
-        text.resize(head.size);
+    if (isContinuedBy(head, text)) {
+        text.resize(static_cast<std::size_t>(head.size));
     } else if (!text.empty() && !text.ends_with('\n')) {
         text += '\n'; // somebody has altered the file since; verify tells of it
     }
@@ -247,7 +254,7 @@ class History::Store
     {
         std::string text = file.readAll();
         const std::uint64_t sound = head.size;
-        const bool isAltered = text.size() < sound || !head.pending.starts_with(text.substr(sound));
+        const bool isAltered = !isContinuedBy(head, text);
         const std::string pending = head.pending;
         if (complete(text, head)) {
             if (!isAltered) {
