@@ -26,13 +26,21 @@ for way in headers body read; do
         -o "$directory/slow" >"$directory/slow.log" 2>&1 9>&- </dev/null &
     tester[$way]=$!
 done
+
+# Who sends no login is answered before the body comes, and the connection is closed. When that was so for every one that
+# the tester had opened by then, the tester ends on its own, before it has opened the others.
+opened_or_sent_away() { # opened_or_sent_away ROWS
+    awk -F, '$2 + $3 + $4 >= 100' <<<"$1" | grep -q . ||
+        { grep -q 'No open connections left' "$directory/slow.log" && awk -F, '$2 >= 1' <<<"$1" | grep -q .; }
+}
+
 for way in headers body read; do
     desk_use "$way"
     wait "${tester[$way]}" || true
-    # Seconds, connections: error, closed, pending, connected; service available: as many as are connected, or 0.
+    # Seconds, connections: closed, pending, connected; service available: as many as there may be, or 0.
     rows=$(tail -n +2 "$directory/slow.csv")
     expect "$way: the tester has looked at it" yes "$( (($(wc -l <<<"$rows") >= 2)) && echo yes)"
-    expect "$way: it has opened its connections" yes "$(awk -F, '$2 + $3 + $4 >= 100' <<<"$rows" | grep -q . && echo yes)"
+    expect "$way: it has opened its connections" yes "$(opened_or_sent_away "$rows" && echo yes)"
     expect "$way: the service is available throughout" '' "$(awk -F, '$NF == 0' <<<"$rows")"
     expect "$way: a good client is answered" 0 "$(ask viewer ein ZT_Marovelton_Monitor && [[ $answer == *ZT_Marovelton_Monitor* ]] && echo 0)"
     tail -n 2 "$directory/slow.csv"
