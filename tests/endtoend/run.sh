@@ -92,7 +92,7 @@ fi
 echo '== one desk'
 begin_run
 expect 'it has counted what is wrong' 0 "$(grep -c WRONG "$scratch/output" || true)"
-expect 'and what is right' 16 "$(grep -c '^  right: ' "$scratch/output")"
+expect 'and what is right' 17 "$(grep -c '^  right: ' "$scratch/output")"
 admin=$(password_of ADMIN)
 viewer=$(password_of VIEWER)
 expect 'its last lines are the commands to copy' "  . $scratch/desk/env
