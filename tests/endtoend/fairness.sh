@@ -50,6 +50,43 @@ done
 end_clients
 rm "$directory"/writer*
 
+# Each writer sets another value, so that what a reader finds tells which of them were before him. Who comes when is
+# known of the first two: one is with the library, the other one waits; then come the rest, then the readers.
+readers_come_behind() { # readers_come_behind WRITERS
+    local socket writers=() reader other i
+    echo "One call at a time: $1 writers of one user, then two readers"
+    DESK_PROVIDER_CALLS=1 restart
+    send admin read >/dev/null
+    send viewer read >/dev/null
+    engine_pauses
+    for ((i = 1; i <= $1; ++i)); do
+        request_file_luminance $((100 + i))
+        open_request admin luminance-$((100 + i))
+        writers+=("$socket")
+        [ "$i" -gt 2 ] || eventually "writer $i has come" all_wait
+    done
+    expect 'one of them is with the library' 0 "$(queue_holds 0 1; echo $?)"
+    eventually 'all have come' all_wait
+    open_request boss read
+    reader=$socket
+    eventually 'a reader has come' all_wait
+    open_request viewer read
+    other=$socket
+    eventually 'another one has come' all_wait
+    kill -s CONT "${desk_engine[$desk]}"
+    for i in "$reader" "$other"; do
+        # Of the first preset, which is the first in the answer.
+        expect 'he has waited for the two who were there, and for no more' 102 \
+            "$(timeout "$patience" cat <&"$i" | tr -d '\n' | grep -o 'NAME="DisplayLuminance"[^>]*><VALUE>[0-9]*' | sed -n '1s/.*>//p')"
+    done
+    expect 'all writers are answered' "$1" "$(for i in "${writers[@]}"; do timeout "$patience" cat <&"$i"; done | grep -c '^<VALUE>0</VALUE>')"
+    for i in "${writers[@]}" "$reader" "$other"; do
+        exec {i}>&-
+    done
+}
+readers_come_behind 2
+readers_come_behind 30
+
 echo '40 connections of one user that enumerate the endpoints'
 restart
 for i in {1..40}; do

@@ -3,11 +3,15 @@
 # Requests by curl on the current desk, many at once. Sourced after desk.sh and client.sh.
 #
 #   request_files                       writes request.read, request.write, request.endpoints, request.large
+#   request_file_luminance VALUE        writes request.luminance-VALUE, which sets that of the first preset
 #   send ACCOUNT REQUEST [OPTION...]    one request; prints what -w asks for, else the status
 #   begin NAME ACCOUNT REQUEST URLS [OPTION...]
 #                                       starts a client on one connection, request after request; each status is a line of
 #                                       NAME.done; the process is in $client
 #   end_clients                         ends those that were begun
+#   open_request ACCOUNT REQUEST        sends a request and does not wait for the answer, which comes from the descriptor
+#                                       $socket; when it returns, all of the request is with the object manager's system
+#   all_wait                            the object manager has read all that was sent, and has nothing to do
 #   lines FILE...                       how many there are in all
 
 clients=()
@@ -30,6 +34,11 @@ request_files() {
     # 284 kB that make a document of many small elements.
     set_opacity "<PARAMVALUE NAME=\"Opacity\"><VALUE.ARRAY>$(printf '<VALUE>%d</VALUE>' {1..14000})</VALUE.ARRAY></PARAMVALUE>" \
         >"$directory/request.large"
+}
+
+request_file_luminance() { # request_file_luminance VALUE
+    message "<METHODCALL NAME=\"SetDisplayLuminance\"><LOCALINSTANCEPATH>$name_space<INSTANCENAME CLASSNAME=\"ZT_Marovelton_ColorSpace\"><KEYBINDING NAME=\"InstanceID\"><KEYVALUE VALUETYPE=\"string\">ZT:Marovelton_ColorSpace:1</KEYVALUE></KEYBINDING></INSTANCENAME></LOCALINSTANCEPATH><PARAMVALUE NAME=\"Luminance\"><VALUE>$1</VALUE></PARAMVALUE></METHODCALL>" \
+        >"$directory/request.luminance-$1"
 }
 
 curl_words() { # curl_words ACCOUNT REQUEST OPTION...: the command, in $words
@@ -56,5 +65,25 @@ end_clients() {
         { kill "$process" && wait "$process"; } 2>/dev/null || true
     done
     clients=()
+}
+
+open_request() { # open_request ACCOUNT REQUEST
+    exec {socket}<>"/dev/tcp/127.0.0.1/$port"
+    {
+        printf '%s\r\n' 'POST /cimom HTTP/1.1' 'Host: localhost' 'CIMOperation: MethodCall' 'Content-Type: application/xml' \
+            'Connection: close' "Content-Length: $(wc -c <"$directory/request.$2")" \
+            "Authorization: Basic $(printf '%s:%s' "$1" "$(<"$directory/password.$1")" | base64 -w0)" ''
+        cat "$directory/request.$2"
+    } >&"$socket"
+}
+# Seen ten times in a row: a thread may sleep for a moment where it waits for no turn.
+all_wait() {
+    local _
+    for _ in {1..10}; do
+        awk -v port="$(printf ':%04X' "$port")" 'substr($2, length($2) - 4) == port && $5 !~ /:00000000$/ { found = 1 }
+            END { exit found }' /proc/net/tcp || return 1
+        ! grep -h '^State:' "/proc/${desk_host[$desk]}"/task/*/status | grep -qv sleeping || return 1
+        sleep 0.02
+    done
 }
 lines() { cat "$@" | wc -l; }
