@@ -69,7 +69,11 @@ const AssociationRow rows[] = {
      1,
      {"AssignedSequence"}},
 };
-static_assert(std::size(rows) == 14);
+
+TEST(AssociationRows, AreOneForEachClass)
+{
+    expectOneRowEach(rows, true);
+}
 
 void PrintTo(const AssociationRow &row, std::ostream *out)
 {

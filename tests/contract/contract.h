@@ -19,6 +19,10 @@ std::span<const TestedClass> libraryClasses();
 /** The class of that name after ZT_Marovelton_; ends the program where there is none. */
 const TestedClass &libraryClass(const std::string &name);
 
+/** Expects a table to have one row for each class that is an association, or for each other one. */
+template <typename Rows>
+void expectOneRowEach(const Rows &rows, bool associations);
+
 /** The declaration of a class by its whole name; ends the program where there is none. */
 const cim::Class &declaredClass(const std::string &name);
 
@@ -44,6 +48,22 @@ void expectPathOf(const std::string &className, const Path &path);
 void expectDeclared(const std::string &className, const Entries &properties);
 
 std::set<std::string> namesOf(const Entries &entries);
+
+template <typename Rows>
+void expectOneRowEach(const Rows &rows, bool associations)
+{
+    std::multiset<std::string> expected;
+    for (const TestedClass &tested : libraryClasses()) {
+        if (declaredClass(tested.name).isAssociation == associations) {
+            expected.insert(tested.name);
+        }
+    }
+    std::multiset<std::string> named;
+    for (const auto &row : rows) {
+        named.insert(std::string("ZT_Marovelton_") + row.name);
+    }
+    EXPECT_EQ(named, expected);
+}
 
 } // namespace contract
 

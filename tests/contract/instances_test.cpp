@@ -41,7 +41,11 @@ const InstanceRow rows[] = {
     {"IPVersionSettingData", 1, 0, 0, 1, 0, "ZT:Marovelton_IPVersionSettingData"},
     {"IPAssignmentSettingData", 1, 5, 0, 1, 1},
 };
-static_assert(std::size(rows) == 19);
+
+TEST(InstanceRows, AreOneForEachClass)
+{
+    expectOneRowEach(rows, false);
+}
 
 void PrintTo(const InstanceRow &row, std::ostream *out)
 {

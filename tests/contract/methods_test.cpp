@@ -233,7 +233,11 @@ const MethodClassRow rows[] = {
     {.name = "IPVersionSettingData", .count = 0, .unknownCode = CMPI_RC_ERR_NOT_SUPPORTED},
     {.name = "IPAssignmentSettingData", .count = 0, .unknownCode = CMPI_RC_ERR_NOT_SUPPORTED},
 };
-static_assert(std::size(rows) == 19);
+
+TEST(MethodRows, AreOneForEachClass)
+{
+    expectOneRowEach(rows, false);
+}
 
 void PrintTo(const MethodClassRow &row, std::ostream *out)
 {

@@ -74,6 +74,18 @@ std::string fileText(const std::string &name)
     return text.str();
 }
 
+std::vector<std::string> registeredClasses()
+{
+    std::vector<std::string> names;
+    std::istringstream lines(fileText("libcmpiDisplayManagement.reg"));
+    for (std::string line; std::getline(lines, line);) {
+        if (line.starts_with("[") && line.ends_with("]")) {
+            names.push_back(line.substr(1, line.size() - 2));
+        }
+    }
+    return names;
+}
+
 std::string checkProperty(std::string_view className, std::string_view property, std::uint16_t cmpiType)
 {
     const cim::Class *klass = deskClasses().find(className);

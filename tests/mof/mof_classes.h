@@ -20,6 +20,9 @@ const cim::ClassRepository &deskClasses();
 /** The whole text of a file in mof/; ends the program when it cannot be read. */
 std::string fileText(const std::string &name);
 
+/** The classes that the registration names, each once, in its order. */
+std::vector<std::string> registeredClasses();
+
 /** "" when the class has a property of that name that takes a value of the CMPI type, else what is wrong.
  *  CMPI_chars counts as string. */
 std::string checkProperty(std::string_view className, std::string_view property, std::uint16_t cmpiType);

@@ -19,6 +19,23 @@ expect() {
     rm "$differences"
 }
 
+# The classes that are registered, a line each: class, namespace, provider, location, kinds of provider.
+registered() {
+    # shellcheck disable=SC2154 # the script that has read this file names its own directory
+    awk 'BEGIN { RS = ""; FS = "\n" }
+    {
+        class = substr($1, 2, length($1) - 2)
+        split("", value)
+        for (i = 2; i <= NF; ++i) {
+            name = $i
+            sub(/^ */, "", name)
+            sub(/: .*/, "", name)
+            value[name] = substr($i, index($i, ": ") + 2)
+        }
+        print class, value["namespace"], value["provider"], value["location"], value["type"]
+    }' "$here/../../mof/libcmpiDisplayManagement.reg"
+}
+
 # A directory of the test's own, gone at its end.
 scratch() {
     scratch=$(mktemp -d)

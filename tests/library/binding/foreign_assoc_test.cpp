@@ -5,6 +5,7 @@
 // The executable exists twice: one is linked with the foreign library, so that its names come before
 // everything; the other loads it at run time.
 
+#include "every_class.h"
 #include "provider_fixture.h"
 #include <cstdio>
 #include <dlfcn.h>
@@ -174,10 +175,8 @@ TEST(ForeignEngine, TheForeignLibraryHasTheNamesAndOursDoesNot)
     for (const std::string &name : ours.imported) {
         EXPECT_FALSE(isOfTheEngine(name)) << name << " is looked up";
     }
-    for (const char *name :
-         {"TestPattern", "PIPFunctionality", "OnScreenDisplay", "Management", "InputSource",
-          "ImageAdjustmentModel", "ColorModel", "Button", "SystemDevice", "ElementSettingData",
-          "HostedAccessPoint", "ProvidesEndpoint", "SAPSAPDependency", "OrderedComponent"}) {
+#define NAME_OF(Class) #Class,
+    for (const char *name : {EVERY_ASSOCIATION_CLASS(NAME_OF)}) {
         const std::string className = std::string("ZT_Marovelton_") + name;
         EXPECT_TRUE(ours.exported.contains(className + "_Create_InstanceMI")) << name;
         EXPECT_TRUE(ours.exported.contains(className + "_Create_AssociationMI")) << name;
