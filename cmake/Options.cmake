@@ -8,6 +8,7 @@ option(DISPLAY_TESTS "Build the tests" ON)
 option(DISPLAY_BENCH "Build the benchmarks" OFF)
 option(DISPLAY_SANITIZE "Address and undefined-behaviour sanitizers" OFF)
 option(DISPLAY_SANITIZE_THREADS "Thread sanitizer; not together with the others" OFF)
+option(DISPLAY_FUZZ "What libFuzzer needs, beside DISPLAY_SANITIZE; with clang" OFF)
 option(DISPLAY_COVERAGE "Line and branch coverage" OFF)
 option(DISPLAY_OWN_CMPI_HEADERS "Build the library with include/cmpi even where the system has CMPI headers" OFF)
 set(MONITOR_SUPPORT_LIBRARY "" CACHE FILEPATH
@@ -25,6 +26,10 @@ if(DISPLAY_SANITIZE)
     # to optimise, and compiling is most of what ./test does.
     add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer -O0 -g1)
     add_link_options(-fsanitize=address,undefined)
+endif()
+if(DISPLAY_FUZZ)
+    # Here running takes the time, not compiling. The library has no type information, which two of the checks need.
+    add_compile_options(-fsanitize=fuzzer-no-link -fno-sanitize=vptr,function -O1)
 endif()
 if(DISPLAY_SANITIZE_THREADS)
     add_compile_options(-fsanitize=thread -O1 -g1)
