@@ -46,6 +46,12 @@ std::string storePath()
     return defaultStoreDirectory() / "store.db";
 }
 
+bool isStorePath(std::string_view path)
+{
+    const char *named = variable("DESK_MONITOR_STORE");
+    return named != nullptr ? path == named : path == storePath();
+}
+
 void makeStoreDirectory()
 {
     namespace fs = std::filesystem;

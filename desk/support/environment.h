@@ -9,6 +9,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 namespace desk
 {
@@ -25,6 +26,9 @@ inline constexpr int queueCount = 4;
 /** Path of the settings store: DESK_MONITOR_STORE, else desk-monitor/store.db in the user's state directory
  * ($XDG_STATE_HOME, ~/.local/state), else below /var/tmp. */
 std::string storePath();
+
+/** The same as path == storePath(), and cheap where DESK_MONITOR_STORE names it. */
+bool isStorePath(std::string_view path);
 
 /** Creates the directory of the default path; a path that somebody chose must have its directory already.
  * Throws StoreError when the default directory is not the user's own alone. */

@@ -56,8 +56,8 @@ Store &Session::store()
 const Contents &Session::read()
 {
     const std::unique_ptr<Store> &opened = connection().store;
-    if (opened != nullptr && opened->isFresh() && opened->path() == storePath()) {
-        return opened->fresh();
+    if (opened != nullptr && isStorePath(opened->path()) && opened->isUntouched()) {
+        return opened->asRead();
     }
     return store().read();
 }

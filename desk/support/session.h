@@ -18,7 +18,7 @@ class Session
   public:
     Session();
     Store &store();
-    /** What the store holds now, asked for at most once in a moment (Store::isFresh). */
+    /** What the store holds now. */
     const Contents &read();
 
   private:

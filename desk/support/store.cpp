@@ -5,6 +5,7 @@
 
 #include <sqlite3.h>
 
+#include <sys/inotify.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -15,11 +16,16 @@ namespace
 {
 
 constexpr int currentSchema = 1;
-constexpr int busyMilliseconds = 10'000;
 
-// A record that is read in two or three calls is asked for once. A change by any means takes longer than
-// this: a dozen system calls for the commit alone.
-constexpr std::chrono::microseconds moment(5);
+// Who writes has the store for some microseconds, and a reader who makes sure that nobody does for less: the
+// first pauses are short. In all it is ten seconds.
+constexpr int shortPauses = 100;
+constexpr int longPauses = 10'000;
+constexpr useconds_t shortPause = 50;
+constexpr useconds_t longPause = 1'000;
+
+// Directories above can be renamed, and links be set to others, without a sign of it at the file.
+constexpr std::chrono::seconds placeInterval(1);
 
 constexpr const char *schema =
     "CREATE TABLE IF NOT EXISTS setting(name TEXT PRIMARY KEY, value TEXT NOT NULL) WITHOUT ROWID;"
@@ -70,6 +76,8 @@ class Store::Transaction
     {
         store_.run(begin, "cannot be used");
     }
+    /** One that has begun. */
+    explicit Transaction(Store &store) : store_(store) {}
     ~Transaction()
     {
         if (open_) {
@@ -110,7 +118,7 @@ Store::Store(const std::string &path) : path_(path)
     if (result != SQLITE_OK) {
         fail("cannot be opened");
     }
-    sqlite3_busy_timeout(opened, busyMilliseconds);
+    sqlite3_busy_handler(opened, &Store::awaitOther, this);
     beginRead_ = prepare("BEGIN");
     beginWrite_ = prepare("BEGIN IMMEDIATE");
     commit_ = prepare("COMMIT");
@@ -128,14 +136,20 @@ Store::Store(const std::string &path) : path_(path)
         device_ = status.st_dev;
         inode_ = status.st_ino;
     }
+    // Whatever is committed is written to the log before. The files are there: this connection has read.
+    constexpr std::uint32_t replaced = IN_ATTRIB | IN_MOVE_SELF | IN_DELETE_SELF;
+    const char *file = sqlite3_db_filename(opened, "main");
+    watch_.add(file, replaced);
+    watch_.add(sqlite3_filename_wal(file), replaced | IN_MODIFY);
 }
 
 Store::~Store() = default;
 
-bool Store::inPlace() const
+bool Store::inPlace()
 {
     struct stat status {
     };
+    seenInPlace_ = std::chrono::steady_clock::now();
     return stat(path_.c_str(), &status) == 0 && status.st_dev == device_ && status.st_ino == inode_;
 }
 
@@ -252,6 +266,26 @@ long long Store::dataVersion()
     return value;
 }
 
+/** Called by SQLite while another connection has the store; 0: it is not to be waited for. */
+int Store::awaitOther(void *self, int attempts)
+{
+    if (!static_cast<Store *>(self)->isPatient_ || attempts >= shortPauses + longPauses) {
+        return 0;
+    }
+    usleep(attempts < shortPauses ? shortPause : longPause);
+    return 1;
+}
+
+/** Begins a transaction that keeps others from writing, unless somebody writes. */
+bool Store::beginWriteAtOnce()
+{
+    isPatient_ = false;
+    const int result = sqlite3_step(beginWrite_.get());
+    sqlite3_reset(beginWrite_.get());
+    isPatient_ = true;
+    return result == SQLITE_DONE;
+}
+
 void Store::loadIfChanged()
 {
     // The version is taken before the load: what is committed between the two is loaded now, and once more
@@ -266,20 +300,41 @@ void Store::loadIfChanged()
     ++version_;
 }
 
-bool Store::isFresh() const
+/** Notes whether the store was touched. */
+void Store::look()
 {
-    return contents_ != nullptr && std::chrono::steady_clock::now() - asked_ < moment;
+    if (watch_.saw()) {
+        isSettled_ = false;
+    }
+}
+
+bool Store::isUntouched()
+{
+    look();
+    return isSettled_ && std::chrono::steady_clock::now() - seenInPlace_ < placeInterval;
 }
 
 const Contents &Store::read()
 {
-    asked_ = std::chrono::steady_clock::now();
-    const long long current = dataVersion();
-    if (contents_ == nullptr || current != loadedVersion_) {
+    look();
+    if (!isSettled_) {
+        ask();
+    }
+    return *contents_;
+}
+
+/** Who writes is seen when he writes his log, and has committed only some steps later. What was seen is
+ * settled when nobody is between the two, which is when others are kept from writing. */
+void Store::ask()
+{
+    if (watch_.works() && beginWriteAtOnce()) {
+        const Transaction transaction(*this);
+        loadIfChanged();
+        isSettled_ = true;
+    } else if (contents_ == nullptr || dataVersion() != loadedVersion_) {
         const Transaction transaction(*this, beginRead_); // the three tables as they were at one moment
         loadIfChanged();
     }
-    return *contents_;
 }
 
 std::unique_ptr<Contents> Store::load()
@@ -310,6 +365,7 @@ std::unique_ptr<Contents> Store::load()
 
 void Store::change(const std::function<bool(Contents &)> &edit)
 {
+    isSettled_ = false;
     Transaction transaction(*this, beginWrite_);
     loadIfChanged();
     auto after = std::make_unique<Contents>(*contents_);

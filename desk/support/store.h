@@ -9,6 +9,7 @@
 
 #include "support/environment.h"
 #include "support/faults.h"
+#include "support/file_watch.h"
 #include "support/settings.h"
 
 #include <sys/types.h>
@@ -60,17 +61,16 @@ class Store
         return isNew_;
     }
     /** False when the file has been removed or replaced since. */
-    bool inPlace() const;
+    bool inPlace();
 
-    /** What the store holds now. Loaded again only when another connection has committed something: to ask
-     * for that is what a call costs while nothing changes, three system calls and some microseconds. */
+    /** What the store holds now. While nobody writes the store, that costs one system call; after a change,
+     * by whatever program, SQLite is asked, and the contents are loaded again when they are others. */
     const Contents &read();
 
-    /** True when what was read last was the newest a moment ago, so that there is no need to ask: in less
-     * time than that nobody can write the store and tell of it. */
-    bool isFresh() const;
-    /** As read() has returned it; only when it is fresh. */
-    const Contents &fresh() const
+    /** True when the store is in its place, as seen a second ago at most, and holds what was read last. */
+    bool isUntouched();
+    /** As read() has returned it; only when it is untouched. */
+    const Contents &asRead() const
     {
         return *contents_;
     }
@@ -104,19 +104,26 @@ class Store
     void fill();
     int schemaVersion();
     void write(const Contents &before, const Contents &after);
+    static int awaitOther(void *self, int attempts);
+    bool beginWriteAtOnce();
     long long dataVersion();
+    void look();
+    void ask();
     void loadIfChanged();
     std::unique_ptr<Contents> load();
 
     std::string path_;
     dev_t device_ = 0;
     ino_t inode_ = 0;
+    std::chrono::steady_clock::time_point seenInPlace_{};
     bool isNew_ = false;
     Database database_;
     Statement dataVersionQuery_, settingRows_, faultRows_, userRows_, writeSetting_;
     Statement beginRead_, beginWrite_, commit_, rollback_;
+    bool isPatient_ = true; // who is kept from the store by another waits for him
+    FileWatch watch_;
+    bool isSettled_ = false; // what was read is what the store holds, unless the watch has seen something
     long long loadedVersion_ = 0;
-    std::chrono::steady_clock::time_point asked_{}; // when read() began to ask whether something has changed
     std::uint64_t version_ = 0;
     std::unique_ptr<const Contents> contents_; // none: to be loaded
 };

@@ -6,14 +6,23 @@
 
 #include <monitor_support.h>
 
+#include <linux/filter.h>
+#include <linux/seccomp.h>
 #include <sqlite3.h>
+#include <sys/inotify.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
+#include <cstddef>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <iterator>
 #include <set>
 #include <sstream>
 #include <thread>
@@ -157,6 +166,134 @@ TEST_F(Store, ShowsAtOnceWhatWasWrittenByOtherMeans)
     EXPECT_EQ(registerText(25, 1), "1");
     EXPECT_EQ(sqlite3_close(other), SQLITE_OK);
     EXPECT_EQ(registerText(25, 1), "1");
+}
+
+// ---- who looks while another writes ----
+
+/** A way for SQLite to write files that tells of each write of a log, after it. One at a time. */
+class LogWrites
+{
+  public:
+    explicit LogWrites(std::function<void()> afterWrite)
+    {
+        told = std::move(afterWrite);
+        original = sqlite3_vfs_find(nullptr);
+        vfs = *original;
+        vfs.zName = name;
+        vfs.xOpen = open;
+        sqlite3_vfs_register(&vfs, 0);
+    }
+    ~LogWrites()
+    {
+        sqlite3_vfs_unregister(&vfs);
+        told = nullptr;
+    }
+    LogWrites(const LogWrites &) = delete;
+    LogWrites &operator=(const LogWrites &) = delete;
+
+    static constexpr const char *name = "log-writes";
+
+  private:
+    static int open(sqlite3_vfs *, const char *path, sqlite3_file *file, int flags, int *outFlags)
+    {
+        const int result = original->xOpen(original, path, file, flags, outFlags);
+        if (result == SQLITE_OK && (flags & SQLITE_OPEN_WAL) != 0) {
+            plain = file->pMethods;
+            telling = *plain;
+            telling.xWrite = write;
+            file->pMethods = &telling;
+        }
+        return result;
+    }
+    static int write(sqlite3_file *file, const void *bytes, int count, sqlite3_int64 offset)
+    {
+        const int result = plain->xWrite(file, bytes, count, offset);
+        told();
+        return result;
+    }
+
+    static inline std::function<void()> told;
+    static inline sqlite3_vfs *original;
+    static inline sqlite3_vfs vfs;
+    static inline const sqlite3_io_methods *plain;
+    static inline sqlite3_io_methods telling;
+};
+
+/* What is read between the writing of the log and the commit is the old value, and is not kept. */
+TEST_F(Store, ShowsTheCommitOfWhoWasSeenWriting)
+{
+    ASSERT_EQ(registerText(25, 1), "0");
+    std::vector<std::string> seen;
+    const LogWrites log([&] { seen.push_back(registerText(25, 1)); });
+    sqlite3 *other = nullptr;
+    ASSERT_EQ(sqlite3_open_v2(store.c_str(), &other, SQLITE_OPEN_READWRITE, LogWrites::name), SQLITE_OK);
+    for (const char *input : {"1", "2", "0"}) {
+        const std::string before = registerText(25, 1);
+        const std::string sql =
+            "UPDATE setting SET value='" + std::string(input) + "' WHERE name='video_input'";
+        EXPECT_EQ(sqlite3_exec(other, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK)
+            << sqlite3_errmsg(other);
+        ASSERT_FALSE(seen.empty());
+        EXPECT_EQ(std::count(seen.begin(), seen.end(), before), static_cast<std::ptrdiff_t>(seen.size()));
+        EXPECT_EQ(registerText(25, 1), input);
+        seen.clear();
+    }
+    EXPECT_EQ(sqlite3_close(other), SQLITE_OK);
+}
+
+/* Nor does who looks keep anybody from writing, however long the other takes. */
+TEST_F(Store, IsReadWhileAnotherWrites)
+{
+    ASSERT_EQ(command("set video_input 1"), 0);
+    sqlite3 *other = nullptr;
+    ASSERT_EQ(sqlite3_open(store.c_str(), &other), SQLITE_OK);
+    const auto run = [&](const char *sql) {
+        EXPECT_EQ(sqlite3_exec(other, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(other);
+    };
+    run("BEGIN IMMEDIATE");
+    EXPECT_EQ(registerText(25, 1), "1");
+    run("UPDATE setting SET value='2' WHERE name='video_input'");
+    EXPECT_EQ(registerText(25, 1), "1");
+    run("COMMIT");
+    EXPECT_EQ(registerText(25, 1), "2");
+    run("UPDATE setting SET value='0' WHERE name='video_input'"); // the read has let go of it
+    EXPECT_EQ(registerText(25, 1), "0");
+    EXPECT_EQ(sqlite3_close(other), SQLITE_OK);
+}
+
+/** Lets the process have no watch of files, as the kernel refuses one to who has too many. */
+void refuseWatches()
+{
+    sock_filter program[] = {
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_inotify_init1, 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EMFILE),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+    };
+    const sock_fprog filter{static_cast<unsigned short>(std::size(program)), program};
+    ASSERT_EQ(prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), 0);
+    ASSERT_EQ(prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter), 0);
+    ASSERT_EQ(inotify_init1(IN_CLOEXEC), -1);
+}
+
+TEST_F(Store, ShowsAtOnceWhatWasWrittenWithoutAWatchToo)
+{
+    ASSERT_EQ(registerText(25, 1), "0");
+    const pid_t child = fork();
+    if (child == 0) {
+        refuseWatches();
+        sqlite3 *other = nullptr;
+        bool good = !HasFailure() && sqlite3_open(store.c_str(), &other) == SQLITE_OK;
+        for (const char *input : {"1", "2", "1", "0", "2"}) {
+            const std::string sql =
+                "UPDATE setting SET value='" + std::string(input) + "' WHERE name='video_input'";
+            good = good && sqlite3_exec(other, sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK &&
+                   registerText(25, 1) == input;
+        }
+        _exit(good ? 0 : 1);
+    }
+    EXPECT_EQ(endOf(child), 0);
+    EXPECT_EQ(registerText(25, 1), "2");
 }
 
 /* Changes of several processes at the same moment add up: none is lost, none fails. */
