@@ -300,11 +300,12 @@ std::string quickAccount(const std::string &user, const std::string &password)
     return user + ":" + (hash != nullptr ? hash : "*") + "\n";
 }
 
-TestServer::TestServer(const host::HttpLimits &limits, const host::XmlLimits &xmlLimits)
+TestServer::TestServer(const host::HttpLimits &limits, const host::XmlLimits &xmlLimits,
+                       std::unique_ptr<host::ObjectManager> manager)
+    : manager_(std::move(manager))
 {
     std::string problem;
     writeFile(directory_.file("accounts"), quickAccount(userName, userPassword));
-    manager_ = makeManager();
     accounts_ = std::make_unique<host::Accounts>(directory_.file("accounts"));
     EXPECT_TRUE(accounts_->load(problem)) << problem;
     frontEnd_ = std::make_unique<host::CimXmlFrontEnd>(manager_->dispatcher(), xmlLimits);

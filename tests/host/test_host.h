@@ -145,7 +145,8 @@ std::string methodCall(int number, std::string_view method, std::string_view arg
 class TestServer
 {
   public:
-    explicit TestServer(const host::HttpLimits &limits = {}, const host::XmlLimits &xmlLimits = {});
+    explicit TestServer(const host::HttpLimits &limits = {}, const host::XmlLimits &xmlLimits = {},
+                        std::unique_ptr<host::ObjectManager> manager = makeManager());
 
     std::uint16_t port() const
     {

@@ -387,6 +387,33 @@ CMPIStatus relay(const CMPIContext *context, const CMPIObjectPath *reference, co
     return result;
 }
 
+CMPIInstance *makeState(const std::string &nameSpace, CMPIUint16 load)
+{
+    CMPIInstance *state =
+        CMNewInstance(broker, CMNewObjectPath(broker, nameSpace.c_str(), "Test_State", nullptr), nullptr);
+    const std::string note = format("a & b <c> \"%u\"", static_cast<unsigned>(load));
+    CMSetProperty(state, "Note", charsValue(note.c_str()), CMPI_chars);
+    CMSetProperty(state, "Load", reinterpret_cast<const CMPIValue *>(&load), CMPI_uint16);
+    return state;
+}
+
+/** Instances in the output arguments: one, several, none; and what came as the argument "want". */
+void giveStates(const std::string &nameSpace, const CMPIArgs *in, CMPIArgs *out)
+{
+    CMPIValue value = {};
+    value.inst = makeState(nameSpace, 7);
+    CMAddArg(out, "state", &value, CMPI_instance);
+    CMPIValue states = {};
+    states.array = CMNewArray(broker, 2, CMPI_instance, nullptr);
+    for (CMPICount i = 0; i < 2; ++i) {
+        value.inst = makeState(nameSpace, static_cast<CMPIUint16>(i + 1));
+        CMSetArrayElementAt(states.array, i, &value, CMPI_instance);
+    }
+    CMAddArg(out, "states", &states, CMPI_instanceA);
+    CMAddArg(out, "none", nullptr, CMPI_instance);
+    addText(out, "wanted", describe(CMGetArg(in, "want", nullptr)));
+}
+
 CMPIStatus Test_ThingMethodCleanup(CMPIMethodMI *, const CMPIContext *, CMPIBoolean)
 {
     return status(CMPI_RC_OK);
@@ -444,6 +471,8 @@ CMPIStatus Test_ThingInvokeMethod(CMPIMethodMI *, const CMPIContext *context, co
         CMReturnData(result, reinterpret_cast<const CMPIValue *>(&good), CMPI_uint32);
         return status(static_cast<CMPIrc>(code.value.uint32),
                       found.rc == CMPI_RC_OK ? chars(message.value.string) : nullptr);
+    } else if (std::strcmp(method, "Describe") == 0) {
+        giveStates(nameSpaceOf(reference), in, out);
     } else if (std::strcmp(method, "Relay") == 0) {
         outcome = relay(context, reference, chars(CMGetArg(in, "what", nullptr).value.string), in, out);
     } else {

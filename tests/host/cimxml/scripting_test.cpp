@@ -53,6 +53,24 @@ std::string contextIn(const std::string &body)
 class ScriptingReplay : public testing::TestWithParam<Exchange>
 {
   protected:
+    explicit ScriptingReplay(std::unique_ptr<host::ObjectManager> manager = test::makeManager())
+        : server_({}, {}, std::move(manager))
+    {
+    }
+
+    void replay(const Exchange &exchange)
+    {
+        const bool hasSteps = exchange.answers[1] != nullptr;
+        for (std::size_t i = 0; i < exchange.answers.size() && exchange.answers[i] != nullptr; ++i) {
+            const std::string step = hasSteps ? "." + std::to_string(i + 1) : "";
+            const HttpAnswer answer = server_.exchange(request(exchange.name + step));
+            EXPECT_EQ(answer.status, 200) << step;
+            EXPECT_EQ(comparable(answer.body),
+                      test::readData(std::string("answers/scripting-") + exchange.answers[i] + ".xml"))
+                << step;
+        }
+    }
+
     /** The recorded request as a client of this server sends it: with the name of the enumeration that this
      * server has given it, and with the class that this server has told it of. */
     std::string request(const std::string &name) const
@@ -93,16 +111,7 @@ class ScriptingReplay : public testing::TestWithParam<Exchange>
 
 TEST_P(ScriptingReplay, IsAnsweredToTheByte)
 {
-    const Exchange &exchange = GetParam();
-    const bool hasSteps = exchange.answers[1] != nullptr;
-    for (std::size_t i = 0; i < exchange.answers.size() && exchange.answers[i] != nullptr; ++i) {
-        const std::string step = hasSteps ? "." + std::to_string(i + 1) : "";
-        const HttpAnswer answer = server_.exchange(request(exchange.name + step));
-        EXPECT_EQ(answer.status, 200) << step;
-        EXPECT_EQ(comparable(answer.body),
-                  test::readData(std::string("answers/scripting-") + exchange.answers[i] + ".xml"))
-            << step;
-    }
+    replay(GetParam());
 }
 
 std::string nameOf(const testing::TestParamInfo<Exchange> &info)
@@ -192,5 +201,70 @@ constexpr Exchange exchanges[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Recorded, ScriptingReplay, testing::ValuesIn(exchanges), nameOf);
+
+/** The test classes, with that put for this in their text. */
+cim::ClassRepository changedClasses(const std::vector<std::pair<std::string, std::string>> &changes)
+{
+    const test::TemporaryDirectory directory;
+    std::string mof = test::readData("test.mof");
+    for (const auto &[before, after] : changes) {
+        EXPECT_NE(mof.find(before), std::string::npos) << before;
+        replaceAll(mof, before, after);
+    }
+    test::writeFile(directory.file("mof"), mof);
+    cim::ClassRepository repository;
+    const cim::MofResult result = cim::readMofFiles(repository, {directory.file("mof")});
+    for (const cim::MofMessage &message : result.messages) {
+        ADD_FAILURE() << message.format();
+    }
+    return repository;
+}
+
+/** Where the association with systems, whose references are broken, is none of things. */
+class ReferencesReplay : public ScriptingReplay
+{
+  protected:
+    ReferencesReplay()
+        : ScriptingReplay(test::makeManager(changedClasses(
+              {{"    Linux_ComputerSystem REF Antecedent;\n        [Override(\"Dependent\")]\n    Test_Thing REF",
+                "    Linux_ComputerSystem REF Antecedent;\n        [Override(\"Dependent\")]\n"
+                "    Linux_ComputerSystem REF"}})))
+    {
+    }
+};
+
+TEST_P(ReferencesReplay, IsAnsweredToTheByte)
+{
+    replay(GetParam());
+}
+
+constexpr Exchange referencesExchanges[] = {
+    {"iter-fallback-references", {"iter-fallback-references.1", "iter-fallback-references.2"}},
+    {"pull-references", {"pull-references.1", "pull-references.2"}},
+};
+
+INSTANTIATE_TEST_SUITE_P(Recorded, ReferencesReplay, testing::ValuesIn(referencesExchanges), nameOf);
+
+TEST(ScriptingReplayed, InstancesAreReturnedAsTextsOfThatType)
+{
+    test::TestServer server(
+        {}, {},
+        test::makeManager(changedClasses(
+            {{"    uint32 Nap(",
+              "    uint32 Describe([In, EmbeddedInstance(\"Test_State\")] string want,\n"
+              "        [In, EmbeddedInstance(\"Test_State\")] string wants[],\n"
+              "        [In(false), Out, EmbeddedInstance(\"Test_State\")] string state,\n"
+              "        [In(false), Out, EmbeddedInstance(\"Test_State\")] string states[],\n"
+              "        [In(false), Out, EmbeddedInstance(\"Test_State\")] string none,\n"
+              "        [In(false), Out] string wanted);\n"
+              "    uint32 Nap("},
+             {"class Test_Simple\n", "class Test_State { string Note; uint16 Load; };\nclass Test_Simple\n"},
+             {"Qualifier In :",
+              "Qualifier EmbeddedInstance : string = null, Scope(property, method, parameter);\n"
+              "Qualifier In :"}})));
+    const HttpAnswer answer = server.exchange(test::recorded("scripting/invoke-embedded"));
+    EXPECT_EQ(answer.status, 200);
+    EXPECT_EQ(answer.body, test::readData("answers/scripting-invoke-embedded.xml"));
+}
 
 } // namespace
