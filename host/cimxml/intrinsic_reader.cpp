@@ -431,6 +431,8 @@ void IntrinsicReader::readParameters(Request &request)
             request.query = textParameter("Query", true);
         } else if (request.query == nullptr) {
             missing("FilterQuery");
+        } else if (request.queryLanguage == nullptr) {
+            missing("FilterQueryLanguage");
         }
         return;
     case Operation::associators:

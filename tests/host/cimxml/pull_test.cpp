@@ -113,6 +113,16 @@ TEST_F(Pull, AssociationsAndQueriesComeInPartsToo)
     EXPECT_EQ(parameter(rest, "EndOfSequence"), "TRUE");
 }
 
+TEST_F(Pull, AQueryHasATextAndALanguage)
+{
+    const std::string query = text("FilterQuery", "SELECT * FROM Test_Thing");
+    const std::string language = text("FilterQueryLanguage", "DMTF:CQL");
+    expectError(ask("OpenQueryInstances", language), 4, "The parameter FilterQuery is missing.");
+    expectError(ask("OpenQueryInstances", query), 4, "The parameter FilterQueryLanguage is missing.");
+    expectError(ask("OpenQueryInstances", query + "<IPARAMVALUE NAME=\"FilterQueryLanguage\"/>"), 4,
+                "The parameter FilterQueryLanguage is missing.");
+}
+
 TEST_F(Pull, FiltersLeaveWhatTheyAdmit)
 {
     const HttpAnswer filtered =
