@@ -29,6 +29,7 @@ std::string networkOf(const std::string &address)
 std::string decode(const char *authorization)
 {
     constexpr char scheme[] = "Basic ";
+    constexpr char base64Digits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/=";
     if (strncasecmp(authorization, scheme, sizeof scheme - 1) != 0) {
         return "";
     }
@@ -37,7 +38,9 @@ std::string decode(const char *authorization)
     gnutls_datum_t encoded = {reinterpret_cast<unsigned char *>(text.data()),
                               static_cast<unsigned>(text.size())};
     gnutls_datum_t decoded = {};
-    if (text.empty() || gnutls_base64_decode2(&encoded, &decoded) != 0) {
+    // GnuTLS would skip line ends, and whatever follows a hyphen.
+    if (text.empty() || text.find_first_not_of(base64Digits) != std::string::npos ||
+        gnutls_base64_decode2(&encoded, &decoded) != 0) {
         return "";
     }
     std::string credentials(reinterpret_cast<const char *>(decoded.data), decoded.size);

@@ -100,6 +100,18 @@ TEST_F(Login, CredentialsAreRead)
     EXPECT_EQ(accounts_.hashCount(), hashes) << "what is no pair costs nothing";
 }
 
+TEST_F(Login, WhatIsNoBase64IsNoPassword)
+{
+    host::Login login(accounts_);
+    const std::string good = basic("operator:secret: word");
+    EXPECT_EQ(login.check(good.c_str(), "127.0.0.1").kind, Kind::good);
+    const unsigned long hashes = accounts_.hashCount();
+    for (const char *behind : {"-", "-Opacity", "\r-x", " ", "\n", ",Basic", "\x80"}) {
+        EXPECT_EQ(login.check((good + behind).c_str(), "127.0.0.1").kind, Kind::wrong) << behind;
+    }
+    EXPECT_EQ(accounts_.hashCount(), hashes) << "what is no pair costs nothing";
+}
+
 TEST_F(Login, ANulEndsNoPassword)
 {
     host::Login login(accounts_);
