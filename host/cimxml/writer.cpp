@@ -126,8 +126,11 @@ void CimXmlWriter::end(bool isMethodCall)
 
 void CimXmlWriter::error(CMPIrc code, const char *message)
 {
+    // What a provider answers may be a code of CMPI alone, which clients do not know.
+    constexpr int lastCode = CMPI_RC_ERR_QUERY_FEATURE_NOT_SUPPORTED;
     char number[16];
-    std::snprintf(number, sizeof number, "%d", static_cast<int>(code));
+    std::snprintf(number, sizeof number, "%d",
+                  static_cast<int>(code <= lastCode ? code : CMPI_RC_ERR_FAILED));
     out_.append("<ERROR");
     attribute("CODE", number);
     attribute("DESCRIPTION", message != nullptr ? message : statusDescription(code));

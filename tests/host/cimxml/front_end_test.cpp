@@ -249,6 +249,12 @@ TEST_F(CimXmlServer, ErrorsOfProvidersArriveUnchanged)
                           "resource was not available to the client.\"/>\n</METHODRESPONSE>"))
         << "without a text of the provider's the standard's is used";
     EXPECT_THAT(method, Not(HasSubstr("must not be seen")));
+    EXPECT_THAT(send(test::methodCall(3, "Fail", "<PARAMVALUE NAME=\"code\"><VALUE>29</VALUE></PARAMVALUE>")),
+                HasSubstr("<ERROR CODE=\"29\""));
+    EXPECT_THAT(
+        send(test::methodCall(3, "Fail", "<PARAMVALUE NAME=\"code\"><VALUE>100</VALUE></PARAMVALUE>")),
+        HasSubstr("<ERROR CODE=\"1\""))
+        << "a code of CMPI alone is a failure";
 }
 
 TEST_F(CimXmlServer, ArgumentsNotGivenAreAbsentAndNullOnesAreNull)
