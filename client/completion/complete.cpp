@@ -232,7 +232,7 @@ Completion complete(const CLI::App &program, std::span<const std::string> words)
     std::erase_if(result.words,
                   [&](const std::string &word) { return word.empty() || !word.starts_with(typed); });
     std::ranges::sort(result.words);
-    result.words.erase(std::ranges::unique(result.words).begin(), result.words.end());
+    result.words.erase(std::unique(result.words.begin(), result.words.end()), result.words.end());
     return result;
 }
 

@@ -116,8 +116,8 @@ Values toOtherPipInput(const View &view, int, const Value &)
     const Value resolution = view.value("monitor.resolution");
     if (resolution == Value::array({4096, 2160}) || resolution == Value::array({4095, 2160}) ||
         resolution == Value::array({2048, 1080})) {
-        std::ranges::stable_partition(
-            inputs, [&](const Value &input) { return input == view.value("monitor.input"); });
+        std::stable_partition(inputs.begin(), inputs.end(),
+                              [&](const Value &input) { return input == view.value("monitor.input"); });
     }
     return inputs;
 }

@@ -407,7 +407,7 @@ int ParseIPV4Address(const char *text, unsigned char octets[4])
         sscanf(text, "%u.%u.%u.%u%c", &parsed[0], &parsed[1], &parsed[2], &parsed[3], &end) != 4) {
         return -1;
     }
-    for (int i = 0; i < 4; ++i) {
+    for (std::size_t i = 0; i < 4; ++i) {
         octets[i] = decided.works ? static_cast<unsigned char>(parsed[i]) : seam.octetsOfRefused[i];
     }
     return decided.result;
