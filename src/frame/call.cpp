@@ -92,7 +92,7 @@ const CMPIObjectPath *requireReference(Call &call, const char *name, const Refer
         fail(call, CMPI_RC_ERR_INVALID_PARAMETER, texts.missing);
     } else if (data.type != CMPI_ref) {
         fail(call, CMPI_RC_ERR_INVALID_PARAMETER, texts.invalidType);
-    } else if ((data.state & CMPI_nullValue) || !data.value.ref) {
+    } else if ((data.state & CMPI_nullValue) || !data.value.ref || !data.value.ref->ft) {
         fail(call, CMPI_RC_ERR_INVALID_PARAMETER, texts.null);
     } else {
         *className = textOf(cmpi::getClassName(data.value.ref, nullptr));

@@ -49,7 +49,7 @@ static const char *firstElement(const CMPIInstance *instance, const char *name)
 {
     CMPIStatus read = {CMPI_RC_OK, nullptr};
     const CMPIData data = cmpi::getProperty(instance, name, &read);
-    if (isMissing(data, read) || !(data.type & CMPI_ARRAY) || !data.value.array ||
+    if (isMissing(data, read) || !(data.type & CMPI_ARRAY) || isNullObject(data.value.array) ||
         cmpi::getSize(data.value.array, nullptr) == 0) {
         return nullptr;
     }
