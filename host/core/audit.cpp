@@ -263,26 +263,47 @@ bool Audit::open(std::string &problem)
 bool Audit::isReady()
 {
     const std::lock_guard lock(mutex_);
-    std::string problem;
-    if (descriptor_ < 0 && !open(problem)) {
-        logLine("%s", problem.c_str());
-        return false;
-    }
-    return true;
+    return writeUnwritten();
 }
 
-void Audit::record(const Request &request, const Answer &answer)
+void Audit::record(const Request &request, const Answer &answer, bool wasLetIn)
 {
     // Of its own: what the request has used up must not keep it from being recorded.
     MemoryBudget budget(MemoryBudget::defaultTotal, MemoryBudget::defaultTotal);
     MemoryShare memory(budget);
     Arena arena(4096, memory);
-    const std::string body = bodyOf(arena, request, answer);
+    std::string body = bodyOf(arena, request, answer);
     const std::lock_guard lock(mutex_);
-    append(body);
+    unwritten_.push_back(std::move(body));
+    if (!writeUnwritten()) {
+        // It stands in the other log at least.
+        logLine("this is not in the audit log%s: %s}", wasLetIn ? " yet" : "", unwritten_.back().c_str());
+        if (!wasLetIn) {
+            unwritten_.pop_back();
+        }
+    }
 }
 
-void Audit::append(const std::string &body)
+/** Writes what there is to write, in its order. False when something is left, or the file cannot be opened.
+ */
+bool Audit::writeUnwritten()
+{
+    std::string problem;
+    if (descriptor_ < 0 && !open(problem)) {
+        logLine("%s", problem.c_str());
+        return false;
+    }
+    while (!unwritten_.empty()) {
+        if (!append(unwritten_.front())) {
+            return false;
+        }
+        unwritten_.pop_front();
+    }
+    return true;
+}
+
+/** False when the line is not in the file. */
+bool Audit::append(const std::string &body)
 {
     std::string line = body;
     line += beforePrevious;
@@ -293,17 +314,17 @@ void Audit::append(const std::string &body)
         logLine("%s", problem.c_str()); // better too large than not written
     }
     if (!write(line + "\n", problem)) {
-        // What could not be written stands in the other log at least.
-        logLine("%s; the line was: %s", problem.c_str(), line.c_str());
+        logLine("%s", problem.c_str());
         close();
-        return;
+        return false;
     }
     size_ += line.size() + 1;
     end_ = hashOf(line);
-    if (!writeHead(problem)) {
+    if (!writeHead(problem)) { // which is made good when it is opened the next time
         logLine("%s", problem.c_str());
         close();
     }
+    return true;
 }
 
 bool Audit::write(const std::string &line, std::string &problem)

@@ -6,6 +6,7 @@
 #include "core/model.h"
 
 #include <cstdint>
+#include <deque>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -36,11 +37,14 @@ class Audit
     /** False as long as a line could not be written: then nothing is to be changed. */
     [[nodiscard]] bool isReady();
 
-    /** A line for the request, of the client that logClient() tells, and its answer. */
-    void record(const Request &request, const Answer &answer);
+    /** A line for the request, of the client that logClient() tells, and its answer. What has been done and
+     * cannot be written is kept until it can; isReady() says no until then. What was not let in is not kept.
+     */
+    void record(const Request &request, const Answer &answer, bool wasLetIn = true);
 
   private:
-    void append(const std::string &body);
+    bool writeUnwritten();
+    bool append(const std::string &body);
     bool write(const std::string &line, std::string &problem);
     bool rotate(std::string &problem);
     bool writeHead(std::string &problem) const;
@@ -51,6 +55,8 @@ class Audit
     std::mutex mutex_;
     int descriptor_ = -1;
     std::uint64_t size_ = 0;
+    // Bodies of lines; no more than there were requests with the providers when the disk was full.
+    std::deque<std::string> unwritten_;
     std::string begin_; // hexadecimal: of the line before the oldest one
     std::string end_;   // of the newest one
 };

@@ -79,6 +79,7 @@ void Dispatcher::execute(Call &call, const Request &request, Answer &answer)
     const CallScope scope(call);
     // What providers ask meanwhile belongs to the request of the client.
     const bool isClientsChange = call.depth == 0 && isChange(request.operation);
+    bool wasLetIn = false;
     const cim::NameSpace *nameSpace = nameSpaces_.find(request.nameSpace);
     if (request.principal.empty()) {
         fail(call, answer, CMPI_RC_ERR_ACCESS_DENIED, "The request has no principal.");
@@ -86,6 +87,7 @@ void Dispatcher::execute(Call &call, const Request &request, Answer &answer)
         fail(call, answer, CMPI_RC_ERR_INVALID_NAMESPACE, "The namespace %.*s does not exist.",
              shown(request.nameSpace), request.nameSpace.data());
     } else if (!isClientsChange || permits(call, request, answer)) {
+        wasLetIn = true;
         const Work work{call, request, answer, nameSpaces_, *nameSpace, providers_, access_};
         if (request.query != nullptr && request.operation != Operation::execQuery) {
             runFiltered(work, functionOf(request.operation));
@@ -94,7 +96,7 @@ void Dispatcher::execute(Call &call, const Request &request, Answer &answer)
         }
     }
     if (isClientsChange && audit_ != nullptr) {
-        audit_->record(request, answer);
+        audit_->record(request, answer, wasLetIn);
     }
     if (call.depth == 0) {
         std::fflush(stdout); // a client that has its answer finds there what the providers have printed

@@ -6,6 +6,9 @@
 
 #include <gmock/gmock.h>
 
+#include <sys/resource.h>
+
+#include <csignal>
 #include <filesystem>
 #include <sstream>
 #include <thread>
@@ -236,6 +239,59 @@ TEST_F(Audit, WithoutALogNothingIsChanged)
     EXPECT_EQ(test::errorText(answer.body), "The audit log cannot be written, so nothing is changed.");
     EXPECT_THAT(testing::internal::GetCapturedStderr(),
                 HasSubstr("the audit log /nonexistent/audit cannot be written: No such file or directory"));
+}
+
+/** Lets no file of this process grow past so many bytes, as a full disk does. */
+class FullDisk
+{
+  public:
+    explicit FullDisk(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN))
+    {
+        getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit limit{bytes, before_.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FullDisk()
+    {
+        setrlimit(RLIMIT_FSIZE, &before_);
+        std::signal(SIGXFSZ, handler_);
+    }
+    FullDisk(const FullDisk &) = delete;
+    FullDisk &operator=(const FullDisk &) = delete;
+
+  private:
+    void (*handler_)(int);
+    rlimit before_{};
+};
+
+TEST_F(Audit, WhatAFullDiskDoesNotTakeIsKeptAndNothingMoreIsChanged)
+{
+    test::TestServer server;
+    host::Audit audit(file());
+    std::string problem;
+    ASSERT_TRUE(audit.open(problem)) << problem;
+    server.manager().dispatcher().setAudit(&audit);
+    const auto echo = [&server](const char *word) {
+        return server.exchange(test::post(test::methodCall(
+            3, "Echo", std::string("<PARAMVALUE NAME=\"text\"><VALUE>") + word + "</VALUE></PARAMVALUE>")));
+    };
+    EXPECT_EQ(test::errorCode(echo("before").body), 0);
+    testing::internal::CaptureStderr();
+    {
+        const FullDisk disk(test::readFile(file()).size() + 20);
+        EXPECT_EQ(test::errorCode(echo("during").body), 0); // nobody could know before
+        EXPECT_EQ(test::errorText(echo("refused").body),
+                  "The audit log cannot be written, so nothing is changed.");
+        EXPECT_EQ(test::errorText(echo("refused").body),
+                  "The audit log cannot be written, so nothing is changed.");
+    }
+    EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("this is not in the audit log yet: {"));
+    EXPECT_EQ(test::errorCode(echo("after").body), 0);
+    const std::string log = test::readFile(file());
+    EXPECT_EQ(host::verifyAudit(file()).text, "3 lines, each as it was written");
+    EXPECT_LT(log.find("\"text\":\"before\""), log.find("\"text\":\"during\""));
+    EXPECT_LT(log.find("\"text\":\"during\""), log.find("\"text\":\"after\""));
+    EXPECT_NE(log.find("\"text\":\"after\""), std::string::npos);
 }
 
 TEST_F(Audit, AReaderChangesNothing)
