@@ -77,7 +77,8 @@ int main(int argc, char **argv)
             throw CLI::ValidationError("--apply", "there are " + std::to_string(chosen.size()) + " faults");
         }
         const mutation::Fault &fault = chosen[apply - 1];
-        std::ofstream(fault.file, std::ios::binary) << mutation::applied(fault, readFile(fault.file));
+        const std::string text = mutation::applied(fault, readFile(fault.file));
+        std::ofstream(fault.file, std::ios::binary) << text;
     } catch (const CLI::ParseError &error) {
         const int code = app.exit(error);
         return code == 0 ? 0 : 2;
