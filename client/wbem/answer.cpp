@@ -5,6 +5,7 @@
 
 #include <pugixml.hpp>
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace displayctl::wbem
@@ -50,12 +51,22 @@ std::string nameSpaceOf(pugi::xml_node localNameSpacePath)
     return text;
 }
 
+/** The name that an element has to have; what: for the message. */
+const char *nameOf(pugi::xml_node element, const char *what)
+{
+    const char *name = element.attribute("NAME").value();
+    if (*name == '\0') {
+        throw Broken(std::string{what} + " has no name");
+    }
+    return name;
+}
+
 ObjectPath readReference(pugi::xml_node valueReference, unsigned depth);
 
 Key readKey(pugi::xml_node binding, unsigned depth)
 {
     Key key;
-    key.name = binding.attribute("NAME").value();
+    key.name = nameOf(binding, "a key");
     if (const pugi::xml_node reference = binding.child("VALUE.REFERENCE")) {
         key.kind = Key::Kind::reference;
         key.reference.push_back(readReference(reference, depth + 1));
@@ -96,12 +107,16 @@ ObjectPath readPath(pugi::xml_node element, unsigned depth)
         return readInstanceName(element, depth);
     }
     if (is(element, "CLASSNAME")) {
-        return {.className = element.attribute("NAME").value(), .keys = {}};
+        return {.className = nameOf(element, "a class"), .keys = {}};
     }
     const pugi::xml_node whole = element.child("NAMESPACEPATH");
     const pugi::xml_node space = (whole ? whole : element).child("LOCALNAMESPACEPATH");
     const pugi::xml_node name = element.child("INSTANCENAME");
-    ObjectPath path = readPath(name ? name : element.child("CLASSNAME"), depth);
+    const pugi::xml_node object = name ? name : element.child("CLASSNAME");
+    if (!object) {
+        throw Broken("a path names no class");
+    }
+    ObjectPath path = readPath(object, depth);
     path.nameSpace = nameSpaceOf(space);
     return path;
 }
@@ -146,7 +161,7 @@ Value readValue(pugi::xml_node parent)
 
 Property readTyped(pugi::xml_node element, const char *typeAttribute)
 {
-    Property property{element.attribute("NAME").value(), element.attribute(typeAttribute).value(),
+    Property property{nameOf(element, "a property or an argument"), element.attribute(typeAttribute).value(),
                       readValue(element)};
     if (property.value.reference() != nullptr) {
         property.type = "reference";
@@ -264,7 +279,7 @@ void readResponse(const pugi::xml_document &document, const Operation &operation
     }
     if (const pugi::xml_node error = response.child("ERROR")) {
         answer.status = Status::cimError;
-        answer.code = error.attribute("CODE").as_int();
+        answer.code = std::max(error.attribute("CODE").as_int(), 1); // 1: it failed, for whatever reason
         answer.message = error.attribute("DESCRIPTION").value();
         return;
     }

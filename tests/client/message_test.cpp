@@ -283,6 +283,42 @@ TEST(AnswerOf, WhatIsNoAnswerIsBrokenAndSaysWhy)
               std::string{begin} + "it holds 0 instances instead of one");
     EXPECT_EQ(problem(intrinsic("GetInstance", "<IRETURNVALUE><VALUE>1</VALUE></IRETURNVALUE>")),
               std::string{begin} + "an instance was expected in VALUE");
+    EXPECT_EQ(
+        problem(intrinsic("GetInstance", "<IRETURNVALUE><INSTANCE CLASSNAME=\"A\"><PROPERTY TYPE=\"string\"/>"
+                                         "</INSTANCE></IRETURNVALUE>")),
+        std::string{begin} + "a property or an argument has no name");
+}
+
+TEST(AnswerOf, APathHasAClassAndItsKeysHaveNames)
+{
+    const auto problem = [](const std::string &path) {
+        const Answer answer = answerTo(associatorNames(preset("1")),
+                                       intrinsic("AssociatorNames", "<IRETURNVALUE><OBJECTPATH>" + path +
+                                                                        "</OBJECTPATH></IRETURNVALUE>"));
+        EXPECT_EQ(answer.status, Status::broken);
+        return answer.message;
+    };
+    constexpr std::string_view begin = "the answer to AssociatorNames cannot be understood: ";
+    EXPECT_EQ(problem("<INSTANCEPATH/>"), std::string{begin} + "a path names no class");
+    EXPECT_EQ(problem("<INSTANCEPATH><INSTANCENAME/></INSTANCEPATH>"),
+              std::string{begin} + "a path names no class");
+    EXPECT_EQ(problem("<CLASSPATH><CLASSNAME/></CLASSPATH>"), std::string{begin} + "a class has no name");
+    EXPECT_EQ(
+        problem("<INSTANCEPATH><INSTANCENAME CLASSNAME=\"A\"><KEYBINDING><KEYVALUE>1</KEYVALUE></KEYBINDING>"
+                "</INSTANCENAME></INSTANCEPATH>"),
+        std::string{begin} + "a key has no name");
+}
+
+TEST(AnswerOf, AnErrorWithoutAReadableCodeIsAFailure)
+{
+    for (const char *code : {"", "CODE=\"\"", "CODE=\"abc\"", "CODE=\"0\"", "CODE=\"-3\""}) {
+        const Answer answer =
+            answerTo(getInstance(preset("1")),
+                     intrinsic("GetInstance", std::string{"<ERROR "} + code + " DESCRIPTION=\"No.\"/>"));
+        EXPECT_EQ(answer.status, Status::cimError) << code;
+        EXPECT_EQ(answer.code, 1) << code;
+        EXPECT_EQ(answer.message, "No.") << code;
+    }
 }
 
 TEST(AnswerOf, AMethodWhoseAnswerIsBrokenMayHaveBeenDone)
