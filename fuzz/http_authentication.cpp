@@ -3,17 +3,12 @@
 #include "http/login.h"
 
 #include "fuzz.h"
+#include "quick_accounts.h"
 
 #include <algorithm>
-#include <crypt.h>
-#include <cstdlib>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <memory>
-#include <optional>
 #include <strings.h>
-#include <unistd.h>
 
 extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t *data, std::size_t size, std::size_t most,
                                                unsigned seed);
@@ -67,33 +62,11 @@ bool isBasic(std::string_view header)
     return header.size() >= scheme.size() && strncasecmp(header.data(), scheme.data(), scheme.size()) == 0;
 }
 
-/** One account, with a hash that is quick to compute. */
-std::unique_ptr<host::Accounts> makeAccounts()
-{
-    std::string directory = std::filesystem::temp_directory_path().string() + "/fuzz-accounts.XXXXXX";
-    fuzz::require(mkdtemp(directory.data()) != nullptr, "a directory can be made");
-    const std::string file = directory + "/accounts";
-    crypt_data memory = {};
-    std::ofstream(file) << "operator:" << crypt_r("secret: word", "$5$rounds=1000$0123456789abcdef$", &memory)
-                        << "\nlocked:!\n";
-    auto accounts = std::make_unique<host::Accounts>(file);
-    std::string problem;
-    fuzz::require(accounts->load(problem), "the accounts can be read", problem);
-    // The file is looked at again and again; it goes with the program.
-    static std::string made;
-    made = directory;
-    std::atexit([] {
-        std::error_code ignored;
-        std::filesystem::remove_all(made, ignored);
-    });
-    return accounts;
-}
-
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
-    static const std::unique_ptr<host::Accounts> accounts = makeAccounts();
+    static const std::unique_ptr<host::Accounts> accounts = fuzz::quickAccounts();
     host::LoginLimits limits;
     limits.freeFailures = ~0U; // nobody is slowed
     host::Login login(*accounts, limits);
