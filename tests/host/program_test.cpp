@@ -26,6 +26,17 @@ const std::string namesRequest =
 
 class Program : public test::Program
 {
+  protected:
+    /** A Get of WS-Management over TLS, by a client that trusts the certificate. */
+    Outcome getOverTls(const std::string &certificate, const std::string &port)
+    {
+        const std::string get =
+            test::envelope(std::string(test::transfer) + "Get", test::thingUri, test::thingSelectors(3), "");
+        return Process({"curl", "-s", "--cacert", certificate, "-u", "operator:secret", "--data-binary", get,
+                        "-H", "Content-Type: application/soap+xml", "https://localhost:" + port + "/wsman"},
+                       clientDirectory_)
+            .wait();
+    }
 };
 
 // ------------------------------------------------------------------------------------------ start and stop
@@ -237,6 +248,7 @@ TEST_F(Program, MakesACertificateAndServesWithIt)
     EXPECT_EQ(curl({type[0], type[1], "--tls-max", "1.1", "https://localhost:" + port + "/cimom"}), "000");
     EXPECT_EQ(curl({type[0], type[1], "--tls-max", "1.2", "https://localhost:" + port + "/cimom"}), "200");
     EXPECT_EQ(curl({type[0], type[1], "http://127.0.0.1:" + std::to_string(port_) + "/cimom"}), "200");
+    EXPECT_THAT(getOverTls(certificate, port).output, HasSubstr("label-3"));
     process->signal(SIGTERM);
     EXPECT_EQ(process->wait().code, 0);
 }
