@@ -162,6 +162,9 @@ std::string Setting::siteName() const
 
 std::string_view Setting::description() const
 {
+    if (!row->description.empty()) {
+        return row->description;
+    }
     if (!properties.empty()) {
         return properties.front()->description;
     }

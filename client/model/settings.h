@@ -56,6 +56,7 @@ struct SettingRow {
     std::vector<std::string_view> properties; ///< that it is read from
     unsigned traits = none;
     std::string_view arguments = {};          ///< "Class.Method.Argument" where no property corresponds to it
+    std::string_view description = {};        ///< where its property is one that superclasses describe
     std::vector<std::string_view> words = {}; ///< of a choice, by code from 0
     std::optional<double> minimum = {}; ///< where the property is a text, for which a class cannot say it
     std::optional<double> maximum = {};

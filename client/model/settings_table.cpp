@@ -22,7 +22,13 @@ const Words pipSizeWords = {"maximum", "minimum", "default"};
 const std::vector<int> sentLanguages = {3, 0, 2, 4, 1, 5, 6, 7, 8, 9};
 
 const SettingRow rows[] = {
-    {"monitor.name", Kind::text, "Monitor", {"Name"}, ofOneMonitor},
+    {.name = "monitor.name",
+     .kind = Kind::text,
+     .className = "Monitor",
+     .properties = {"Name"},
+     .traits = ofOneMonitor,
+     .arguments = "Monitor.SetName.Name",
+     .description = "The display name of the monitor; while it has none, its address."},
     {"monitor.location", Kind::text, "Monitor", {"DeploymentLocation"}, ofOneMonitor},
     {"monitor.deployed", Kind::date, "Monitor", {"DeploymentDate"}, ofOneMonitor},
     {"monitor.preset", Kind::preset, "ColorSpace", {}, none, "Monitor.SetActiveColorSpace.ColorSpace"},

@@ -21,7 +21,7 @@ struct InstanceRow {
 // The monitor's keys are in the path of its instance alone; its provider sets none of them as a property.
 // The IP version sets nothing at all, and GetInstance asks for another key than its path has.
 const InstanceRow rows[] = {
-    {"Monitor", 1, 16, 12, 4, 0},
+    {"Monitor", 1, 16, 11, 4, 0},
     {"DisplayManagement", 1, 12, 8, 1, 1},
     {"VideoInput", 3, 7, 3, 1, 1},
     {"ImageAdjustment", 1, 18, 14, 1, 1},
