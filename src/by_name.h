@@ -17,12 +17,14 @@ void Check_System_key_value_pairs(const CMPIBroker *broker, const CMPIObjectPath
 #pragma GCC visibility push(hidden)
 
 /** frame::farEndClass. */
-const char *_assoc_targetClass_Name(const CMPIBroker *broker, const CMPIObjectPath *ref,
-                                    const char *leftClass, const char *rightClass, CMPIStatus *rc);
+[[nodiscard]] const char *_assoc_targetClass_Name(const CMPIBroker *broker, const CMPIObjectPath *ref,
+                                                  const char *leftClass, const char *rightClass,
+                                                  CMPIStatus *rc);
 
 /** frame::farEndPath. */
-CMPIObjectPath *_assoc_targetClass_OP(const CMPIBroker *broker, const CMPIObjectPath *ref,
-                                      const char *leftClass, const char *rightClass, CMPIStatus *rc);
+[[nodiscard]] CMPIObjectPath *_assoc_targetClass_OP(const CMPIBroker *broker, const CMPIObjectPath *ref,
+                                                    const char *leftClass, const char *rightClass,
+                                                    CMPIStatus *rc);
 
 /** frame::admits: 1 or 0. */
 int _assoc_check_parameter_const(const CMPIBroker *broker, const CMPIObjectPath *cop, const char *refLeft,
@@ -37,20 +39,21 @@ using AssocCreateRefs = int(const CMPIBroker *broker, const CMPIContext *ctx, co
                             const char *rightClass, const char *refLeft, const char *refRight, int inst,
                             int associators, CMPIStatus *rc);
 /** For every candidate; for those that match; for the settings of the network connection by its mode. */
-AssocCreateRefs _assoc_create_refs_1toN, _assoc_create_refs_1toN_ProvideEndpoint,
+[[nodiscard]] AssocCreateRefs _assoc_create_refs_1toN, _assoc_create_refs_1toN_ProvideEndpoint,
     _assoc_create_refs_1toN_ElementSetting;
 
 /** frame::walkFromAll, from the left end if `left`, else from the right one: -1 when the sources cannot be
  * listed, else what the last one gave. */
-int _assoc_create_inst_1toN(const CMPIBroker *broker, const CMPIContext *ctx, const CMPIResult *rslt,
-                            const CMPIObjectPath *cop, const char *className, const char *leftClass,
-                            const char *rightClass, const char *refLeft, const char *refRight, int left,
-                            int inst, CMPIStatus *rc);
+[[nodiscard]] int _assoc_create_inst_1toN(const CMPIBroker *broker, const CMPIContext *ctx,
+                                          const CMPIResult *rslt, const CMPIObjectPath *cop,
+                                          const char *className, const char *leftClass,
+                                          const char *rightClass, const char *refLeft, const char *refRight,
+                                          int left, int inst, CMPIStatus *rc);
 
 /** frame::associationAt. */
-CMPIInstance *_assoc_get_inst(const CMPIBroker *broker, const CMPIContext *ctx, const CMPIObjectPath *cop,
-                              const char *className, const char *refLeft, const char *refRight,
-                              CMPIStatus *rc);
+[[nodiscard]] CMPIInstance *_assoc_get_inst(const CMPIBroker *broker, const CMPIContext *ctx,
+                                            const CMPIObjectPath *cop, const char *className,
+                                            const char *refLeft, const char *refRight, CMPIStatus *rc);
 
 /** associations::matchEndpoint. Always 0. */
 int match_instance(const char *key1, const char *key2, int *match, int direction);
@@ -60,10 +63,10 @@ int match_instance_elementsetting(const char *key1, const char *key2, int *match
                                   int *ipConfigCount, int ipMode);
 
 /** frame::matchCandidate, by the rule of the association class: 0, or -1 with `status` set. */
-int get_instance_from_key(const CMPIObjectPath *source, const CMPIInstance *targetInstance,
-                          const CMPIObjectPath *targetPath, const CMPIBroker *broker, CMPIStatus *status,
-                          int *match, const char *assocClass, int *ipConfigCount, int ipMode,
-                          char *isCurrent);
+[[nodiscard]] int get_instance_from_key(const CMPIObjectPath *source, const CMPIInstance *targetInstance,
+                                        const CMPIObjectPath *targetPath, const CMPIBroker *broker,
+                                        CMPIStatus *status, int *match, const char *assocClass,
+                                        int *ipConfigCount, int ipMode, char *isCurrent);
 
 #pragma GCC visibility pop
 

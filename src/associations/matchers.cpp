@@ -3,7 +3,6 @@
 #include "network/network_objects.h"
 
 #include <cstdio>
-#include <cstring>
 
 namespace associations
 {

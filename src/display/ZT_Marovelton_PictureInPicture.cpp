@@ -32,6 +32,31 @@ SETTING(SetUseVideoLevels, PIP_INFO_ID, PIP_VIDEO_LEVEL_STATUS, "Failed to set t
 SETTING(SetDigitalCinemaOption, PIP_INFO_ID, PIP_DCI_IMAGE_REGION,
         "Failed to set the value to DigitalCinemaOption.")
 
+int GetPIPMode()
+{
+    int mode = 0;
+    return readRegister(PIP_STATE, PIP_INFO_ID, &mode) == 0 ? mode : -1;
+}
+
+int GetPIPSize()
+{
+    int size = 0;
+    return readRegister(PIP_SIZE, PIP_INFO_ID, &size) == 0 ? size : -1;
+}
+
+int GetResolution(int *horizontal, int *vertical)
+{
+    int width = 0;
+    int height = 0;
+    if (readRegister(PIP_HORIZONTAL_ACTIVE, PIP_INFO_ID, &width) == -1 ||
+        readRegister(PIP_VERTICAL_ACTIVE, PIP_INFO_ID, &height) == -1) {
+        return -1;
+    }
+    *horizontal = width;
+    *vertical = height;
+    return 0;
+}
+
 STAMP_PATH_BY_INSTANCE_ID(ZT_Marovelton_PictureInPicture)
 
 CMPIInstance *_makeInst_ZT_Marovelton_PictureInPicture(const CMPIObjectPath *reference, CMPIStatus *status)
@@ -62,34 +87,7 @@ CMPIInstance *_makeInst_ZT_Marovelton_PictureInPicture(const CMPIObjectPath *ref
     return pip.finish();
 }
 
-// ---- live values ----
-
-int GetPIPMode()
-{
-    int mode = 0;
-    return readRegister(PIP_STATE, PIP_INFO_ID, &mode) == 0 ? mode : -1;
-}
-
-int GetPIPSize()
-{
-    int size = 0;
-    return readRegister(PIP_SIZE, PIP_INFO_ID, &size) == 0 ? size : -1;
-}
-
-int GetResolution(int *horizontal, int *vertical)
-{
-    int width = 0;
-    int height = 0;
-    if (readRegister(PIP_HORIZONTAL_ACTIVE, PIP_INFO_ID, &width) == -1 ||
-        readRegister(PIP_VERTICAL_ACTIVE, PIP_INFO_ID, &height) == -1) {
-        return -1;
-    }
-    *horizontal = width;
-    *vertical = height;
-    return 0;
-}
-
-// ---- preconditions ----
+// ---- methods ----
 
 /** Refreshes the engine's values and refuses with `refusal` in one of the modes. A mode that cannot be read
  * refuses nothing. */
@@ -153,8 +151,6 @@ static bool digitalCinemaOptionCanBeSet(Call &call)
     return fail(call, CMPI_RC_ERR_NOT_SUPPORTED,
                 "PIP active resolution does not support DCI. Unable to set the value");
 }
-
-// ---- methods ----
 
 // By PipSize. Clients know the maximum inset as the one with the smallest range.
 constexpr struct {

@@ -70,7 +70,7 @@ struct InstanceBuilder {
 
   private:
     void set(const char *name, const CMPIValue *value, CMPIType type);
-    CMPIArray *newArray(CMPICount size, CMPIType type);
+    [[nodiscard]] CMPIArray *newArray(CMPICount size, CMPIType type);
     void setElement(CMPIArray *array, CMPICount position, const CMPIValue &value, CMPIType type);
     void textArray(const char *name, const char *value);
 };

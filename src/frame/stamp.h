@@ -54,10 +54,10 @@
 
 /** Of a class; the further argument is what its builders are told of the object beside the reference. */
 #define DECLARE_METHOD_PROVIDER(Class, ...)                                                                  \
-    CMPIObjectPath *_makePath_##Class(const CMPIObjectPath *reference __VA_OPT__(, ) __VA_ARGS__,            \
-                                      CMPIStatus *status);                                                   \
-    CMPIInstance *_makeInst_##Class(const CMPIObjectPath *reference __VA_OPT__(, ) __VA_ARGS__,              \
-                                    CMPIStatus *status);                                                     \
+    [[nodiscard]] CMPIObjectPath *_makePath_##Class(                                                         \
+        const CMPIObjectPath *reference __VA_OPT__(, ) __VA_ARGS__, CMPIStatus *status);                     \
+    [[nodiscard]] CMPIInstance *_makeInst_##Class(                                                           \
+        const CMPIObjectPath *reference __VA_OPT__(, ) __VA_ARGS__, CMPIStatus *status);                     \
     DECLARE_INSTANCE_PROVIDER(Class);                                                                        \
     METHOD_OPERATION(Class);                                                                                 \
     CLEANUP_OPERATION(Class, MethodCleanup, Method);                                                         \

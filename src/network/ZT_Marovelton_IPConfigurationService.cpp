@@ -17,22 +17,6 @@ constexpr NetworkObject service = {
         "A class derived from CIM IPConfigurationService that represents the single node container of the Display management.",
 };
 
-CMPIObjectPath *_makePath_ZT_Marovelton_IPConfigurationService(const CMPIObjectPath *reference,
-                                                               CMPIStatus *status)
-{
-    return makeNetworkObjectPath(_broker, service, reference, status);
-}
-
-CMPIInstance *_makeInst_ZT_Marovelton_IPConfigurationService(const CMPIObjectPath *reference,
-                                                             CMPIStatus *status)
-{
-    InstanceBuilder instance = makeNetworkObjectInst(_broker, service, reference, status);
-    instance.uint16Array("AvailableRequestedStates", {2});
-    return instance.finish();
-}
-
-// ---- methods ----
-
 int mode_to_iscurrent_isnext(int mode, int *isCurrent, int *isNext)
 {
     static constexpr struct {
@@ -51,6 +35,22 @@ int mode_to_iscurrent_isnext(int mode, int *isCurrent, int *isNext)
     }
     return 0;
 }
+
+CMPIObjectPath *_makePath_ZT_Marovelton_IPConfigurationService(const CMPIObjectPath *reference,
+                                                               CMPIStatus *status)
+{
+    return makeNetworkObjectPath(_broker, service, reference, status);
+}
+
+CMPIInstance *_makeInst_ZT_Marovelton_IPConfigurationService(const CMPIObjectPath *reference,
+                                                             CMPIStatus *status)
+{
+    InstanceBuilder instance = makeNetworkObjectInst(_broker, service, reference, status);
+    instance.uint16Array("AvailableRequestedStates", {2});
+    return instance.finish();
+}
+
+// ---- methods ----
 
 /** The setting data that can be applied, and the value of IP_CONFIGURATION_MODE that applies it. */
 constexpr struct {

@@ -27,17 +27,17 @@ void free_ipProtocolEndpoint(cim_ipProtocolEndpoint *record);
 void free_ipPEndpointList(ipPEndpointList *list);
 
 /** The endpoint name of an interface, to be freed by the caller; null without memory. */
-char *_get_ipProtocolEndpoint_name(const char *ifName);
+[[nodiscard]] char *_get_ipProtocolEndpoint_name(const char *ifName);
 /** The link state of an interface: 2 up, 3 down, 0 unknown. */
 uint16_t _get_port_status(const char *ifName);
 /** Fills the record of a node for the endpoint of that name; without memory it stays empty. Returns 0. */
 int _ipProtocolEndpoint_data(const char *endpointName, ipPEndpointList *node);
 /** Lists the endpoints of all interfaces that the kernel knows, in its order; freed by the caller. Returns 0,
  * or the result of the command when it printed nothing. */
-int enum_all_ipProtocolEndpoints(ipPEndpointList **list);
+[[nodiscard]] int enum_all_ipProtocolEndpoints(ipPEndpointList **list);
 /** Finds the endpoint of exactly that name; null when there is none, freed by the caller. Returns 0, or -1
  * when the endpoints cannot be listed. */
-int get_ipProtocolEndpoint_data(const char *endpointName, cim_ipProtocolEndpoint **record);
+[[nodiscard]] int get_ipProtocolEndpoint_data(const char *endpointName, cim_ipProtocolEndpoint **record);
 
 // The shell helper of the CMPI base package: runs a command, gives null-terminated arrays of its output
 // lines, each with its newline, and returns its exit status.

@@ -46,7 +46,9 @@ struct NetworkObject {
                                                     const CMPIObjectPath *reference, CMPIStatus *status);
 /** Starts the instance and sets all properties that both classes have; the builder has failed when it is
  * null. */
-frame::InstanceBuilder makeNetworkObjectInst(const CMPIBroker *broker, const NetworkObject &object,
-                                             const CMPIObjectPath *reference, CMPIStatus *status);
+[[nodiscard]] frame::InstanceBuilder makeNetworkObjectInst(const CMPIBroker *broker,
+                                                           const NetworkObject &object,
+                                                           const CMPIObjectPath *reference,
+                                                           CMPIStatus *status);
 
 #endif
