@@ -14,11 +14,11 @@ namespace
 
 /** Copies a text into a field of the record: zero-filled, and without a terminating zero when the text is as
  * long as the field, as on the monitor. */
-template <std::size_t Size>
-void copyField(char (&field)[Size], std::string_view text)
+template <std::size_t size>
+void copyField(char (&field)[size], std::string_view text)
 {
-    memset(field, 0, Size);
-    memcpy(field, text.data(), std::min(Size, text.size()));
+    memset(field, 0, size);
+    memcpy(field, text.data(), std::min(size, text.size()));
 }
 
 /** Fills a record when it is there at all. */

@@ -7,57 +7,57 @@ namespace host
 namespace
 {
 
-template <auto Member, typename T>
+template <auto member, typename T>
 T getPlain(const CMPIError *error, CMPIStatus *status)
 {
     const Error *self = checked<Error>(error, status);
-    return self != nullptr ? self->*Member : T{};
+    return self != nullptr ? self->*member : T{};
 }
 
 /** A text that is not set is null, with the status to say so. */
-template <auto Member>
+template <auto member>
 CMPIString *getText(const CMPIError *error, CMPIStatus *status)
 {
     const Error *self = checked<Error>(error, status);
     if (self == nullptr) {
         return nullptr;
     }
-    String *text = self->*Member;
+    String *text = self->*member;
     return text != nullptr ? &text->cmpi : nullptr;
 }
 
-template <auto Member>
+template <auto member>
 CMPIArray *getArray(const CMPIError *error, CMPIStatus *status)
 {
     const Error *self = checked<Error>(error, status);
     if (self == nullptr) {
         return nullptr;
     }
-    Array *array = self->*Member;
+    Array *array = self->*member;
     return array != nullptr ? &array->cmpi : nullptr;
 }
 
-template <auto Member, typename T>
+template <auto member, typename T>
 CMPIStatus setPlain(const CMPIError *error, T value)
 {
     CMPIStatus status = {};
     if (Error *self = checked<Error>(error, &status); self != nullptr) {
-        self->*Member = value;
+        self->*member = value;
     }
     return status;
 }
 
-template <auto Member>
+template <auto member>
 CMPIStatus setText(const CMPIError *error, const char *text)
 {
     CMPIStatus status = {};
     if (Error *self = checked<Error>(error, &status); self != nullptr) {
-        self->*Member = text != nullptr ? makeString(*self->arena, text) : nullptr;
+        self->*member = text != nullptr ? makeString(*self->arena, text) : nullptr;
     }
     return status;
 }
 
-template <auto Member>
+template <auto member>
 CMPIStatus setArray(const CMPIError *error, const CMPIArray *array)
 {
     CMPIStatus status = {};
@@ -66,7 +66,7 @@ CMPIStatus setArray(const CMPIError *error, const CMPIArray *array)
         if (given != nullptr && given->elementType != CMPI_string) {
             return makeStatus(CMPI_RC_ERR_TYPE_MISMATCH);
         }
-        self->*Member = given != nullptr ? copyObject(*self->arena, *given) : nullptr;
+        self->*member = given != nullptr ? copyObject(*self->arena, *given) : nullptr;
     }
     return status;
 }

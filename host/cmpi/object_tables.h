@@ -49,7 +49,7 @@ T *checked(const typename T::Cmpi *object, CMPIStatus *status)
 }
 
 /** The functions that paths, arguments and contexts have for their named values. */
-template <typename T, ArenaList<NamedValue> *T::*Values, CMPIrc Absent>
+template <typename T, ArenaList<NamedValue> *T::*list, CMPIrc absent>
 struct NamedValues {
     using Cmpi = typename T::Cmpi;
 
@@ -59,9 +59,9 @@ struct NamedValues {
         if (self == nullptr) {
             return nullData(CMPI_null, CMPI_badValue);
         }
-        const NamedValue *value = name != nullptr ? findValue(*(self->*Values), name) : nullptr;
+        const NamedValue *value = name != nullptr ? findValue(*(self->*list), name) : nullptr;
         if (value == nullptr) {
-            setStatus(status, name != nullptr ? Absent : CMPI_RC_ERR_INVALID_PARAMETER);
+            setStatus(status, name != nullptr ? absent : CMPI_RC_ERR_INVALID_PARAMETER);
             return nullData(CMPI_null, CMPI_notFound);
         }
         return value->data;
@@ -73,7 +73,7 @@ struct NamedValues {
         if (self == nullptr) {
             return nullData(CMPI_null, CMPI_badValue);
         }
-        ArenaList<NamedValue> &values = *(self->*Values);
+        ArenaList<NamedValue> &values = *(self->*list);
         if (index >= values.size()) {
             setStatus(status, CMPI_RC_ERR_NO_SUCH_PROPERTY);
             return nullData(CMPI_null, CMPI_notFound);
@@ -87,7 +87,7 @@ struct NamedValues {
     static CMPICount count(const Cmpi *object, CMPIStatus *status)
     {
         const T *self = checked<T>(object, status);
-        return self != nullptr ? static_cast<CMPICount>((self->*Values)->size()) : 0;
+        return self != nullptr ? static_cast<CMPICount>((self->*list)->size()) : 0;
     }
 
     static CMPIStatus add(const Cmpi *object, const char *name, const CMPIValue *value, CMPIType type)
@@ -99,7 +99,7 @@ struct NamedValues {
         if (name == nullptr || *name == '\0') {
             return makeStatus(CMPI_RC_ERR_INVALID_PARAMETER);
         }
-        ArenaList<NamedValue> &values = *(self->*Values);
+        ArenaList<NamedValue> &values = *(self->*list);
         if (values.arena().exhausted()) {
             return makeStatus(CMPI_RC_ERR_SERVER_LIMITS_EXCEEDED);
         }

@@ -38,19 +38,19 @@ struct InstanceBuilder {
     /** A point in time, in seconds since 1970-01-01 UTC. */
     void dateTime(const char *name, int64_t seconds);
     /** A text field of a record, which may be full to its width without a terminating zero. */
-    template <size_t Width>
-    void field(const char *name, const char (&value)[Width])
+    template <size_t width>
+    void field(const char *name, const char (&value)[width])
     {
-        char terminated[Width + 1] = {};
-        memcpy(terminated, value, Width);
+        char terminated[width + 1] = {};
+        memcpy(terminated, value, width);
         text(name, terminated);
     }
     void uint16Array(const char *name, std::initializer_list<int> values);
-    template <size_t Width>
-    void fieldArray(const char *name, const char (&value)[Width])
+    template <size_t width>
+    void fieldArray(const char *name, const char (&value)[width])
     {
-        char terminated[Width + 1] = {};
-        memcpy(terminated, value, Width);
+        char terminated[width + 1] = {};
+        memcpy(terminated, value, width);
         textArray(name, terminated);
     }
 

@@ -39,10 +39,10 @@ std::vector<std::uintptr_t> asNumbers(A... arguments)
 
 // A function for one entry of a table, which notes that it was called, and with what. identity is its
 // address.
-template <auto Entry, typename Type>
+template <auto entry, typename Type>
 struct Recorder;
-template <auto Entry, typename Table, typename R, typename... A>
-struct Recorder<Entry, R (*Table::*)(A...)> {
+template <auto entry, typename Table, typename R, typename... A>
+struct Recorder<entry, R (*Table::*)(A...)> {
     static inline const char identity = 0;
     static R call(A... arguments)
     {
@@ -50,8 +50,8 @@ struct Recorder<Entry, R (*Table::*)(A...)> {
         return R();
     }
 };
-template <auto Entry, typename Table, typename R, typename... A>
-struct Recorder<Entry, R (*Table::*)(A..., ...)> {
+template <auto entry, typename Table, typename R, typename... A>
+struct Recorder<entry, R (*Table::*)(A..., ...)> {
     static inline const char identity = 0;
     static R call(A... arguments, ...)
     {
@@ -59,8 +59,8 @@ struct Recorder<Entry, R (*Table::*)(A..., ...)> {
         return R();
     }
 };
-template <auto Entry>
-using RecorderOf = Recorder<Entry, decltype(Entry)>;
+template <auto entry>
+using RecorderOf = Recorder<entry, decltype(entry)>;
 
 // Evaluates a macro with one entry of the table recording and all others null: a macro that goes to another
 // entry crashes, one that mixes up its arguments is seen.

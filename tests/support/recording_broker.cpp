@@ -115,13 +115,13 @@ struct Action {
 
 // ---- functions that no provider of this library calls ----
 
-template <size_t Size>
+template <size_t size>
 struct Name {
-    constexpr Name(const char (&literal)[Size])
+    constexpr Name(const char (&literal)[size])
     {
-        std::copy_n(literal, Size, text);
+        std::copy_n(literal, size, text);
     }
-    char text[Size];
+    char text[size];
 };
 
 template <Name name, typename Result, typename... Arguments>

@@ -94,19 +94,19 @@ struct Seam {
 extern Seam seam;
 
 /** Fills a text field of a record: the text, then zeros. */
-template <size_t Width>
-void setField(char (&field)[Width], const std::string &text)
+template <size_t width>
+void setField(char (&field)[width], const std::string &text)
 {
-    memset(field, 0, Width);
-    memcpy(field, text.data(), text.size() < Width ? text.size() : Width);
+    memset(field, 0, width);
+    memcpy(field, text.data(), text.size() < width ? text.size() : width);
 }
 
 /** Fills a text field to its width, without a terminating zero. */
-template <size_t Width>
-std::string fillField(char (&field)[Width], char with)
+template <size_t width>
+std::string fillField(char (&field)[width], char with)
 {
-    memset(field, with, Width);
-    return std::string(Width, with);
+    memset(field, with, width);
+    return std::string(width, with);
 }
 
 } // namespace test_support
