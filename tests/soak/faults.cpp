@@ -279,4 +279,12 @@ bool makeSmallDisks(const std::string &storeDirectory, const std::string &auditD
     return haveSmallDisks;
 }
 
+void removeSmallDisks(const std::string &storeDirectory, const std::string &auditDirectory)
+{
+    if (haveSmallDisks) {
+        umount2(storeDirectory.c_str(), MNT_DETACH);
+        umount2(auditDirectory.c_str(), MNT_DETACH);
+    }
+}
+
 } // namespace soak

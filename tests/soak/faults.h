@@ -38,6 +38,9 @@ std::span<const FaultKind> faultKinds();
  * this process's and its children's alone. Before any thread is started. False where that cannot be. */
 bool makeSmallDisks(const std::string &storeDirectory, const std::string &auditDirectory);
 
+/** Takes them away again, with all that is on them. */
+void removeSmallDisks(const std::string &storeDirectory, const std::string &auditDirectory);
+
 } // namespace soak
 
 #endif

@@ -273,7 +273,7 @@ int main(int argc, char **argv)
     if (options.keep) {
         std::cerr << "Its files are in " << directory << '\n';
     } else {
-        std::filesystem::remove_all(directory + "/store", ignored);
+        removeSmallDisks(directory + "/store", directory + "/audit");
         std::filesystem::remove_all(directory, ignored);
     }
     return result;

@@ -199,6 +199,62 @@ TEST_F(Audit, RotationKeepsTheChain)
     EXPECT_FALSE(host::verifyAudit(file()).good) << "a line at the beginning of the oldest file was removed";
 }
 
+TEST_F(Audit, ProgramKilledWhilePuttingFilesAsideLosesNothing)
+{
+    namespace fs = std::filesystem;
+    host::AuditLimits limits;
+    limits.bytes = 1000;
+    limits.files = 2;
+    std::string problem;
+    // Up to the line that puts files aside, of which one is dropped: the files before, and the head behind.
+    const std::string kept = directory_.file("kept");
+    fs::create_directory(kept);
+    {
+        host::Audit audit(file(), limits);
+        ASSERT_TRUE(audit.open(problem)) << problem;
+        std::string oldest;
+        do {
+            fs::remove_all(kept);
+            fs::create_directory(kept);
+            for (const char *suffix : {"", ".1", ".2", ".head"}) {
+                if (fs::exists(file() + suffix)) {
+                    fs::copy(file() + suffix, kept + "/audit" + suffix);
+                }
+            }
+            oldest = fs::exists(file() + ".2") ? test::readFile(file() + ".2") : "";
+            record(audit, "Method");
+        } while (oldest.empty() || test::readFile(file() + ".2") == oldest);
+    }
+    const std::string begin = linesOf(test::readFile(file() + ".head")).at(0);
+    const std::string end = linesOf(test::readFile(kept + "/audit.head")).at(1);
+    ASSERT_NE(begin, linesOf(test::readFile(kept + "/audit.head")).at(0));
+    test::writeFile(kept + "/audit.head", begin + "\n" + end + "\n");
+
+    const std::size_t left =
+        linesOf(test::readFile(kept + "/audit.1")).size() + linesOf(test::readFile(kept + "/audit")).size();
+    ASSERT_GE(left, 4u);
+
+    // Behind each step: the head, .1 to .2, the file to .1.
+    const std::vector<std::pair<std::string, std::string>> steps = {{"", ""}, {".1", ".2"}, {"", ".1"}};
+    for (std::size_t done = 0; done < steps.size(); ++done) {
+        for (const char *suffix : {"", ".1", ".2", ".head"}) {
+            fs::remove(file() + suffix);
+            fs::copy(kept + "/audit" + suffix, file() + suffix);
+        }
+        for (std::size_t i = 1; i <= done; ++i) {
+            fs::rename(file() + steps[i].first, file() + steps[i].second);
+        }
+        EXPECT_EQ(host::verifyAudit(file()).text,
+                  std::to_string(left) + " lines, each as it was written; older ones are no longer kept")
+            << "killed behind step " << done;
+        host::Audit audit(file(), limits);
+        ASSERT_TRUE(audit.open(problem)) << problem;
+        record(audit, "Method");
+        const AuditVerdict verdict = host::verifyAudit(file());
+        EXPECT_TRUE(verdict.good) << "gone on behind step " << done << ": " << verdict.text;
+    }
+}
+
 TEST_F(Audit, ManyThreadsWriteOneChain)
 {
     host::Audit audit(file());
