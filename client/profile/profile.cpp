@@ -125,6 +125,12 @@ class Reader
     std::vector<Entry> entries_;
 };
 
+// In JSON's quotes, which are YAML's; texts of monitors may be no UTF-8, and what is not is replaced.
+std::string quoted(const std::string &text)
+{
+    return Value(text).dump(-1, ' ', false, Value::error_handler_t::replace);
+}
+
 // Text in quotes where YAML would read it as something else.
 std::string yamlText(const Value &value, const std::string &text)
 {
@@ -136,7 +142,7 @@ std::string yamlText(const Value &value, const std::string &text)
     if (!value.is_string() || isPlain) {
         return value.is_array() ? "\"" + text + "\"" : text;
     }
-    return Value(text).dump(); // JSON's quotes are YAML's
+    return quoted(text);
 }
 
 std::string comment(const Setting &setting, const site::CodeNames &names)
@@ -179,7 +185,7 @@ std::string write(const model::State &state, const std::string &monitor, const s
                   const site::CodeNames &names)
 {
     std::string result =
-        "displayctl: 1\nmonitor-exported: " + Value(monitor).dump() + "\ndate: " + date + "\nsettings:\n";
+        "displayctl: 1\nmonitor-exported: " + quoted(monitor) + "\ndate: " + date + "\nsettings:\n";
     std::vector<std::string> open; // the groups that the last line stands in
     for (const Setting &setting : model::allSettings()) {
         const Value value = state.value(setting);

@@ -95,7 +95,11 @@ ObjectPath readInstanceName(pugi::xml_node instanceName, unsigned depth)
         throw Broken("a path names no class");
     }
     for (const pugi::xml_node binding : instanceName.children("KEYBINDING")) {
-        path.keys.push_back(readKey(binding, depth));
+        Key key = readKey(binding, depth);
+        if (path.find(key.name) != nullptr) {
+            throw Broken("the key " + key.name + " is given twice");
+        }
+        path.keys.push_back(std::move(key));
     }
     return path;
 }

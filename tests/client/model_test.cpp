@@ -417,6 +417,18 @@ TEST(Profile, WhatIsWrittenCanBeRead)
     }
 }
 
+TEST(Profile, WhatIsNoUtf8InANameIsReplaced)
+{
+    State state;
+    state.put("Monitor", {object("Monitor", "m", {{"Name", "Studio \xf8"}})});
+    const std::string text = profile::write(state, "a\xff", "2026-01-31", {});
+    EXPECT_NE(text.find("monitor-exported: \"a\xef\xbf\xbd\"\n"), std::string::npos) << text;
+    const auto entries = profile::readText(text, "written", {});
+    ASSERT_EQ(entries.size(), 1U) << text;
+    EXPECT_EQ(entries[0].named.name(), "monitor.name");
+    EXPECT_EQ(entries[0].value, Value("Studio \xef\xbf\xbd"));
+}
+
 } // namespace
 
 } // namespace displayctl::model
