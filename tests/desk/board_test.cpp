@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // What engine and senders share in memory: tickets, and the messages that have passed.
-#include "desk_test.h"
+#include "desk_fixture.h"
 
 #include "support/board.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The command of the desk monitor.
-#include "desk_test.h"
+#include "desk_fixture.h"
 
 #include <monitor_support.h>
 

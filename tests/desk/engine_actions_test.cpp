@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Register writes that do more than store their value.
-#include "desk_test.h"
+#include "desk_fixture.h"
 
 #include <monitor_support.h>
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Register writes: the 40 bytes of a request as they lie on the queue, and what reads back.
-#include "desk_test.h"
+#include "desk_fixture.h"
 
 #include <monitor_support.h>
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Who is answered, what is dropped, and how the engine starts, misbehaves and ends.
-#include "desk_test.h"
+#include "desk_fixture.h"
 
 #include <monitor_support.h>
 

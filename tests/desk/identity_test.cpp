@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Users, names, dates and the checks of arguments.
-#include "desk_test.h"
+#include "desk_fixture.h"
 
 #include <monitor_support.h>
 

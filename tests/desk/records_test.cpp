@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The readers of the support library: what a new monitor holds, and their failures.
-#include "desk_test.h"
+#include "desk_fixture.h"
 
 #include <monitor_support.h>
 

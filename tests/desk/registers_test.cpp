@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // GetRegisterValue: every register in its group.
-#include "desk_test.h"
+#include "desk_fixture.h"
 
 #include <monitor_support.h>
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The store: several processes, sudden ends, damaged and replaced files, and what the libraries export.
-#include "desk_test.h"
+#include "desk_fixture.h"
 
 #include "support/shell.h"
 

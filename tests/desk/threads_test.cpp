@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Many callers at once: the library, the support library, real queues and a real engine. Each caller has a
 // setting of its own, which it changes by a method of the library and reads again.
-#include "desk_test.h"
+#include "desk_fixture.h"
 
 #include "support/board.h"
 

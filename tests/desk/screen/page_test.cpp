@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The rest of the page: colours, front panel, wire, faults; who may use it, and on what.
-#include "browser_test.h"
+#include "browser_fixture.h"
 
 #include <algorithm>
 #include <cstdlib>

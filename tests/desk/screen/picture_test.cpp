@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // What a standard client sets of the picture is seen in the document, without a reload.
-#include "browser_test.h"
+#include "browser_fixture.h"
 
 #include <cstdlib>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Six states of the page as pictures, for the documentation. They are compared with nothing: letters look
 // different from one machine to the next. What they show has been awaited.
-#include "browser_test.h"
+#include "browser_fixture.h"
 
 #include <fstream>
 

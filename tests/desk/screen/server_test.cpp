@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The server of the screen: which requests it answers, how it refuses the others, who may watch and change.
-#include "desk_test.h"
+#include "desk_fixture.h"
 #include "http_client.h"
 
 #include "screen/page.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The token of the screen: made, kept and compared.
-#include "desk_test.h"
+#include "desk_fixture.h"
 
 #include "screen/token.h"
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // The page in a real browser, on a desk with a standard client. One browser and one desk for all cases:
 // browser.sh starts them, and tells of them in the environment.
-#ifndef TESTS_DESK_SCREEN_BROWSER_TEST_H
-#define TESTS_DESK_SCREEN_BROWSER_TEST_H
+#ifndef TESTS_DESK_SCREEN_BROWSER_FIXTURE_H
+#define TESTS_DESK_SCREEN_BROWSER_FIXTURE_H
 
 #include "web_driver.h"
 

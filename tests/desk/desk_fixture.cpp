@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "desk_test.h"
+#include "desk_fixture.h"
 
 #include "support/board.h"
 #include "support/shell.h"

@@ -3,8 +3,8 @@
 //
 // MonitorInfo is packed: checks take its numbers by value, as in EXPECT_EQ(+info.BacklightHours, 1), not by a
 // reference that would be misaligned.
-#ifndef TESTS_DESK_DESK_TEST_H
-#define TESTS_DESK_DESK_TEST_H
+#ifndef TESTS_DESK_DESK_FIXTURE_H
+#define TESTS_DESK_DESK_FIXTURE_H
 
 #include <gtest/gtest.h>
 

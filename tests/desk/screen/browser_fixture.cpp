@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "browser_test.h"
+#include "browser_fixture.h"
 
 #include <chrono>
 #include <cstdio>
