@@ -303,6 +303,30 @@ TEST_F(Wsman, AnEmptyEnumerationEndsAtOnce)
     EXPECT_THAT(answer.body, HasSubstr("<wsen:PullResponse><wsen:Items></wsen:Items><wsen:EndOfSequence/>"));
 }
 
+/** How often an object is the one end of an association, or the other, or any. */
+TEST_F(Wsman, AssociationInstancesAreFoundByClassAndRole)
+{
+    const auto found = [this](const std::string &role) {
+        const HttpAnswer answer = enumerate(
+            "<wsman:OptimizeEnumeration/><wsman:MaxElements>20</wsman:MaxElements>"
+            "<wsman:Filter Dialect=\"http://schemas.dmtf.org/wbem/wsman/1/cimbinding/associationFilter\">"
+            "<wsmb:AssociationInstances><wsmb:Object>"
+            "<wsa:Address>http://schemas.xmlsoap.org/ws/2004/08/addressing/role/anonymous</wsa:Address>"
+            "<wsa:ReferenceParameters><wsman:ResourceURI>" +
+                thing + "</wsman:ResourceURI>" + thingSelectors(3) +
+                "</wsa:ReferenceParameters></wsmb:Object>"
+                "<wsmb:ResultClassName>Test_ThingPair</wsmb:ResultClassName>" +
+                role + "</wsmb:AssociationInstances></wsman:Filter>",
+            "", "http://schemas.dmtf.org/wbem/wscim/1/*");
+        EXPECT_EQ(answer.status, 200) << answer.body;
+        return test::count(answer.body, "</p:Test_ThingPair>");
+    };
+    EXPECT_EQ(found(""), 2u);
+    EXPECT_EQ(found("<wsmb:Role>Antecedent</wsmb:Role>"), 1u);
+    EXPECT_EQ(found("<wsmb:Role>Dependent</wsmb:Role>"), 1u);
+    EXPECT_EQ(found("<wsmb:Role>Other</wsmb:Role>"), 0u);
+}
+
 TEST_F(Wsman, ASelectorFilterComparesValuesOfAnyType)
 {
     const auto labels = [this](const std::vector<std::string> &wanted) {
