@@ -166,7 +166,8 @@ int serve(const Options &options)
 {
     const sigset_t signals = blockSignals();
     // What a large request gives back, the system has back; without a word, the allocator keeps ever larger
-    // pieces.
+    // pieces, and for many connections several heaps, none of which gets what is free in the others.
+    mallopt(M_ARENA_MAX, 1);
     mallopt(M_MMAP_THRESHOLD, 128 * 1024);
     mallopt(M_TRIM_THRESHOLD, 128 * 1024);
 

@@ -129,6 +129,10 @@ void ElementReader::readValue(const xml_node &holder, ValueText &value)
     }
     auto *items = makeList<ItemText>();
     for (const xml_node item : node.children()) {
+        if (arena_.exhausted()) {
+            fail(CMPI_RC_ERR_SERVER_LIMITS_EXCEEDED, "The values need too much memory.");
+            break;
+        }
         if (item.type() == pugi::node_element) {
             items->append(itemOf(item));
         }

@@ -83,6 +83,10 @@ bool Typing::value(const ValueText &text, cim::Type type, bool isArray, std::str
     Array *array = makeArray(arena_, cim::cmpiType(elementType, false), static_cast<CMPICount>(count));
     for (std::size_t i = 0; i < count; ++i) {
         const ItemText &item = (*text.items)[i];
+        if (arena_.exhausted()) {
+            fail(CMPI_RC_ERR_SERVER_LIMITS_EXCEEDED, "The values need too much memory.");
+            return false;
+        }
         if (!item.isNull && (item.reference != nullptr) != (elementType == cim::Type::reference)) {
             fail(CMPI_RC_ERR_INVALID_PARAMETER, "The array %.*s mixes references and values.",
                  shown(text.name), text.name.data());

@@ -9,6 +9,7 @@
 #include <cstdarg>
 #include <cstring>
 #include <gnutls/gnutls.h>
+#include <malloc.h>
 #include <microhttpd.h>
 #include <poll.h>
 #include <sys/socket.h>
@@ -33,6 +34,9 @@ namespace
 /** A body that is encrypted and sent together with its header. libmicrohttpd gives the two to TLS one after
  * the other, and a client would be woken twice. */
 constexpr std::size_t corkedBytes = std::size_t{32} * 1024;
+
+/** Of a body or an answer: from here on what a message takes is more than what the allocator may keep. */
+constexpr std::size_t largeMessage = std::size_t{128} * 1024;
 
 constexpr const char *realm = "Basic realm=\"cimom\"";
 constexpr const char *plainText = "text/plain; charset=utf-8";
@@ -151,7 +155,11 @@ struct HttpCallbacks {
             }
             // The time for the next request begins.
             static_cast<HttpServer *>(self)->connections_.awaitClient(exchange->peer.entry);
+            const bool isLarge = exchange->received > largeMessage || exchange->out.size() > largeMessage;
             delete exchange;
+            if (isLarge) {
+                static_cast<HttpServer *>(self)->hadLargeMessage_ = true;
+            }
             *context = nullptr;
         }
     }
@@ -335,6 +343,9 @@ void HttpServer::tick()
 {
     login_.tick();
     log_.tellRest();
+    if (hadLargeMessage_.exchange(false)) {
+        malloc_trim(0); // what it has given back lies between what others still have
+    }
     if (certificates_ != nullptr && certificates_->refresh()) {
         const std::unique_lock lock(namesMutex_);
         for (const std::string &name : certificates_->names()) {

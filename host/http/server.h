@@ -13,6 +13,7 @@
 #include "http/login.h"
 #include "http/request_rules.h"
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
@@ -130,6 +131,7 @@ class HttpServer
     std::mutex mutex_;
     std::condition_variable wake_;
     bool stopping_ = false;
+    std::atomic<bool> hadLargeMessage_ = false; // since the last tick
     std::thread watchdog_;
 };
 
