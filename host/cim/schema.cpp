@@ -183,8 +183,12 @@ const Class *ClassRepository::add(Class declaration)
     stored->lineage.push_back(id);
     stored->keys.clear();
     stored->defaults.clear();
+    stored->slots = std::make_unique<PropertySlot[]>(stored->properties.size());
     for (std::size_t i = 0; i < stored->properties.size(); ++i) {
         stored->places.emplace(stored->properties[i].name, i);
+        stored->slots[i].name = stored->properties[i].name;
+        stored->slots[i].cmpiCode = stored->properties[i].cmpiCode();
+        stored->slots[i].isKey = stored->properties[i].isKey;
         if (!stored->properties[i].defaultValue.isNull && stored->properties[i].type != Type::reference) {
             stored->defaults.push_back(i);
         }

@@ -7,6 +7,7 @@
 #ifndef HOST_CIM_SCHEMA_H
 #define HOST_CIM_SCHEMA_H
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -177,6 +178,15 @@ inline constexpr ClassId noClass = 0xffffffffu;
 /** What placeOf() says of a property that the class has not. */
 inline constexpr std::size_t noProperty = static_cast<std::size_t>(-1);
 
+/** What is looked at for each property of each instance, without the rest of its declaration. */
+struct PropertySlot {
+    std::string_view name;
+    std::uint16_t cmpiCode = 0;
+    bool isKey = false;
+    /** The place that was looked up after this one the last time. */
+    std::atomic<std::uint16_t> follower = 0;
+};
+
 /** A class with everything it has inherited. Inherited properties and methods come first, each at the place
  * of the class that introduced it (an override does not move it), then its own in the order of the
  * declaration. */
@@ -206,12 +216,32 @@ struct Class {
     std::vector<std::size_t> keys;     // places of the key properties in `properties`
     std::vector<std::size_t> defaults; // places of the properties with a default value other than NULL
     std::unordered_map<std::string_view, std::size_t, NameHash, NameEqual> places; // of the properties
+    std::unique_ptr<PropertySlot[]> slots; // one for each property, in the same order
 
     /** The place of the property of that name in `properties` of a stored class, or noProperty. */
     std::size_t placeOf(std::string_view propertyName) const
     {
         const auto found = places.find(propertyName);
         return found == places.end() ? noProperty : found->second;
+    }
+
+    /** placeOf() for who looks up property after property in about the same order each time, as a provider
+     * does; previous: the place before. */
+    std::size_t placeAfter(std::size_t previous, std::string_view propertyName) const
+    {
+        if (previous >= properties.size()) {
+            return placeOf(propertyName);
+        }
+        std::atomic<std::uint16_t> &follower = slots[previous].follower;
+        const std::size_t likely = follower.load(std::memory_order_relaxed);
+        if (slots[likely].name == propertyName) {
+            return likely;
+        }
+        const std::size_t place = placeOf(propertyName);
+        if (place <= UINT16_MAX) {
+            follower.store(static_cast<std::uint16_t>(place), std::memory_order_relaxed);
+        }
+        return place;
     }
 
     /** True when the class is the ancestor or derives from it; both are of one repository. Constant time. */

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <iterator>
 #include <string_view>
 
 namespace host
@@ -27,6 +28,8 @@ constexpr std::size_t many = static_cast<std::size_t>(-1);
 class Words
 {
   public:
+    static constexpr std::size_t most = 15;
+
     consteval Words(std::string_view text)
     {
         for (std::size_t begin = 0; begin < text.size(); begin = text.find(' ', begin) + 1) {
@@ -38,6 +41,10 @@ class Words
     constexpr std::size_t count() const
     {
         return count_;
+    }
+    constexpr std::string_view operator[](std::size_t place) const
+    {
+        return words_[place];
     }
     /** The place of a word; npos when it is not there. */
     constexpr std::size_t placeOf(std::string_view word) const
@@ -51,7 +58,7 @@ class Words
     }
 
   private:
-    std::array<std::string_view, 15> words_;
+    std::array<std::string_view, most> words_;
     std::size_t count_ = 0;
 };
 
@@ -109,6 +116,31 @@ constexpr Rule rules[] = {
     {"QUALIFIER.DECLARATION", "", "", "", 0, many, Order::open},
 };
 
+/** The rules of the elements that may stand in those of each rule, in the same order. */
+using ChildRules = std::array<std::array<const Rule *, Words::most>, std::size(rules)>;
+
+consteval ChildRules makeChildRules()
+{
+    ChildRules all{};
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        const Words &children = rules[i].children;
+        for (std::size_t place = 0; place < children.count(); ++place) {
+            all[i][place] = std::ranges::find(rules, children[place], &Rule::element);
+        }
+    }
+    return all;
+}
+
+constexpr ChildRules childRules = makeChildRules();
+
+constexpr bool haveRules(const ChildRules &all)
+{
+    return std::ranges::all_of(all, [](const auto &children) {
+        return std::ranges::find(children, std::end(rules)) == children.end();
+    });
+}
+static_assert(haveRules(childRules), "an element that may stand in another has a rule");
+
 bool hasValidAttributes(const xml_node &node, const Rule &rule)
 {
     std::size_t found = 0;
@@ -129,33 +161,30 @@ bool isBlank(std::string_view text)
     return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
 }
 
-bool isValid(const xml_node &node)
+bool isValid(const xml_node &node, const Rule &rule)
 {
-    const auto *rule = std::ranges::find(rules, std::string_view(node.name()), &Rule::element);
-    if (rule == std::end(rules)) {
-        return false;
-    }
-    if (rule->order == Order::open) {
+    if (rule.order == Order::open) {
         return true;
     }
-    if (!hasValidAttributes(node, *rule)) {
+    if (!hasValidAttributes(node, rule)) {
         return false;
     }
+    const auto &rulesOfChildren = childRules[static_cast<std::size_t>(&rule - rules)];
     std::size_t count = 0;
     std::size_t last = 0;
     for (xml_node child = node.first_child(); child; child = child.next_sibling()) {
         if (child.type() == pugi::node_element) {
-            const std::size_t place = rule->children.placeOf(child.name());
-            if (place == std::string_view::npos || ++count > rule->atMost ||
-                (rule->order == Order::listed && place < last) || !isValid(child)) {
+            const std::size_t place = rule.children.placeOf(child.name());
+            if (place == std::string_view::npos || ++count > rule.atMost ||
+                (rule.order == Order::listed && place < last) || !isValid(child, *rulesOfChildren[place])) {
                 return false;
             }
             last = place;
-        } else if (rule->order != Order::text && !isBlank(child.value())) {
+        } else if (rule.order != Order::text && !isBlank(child.value())) {
             return false;
         }
     }
-    return count >= rule->atLeast;
+    return count >= rule.atLeast;
 }
 
 std::size_t countOf(const xml_node &node, const char *name)
@@ -168,7 +197,7 @@ std::size_t countOf(const xml_node &node, const char *name)
 
 bool isValidRequest(const xml_node &cim)
 {
-    if (!isValid(cim)) {
+    if (cim.name() != rules[0].element || !isValid(cim, rules[0])) {
         return false;
     }
     const xml_node request = cim.child("MESSAGE").child("SIMPLEREQ");

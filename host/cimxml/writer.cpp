@@ -11,6 +11,9 @@ namespace host
 namespace
 {
 
+constexpr const char *openValue = "<VALUE>";
+constexpr const char *closeValue = "</VALUE>\n";
+
 std::string escaped(std::string_view text)
 {
     TextBuffer buffer;
@@ -54,9 +57,10 @@ ClassFragments::ClassFragments(const cim::Class &definition)
         // compat: wbemcli refuses EmbeddedObject at PROPERTY.ARRAY; the qualifiers of the class tell the
         // same.
         rest += (property.isArray ? std::string() : embeddedObject(property.qualifiers)) + ">\n";
+        const std::string close(tags.close);
         properties.push_back({name + rest,
                               name + " CLASSORIGIN=\"" + escaped(property.classOrigin) + "\"" + rest,
-                              tags.close});
+                              tags.close, name + rest + close, name + rest + openValue, closeValue + close});
     }
 }
 
@@ -415,6 +419,10 @@ void CimXmlWriter::instance(const Instance &instance, const InstanceDetail &deta
             continue;
         }
         const ClassFragments::Property &property = fragments.properties[i];
+        if (!detail.classOrigin && !detail.qualifiers) {
+            plainProperty(property, instance.values[i]);
+            continue;
+        }
         out_.append(detail.classOrigin ? property.openWithOrigin : property.open);
         if (detail.qualifiers) {
             qualifiers(instance.klass->properties[i].qualifiers);
@@ -425,8 +433,26 @@ void CimXmlWriter::instance(const Instance &instance, const InstanceDetail &deta
     out_.append("</INSTANCE>\n");
 }
 
+void CimXmlWriter::plainProperty(const ClassFragments::Property &fragments, const CMPIData &data)
+{
+    if (isNull(data)) {
+        out_.append(fragments.null);
+    } else if ((data.type & CMPI_ARRAY) == 0 && data.type != CMPI_ref) {
+        out_.append(fragments.beforeScalar);
+        scalar(data);
+        out_.append(fragments.afterScalar);
+    } else {
+        out_.append(fragments.open);
+        value(data);
+        out_.append(fragments.close);
+    }
+}
+
 void CimXmlWriter::scalar(const CMPIData &data)
 {
+    if (data.type == CMPI_string) { // most are
+        return appendEscaped(out_, stringOf(data)->view());
+    }
     NumberText buffer;
     if (const std::string_view number = numberText(data, buffer); !number.empty()) {
         return out_.append(number);
@@ -452,8 +478,6 @@ void CimXmlWriter::scalar(const CMPIData &data)
         }
         return appendEscaped(out_, {text, length});
     }
-    case CMPI_string:
-        return appendEscaped(out_, stringOf(data)->view());
     case CMPI_dateTime:
         return out_.append(dateTimeOf(data)->text);
     case CMPI_instance:
@@ -494,9 +518,9 @@ void CimXmlWriter::value(const CMPIData &data)
     if (data.type == CMPI_ref) {
         return reference(*pathOf(data));
     }
-    out_.append("<VALUE>");
+    out_.append(openValue);
     scalar(data);
-    out_.append("</VALUE>\n");
+    out_.append(closeValue);
 }
 
 void CimXmlWriter::typeAttribute(std::string_view name, CMPIType type)

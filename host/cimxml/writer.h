@@ -30,6 +30,10 @@ class ClassFragments
         std::string open;           // <PROPERTY NAME="..." TYPE="...">
         std::string openWithOrigin; // the same with CLASSORIGIN
         std::string_view close;
+        // As nearly all are written: without a value, and around a scalar one.
+        std::string null;
+        std::string beforeScalar;
+        std::string afterScalar;
     };
 
     explicit ClassFragments(const cim::Class &definition);
@@ -101,6 +105,7 @@ class CimXmlWriter
     void localPath(const Path &path);
     void reference(const Path &path);
     void instance(const Instance &instance, const InstanceDetail &detail);
+    void plainProperty(const ClassFragments::Property &fragments, const CMPIData &data);
     void scalar(const CMPIData &data);
     void value(const CMPIData &data);
     void typeAttribute(std::string_view name, CMPIType type);

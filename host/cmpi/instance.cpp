@@ -74,15 +74,16 @@ CMPIStatus setPropertyOfInstance(const CMPIInstance *instance, const char *name,
     if (name == nullptr) {
         return makeStatus(CMPI_RC_ERR_INVALID_PARAMETER);
     }
-    const std::size_t index = self->klass->placeOf(name);
+    const std::size_t index = self->klass->placeAfter(self->lastSet, name);
     if (index == cim::noProperty) {
         return makeStatus(CMPI_RC_ERR_NO_SUCH_PROPERTY);
     }
-    const cim::Property &property = self->klass->properties[index];
+    self->lastSet = index;
+    const cim::PropertySlot &property = self->klass->slots[index];
     if (self->settable != nullptr && !property.isKey && !self->settable->contains(index)) {
         return makeStatus(CMPI_RC_OK); // as CMPI wants it of a filtered property
     }
-    const CMPIType declared = property.cmpiCode();
+    const CMPIType declared = property.cmpiCode;
     if (type == CMPI_null) {
         type = declared;
         value = nullptr;

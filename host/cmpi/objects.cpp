@@ -53,8 +53,18 @@ ArenaList<NamedValue> *copyValues(Arena &arena, const ArenaList<NamedValue> &ori
 
 String *makeString(Arena &arena, std::string_view text)
 {
-    String *string = makeObject<String>(arena, stringTable);
-    string->text = arena.copyText(text);
+    // The text stands behind its object.
+    auto *string = new (arena.allocate(sizeof(String) + text.size() + 1, alignof(String))) String;
+    char *copy = reinterpret_cast<char *>(string + 1);
+    if (!text.empty()) {
+        std::memcpy(copy, text.data(), text.size());
+    }
+    copy[text.size()] = '\0';
+    string->cmpi.hdl = string;
+    string->cmpi.ft = &stringTable;
+    string->arena = &arena;
+    string->isClone = false;
+    string->text = copy;
     string->length = text.size();
     return string;
 }
@@ -87,10 +97,11 @@ Instance *makeInstance(Arena &arena, const Path &path)
     Instance *instance = makeObject<Instance>(arena, instanceTable);
     instance->klass = path.klass;
     instance->path = copyObject(arena, path);
+    instance->lastSet = cim::noProperty;
     const std::size_t count = path.klass->properties.size();
-    instance->values = arena.makeArray<CMPIData>(count);
+    instance->values = static_cast<CMPIData *>(arena.allocate(count * sizeof(CMPIData), alignof(CMPIData)));
     for (std::size_t i = 0; i < count; ++i) {
-        instance->values[i] = nullData(path.klass->properties[i].cmpiCode());
+        new (instance->values + i) CMPIData(nullData(path.klass->slots[i].cmpiCode));
     }
     for (const NamedValue &key : *instance->path->keys) {
         const std::size_t index = path.klass->placeOf(key.name->view());
@@ -211,6 +222,7 @@ Instance *copyObject(Arena &arena, const Instance &original)
 {
     Instance *copy = makeObject<Instance>(arena, instanceTable);
     copy->klass = original.klass;
+    copy->lastSet = original.lastSet;
     copy->path = copyObject(arena, *original.path);
     const std::size_t count = original.klass->properties.size();
     copy->values = static_cast<CMPIData *>(arena.allocate(count * sizeof(CMPIData), alignof(CMPIData)));

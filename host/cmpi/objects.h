@@ -89,6 +89,7 @@ struct Instance : Encapsulated<CMPIInstance> {
     CMPIData *values;            // one for each property of the class
     const PropertySet *visible;  // null: all are
     const PropertySet *settable; // null: all are; others are ignored when they are set
+    std::size_t lastSet;         // the place of the property that was set last, or noProperty
 };
 
 struct Args : Encapsulated<CMPIArgs> {
@@ -228,10 +229,20 @@ constexpr CMPIType storedType(CMPIType type)
 CMPIrc takeValue(Arena &arena, const CMPIValue *value, CMPIType type, CMPIData &data);
 
 /** A copy of a value that is stored already. */
-CMPIData copyData(Arena &arena, const CMPIData &data);
+CMPIData copyObjectData(Arena &arena, const CMPIData &data);
+inline CMPIData copyData(Arena &arena, const CMPIData &data)
+{
+    return (data.type & (CMPI_ARRAY | CMPI_ENC)) == 0 ? data : copyObjectData(arena, data);
+}
 
 /** A null value of that type. */
-CMPIData nullData(CMPIType type, CMPIValueState state = CMPI_nullValue);
+inline CMPIData nullData(CMPIType type, CMPIValueState state = CMPI_nullValue)
+{
+    CMPIData data = {};
+    data.type = type;
+    data.state = state;
+    return data;
+}
 
 /** The text value, as CMPIData. */
 CMPIData stringData(String *text);

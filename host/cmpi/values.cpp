@@ -50,14 +50,6 @@ void takeObject(Arena &arena, typename T::Cmpi *given, typename T::Cmpi *&taken,
 
 } // namespace
 
-CMPIData nullData(CMPIType type, CMPIValueState state)
-{
-    CMPIData data = {};
-    data.type = type;
-    data.state = state;
-    return data;
-}
-
 CMPIData stringData(String *text)
 {
     CMPIData data = {};
@@ -77,6 +69,10 @@ CMPIrc takeValue(Arena &arena, const CMPIValue *value, CMPIType type, CMPIData &
         data.state = CMPI_nullValue;
         return CMPI_RC_OK;
     }
+    if (type == CMPI_chars) { // most are
+        data.value.string = &makeString(arena, reinterpret_cast<const char *>(value))->cmpi;
+        return CMPI_RC_OK;
+    }
     if ((type & CMPI_ARRAY) != 0) {
         takeObject<Array>(arena, value->array, data.value.array, data);
         // An array says itself what it holds; a type that contradicts it is a provider's mistake.
@@ -91,9 +87,6 @@ CMPIrc takeValue(Arena &arena, const CMPIValue *value, CMPIType type, CMPIData &
         return CMPI_RC_OK;
     }
     switch (type) {
-    case CMPI_chars:
-        data.value.string = &makeString(arena, reinterpret_cast<const char *>(value))->cmpi;
-        return CMPI_RC_OK;
     case CMPI_string:
         takeObject<String>(arena, value->string, data.value.string, data);
         return CMPI_RC_OK;
@@ -124,14 +117,11 @@ CMPIrc takeValue(Arena &arena, const CMPIValue *value, CMPIType type, CMPIData &
     }
 }
 
-CMPIData copyData(Arena &arena, const CMPIData &data)
+// Simple values are copied with the structure; takeValue() knows the others. What is stored is always of a
+// type that can be taken.
+CMPIData copyObjectData(Arena &arena, const CMPIData &data)
 {
     if (isNull(data)) {
-        return data;
-    }
-    // Simple values are copied with the structure; takeValue() knows the others. What is stored is always of
-    // a type that can be taken.
-    if ((data.type & CMPI_ARRAY) == 0 && (data.type & CMPI_ENC) == 0) {
         return data;
     }
     if (data.type == CMPI_string && stringOf(data)->arena == &arena) {
@@ -227,7 +217,7 @@ void setKey(Path &path, std::string_view name, const CMPIData &data)
 void setProperty(Instance &instance, std::size_t index, const CMPIData &data)
 {
     instance.values[index] = data;
-    const cim::Property &property = instance.klass->properties[index];
+    const cim::PropertySlot &property = instance.klass->slots[index];
     if (property.isKey && !isNull(data)) {
         instance.values[index].state = static_cast<CMPIValueState>(data.state | CMPI_keyValue);
         setKey(*instance.path, property.name, copyData(*instance.arena, data));

@@ -94,9 +94,11 @@ class TextBuffer
     }
 
   private:
+    static constexpr std::size_t firstBytes = std::size_t{32} * 1024;
+
     void enlarge(std::size_t bytes)
     {
-        std::size_t capacity = capacity_ == 0 ? std::size_t{16} * 1024 : capacity_ * 2;
+        std::size_t capacity = capacity_ == 0 ? firstBytes : capacity_ * 2;
         while (capacity - size_ <= bytes) {
             capacity *= 2;
         }

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstring>
 
 namespace host
 {
@@ -208,9 +209,22 @@ class Checker
                 return false;
             }
             --depth_;
-            return skip("</", ">");
+            return endTag();
         }
         return startTag();
+    }
+
+    bool endTag()
+    {
+        const std::size_t begin = place_;
+        place_ += 2;
+        pass(plainByte);
+        if (place_ < text_.size() && text_[place_] == '>') { // as nearly all are
+            ++place_;
+            return true;
+        }
+        place_ = begin;
+        return skip("</", ">");
     }
 
     bool startTag()
@@ -327,6 +341,40 @@ constexpr std::array<bool, 256> makeSpecialBytes()
 
 constexpr std::array<bool, 256> specialBytes = makeSpecialBytes();
 
+constexpr std::size_t blockSize = 16;
+
+/** Whether sixteen bytes have a special one among them. */
+bool hasSpecial(const char *bytes)
+{
+    using Block [[gnu::vector_size(blockSize)]] = unsigned char;
+    using Halves [[gnu::vector_size(blockSize)]] = std::uint64_t;
+    Block block;
+    std::memcpy(&block, bytes, sizeof block);
+    const auto special = (block < 0x20) | (block >= 0x7f) | (block == '<') | (block == '>') | (block == '&') |
+                         (block == '"') | (block == '\'');
+    const auto halves = reinterpret_cast<Halves>(special);
+    return (halves[0] | halves[1]) != 0;
+}
+
+/** The bytes at the beginning of the text that stand for themselves. */
+std::size_t plainLength(std::string_view text)
+{
+    std::size_t length = 0;
+    if (text.size() >= blockSize) {
+        const std::size_t lastBlock = text.size() - blockSize; // may begin in the one before
+        while (length < lastBlock && !hasSpecial(text.data() + length)) {
+            length += blockSize;
+        }
+        if (length >= lastBlock && !hasSpecial(text.data() + lastBlock)) {
+            return text.size();
+        }
+    }
+    while (length < text.size() && !specialBytes[static_cast<unsigned char>(text[length])]) {
+        ++length;
+    }
+    return length;
+}
+
 std::string_view entityOf(char c)
 {
     switch (c) {
@@ -374,11 +422,7 @@ void appendEscaped(TextBuffer &buffer, std::string_view text)
 {
     constexpr std::string_view replacement = "\xef\xbf\xbd";
     while (!text.empty()) {
-        std::size_t plain = 0;
-        while (plain < text.size() && !specialBytes[static_cast<unsigned char>(text[plain])]) {
-            ++plain;
-        }
-        if (plain != 0) {
+        if (const std::size_t plain = plainLength(text); plain != 0) {
             buffer.append(text.substr(0, plain));
             text.remove_prefix(plain);
             continue;

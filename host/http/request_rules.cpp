@@ -137,8 +137,12 @@ std::vector<std::string_view> RequestHead::all(std::string_view name) const
 
 std::string_view RequestHead::first(std::string_view name) const
 {
-    const std::vector<std::string_view> values = all(name);
-    return values.empty() ? std::string_view() : values.front();
+    for (const auto &[field, value] : fields) {
+        if (sameText(field, name)) {
+            return trimmed(value);
+        }
+    }
+    return {};
 }
 
 void ServerNames::add(std::string_view name)

@@ -19,6 +19,18 @@ TEST(NameSpaces, FindsPropertiesInAnyLetterCase)
     EXPECT_EQ(thing->placeOf("deviceid"), thing->placeOf("DEVICEID"));
     EXPECT_EQ(thing->placeOf("Extra"), cim::noProperty);
     EXPECT_EQ(thing->placeOf(""), cim::noProperty);
+    // Looked up one after the other in whatever order, and in another the next time, they are where they are.
+    const std::size_t count = thing->properties.size();
+    for (std::size_t step = 1; step < count; ++step) {
+        std::size_t previous = cim::noProperty;
+        for (std::size_t i = 0; i < count; ++i) {
+            const std::size_t place = i * step % count;
+            EXPECT_EQ(thing->placeAfter(previous, thing->properties[place].name), place);
+            EXPECT_EQ(thing->placeAfter(place, "Extra"), cim::noProperty);
+            EXPECT_EQ(thing->placeAfter(place, "DEVICEID"), thing->placeOf("DeviceID"));
+            previous = place;
+        }
+    }
     EXPECT_EQ(repository.find("Test_Nope"), nullptr);
     EXPECT_TRUE(repository.find("Test_SpecialThing")->isA(*thing));
     EXPECT_FALSE(thing->isA(*repository.find("Test_SpecialThing")));

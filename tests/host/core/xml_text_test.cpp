@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 namespace
 {
@@ -118,6 +119,34 @@ TEST(AppendEscaped, UsesTheFiveEntities)
               "gr\xc3\xbcn \xe2\x82\xac \xf0\x9f\x98\x80");
     EXPECT_EQ(escaped("a\tb\nc"), "a\tb\nc");
     EXPECT_EQ(escaped("\x7f"), "\x7f");
+}
+
+TEST(AppendEscaped, FindsWhatIsSpecialAnywhere)
+{
+    const std::pair<const char *, const char *> specials[] = {
+        {"<", "&lt;"},
+        {">", "&gt;"},
+        {"&", "&amp;"},
+        {"\"", "&quot;"},
+        {"'", "&apos;"},
+        {"\t", "\t"},
+        {"\x1f", "\xef\xbf\xbd"},
+        {"\x7f", "\x7f"},
+        {"\xc3\xbc", "\xc3\xbc"},
+        {"\xff", "\xef\xbf\xbd"},
+    };
+    for (std::size_t length = 0; length < 50; ++length) {
+        const std::string plain(length, '~');
+        EXPECT_EQ(escaped(plain), plain);
+        for (std::size_t place = 0; place <= length; ++place) {
+            for (const auto &[special, written] : specials) {
+                const std::string before(place, ' ');
+                const std::string after(length - place, '~');
+                EXPECT_EQ(escaped(before + special + after), before + written + after)
+                    << length << ' ' << place;
+            }
+        }
+    }
 }
 
 TEST(AppendEscaped, ReplacesWhatXmlCannotHold)
