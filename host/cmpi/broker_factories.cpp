@@ -2,6 +2,7 @@
 // The broker's encapsulation table: makes objects, asks about them, writes messages.
 #include "cmpi/broker.h"
 #include "cmpi/call.h"
+#include "cmpi/guarded.h"
 #include "cmpi/object_tables.h"
 #include "cmpi/scalar_text.h"
 #include "log/log.h"
@@ -492,23 +493,23 @@ CMPIError *newCMPIError(const CMPIBroker *broker, const char *owner, const char 
 
 const CMPIBrokerEncFT brokerFactoryTable = {
     tableVersion,
-    newInstance,
-    newObjectPath,
-    newArgs,
-    newString,
-    newArray,
-    newDateTime,
-    newDateTimeFromBinary,
-    newDateTimeFromChars,
-    newSelectExp,
-    classPathIsA,
-    toStringOfBroker,
+    guarded<newInstance>,
+    guarded<newObjectPath>,
+    guarded<newArgs>,
+    guarded<newString>,
+    guarded<newArray>,
+    guarded<newDateTime>,
+    guarded<newDateTimeFromBinary>,
+    guarded<newDateTimeFromChars>,
+    guarded<newSelectExp>,
+    guarded<classPathIsA>,
+    guarded<toStringOfBroker>,
     isOfType,
-    getType,
+    guarded<getType>,
     getMessage,
     logMessage,
     trace,
-    newCMPIError,
+    guarded<newCMPIError>,
     openMessageFile,
     closeMessageFile,
     getMessage2,

@@ -14,8 +14,9 @@ namespace host
 /** One request on its way through providers and back. */
 struct Call {
     Arena *arena;
-    std::uint64_t request; // the same for a request and all up-calls that it leads to
-    unsigned depth = 0;    // provider calls that enclose the point of execution
+    std::uint64_t request;    // the same for a request and all up-calls that it leads to
+    unsigned depth = 0;       // provider calls that enclose the point of execution
+    bool outOfMemory = false; // a function of the tables has found none
 };
 
 /** The call of this thread, or null outside of any. */

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The function tables of arrays, arguments and enumerations.
+#include "cmpi/guarded.h"
 #include "cmpi/object_tables.h"
 
 namespace host
@@ -103,17 +104,23 @@ CMPIArray *toArray(const CMPIEnumeration *enumeration, CMPIStatus *status)
 } // namespace
 
 const CMPIArrayFT arrayTable = {
-    tableVersion,  releaseObject<Array>, cloneObject<Array>, getSize,
-    getSimpleType, getElementAt,         setElementAt,
+    tableVersion,  releaseObject<Array>,  guarded<cloneObject<Array>>, getSize,
+    getSimpleType, guarded<getElementAt>, guarded<setElementAt>,
 };
 
 const CMPIArgsFT argsTable = {
-    tableVersion,   releaseObject<Args>, cloneObject<Args>, Arguments::add,
-    Arguments::get, Arguments::getAt,    Arguments::count,
+    tableVersion,
+    releaseObject<Args>,
+    guarded<cloneObject<Args>>,
+    guarded<Arguments::add>,
+    guarded<Arguments::get>,
+    guarded<Arguments::getAt>,
+    Arguments::count,
 };
 
 const CMPIEnumerationFT enumerationTable = {
-    tableVersion, releaseObject<Enumeration>, cloneObject<Enumeration>, getNext, hasNext, toArray,
+    tableVersion, releaseObject<Enumeration>, guarded<cloneObject<Enumeration>>, guarded<getNext>,
+    hasNext,      guarded<toArray>,
 };
 
 } // namespace host

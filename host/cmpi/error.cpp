@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The function table of extended errors (CIM_Error).
+#include "cmpi/guarded.h"
 #include "cmpi/object_tables.h"
 
 namespace host
@@ -76,31 +77,31 @@ CMPIStatus setArray(const CMPIError *error, const CMPIArray *array)
 const CMPIErrorFT errorTable = {
     tableVersion,
     releaseObject<Error>,
-    cloneObject<Error>,
+    guarded<cloneObject<Error>>,
     getPlain<&Error::type, CMPIErrorType>,
-    getText<&Error::otherType>,
-    getText<&Error::owner>,
-    getText<&Error::messageId>,
-    getText<&Error::message>,
+    guarded<getText<&Error::otherType>>,
+    guarded<getText<&Error::owner>>,
+    guarded<getText<&Error::messageId>>,
+    guarded<getText<&Error::message>>,
     getPlain<&Error::severity, CMPIErrorSeverity>,
     getPlain<&Error::probableCause, CMPIErrorProbableCause>,
-    getText<&Error::probableCauseDescription>,
-    getArray<&Error::recommendedActions>,
-    getText<&Error::source>,
+    guarded<getText<&Error::probableCauseDescription>>,
+    guarded<getArray<&Error::recommendedActions>>,
+    guarded<getText<&Error::source>>,
     getPlain<&Error::sourceFormat, CMPIErrorSrcFormat>,
-    getText<&Error::otherSourceFormat>,
+    guarded<getText<&Error::otherSourceFormat>>,
     getPlain<&Error::statusCode, CMPIrc>,
-    getText<&Error::statusCodeDescription>,
-    getArray<&Error::messageArguments>,
-    setPlain<&Error::type, CMPIErrorType>,
-    setText<&Error::otherType>,
-    setText<&Error::probableCauseDescription>,
-    setArray<&Error::recommendedActions>,
-    setText<&Error::source>,
-    setPlain<&Error::sourceFormat, CMPIErrorSrcFormat>,
-    setText<&Error::otherSourceFormat>,
-    setText<&Error::statusCodeDescription>,
-    setArray<&Error::messageArguments>,
+    guarded<getText<&Error::statusCodeDescription>>,
+    guarded<getArray<&Error::messageArguments>>,
+    guarded<setPlain<&Error::type, CMPIErrorType>>,
+    guarded<setText<&Error::otherType>>,
+    guarded<setText<&Error::probableCauseDescription>>,
+    guarded<setArray<&Error::recommendedActions>>,
+    guarded<setText<&Error::source>>,
+    guarded<setPlain<&Error::sourceFormat, CMPIErrorSrcFormat>>,
+    guarded<setText<&Error::otherSourceFormat>>,
+    guarded<setText<&Error::statusCodeDescription>>,
+    guarded<setArray<&Error::messageArguments>>,
 };
 
 } // namespace host

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The function table of instances.
+#include "cmpi/guarded.h"
 #include "cmpi/object_tables.h"
 
 namespace host
@@ -167,9 +168,17 @@ CMPIStatus setObjectPath(const CMPIInstance *instance, const CMPIObjectPath *pat
 } // namespace
 
 const CMPIInstanceFT instanceTable = {
-    tableVersion,      releaseObject<Instance>, cloneObject<Instance>, getProperty,
-    getPropertyAt,     getPropertyCount,        setPropertyOfInstance, getObjectPath,
-    setPropertyFilter, setObjectPath,           setPropertyWithOrigin,
+    tableVersion,
+    releaseObject<Instance>,
+    guarded<cloneObject<Instance>>,
+    guarded<getProperty>,
+    guarded<getPropertyAt>,
+    getPropertyCount,
+    guarded<setPropertyOfInstance>,
+    guarded<getObjectPath>,
+    guarded<setPropertyFilter>,
+    guarded<setObjectPath>,
+    guarded<setPropertyWithOrigin>,
 };
 
 } // namespace host

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The function table of object paths.
+#include "cmpi/guarded.h"
 #include "cmpi/object_tables.h"
 
 namespace host
@@ -223,24 +224,24 @@ CMPIString *toString(const CMPIObjectPath *path, CMPIStatus *status)
 const CMPIObjectPathFT pathTable = {
     tableVersion,
     releaseObject<Path>,
-    cloneObject<Path>,
-    setNameSpaceOfPath,
-    getNameSpace,
-    setHostname,
-    getHostname,
-    setClassNameOfPath,
-    getClassName,
-    addKey,
-    Keys::get,
-    Keys::getAt,
+    guarded<cloneObject<Path>>,
+    guarded<setNameSpaceOfPath>,
+    guarded<getNameSpace>,
+    guarded<setHostname>,
+    guarded<getHostname>,
+    guarded<setClassNameOfPath>,
+    guarded<getClassName>,
+    guarded<addKey>,
+    guarded<Keys::get>,
+    guarded<Keys::getAt>,
     Keys::count,
-    setNameSpaceFromObjectPath,
-    setHostAndNameSpaceFromObjectPath,
-    getClassQualifier,
-    getPropertyQualifier,
-    getMethodQualifier,
-    getParameterQualifier,
-    toString,
+    guarded<setNameSpaceFromObjectPath>,
+    guarded<setHostAndNameSpaceFromObjectPath>,
+    guarded<getClassQualifier>,
+    guarded<getPropertyQualifier>,
+    guarded<getMethodQualifier>,
+    guarded<getParameterQualifier>,
+    guarded<toString>,
 };
 
 } // namespace host

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The function tables of strings, dates, contexts, results and select expressions.
+#include "cmpi/guarded.h"
 #include "cmpi/object_tables.h"
 
 namespace host
@@ -141,34 +142,36 @@ CMPIBoolean evaluateUsingAccessor(const CMPISelectExp *expression, CMPIAccessor 
 const CMPIStringFT stringTable = {
     tableVersion,
     releaseObject<String>,
-    cloneObject<String>,
+    guarded<cloneObject<String>>,
     getCharPtr,
 };
 
 const CMPIDateTimeFT dateTimeTable = {
-    tableVersion,    releaseObject<DateTime>, cloneObject<DateTime>,
-    getBinaryFormat, getStringFormat,         isInterval,
+    tableVersion,    releaseObject<DateTime>,  guarded<cloneObject<DateTime>>,
+    getBinaryFormat, guarded<getStringFormat>, isInterval,
 };
 
 const CMPIContextFT contextTable = {
-    tableVersion,   releaseObject<Context>, cloneObject<Context>, Entries::get,
-    Entries::getAt, Entries::count,         Entries::add,
+    tableVersion,          releaseObject<Context>,  guarded<cloneObject<Context>>,
+    guarded<Entries::get>, guarded<Entries::getAt>, Entries::count,
+    guarded<Entries::add>,
 };
 
 const CMPIResultFT resultTable = {
-    tableVersion,   releaseResult,    cloneResult, returnData,
-    returnInstance, returnObjectPath, returnDone,  returnError,
+    tableVersion,        releaseResult,           guarded<cloneResult>,
+    guarded<returnData>, guarded<returnInstance>, guarded<returnObjectPath>,
+    guarded<returnDone>, guarded<returnError>,
 };
 
 const CMPISelectExpFT selectExpressionTable = {
     tableVersion,
     releaseObject<SelectExpression>,
-    cloneObject<SelectExpression>,
-    evaluate,
-    getString,
-    getCondition,
-    getCondition,
-    evaluateUsingAccessor,
+    guarded<cloneObject<SelectExpression>>,
+    guarded<evaluate>,
+    guarded<getString>,
+    guarded<getCondition>,
+    guarded<getCondition>,
+    guarded<evaluateUsingAccessor>,
 };
 
 } // namespace host

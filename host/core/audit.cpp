@@ -10,6 +10,7 @@
 #include <fcntl.h>
 #include <fstream>
 #include <gnutls/crypto.h>
+#include <new>
 #include <stdexcept>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -289,18 +290,23 @@ void Audit::record(const Request &request, const Answer &answer, bool wasLetIn)
  */
 bool Audit::writeUnwritten()
 {
-    std::string problem;
-    if (descriptor_ < 0 && !open(problem)) {
-        logLine("%s", problem.c_str());
-        return false;
-    }
-    while (!unwritten_.empty()) {
-        if (!append(unwritten_.front())) {
+    try {
+        std::string problem;
+        if (descriptor_ < 0 && !open(problem)) {
+            logLine("%s", problem.c_str());
             return false;
         }
-        unwritten_.pop_front();
+        while (!unwritten_.empty()) {
+            if (!append(unwritten_.front())) {
+                return false;
+            }
+            unwritten_.pop_front();
+        }
+        return true;
+    } catch (const std::bad_alloc &) { // what the files hold is looked at anew the next time
+        close();
+        return false;
     }
-    return true;
 }
 
 /** False when the line is not in the file. */
@@ -314,14 +320,22 @@ bool Audit::append(const std::string &body)
     if (size_ != 0 && size_ + line.size() + 1 > limits_.bytes && !rotate(problem)) {
         logLine("%s", problem.c_str()); // better too large than not written
     }
-    if (!write(line + "\n", problem)) {
+    // The memory is taken before the line is written: what is kept of it never lags behind the file.
+    std::string hash = hashOf(line);
+    line += '\n';
+    if (!write(line, problem)) {
         logLine("%s", problem.c_str());
         close();
         return false;
     }
-    size_ += line.size() + 1;
-    end_ = hashOf(line);
-    if (!writeHead(problem)) { // which is made good when it is opened the next time
+    size_ += line.size();
+    end_ = std::move(hash);
+    bool isTold = false;
+    try {
+        isTold = writeHead(problem);
+    } catch (const std::bad_alloc &) {
+    }
+    if (!isTold) { // which is made good when it is opened the next time
         logLine("%s", problem.c_str());
         close();
     }

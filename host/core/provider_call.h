@@ -7,6 +7,8 @@
 #include "core/model.h"
 #include "core/provider_gate.h"
 
+#include <new>
+
 namespace host
 {
 
@@ -81,6 +83,9 @@ class ProviderCall
             const CallScope scope(inner);
             const Leave leave{access_.gate, call_.request};
             status = function(&context->cmpi, &result->cmpi);
+        }
+        if (inner.outOfMemory) { // whatever the provider has made of it
+            throw std::bad_alloc();
         }
         return conclude(status);
     }

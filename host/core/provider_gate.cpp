@@ -26,8 +26,14 @@ bool ProviderGate::enter(std::uint64_t request, std::string_view user, std::chro
         ++found->second.entries;
         return true;
     }
-    Waiter waiter{request, users_.try_emplace(std::string(user)).first, false, false, {}};
-    lineUp(waiter);
+    Requests places;
+    places.try_emplace(request, Inside{1, {}});
+    Waiter waiter{.place = places.extract(request)};
+    std::list<Waiter *> last{&waiter};
+    waiter.user = users_.try_emplace(std::string(user)).first;
+    User &own = waiter.user->second;
+    own.behind.splice(own.behind.end(), last);
+    moveUp(own);
     admit();
     if (waiter.turn.wait_for(lock, patience, [&waiter] { return waiter.isAdmitted; })) {
         return true;
@@ -60,21 +66,13 @@ std::size_t ProviderGate::waiting()
     return count;
 }
 
-void ProviderGate::lineUp(Waiter &waiter)
-{
-    waiter.user->second.behind.push_back(&waiter);
-    moveUp(waiter.user->second);
-}
-
 /** Fills the user's places in the queue. */
 void ProviderGate::moveUp(User &user)
 {
     while (user.queued < share_ && !user.behind.empty()) {
-        Waiter *const waiter = user.behind.front();
-        user.behind.pop_front();
-        waiter->isQueued = true;
+        user.behind.front()->isQueued = true;
         ++user.queued;
-        queue_.push_back(waiter);
+        queue_.splice(queue_.end(), user.behind, user.behind.begin());
     }
 }
 
@@ -93,7 +91,8 @@ void ProviderGate::admit()
         queue_.erase(next);
         --user.queued;
         ++user.inside;
-        inside_.emplace(waiter.request, Inside{1, waiter.user});
+        waiter.place.mapped().user = waiter.user;
+        inside_.insert(std::move(waiter.place));
         waiter.isAdmitted = true;
         waiter.turn.notify_one();
         moveUp(user);
@@ -109,7 +108,7 @@ void ProviderGate::giveUp(Waiter &waiter)
         moveUp(user);
         admit();
     } else {
-        std::erase(user.behind, &waiter);
+        user.behind.remove(&waiter);
     }
     forgetIfIdle(waiter.user);
 }

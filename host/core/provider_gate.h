@@ -6,13 +6,11 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
-#include <deque>
 #include <list>
 #include <map>
 #include <mutex>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 
 namespace host
 {
@@ -45,26 +43,27 @@ class ProviderGate
     struct User;
     using Users = std::map<std::string, User, std::less<>>;
 
-    struct Waiter {
-        std::uint64_t request;
+    struct Inside {
+        unsigned entries;
         Users::iterator user;
+    };
+    using Requests = std::map<std::uint64_t, Inside>;
+
+    // All memory is taken before a request lines up: whatever moves it on cannot fail.
+    struct Waiter {
+        Requests::node_type place; // among those inside, of the request
+        Users::iterator user{};
         bool isQueued = false;
         bool isAdmitted = false;
-        std::condition_variable turn;
+        std::condition_variable turn{};
     };
 
     struct User {
         unsigned inside = 0;
         unsigned queued = 0;
-        std::deque<Waiter *> behind; // who waits for a place in the queue
+        std::list<Waiter *> behind; // who waits for a place in the queue
     };
 
-    struct Inside {
-        unsigned entries;
-        Users::iterator user;
-    };
-
-    void lineUp(Waiter &waiter);
     void moveUp(User &user);
     void admit();
     void giveUp(Waiter &waiter);
@@ -73,7 +72,7 @@ class ProviderGate
     std::mutex mutex_;
     unsigned calls_ = 1;
     unsigned share_ = 1; // of one user
-    std::unordered_map<std::uint64_t, Inside> inside_;
+    Requests inside_;
     std::list<Waiter *> queue_;
     Users users_;
 };

@@ -2,6 +2,7 @@
 #include "core/up_calls.h"
 
 #include "cmpi/call.h"
+#include "cmpi/guarded.h"
 #include "cmpi/object_tables.h"
 #include "core/dispatcher.h"
 
@@ -370,24 +371,24 @@ const CMPIBrokerFT upCallTable = {
         CMPI_MB_PropertyFiltering,
     tableVersion,
     "display-host",
-    prepareAttachThread,
-    attachThread,
-    detachThread,
+    guarded<prepareAttachThread>,
+    guarded<attachThread>,
+    guarded<detachThread>,
     deliverIndication,
-    enumerateInstanceNames,
-    getInstance,
-    createInstance,
-    modifyInstance,
-    deleteInstance,
-    execQuery,
-    enumerateInstances,
-    associators,
-    associatorNames,
-    references,
-    referenceNames,
-    invokeMethod,
-    setPropertyOfBroker,
-    getPropertyOfBroker,
+    guarded<enumerateInstanceNames>,
+    guarded<getInstance>,
+    guarded<createInstance>,
+    guarded<modifyInstance>,
+    guarded<deleteInstance>,
+    guarded<execQuery>,
+    guarded<enumerateInstances>,
+    guarded<associators>,
+    guarded<associatorNames>,
+    guarded<references>,
+    guarded<referenceNames>,
+    guarded<invokeMethod>,
+    guarded<setPropertyOfBroker>,
+    guarded<getPropertyOfBroker>,
 };
 
 } // namespace host

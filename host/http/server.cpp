@@ -11,6 +11,7 @@
 #include <gnutls/gnutls.h>
 #include <malloc.h>
 #include <microhttpd.h>
+#include <new>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -127,6 +128,9 @@ struct HttpCallbacks {
         HttpServer &server = *static_cast<HttpServer *>(self);
         auto *exchange = static_cast<HttpServer::Exchange *>(*context);
         try {
+            if (contextOf<HttpServer::Peer>(connection) == nullptr) {
+                return MHD_NO; // there was no memory for it
+            }
             if (exchange == nullptr) {
                 exchange = new HttpServer::Exchange(connection, server.budget_);
                 *context = exchange;
@@ -169,7 +173,11 @@ struct HttpCallbacks {
     {
         HttpServer &server = *static_cast<HttpServer *>(self);
         if (what == MHD_CONNECTION_NOTIFY_STARTED) {
-            *context = server.open(connection);
+            try {
+                *context = server.open(connection);
+            } catch (const std::exception &problem) { // the connection is closed when its request comes
+                logLine("a connection is not served: %s", problem.what());
+            }
         } else if (*context != nullptr) {
             server.close(static_cast<HttpServer::Peer *>(*context));
             *context = nullptr;
@@ -334,7 +342,11 @@ void HttpServer::watch()
         connections_.endOverdue();
         if (const auto now = std::chrono::steady_clock::now(); now >= nextTick) {
             nextTick = now + std::chrono::seconds(1);
-            tick();
+            try {
+                tick();
+            } catch (const std::exception &problem) { // the next one makes up for it
+                logLine("what is done every second was not done: %s", problem.what());
+            }
         }
     }
 }
@@ -375,7 +387,11 @@ HttpServer::Peer *HttpServer::open(MHD_Connection *connection)
         // The names of the issuers would be those of the start; without any, a client sends what it has.
         gnutls_certificate_send_x509_rdn_sequence(tls, 1);
     }
-    return new Peer{*this, entry};
+    auto *peer = new (std::nothrow) Peer{*this, entry};
+    if (peer == nullptr) {
+        connections_.remove(entry);
+    }
+    return peer;
 }
 
 void HttpServer::close(Peer *peer)

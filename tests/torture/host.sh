@@ -1,0 +1,92 @@
+#!/bin/bash
+# SPDX-License-Identifier: Apache-2.0
+# display-host while its calls fail, one after the other: memory, files, sockets. host.sh [EVERY [KIND...]]: each call of
+# these kinds, or of EVERY calls one. The server answers or closes the connection, it serves the next request as ever, and
+# what it acknowledged is stored.
+set -euo pipefail
+# shellcheck source=../endtoend/desk.sh
+. "$(dirname "$0")/../endtoend/desk.sh"
+# shellcheck source=../endtoend/client.sh
+. "$here/client.sh"
+every=${1:-1}
+kinds=("${@:2}")
+[ ${#kinds[@]} != 0 ] || kinds=(memory files full-disk descriptors sockets reset interrupted)
+
+desk_begin
+page=$scratch/page
+truncate -s 4096 "$page"
+program=$DISPLAY_HOST
+DISPLAY_HOST=$scratch/display-host
+cat >"$DISPLAY_HOST" <<WRAPPER
+#!/bin/sh
+case \$1 in
+account | audit) exec "$program" "\$@" ;;
+esac
+FAILING_CALLS=$page LD_PRELOAD=$FAILING_CALLS_LIBRARY exec "$program" "\$@"
+WRAPPER
+chmod +x "$DISPLAY_HOST"
+# The audit log is put aside again and again.
+host_options=(--audit "$scratch/audit.jsonl" --audit-size 4096 --audit-files 2)
+desk_start
+
+# ---- requests ----
+
+mkdir "$scratch/requests"
+authorization=$(printf 'admin:%s' "$(<"$directory/password.admin")" | base64 -w0)
+request() { # request NAME [PATH [TYPE [CREDENTIALS]]]: the content on standard input
+    {
+        printf 'POST %s HTTP/1.1\nContent-Type: %s\nAuthorization: Basic %s\n' "${2-/cimom}" \
+            "${3-application/xml; charset=utf-8}" "${4-$authorization}"
+        [ "${2-/cimom}" != /cimom ] || echo 'CIMOperation: MethodCall'
+        echo
+        cat
+    } >"$scratch/requests/$1"
+}
+message() { # message: a call in a whole message of the protocol, the call on standard input
+    printf '<?xml version="1.0" encoding="utf-8"?><CIM CIMVERSION="2.0" DTDVERSION="2.0"><MESSAGE ID="1" PROTOCOLVERSION="1.0"><SIMPLEREQ>'
+    cat
+    printf '</SIMPLEREQ></MESSAGE></CIM>'
+}
+space='<LOCALNAMESPACEPATH><NAMESPACE NAME="root"/><NAMESPACE NAME="cimv2"/></LOCALNAMESPACEPATH>'
+message <<CALL | request read
+<IMETHODCALL NAME="EnumerateInstances">$space<IPARAMVALUE NAME="ClassName"><CLASSNAME NAME="ZT_Marovelton_Monitor"/></IPARAMVALUE></IMETHODCALL>
+CALL
+key() { printf '<KEYBINDING NAME="%s"><KEYVALUE VALUETYPE="string">%s</KEYVALUE></KEYBINDING>' "$1" "$2"; }
+monitor_keys=$(key DeviceID ZT:Marovelton_Monitor)$(key CreationClassName ZT_Marovelton_Monitor)$(key SystemName "$system")$(key SystemCreationClassName Linux_ComputerSystem)
+message <<CALL | request change
+<METHODCALL NAME="SetDeploymentLocation"><LOCALINSTANCEPATH>$space<INSTANCENAME CLASSNAME="ZT_Marovelton_Monitor">$monitor_keys</INSTANCENAME></LOCALINSTANCEPATH><PARAMVALUE NAME="DeploymentLocation" PARAMTYPE="string"><VALUE>@VALUE@</VALUE></PARAMVALUE></METHODCALL>
+CALL
+message <<CALL | request association
+<IMETHODCALL NAME="AssociatorNames">$space<IPARAMVALUE NAME="ObjectName"><INSTANCENAME CLASSNAME="ZT_Marovelton_Monitor">$monitor_keys</INSTANCENAME></IPARAMVALUE></IMETHODCALL>
+CALL
+soap='application/soap+xml; charset=utf-8'
+request identify /wsman "$soap" <<'CALL'
+<s:Envelope xmlns:s="http://www.w3.org/2003/05/soap-envelope" xmlns:i="http://schemas.dmtf.org/wbem/wsman/identity/1/wsmanidentity.xsd"><s:Header/><s:Body><i:Identify/></s:Body></s:Envelope>
+CALL
+request get /wsman "$soap" <<'CALL'
+<s:Envelope xmlns:s="http://www.w3.org/2003/05/soap-envelope" xmlns:a="http://schemas.xmlsoap.org/ws/2004/08/addressing" xmlns:w="http://schemas.dmtf.org/wbem/wsman/1/wsman.xsd"><s:Header><a:To s:mustUnderstand="true">http://127.0.0.1/wsman</a:To><w:ResourceURI s:mustUnderstand="true">http://schemas.dmtf.org/wbem/wscim/1/cim-schema/2/ZT_Marovelton_DisplayManagement</w:ResourceURI><a:ReplyTo><a:Address s:mustUnderstand="true">http://schemas.xmlsoap.org/ws/2004/08/addressing/role/anonymous</a:Address></a:ReplyTo><a:Action s:mustUnderstand="true">http://schemas.xmlsoap.org/ws/2004/09/transfer/Get</a:Action><a:MessageID s:mustUnderstand="true">uuid:5c1f6c1e-7a1b-4f5e-9d7e-000000000001</a:MessageID><w:SelectorSet><w:Selector Name="InstanceID">ZT:Marovelton_DisplayManagement</w:Selector></w:SelectorSet></s:Header><s:Body/></s:Envelope>
+CALL
+printf '<CIM' | request malformed
+
+# ---- every call ----
+
+for kind in "${kinds[@]}"; do
+    echo "$kind"
+    for name in read change association identify get malformed; do
+        if "$SERVER_TORTURE" "$page" "$port" "$kind" --every "$every" "$scratch/requests/read" "$scratch/requests/$name"; then
+            right "$name: every answer is a right one, and the server serves the next request"
+        else
+            failed "$name, $kind"
+            is_alive "${desk_host[$desk]}" || give_up 'the server has ended'
+        fi
+    done
+done
+
+# What was acknowledged is in the log, too, which is whole.
+if "$program" audit verify "$scratch/audit.jsonl"; then
+    right 'the audit log verifies, with what has been put aside'
+else
+    failed 'the audit log does not verify'
+fi
+rm -r "$scratch/requests" "$page" "$DISPLAY_HOST" "$scratch"/audit.jsonl*
+report

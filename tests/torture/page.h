@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: Apache-2.0
+// The test's end of the page of control.h.
+#ifndef TESTS_TORTURE_PAGE_H
+#define TESTS_TORTURE_PAGE_H
+
+#include "control.h"
+#include <string>
+
+namespace torture
+{
+
+struct Fault {
+    const char *name;
+    int kind;
+    int error;
+};
+/** The kinds by name, each with the error that its calls have in such a case; ends the program for another
+ * name. */
+Fault faultNamed(const std::string &name);
+
+class Page
+{
+  public:
+    /** Makes the file of the page. */
+    explicit Page(const std::string &file);
+    Page(const Page &) = delete;
+    Page &operator=(const Page &) = delete;
+    ~Page();
+
+    /** From now on the calls of that kind are counted, and the n-th fails; 0: none. */
+    void arm(const Fault &fault, long nth, Action action = fail, bool forever = false);
+    void disarm();
+
+    long count() const
+    {
+        return control->count.load();
+    }
+    bool struck() const
+    {
+        return control->struck.load() > 0;
+    }
+    /** The function that failed. */
+    std::string function() const
+    {
+        return control->name;
+    }
+
+  private:
+    Control *control;
+};
+
+} // namespace torture
+
+#endif
