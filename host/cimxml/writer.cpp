@@ -460,24 +460,8 @@ void CimXmlWriter::scalar(const CMPIData &data)
     switch (data.type) {
     case CMPI_boolean:
         return out_.append(data.value.boolean != 0 ? "TRUE" : "FALSE");
-    case CMPI_char16: {
-        const unsigned code = data.value.char16;
-        char text[3];
-        std::size_t length = 1;
-        if (code < 0x80) {
-            text[0] = static_cast<char>(code);
-        } else if (code < 0x800) {
-            text[0] = static_cast<char>(0xc0 | code >> 6);
-            text[1] = static_cast<char>(0x80 | (code & 0x3f));
-            length = 2;
-        } else {
-            text[0] = static_cast<char>(0xe0 | code >> 12);
-            text[1] = static_cast<char>(0x80 | (code >> 6 & 0x3f));
-            text[2] = static_cast<char>(0x80 | (code & 0x3f));
-            length = 3;
-        }
-        return appendEscaped(out_, {text, length});
-    }
+    case CMPI_char16:
+        return appendEscaped(out_, data.value.char16);
     case CMPI_dateTime:
         return out_.append(dateTimeOf(data)->text);
     case CMPI_instance:

@@ -438,4 +438,17 @@ void appendEscaped(TextBuffer &buffer, std::string_view text)
     }
 }
 
+void appendEscaped(TextBuffer &buffer, std::uint16_t character)
+{
+    const unsigned code = character;
+    const auto byte = [](unsigned value) { return static_cast<char>(value); };
+    const char one[] = {byte(code)};
+    const char two[] = {byte(0xc0 | code >> 6), byte(0x80 | (code & 0x3f))};
+    const char three[] = {byte(0xe0 | code >> 12), byte(0x80 | (code >> 6 & 0x3f)),
+                          byte(0x80 | (code & 0x3f))};
+    appendEscaped(buffer, code < 0x80    ? std::string_view(one, sizeof one)
+                          : code < 0x800 ? std::string_view(two, sizeof two)
+                                         : std::string_view(three, sizeof three));
+}
+
 } // namespace host

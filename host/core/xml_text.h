@@ -6,6 +6,7 @@
 #include "core/text_buffer.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -34,6 +35,9 @@ std::string limitText(XmlProblem problem, const XmlLimits &limits);
  * used, because there are clients that know nothing else. What XML cannot hold (control characters, bytes
  * that are not UTF-8) becomes U+FFFD. */
 void appendEscaped(TextBuffer &buffer, std::string_view text);
+
+/** The same of one character of 16 bits. */
+void appendEscaped(TextBuffer &buffer, std::uint16_t character);
 
 } // namespace host
 

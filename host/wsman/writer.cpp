@@ -43,23 +43,6 @@ std::string_view makeMessageId(char (&text)[48])
     return {text, static_cast<std::size_t>(length)};
 }
 
-std::size_t encode(unsigned code, char (&text)[4])
-{
-    if (code < 0x80) {
-        text[0] = static_cast<char>(code);
-        return 1;
-    }
-    if (code < 0x800) {
-        text[0] = static_cast<char>(0xc0 | code >> 6);
-        text[1] = static_cast<char>(0x80 | (code & 0x3f));
-        return 2;
-    }
-    text[0] = static_cast<char>(0xe0 | code >> 12);
-    text[1] = static_cast<char>(0x80 | (code >> 6 & 0x3f));
-    text[2] = static_cast<char>(0x80 | (code & 0x3f));
-    return 3;
-}
-
 } // namespace
 
 ClassFragments::ClassFragments(const cim::Class &klass, std::size_t number)
@@ -383,45 +366,25 @@ void Writer::items(const CMPIData &data, std::string_view open, std::string_view
 
 void Writer::scalar(const CMPIData &data)
 {
-    constexpr std::size_t longest = 64;
-    char *place = out_.grow(longest);
-    const auto number = [&](auto value) {
-        out_.extend(static_cast<std::size_t>(std::to_chars(place, place + longest, value).ptr - place));
+    NumberText buffer;
+    // A real number is as short as it can be, unlike in CIM-XML.
+    const auto shortest = [&](auto value) {
+        return std::isfinite(value)
+                   ? std::string_view(buffer.data(),
+                                      std::to_chars(buffer.data(), buffer.data() + buffer.size(), value).ptr)
+                   : numberText(data, buffer);
     };
-    const auto real = [&](auto value) {
-        if (std::isfinite(value)) {
-            number(value);
-        } else {
-            out_.append(std::isnan(value) ? "NaN" : value < 0 ? "-INF" : "INF");
-        }
-    };
+    const std::string_view number = data.type == CMPI_real32   ? shortest(data.value.real32)
+                                    : data.type == CMPI_real64 ? shortest(data.value.real64)
+                                                               : numberText(data, buffer);
+    if (!number.empty()) {
+        return out_.append(number);
+    }
     switch (data.type) {
     case CMPI_boolean:
         return out_.append(data.value.boolean != 0 ? "true" : "false");
-    case CMPI_uint8:
-        return number(static_cast<unsigned>(data.value.uint8));
-    case CMPI_uint16:
-        return number(data.value.uint16);
-    case CMPI_uint32:
-        return number(data.value.uint32);
-    case CMPI_uint64:
-        return number(data.value.uint64);
-    case CMPI_sint8:
-        return number(static_cast<int>(data.value.sint8));
-    case CMPI_sint16:
-        return number(data.value.sint16);
-    case CMPI_sint32:
-        return number(data.value.sint32);
-    case CMPI_sint64:
-        return number(data.value.sint64);
-    case CMPI_real32:
-        return real(data.value.real32);
-    case CMPI_real64:
-        return real(data.value.real64);
-    case CMPI_char16: {
-        char text[4];
-        return appendEscaped(out_, {text, encode(data.value.char16, text)});
-    }
+    case CMPI_char16:
+        return appendEscaped(out_, data.value.char16);
     case CMPI_string:
         return appendEscaped(out_, behind<String>(data.value.string)->view());
     case CMPI_dateTime: {
