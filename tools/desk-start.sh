@@ -59,7 +59,6 @@ desk_start_engine() {
 desk_host_command() {
     desk_command=("$DISPLAY_HOST" --mof "$desk_source/mof/desk.mof"
         --registration "$desk_source/mof/libcmpiDisplayManagement.reg" --library "$DESK_LIBRARY"
-        --profiles "$desk_source/mof/libcmpiDisplayManagement.profiles"
         --accounts "$1/accounts" --address 127.0.0.1 --port "$2" --provider-calls "${DESK_PROVIDER_CALLS:-8}"
         --provider-output "$1/provider.log" --ready-file "$1/ready")
 }

@@ -7,6 +7,7 @@ set -euo pipefail
 . "$(dirname "$0")/desk.sh"
 # shellcheck source=client.sh
 . "$here/client.sh"
+host_options=(--profiles "$source_dir/mof/libcmpiDisplayManagement.profiles")
 desk_start
 
 profile='CIM_RegisteredProfile.InstanceID="Marovelton:DisplayManagement:1.0.0"'

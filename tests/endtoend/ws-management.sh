@@ -144,7 +144,8 @@ expect 'the library puts no fragment either' 'wsa:ActionNotSupported NOT_SUPPORT
 echo 'TLS, and discovery'
 host_stop
 "$DISPLAY_HOST" certificate --certificate "$directory/certificate.pem" --key "$directory/key.pem" 127.0.0.1
-host_options=(--certificate "$directory/certificate.pem" --key "$directory/key.pem" --https-port 0)
+host_options=(--certificate "$directory/certificate.pem" --key "$directory/key.pem" --https-port 0
+    --profiles "$source_dir/mof/libcmpiDisplayManagement.profiles")
 host_start
 secure=$(sed -n 's,^listening on https://\(127.0.0.1:[0-9]*\)/.*,\1,p' "$directory/ready")
 unset WSNOSSL
