@@ -4,6 +4,7 @@
 #include "model/values.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace displayctl::command
 {
@@ -122,7 +123,7 @@ Json settingDocument(const Setting &setting, const Value &value, const site::Cod
                           setting.kind() == model::Kind::code;
     if (isNumber && isWritable) {
         const auto number = [](double bound) {
-            return bound == static_cast<long>(bound) ? Json(static_cast<long>(bound)) : Json(bound);
+            return bound == std::trunc(bound) ? Json(static_cast<long>(bound)) : Json(bound);
         };
         if (!setting.codes().empty()) {
             document["min"] = setting.codes().front().code;

@@ -29,11 +29,11 @@ class Descriptor
 {
   public:
     Descriptor() = default;
-    explicit Descriptor(int number) : fd(number) {}
-    Descriptor(Descriptor &&other) noexcept : fd(std::exchange(other.fd, -1)) {}
+    explicit Descriptor(int number) : fd_(number) {}
+    Descriptor(Descriptor &&other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
     Descriptor &operator=(Descriptor &&other) noexcept
     {
-        std::swap(fd, other.fd);
+        std::swap(fd_, other.fd_);
         return *this;
     }
     ~Descriptor()
@@ -42,21 +42,21 @@ class Descriptor
     }
     void close()
     {
-        if (fd != -1) {
-            ::close(std::exchange(fd, -1));
+        if (fd_ != -1) {
+            ::close(std::exchange(fd_, -1));
         }
     }
     int number() const
     {
-        return fd;
+        return fd_;
     }
     bool valid() const
     {
-        return fd != -1;
+        return fd_ != -1;
     }
 
   private:
-    int fd = -1;
+    int fd_ = -1;
 };
 
 /** Moves a descriptor out of the way of standard input, output and error, which a host may have closed. */
