@@ -435,7 +435,8 @@ TEST(Http, EndsSlowConnections)
     test::TestServer server(limits);
     const auto start = std::chrono::steady_clock::now();
     Client slow(server.port());
-    // A byte now and then keeps the connection from being silent, and does not help. The last one never comes.
+    // A byte now and then keeps the connection from being silent, and does not help. The last one never
+    // comes.
     const std::string request = test::post(namesRequest);
     for (const char byte : request.substr(0, request.size() - 1)) {
         if (!slow.send({&byte, 1}) || slow.closed(0)) {
