@@ -149,7 +149,7 @@ void leaveAfter(std::chrono::seconds time)
 }
 
 /** The signals that ask for the end. All threads leave them to the one that waits for them; a client that has
- * gone is no reason to end. */
+ * gone, or a file that may not grow, is no reason to end. */
 sigset_t blockSignals()
 {
     sigset_t signals;
@@ -158,6 +158,7 @@ sigset_t blockSignals()
     sigaddset(&signals, SIGTERM);
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     return signals;
 }
 
@@ -201,8 +202,12 @@ int serve(const Options &options)
     wsmanOptions.version = DISPLAY_VERSION;
     host::WsmanFrontEnd wsman(manager->dispatcher(), wsmanOptions);
     host::HttpServer server(accounts, {&cimXml, &wsman}, options.limits);
-    server.setTask([&output] {
+    const bool isAudited = !options.audit.empty();
+    server.setTask([&output, &audit, isAudited] {
         output.rotate();
+        if (isAudited) {
+            audit.retry();
+        }
         host::notifySupervisor("WATCHDOG=1");
     });
     if (!listen(options, server, problem)) {

@@ -77,6 +77,7 @@ class MemoryShare
     [[nodiscard]] bool take(std::size_t bytes)
     {
         if (bytes > budget_.perRequest_ || taken_ > budget_.perRequest_ - bytes) {
+            isOwnFault_ = true;
             return false;
         }
         if (budget_.used_.fetch_add(bytes) + bytes > budget_.total_) {
@@ -93,6 +94,7 @@ class MemoryShare
     {
         budget_.used_ += bytes;
         taken_ += bytes;
+        isOwnFault_ = isOwnFault_ || taken_ > budget_.perRequest_;
     }
 
     void giveBack(std::size_t bytes)
@@ -107,10 +109,11 @@ class MemoryShare
         return taken_ > budget_.perRequest_ || budget_.used() > budget_.total_;
     }
 
-    /** True when the request alone is to blame: to try again later would not help. */
-    bool isOwnFault(std::size_t bytes = 0) const
+    /** True when the request has wanted more than one may have, whatever it has given back since: to try
+     * again later would not help. */
+    bool isOwnFault() const
     {
-        return bytes > budget_.perRequest_ || taken_ > budget_.perRequest_ - bytes;
+        return isOwnFault_;
     }
 
     std::size_t taken() const
@@ -121,6 +124,7 @@ class MemoryShare
   private:
     MemoryBudget &budget_;
     std::size_t taken_ = 0;
+    bool isOwnFault_ = false;
 };
 
 } // namespace host

@@ -286,6 +286,22 @@ void Audit::record(const Request &request, const Answer &answer, bool wasLetIn)
     }
 }
 
+void Audit::retry()
+{
+    const std::lock_guard lock(mutex_);
+    if (!unwritten_.empty() && writeUnwritten()) {
+        logLine("the audit log %s is written again, with all lines that were kept", file_.c_str());
+    }
+}
+
+void Audit::tell(const std::string &problem)
+{
+    if (problem != told_) {
+        logLine("%s", problem.c_str());
+        told_ = problem;
+    }
+}
+
 /** Writes what there is to write, in its order. False when something is left, or the file cannot be opened.
  */
 bool Audit::writeUnwritten()
@@ -293,7 +309,7 @@ bool Audit::writeUnwritten()
     try {
         std::string problem;
         if (descriptor_ < 0 && !open(problem)) {
-            logLine("%s", problem.c_str());
+            tell(problem);
             return false;
         }
         while (!unwritten_.empty()) {
@@ -302,6 +318,7 @@ bool Audit::writeUnwritten()
             }
             unwritten_.pop_front();
         }
+        told_.clear();
         return true;
     } catch (const std::bad_alloc &) { // what the files hold is looked at anew the next time
         close();
@@ -324,7 +341,7 @@ bool Audit::append(const std::string &body)
     std::string hash = hashOf(line);
     line += '\n';
     if (!write(line, problem)) {
-        logLine("%s", problem.c_str());
+        tell(problem);
         close();
         return false;
     }

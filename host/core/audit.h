@@ -42,7 +42,11 @@ class Audit
      */
     void record(const Request &request, const Answer &answer, bool wasLetIn = true);
 
+    /** Writes what is kept, if that can be written by now; to be called every second or so. */
+    void retry();
+
   private:
+    void tell(const std::string &problem);
     bool writeUnwritten();
     bool append(const std::string &body);
     bool write(const std::string &line, std::string &problem);
@@ -57,6 +61,7 @@ class Audit
     std::uint64_t size_ = 0;
     // Bodies of lines; no more than there were requests with the providers when the disk was full.
     std::deque<std::string> unwritten_;
+    std::string told_;  // what keeps it from being written, so that it is told once; "": nothing
     std::string begin_; // hexadecimal: of the line before the oldest one
     std::string end_;   // of the newest one
 };

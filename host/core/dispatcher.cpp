@@ -50,6 +50,16 @@ Function functionOf(Operation operation)
     return readQualifiers;
 }
 
+void run(const Work &work)
+{
+    const Request &request = work.request;
+    if (request.query != nullptr && request.operation != Operation::execQuery) {
+        runFiltered(work, functionOf(request.operation));
+    } else {
+        functionOf(request.operation)(work);
+    }
+}
+
 } // namespace
 
 Dispatcher::Dispatcher(const cim::NameSpaces &nameSpaces, const ProviderManager &providers,
@@ -89,10 +99,15 @@ void Dispatcher::execute(Call &call, const Request &request, Answer &answer)
     } else if (!isClientsChange || permits(call, request, answer)) {
         wasLetIn = true;
         const Work work{call, request, answer, nameSpaces_, *nameSpace, providers_, access_};
-        if (request.query != nullptr && request.operation != Operation::execQuery) {
-            runFiltered(work, functionOf(request.operation));
-        } else {
-            functionOf(request.operation)(work);
+        try {
+            run(work);
+        } catch (...) {
+            if (isClientsChange && audit_ != nullptr) { // what was changed before it was thrown is not known
+                answer.code = CMPI_RC_ERR_FAILED;
+                answer.message = "The request ended with an exception.";
+                audit_->record(request, answer);
+            }
+            throw;
         }
     }
     if (isClientsChange && audit_ != nullptr) {

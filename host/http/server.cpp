@@ -105,6 +105,17 @@ struct HttpServer::Exchange {
         text = why;
     }
 
+    /** There is no more memory for it: now, or for a request like this one ever. */
+    void refuseMemory()
+    {
+        if (memory.isOwnFault()) {
+            refuse(MHD_HTTP_CONTENT_TOO_LARGE,
+                   "The request needs more memory than one request may use; ask for less at once.");
+        } else {
+            refuse(MHD_HTTP_SERVICE_UNAVAILABLE);
+        }
+    }
+
     MHD_Connection *connection;
     Peer &peer;
     FrontEnd *frontEnd = nullptr; // null: the request is refused, or for the page
@@ -524,7 +535,7 @@ void HttpServer::authenticate(Exchange &exchange, const RequestHead &head)
     exchange.role = login.role;
     const auto bytes = static_cast<std::size_t>(bodyLength(head).value_or(0)); // no more than a body may have
     if (!exchange.memory.take(bytes + 1)) {
-        return exchange.refuse(MHD_HTTP_SERVICE_UNAVAILABLE);
+        return exchange.refuseMemory();
     }
     exchange.body.reserve(bytes + 1);
 }
@@ -555,17 +566,16 @@ void HttpServer::appendBody(Exchange &exchange, std::string_view data)
     if (const std::size_t capacity = exchange.body.capacity(); wanted > capacity) {
         const std::size_t grown = std::max(wanted, 2 * capacity);
         if (!exchange.memory.take(grown - capacity)) {
-            return exchange.refuse(MHD_HTTP_SERVICE_UNAVAILABLE);
+            return exchange.refuseMemory();
         }
         exchange.body.reserve(grown);
     }
     exchange.body.append(data);
 }
 
-/** An exception ends the request, not the process. */
+/** An exception ends the request, not the process: then its status says so. */
 HttpReply HttpServer::callFrontEnd(Exchange &exchange)
 {
-    HttpReply reply;
     try {
         const ReceivedHeaders headers(exchange.connection);
         const HttpRequest request{exchange.principal, exchange.role, exchange.peer.entry.address,
@@ -573,39 +583,36 @@ HttpReply HttpServer::callFrontEnd(Exchange &exchange)
                                   exchange.memory};
         return exchange.frontEnd->handle(request, exchange.out);
     } catch (const std::bad_alloc &) {
-        // Memory is taken in pieces of this size or less.
-        constexpr std::size_t piece = std::size_t{32} * 1024;
-        if (exchange.memory.isOwnFault(piece)) {
-            reply.status = MHD_HTTP_CONTENT_TOO_LARGE; // later it would be too large as well
-        } else {
-            reply.status = MHD_HTTP_SERVICE_UNAVAILABLE;
-            reply.fields = {{MHD_HTTP_HEADER_RETRY_AFTER, "1"}};
-        }
+        exchange.refuseMemory();
     } catch (const std::exception &problem) {
         logLine("a request of %s ended with an exception: %s", exchange.principal.c_str(), problem.what());
-        reply.status = MHD_HTTP_INTERNAL_SERVER_ERROR;
+        exchange.refuse(MHD_HTTP_INTERNAL_SERVER_ERROR);
+    } catch (...) { // a provider may throw anything
+        logLine("a request of %s ended with an exception", exchange.principal.c_str());
+        exchange.refuse(MHD_HTTP_INTERNAL_SERVER_ERROR);
     }
     exchange.out.clear();
-    reply.fields.push_back({MHD_HTTP_HEADER_CONNECTION, "close"});
-    return reply;
+    return {};
 }
 
 int HttpServer::answer(Exchange &exchange)
 {
     HttpReply what;
-    what.status = exchange.status;
-    switch (exchange.status) {
-    case MHD_HTTP_OK:
-        if (exchange.frontEnd == nullptr) {
-            what.contentType = "text/html; charset=utf-8";
-            what.fields = {{"Content-Security-Policy", "default-src 'none'; style-src 'unsafe-inline'"},
-                           {"X-Content-Type-Options", "nosniff"}};
-            exchange.text = welcomePage;
-            break;
-        }
+    if (exchange.status == MHD_HTTP_OK && exchange.frontEnd != nullptr) {
         connections_.beginWork(exchange.peer.entry); // nor is as long as a provider takes
         what = callFrontEnd(exchange);
         connections_.awaitClient(exchange.peer.entry);
+        if (exchange.status == MHD_HTTP_OK) {
+            return reply(exchange, what);
+        }
+    }
+    what.status = exchange.status;
+    switch (exchange.status) {
+    case MHD_HTTP_OK:
+        what.contentType = "text/html; charset=utf-8";
+        what.fields = {{"Content-Security-Policy", "default-src 'none'; style-src 'unsafe-inline'"},
+                       {"X-Content-Type-Options", "nosniff"}};
+        exchange.text = welcomePage;
         break;
     case MHD_HTTP_UNAUTHORIZED:
         what.fields = {{MHD_HTTP_HEADER_WWW_AUTHENTICATE, realm}};

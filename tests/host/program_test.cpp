@@ -7,7 +7,9 @@
 
 #include <csignal>
 #include <pwd.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 namespace
@@ -273,6 +275,41 @@ TEST_F(Program, VerifiesTheAuditLog)
     outcome = run({"audit", "verify", audit});
     EXPECT_EQ(outcome.code, 1);
     EXPECT_THAT(outcome.output, StartsWith(audit + ":1: this line was altered or added"));
+}
+
+/** A disk that is full for a while: what was changed meanwhile is in the log when there is room again, with
+ * no request in between. */
+TEST_F(Program, WritesTheAuditLogWhenThereIsRoomAgain)
+{
+    const std::string audit = directory_.file("audit");
+    auto process = start({"--audit", audit});
+    test::Client client(port_);
+    const auto echo = [&client](const std::string &word) {
+        return client
+            .exchange(test::postAsOperator(test::methodCall(
+                1, "Echo", "<PARAMVALUE NAME=\"text\"><VALUE>" + word + "</VALUE></PARAMVALUE>")))
+            .body;
+    };
+    for (int i = 0; i < 20; ++i) { // it is larger than the other files of the program
+        EXPECT_EQ(test::errorCode(echo("before")), 0);
+    }
+    rlimit before = {};
+    const rlimit full = {test::readFile(audit).size() + 20, RLIM_INFINITY};
+    ASSERT_EQ(prlimit(process->id(), RLIMIT_FSIZE, &full, &before), 0);
+    EXPECT_EQ(test::errorCode(echo("during")), 0);
+    EXPECT_EQ(test::errorText(echo("refused")), "The audit log cannot be written, so nothing is changed.");
+    EXPECT_EQ(run({"audit", "verify", audit}).output, "20 lines, each as it was written\n");
+    ASSERT_EQ(prlimit(process->id(), RLIMIT_FSIZE, &before, nullptr), 0);
+    // It is tried once a second.
+    for (int i = 0; i < 12000 && test::count(test::readFile(audit), "\n") < 21; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    EXPECT_THAT(test::readFile(audit), HasSubstr("\"text\":\"during\""));
+    process->signal(SIGTERM);
+    const Outcome outcome = process->wait();
+    EXPECT_EQ(outcome.code, 0);
+    EXPECT_THAT(outcome.errors, HasSubstr(audit + " is written again, with all lines that were kept\n"));
+    EXPECT_EQ(run({"audit", "verify", audit}).output, "21 lines, each as it was written\n");
 }
 
 TEST_F(Program, BecomesTheUserThatItIsTo)

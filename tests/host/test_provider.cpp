@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <stdexcept>
 #include <string>
 #include <strings.h>
 
@@ -467,6 +468,12 @@ CMPIStatus Test_ThingInvokeMethod(CMPIMethodMI *, const CMPIContext *context, co
     } else if (std::strcmp(method, "Fail") == 0) {
         const CMPIData code = CMGetArg(in, "code", nullptr);
         const CMPIData message = CMGetArg(in, "message", &found);
+        if (found.rc == CMPI_RC_OK && std::strcmp(chars(message.value.string), "throw an exception") == 0) {
+            throw std::runtime_error("thrown by a provider");
+        }
+        if (found.rc == CMPI_RC_OK && std::strcmp(chars(message.value.string), "throw a number") == 0) {
+            throw 42;
+        }
         addText(out, "reply", "must not be seen");
         CMReturnData(result, reinterpret_cast<const CMPIValue *>(&good), CMPI_uint32);
         // Clients may ask for any number; of these the type has room for some.

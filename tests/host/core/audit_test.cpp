@@ -340,14 +340,45 @@ TEST_F(Audit, WhatAFullDiskDoesNotTakeIsKeptAndNothingMoreIsChanged)
                   "The audit log cannot be written, so nothing is changed.");
         EXPECT_EQ(test::errorText(echo("refused").body),
                   "The audit log cannot be written, so nothing is changed.");
+        for (int i = 0; i < 5; ++i) {
+            audit.retry();
+        }
+        EXPECT_EQ(host::verifyAudit(file()).text, "1 lines, each as it was written");
     }
-    EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("this is not in the audit log yet: {"));
+    audit.retry();
+    EXPECT_EQ(host::verifyAudit(file()).text, "2 lines, each as it was written")
+        << "as soon as there is room";
+    audit.retry();
+    const std::string told = testing::internal::GetCapturedStderr();
+    EXPECT_THAT(told, HasSubstr("this is not in the audit log yet: {"));
+    EXPECT_EQ(test::count(told, "cannot be written: "), 1u) << "what goes on is told once";
+    EXPECT_EQ(test::count(told, "is written again, with all lines that were kept"), 1u);
     EXPECT_EQ(test::errorCode(echo("after").body), 0);
     const std::string log = test::readFile(file());
     EXPECT_EQ(host::verifyAudit(file()).text, "3 lines, each as it was written");
     EXPECT_LT(log.find("\"text\":\"before\""), log.find("\"text\":\"during\""));
     EXPECT_LT(log.find("\"text\":\"during\""), log.find("\"text\":\"after\""));
     EXPECT_NE(log.find("\"text\":\"after\""), std::string::npos);
+}
+
+/** What a provider did before it threw is not known, so that its line has to be there. */
+TEST_F(Audit, ARequestThatEndsWithAnExceptionHasItsLine)
+{
+    test::TestServer server;
+    host::Audit audit(file());
+    std::string problem;
+    ASSERT_TRUE(audit.open(problem)) << problem;
+    server.manager().dispatcher().setAudit(&audit);
+    testing::internal::CaptureStderr();
+    const test::HttpAnswer answer = server.exchange(test::post(
+        test::methodCall(3, "Fail",
+                         "<PARAMVALUE NAME=\"code\"><VALUE>1</VALUE></PARAMVALUE>"
+                         "<PARAMVALUE NAME=\"message\"><VALUE>throw an exception</VALUE></PARAMVALUE>")));
+    testing::internal::GetCapturedStderr();
+    EXPECT_EQ(answer.status, 500);
+    EXPECT_THAT(test::readFile(file()),
+                HasSubstr("\"answer\":{\"code\":1,\"message\":\"The request ended with an exception.\"}"));
+    EXPECT_EQ(host::verifyAudit(file()).text, "1 lines, each as it was written");
 }
 
 TEST_F(Audit, AReaderChangesNothing)

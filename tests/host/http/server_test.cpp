@@ -4,7 +4,9 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <atomic>
+#include <stdexcept>
 #include <thread>
 
 namespace
@@ -363,6 +365,135 @@ TEST(Http, WhatIsMadeOfABodyIsPaidFor)
         const HttpAnswer refusal = server.exchange(test::post(std::string(900000, ' ')));
         EXPECT_EQ(refusal.status, 503);
         EXPECT_EQ(refusal.header("Retry-After"), "1");
+    }
+}
+
+/** An array argument of so many elements, each of so many letters. */
+std::string arrayCall(int elements, std::size_t letters)
+{
+    std::string values;
+    for (int i = 0; i < elements; ++i) {
+        values += "<VALUE>" + std::string(letters, 'x') + "</VALUE>";
+    }
+    return test::methodCall(
+        1, "Echo", "<PARAMVALUE NAME=\"none\"><VALUE.ARRAY>" + values + "</VALUE.ARRAY></PARAMVALUE>");
+}
+
+/** What is to blame is told by the answer, though all is given back by then. */
+TEST(Http, WhoWantsTooMuchIsToldSoAndNotToComeAgain)
+{
+    constexpr const char *tooMuch =
+        "The request needs more memory than one request may use; ask for less at once.";
+    const std::string request = arrayCall(200, 500); // 100 kB of text
+    // Each limit is met at another step: the body, the parsed document, the values, the answer.
+    std::vector<int> statuses;
+    for (std::size_t kilobytes = 16; kilobytes <= 1024; kilobytes += 16) {
+        host::HttpLimits limits;
+        limits.requestMemory = kilobytes * 1024;
+        test::TestServer server(limits);
+        const HttpAnswer answer = server.exchange(test::post(request));
+        statuses.push_back(answer.status);
+        EXPECT_EQ(answer.header("Retry-After"), "") << kilobytes;
+        if (answer.status == 413) {
+            EXPECT_EQ(answer.body, tooMuch) << kilobytes;
+        } else {
+            EXPECT_EQ(answer.status, 200) << kilobytes;
+        }
+    }
+    EXPECT_EQ(statuses.front(), 413);
+    EXPECT_EQ(statuses.back(), 200);
+    EXPECT_TRUE(std::is_sorted(statuses.rbegin(), statuses.rend())) << "what has once fitted fits with more";
+}
+
+/** Chunks tell nobody beforehand how many there will be. */
+TEST(Http, ABodyWithoutALengthIsPaidForAsItGrows)
+{
+    host::HttpLimits limits;
+    limits.requestMemory = 20000;
+    test::TestServer server(limits);
+    Client client(server.port());
+    client.send("POST /cimom HTTP/1.1\r\nHost: localhost\r\nCIMOperation: MethodCall\r\n"
+                "Transfer-Encoding: chunked\r\nAuthorization: " +
+                basic("operator", "secret: word") + "\r\n\r\n");
+    const std::string chunk = "2710\r\n" + std::string(10000, ' ') + "\r\n";
+    client.send(chunk + chunk + chunk + "0\r\n\r\n");
+    EXPECT_EQ(client.receive().status, 413);
+}
+
+/** A front end that is at a loss, in one way or another. */
+class ThrowingFrontEnd final : public host::FrontEnd
+{
+  public:
+    bool serves(std::string_view path) const override
+    {
+        return path == "/throw";
+    }
+
+    bool takes(std::string_view) const override
+    {
+        return true;
+    }
+
+    host::HttpReply handle(const host::HttpRequest &request, host::TextBuffer &out) override
+    {
+        out.append("half an answer");
+        if (request.body == "number") {
+            throw 42;
+        }
+        if (request.body == "memory") {
+            throw std::bad_alloc();
+        }
+        throw std::runtime_error("at a loss");
+    }
+};
+
+TEST(Http, AnExceptionEndsTheRequestAndNotTheProcess)
+{
+    const test::TemporaryDirectory directory;
+    test::writeFile(directory.file("accounts"), test::quickAccount(test::userName, test::userPassword));
+    host::Accounts accounts(directory.file("accounts"));
+    std::string problem;
+    ASSERT_TRUE(accounts.load(problem)) << problem;
+    ThrowingFrontEnd frontEnd;
+    host::HttpServer server(accounts, {&frontEnd});
+    ASSERT_TRUE(server.start({}, problem)) << problem;
+    testing::internal::CaptureStderr();
+    const auto send = [&server](const char *body) {
+        std::string request = test::post(body);
+        request.replace(request.find("/cimom"), 6, "/throw");
+        Client client(server.endpoints().front().port);
+        return client.exchange(request);
+    };
+    for (const char *body : {"exception", "number"}) {
+        const HttpAnswer answer = send(body);
+        EXPECT_EQ(answer.status, 500) << body;
+        EXPECT_EQ(answer.header("Connection"), "close");
+        EXPECT_EQ(answer.body, "");
+    }
+    const HttpAnswer later = send("memory"); // the machine has no more, for now
+    EXPECT_EQ(later.status, 503);
+    EXPECT_EQ(later.header("Retry-After"), "1");
+    EXPECT_EQ(later.body, "");
+    const std::string log = testing::internal::GetCapturedStderr();
+    EXPECT_THAT(log, HasSubstr("a request of operator ended with an exception: at a loss\n"));
+    EXPECT_THAT(log, HasSubstr("a request of operator ended with an exception\n"));
+}
+
+/** What a provider throws goes the same way; the next request finds the provider's turn free. */
+TEST(Http, AProviderThatThrowsEndsItsRequestAlone)
+{
+    test::TestServer server;
+    for (const char *what : {"throw an exception", "throw a number"}) {
+        testing::internal::CaptureStderr();
+        const HttpAnswer answer = server.exchange(test::post(test::methodCall(
+            1, "Fail",
+            std::string(
+                "<PARAMVALUE NAME=\"code\"><VALUE>1</VALUE></PARAMVALUE><PARAMVALUE NAME=\"message\"><VALUE>") +
+                what + "</VALUE></PARAMVALUE>")));
+        EXPECT_EQ(answer.status, 500) << what;
+        EXPECT_THAT(testing::internal::GetCapturedStderr(),
+                    HasSubstr("a request of operator ended with an exception"));
+        EXPECT_EQ(server.exchange(test::post(arrayCall(1, 1))).status, 200);
     }
 }
 
