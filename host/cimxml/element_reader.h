@@ -32,7 +32,6 @@ class ElementReader
 
   protected:
     static constexpr std::size_t maxKeys = 64;
-    static constexpr std::size_t maxParameters = 32;
     static constexpr std::size_t maxArguments = 256;
 
     void fail(CMPIrc code, const char *text);

@@ -59,6 +59,9 @@ bool readReal(std::string_view text, double &value)
     text = trim(text);
     if (!text.empty() && text.front() == '+') {
         text.remove_prefix(1);
+        if (text.starts_with('-')) {
+            return false;
+        }
     }
     const auto [end, problem] = std::from_chars(text.data(), text.data() + text.size(), value);
     return problem == std::errc() && end == text.data() + text.size() && !text.empty();

@@ -190,6 +190,7 @@ struct HttpCallbacks {
                 logLine("a connection is not served: %s", problem.what());
             }
         } else if (*context != nullptr) {
+            setLogClient("-");
             server.close(static_cast<HttpServer::Peer *>(*context));
             *context = nullptr;
         }
@@ -203,6 +204,16 @@ struct HttpCallbacks {
         auto *connection = static_cast<MHD_Connection *>(gnutls_session_get_ptr(session));
         const auto *peer = contextOf<HttpServer::Peer>(connection);
         return peer != nullptr ? peer->server.certificates_->give(certificates, count, key) : -1;
+    }
+
+    /** Called in the connection's thread when the first line of a request is there: from here on
+     * libmicrohttpd's own messages tell whom they concern. */
+    static void *knowClient(void *, const char *, MHD_Connection *connection)
+    {
+        if (const auto *peer = contextOf<HttpServer::Peer>(connection); peer != nullptr) {
+            setLogClient(peer->entry.address);
+        }
+        return nullptr; // what handle() finds as its context
     }
 
     static void log(void *self, const char *format, va_list arguments) __attribute__((format(printf, 2, 0)))
@@ -318,7 +329,8 @@ MHD_Daemon *HttpServer::startDaemon(int socket, bool isSecure)
                             MHD_OPTION_EXTERNAL_LOGGER, &HttpCallbacks::log, this, MHD_OPTION_LISTEN_SOCKET,
                             socket, MHD_OPTION_CONNECTION_LIMIT, connections, MHD_OPTION_CONNECTION_TIMEOUT,
                             static_cast<unsigned>(limits_.idle.count()), MHD_OPTION_CONNECTION_MEMORY_LIMIT,
-                            limits_.headerBytes, MHD_OPTION_NOTIFY_COMPLETED, &HttpCallbacks::completed, this,
+                            limits_.headerBytes, MHD_OPTION_URI_LOG_CALLBACK, &HttpCallbacks::knowClient,
+                            nullptr, MHD_OPTION_NOTIFY_COMPLETED, &HttpCallbacks::completed, this,
                             MHD_OPTION_NOTIFY_CONNECTION, &HttpCallbacks::connectionChanged, this,
                             MHD_OPTION_ARRAY, more.data(), MHD_OPTION_END);
 }

@@ -56,14 +56,19 @@ LogClient::~LogClient()
     client = before_;
 }
 
+void setLogClient(std::string_view address)
+{
+    client = address;
+}
+
 std::string_view logClient()
 {
     return client;
 }
 
-bool LogLimiter::permits()
+bool LogLimiter::permits(Clock::time_point now)
 {
-    tellRest();
+    tellRest(now);
     const std::lock_guard lock(mutex_);
     if (++inSecond_ <= perSecond) {
         return true;
@@ -72,10 +77,9 @@ bool LogLimiter::permits()
     return false;
 }
 
-void LogLimiter::tellRest()
+void LogLimiter::tellRest(Clock::time_point now)
 {
     const std::lock_guard lock(mutex_);
-    const auto now = std::chrono::steady_clock::now();
     if (now - second_ < std::chrono::seconds(1)) {
         return;
     }

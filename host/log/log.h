@@ -24,18 +24,20 @@ class LogLimiter
     /** what: what there were more of, "failed logins" for instance; a literal. */
     explicit LogLimiter(const char *what) : what_(what) {}
 
+    using Clock = std::chrono::steady_clock;
+
     /** False when the line is to be left out. */
-    bool permits();
+    bool permits(Clock::time_point now = Clock::now());
 
     /** Logs how many were left out; to be called every second or so. */
-    void tellRest();
+    void tellRest(Clock::time_point now = Clock::now());
 
   private:
     static constexpr unsigned perSecond = 10;
 
     const char *what_;
     std::mutex mutex_;
-    std::chrono::steady_clock::time_point second_;
+    Clock::time_point second_;
     unsigned inSecond_ = 0;
     unsigned leftOut_ = 0;
 };
@@ -59,6 +61,9 @@ class LogClient
   private:
     std::string_view before_;
 };
+
+/** From now on what this thread logs concerns that client, if no LogClient says otherwise; "-": none. */
+void setLogClient(std::string_view address);
 
 /** The address that the present LogClient of this thread has named; "-" without one. */
 std::string_view logClient();

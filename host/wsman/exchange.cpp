@@ -5,7 +5,8 @@
 #include "wsman/uris.h"
 #include "wsman/xml.h"
 
-#include <unordered_map>
+#include <algorithm>
+#include <map>
 
 namespace host::wsman
 {
@@ -13,6 +14,15 @@ namespace
 {
 
 constexpr std::string_view namespaceSelector = "__cimnamespace";
+
+/** The order of names without regard to the case of ASCII letters. */
+struct NameLess {
+    bool operator()(std::string_view left, std::string_view right) const
+    {
+        const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
+        return std::ranges::lexicographical_compare(left, right, {}, lower, lower);
+    }
+};
 
 bool isNameSpaceSelector(const Selector &selector)
 {
@@ -297,7 +307,8 @@ bool readItem(Exchange &exchange, pugi::xml_node element, cim::Type type, FaultK
 bool readValues(Exchange &exchange, pugi::xml_node parent, const Declarations &declarations, FaultKind kind,
                 ArenaList<ValueText> &values)
 {
-    std::unordered_map<std::string_view, std::size_t, cim::NameHash, cim::NameEqual> places;
+    // Not by a hash: the names are the client's, who could choose ones that have the same.
+    std::map<std::string_view, std::size_t, NameLess> places;
     for (pugi::xml_node element = firstElement(parent); element; element = nextElement(element)) {
         const std::string_view name = localName(element);
         const Declared declared = declarations.find(name);

@@ -31,6 +31,33 @@ constexpr std::string_view headersStart =
 
 constexpr std::string_view faultDetails = "http://schemas.dmtf.org/wbem/wsman/1/wsman/faultDetail/";
 
+/** What DSP0200 calls the code. */
+std::string_view codeName(CMPIrc code)
+{
+    struct Named {
+        CMPIrc code;
+        std::string_view name;
+    };
+    constexpr Named names[] = {
+        {CMPI_RC_ERR_ACCESS_DENIED, "CIM_ERR_ACCESS_DENIED"},
+        {CMPI_RC_ERR_INVALID_NAMESPACE, "CIM_ERR_INVALID_NAMESPACE"},
+        {CMPI_RC_ERR_INVALID_PARAMETER, "CIM_ERR_INVALID_PARAMETER"},
+        {CMPI_RC_ERR_INVALID_CLASS, "CIM_ERR_INVALID_CLASS"},
+        {CMPI_RC_ERR_NOT_FOUND, "CIM_ERR_NOT_FOUND"},
+        {CMPI_RC_ERR_NOT_SUPPORTED, "CIM_ERR_NOT_SUPPORTED"},
+        {CMPI_RC_ERR_ALREADY_EXISTS, "CIM_ERR_ALREADY_EXISTS"},
+        {CMPI_RC_ERR_NO_SUCH_PROPERTY, "CIM_ERR_NO_SUCH_PROPERTY"},
+        {CMPI_RC_ERR_TYPE_MISMATCH, "CIM_ERR_TYPE_MISMATCH"},
+        {CMPI_RC_ERR_QUERY_LANGUAGE_NOT_SUPPORTED, "CIM_ERR_QUERY_LANGUAGE_NOT_SUPPORTED"},
+        {CMPI_RC_ERR_INVALID_QUERY, "CIM_ERR_INVALID_QUERY"},
+        {CMPI_RC_ERR_METHOD_NOT_AVAILABLE, "CIM_ERR_METHOD_NOT_AVAILABLE"},
+        {CMPI_RC_ERR_METHOD_NOT_FOUND, "CIM_ERR_METHOD_NOT_FOUND"},
+        {CMPI_RC_ERR_SERVER_LIMITS_EXCEEDED, "CIM_ERR_SERVER_LIMITS_EXCEEDED"},
+    };
+    const auto *named = std::ranges::find(names, code, &Named::code);
+    return named != std::end(names) ? named->name : "CIM_ERR_FAILED";
+}
+
 /** A uuid: URI that no other message of this process has, nor of another one. */
 std::string_view makeMessageId(char (&text)[48])
 {
@@ -238,6 +265,9 @@ void Writer::faultDetail(const Fault &fault)
         element("p:CIMStatusCode", std::to_string(static_cast<int>(fault.code)));
         element("p:CIMStatusCodeDescription", statusDescription(fault.code));
         element("p:Message", fault.text.empty() ? statusDescription(fault.code) : fault.text);
+        // The schema requires an identity of the message, and who has given it.
+        element("p:MessageID", codeName(fault.code));
+        element("p:OwningEntity", "display-host");
         out_.append("</p:CIM_Error>");
     }
     out_.append("</s:Detail>");

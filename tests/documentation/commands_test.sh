@@ -20,11 +20,16 @@ done
 export DESK_MONITOR_RECEIVE_TIMEOUT=15
 DISPLAYCTL=${DISPLAYCTL:-${DESK_BUILD:-$source_dir/build/release}/client/displayctl}
 desk_start
+host_stop
+"$DISPLAY_HOST" certificate --certificate "$directory/certificate.pem" --key "$directory/key.pem" 127.0.0.1 >/dev/null
+host_start --certificate "$directory/certificate.pem" --key "$directory/key.pem" --https-port 0
+https_port=$(port_of https)
 cd "$source_dir"
 
 # The page speaks of the desk of ./run.
 of_this_desk() {
     sed "s|127\.0\.0\.1:5988|127.0.0.1:$port|g
+         s|127\.0\.0\.1:5989|127.0.0.1:$https_port|g
          s|ADMIN_PASSWORD|$(cat "$directory/password.admin")|g
          s|VIEWER_PASSWORD|$(cat "$directory/password.viewer")|g
          s|build/release/desk/support/desk-monitor|$DESK_COMMAND|g

@@ -7,6 +7,8 @@
 
 #include <csignal>
 #include <pwd.h>
+#include <regex>
+#include <sstream>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <thread>
@@ -310,6 +312,56 @@ TEST_F(Program, WritesTheAuditLogWhenThereIsRoomAgain)
     EXPECT_EQ(outcome.code, 0);
     EXPECT_THAT(outcome.errors, HasSubstr(audit + " is written again, with all lines that were kept\n"));
     EXPECT_EQ(run({"audit", "verify", audit}).output, "21 lines, each as it was written\n");
+}
+
+/** Whatever a line is about: a client's doing has the client's address, and what concerns none a hyphen. */
+TEST_F(Program, EachLineOfTheLogHasTimeAndAddress)
+{
+    auto process = start({"--free-failures", "1000"});
+    const auto send = [this](const std::string &request) {
+        test::Client client(port_);
+        client.send(request);
+        client.shutdownSending();
+        return client.receive().status;
+    };
+    std::string wrong = test::postAsOperator(namesRequest);
+    wrong.replace(wrong.find("Basic ") + 6, 4, "eHh4"); // another user
+    EXPECT_EQ(send(wrong), 401);
+    EXPECT_EQ(send(test::postAsOperator(test::methodCall(
+                  1, "Fail",
+                  "<PARAMVALUE NAME=\"code\"><VALUE>1</VALUE></PARAMVALUE><PARAMVALUE NAME=\"message\">"
+                  "<VALUE>throw an exception</VALUE></PARAMVALUE>"))),
+              500);
+    EXPECT_EQ(send("POST /cimom HTTP/1.1\r\nHost: localhost\r\nX: " + std::string(100000, 'x') + "\r\n\r\n") /
+                  100,
+              4);
+    EXPECT_EQ(send("POST /cimom HTTP/1.1\r\nHost: localhost\r\nContent-Length: many\r\n\r\n") / 100, 4);
+    for (int i = 0; i < 20; ++i) { // more in a second than are logged one by one
+        EXPECT_EQ(send(wrong), 401);
+    }
+    // The accounts are looked at once a second.
+    test::writeFile(directory_.file("accounts"), "nonsense\n");
+    while (test::readFile(directory_.file("errors")).find("expected \"user:hash\"") == std::string::npos) {
+        send(wrong);
+    }
+    process->signal(SIGTERM);
+    const Outcome outcome = process->wait();
+    EXPECT_EQ(outcome.code, 0);
+    const std::string time = "20[0-9]{2}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{3}Z ";
+    const std::regex form(time + "(-|127\\.0\\.0\\.1) .+");
+    const std::regex ofClient(time + "127\\.0\\.0\\.1 (login failed|a request of|http: Error processing).*");
+    const std::regex ofNobody(time +
+                              "- [0-9]+ more (failed logins|troubles with connections) than were logged");
+    std::istringstream stream(outcome.errors);
+    int clients = 0;
+    int nobodys = 0;
+    for (std::string line; std::getline(stream, line);) {
+        EXPECT_TRUE(std::regex_match(line, form)) << line;
+        clients += std::regex_match(line, ofClient) ? 1 : 0;
+        nobodys += std::regex_match(line, ofNobody) ? 1 : 0;
+    }
+    EXPECT_GE(clients, 5) << outcome.errors;
+    EXPECT_GE(nobodys, 1) << outcome.errors;
 }
 
 TEST_F(Program, BecomesTheUserThatItIsTo)

@@ -73,6 +73,41 @@ TEST_F(Operations, InstancesHaveTheQualifiersOfTheirClassWhereAskedFor)
               "The operation has no parameter IncludeQualifiers.");
 }
 
+TEST_F(Operations, BlanksAroundABooleanOrANumberDoNotMatter)
+{
+    const std::string plain = ask("GetInstance", instanceName() + text("IncludeQualifiers", "TRUE") +
+                                                     text("IncludeClassOrigin", "false"));
+    EXPECT_EQ(ask("GetInstance", instanceName() + text("IncludeQualifiers", "\n\t TRUE \r\n") +
+                                     text("IncludeClassOrigin", " false")),
+              plain);
+    EXPECT_THAT(plain, HasSubstr("<QUALIFIER"));
+    EXPECT_EQ(
+        test::count(ask("OpenEnumerateInstances", ofClass("Test_Thing") + text("MaxObjectCount", "\n 3 ")),
+                    "<VALUE.INSTANCEWITHPATH>"),
+        3u);
+    const auto described = [this](const std::string &number, const std::string &truth) {
+        return server_
+            .exchange(test::post(test::methodCall(3, "Types",
+                                                  "<PARAMVALUE NAME=\"a\"><VALUE>" + number +
+                                                      "</VALUE></PARAMVALUE><PARAMVALUE NAME=\"f\"><VALUE>" +
+                                                      truth + "</VALUE></PARAMVALUE>")))
+            .body;
+    };
+    EXPECT_THAT(described("7", "TRUE"), HasSubstr("<RETURNVALUE"));
+    EXPECT_EQ(described("\n  7\t", " true\n"), described("7", "TRUE"));
+    const auto simple = [this](const std::string &id) {
+        return ask("GetInstance",
+                   "<IPARAMVALUE NAME=\"InstanceName\"><INSTANCENAME CLASSNAME=\"Test_Simple\">"
+                   "<KEYBINDING NAME=\"Id\"><KEYVALUE VALUETYPE=\"numeric\">" +
+                       id + "</KEYVALUE></KEYBINDING></INSTANCENAME></IPARAMVALUE>");
+    };
+    EXPECT_EQ(simple(" 1\n"), simple("1"));
+    EXPECT_THAT(simple("1"), HasSubstr("<INSTANCE CLASSNAME=\"Test_Simple\">"));
+    // Of a text they are a part.
+    EXPECT_NE(ask("GetProperty", instanceName() + text("PropertyName", " Label ")),
+              ask("GetProperty", instanceName() + text("PropertyName", "Label")));
+}
+
 TEST_F(Operations, LocalOnlyAndClassOriginAreKept)
 {
     const std::string local = ask("GetInstance", instanceName() + text("LocalOnly", "TRUE"));

@@ -72,7 +72,14 @@ TEST_F(Typing, OtherScalars)
 {
     EXPECT_EQ(scalar(Type::boolean, "TRUE").value.boolean, 1);
     EXPECT_EQ(scalar(Type::boolean, "false").value.boolean, 0);
-    EXPECT_TRUE(fails(Type::boolean, "1"));
+    EXPECT_EQ(scalar(Type::boolean, " \t\r\nTrue\n").value.boolean, 1) << "blanks around it do not count";
+    EXPECT_EQ(scalar(Type::boolean, " false ").value.boolean, 0);
+    for (const char *bad : {"1", "", " ", "tru e", "true false"}) {
+        EXPECT_TRUE(fails(Type::boolean, bad)) << bad;
+    }
+    EXPECT_EQ(scalar(Type::real64, "\n +0.5 ").value.real64, 0.5);
+    EXPECT_TRUE(fails(Type::real64, "+-0.5"));
+    EXPECT_EQ(scalar(Type::dateTime, " 19700101000000.000001+000\n").type, CMPI_dateTime);
     EXPECT_EQ(scalar(Type::real32, "1.5e1").value.real32, 15.0f);
     EXPECT_EQ(scalar(Type::real64, "-0.25").value.real64, -0.25);
     EXPECT_TRUE(fails(Type::real64, "1.5.2"));

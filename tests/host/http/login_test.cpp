@@ -137,7 +137,28 @@ TEST_F(Login, FailuresAreLoggedWithUserAndAddress)
     EXPECT_EQ(log.find("wrong"), std::string::npos) << "no password is logged";
 }
 
-/** Five seconds of guessing at full speed are to cost less than 200 kB. */
+/** Five seconds of guessing at full speed are to cost less than 200 kB, however fast that is. */
+TEST(LogLimiter, FiveSecondsOfGuessingAreALittle)
+{
+    host::LogLimiter limiter("failed logins");
+    const auto start = host::LogLimiter::Clock::now();
+    testing::internal::CaptureStderr();
+    for (auto time = 0us; time < 5s; time += 10us) {
+        if (limiter.permits(start + time)) {
+            host::logLine("login failed: user \"%.64s\", failure %u of the address",
+                          std::string(64, 'x').c_str(), 4000000000u);
+        }
+    }
+    limiter.tellRest(start + 5s);
+    const std::string log = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(test::count(log, "login failed"), 50u) << "ten a second";
+    EXPECT_EQ(test::count(log, "99990 more failed logins than were logged"), 5u);
+    EXPECT_EQ(test::count(log, "\n"), 55u);
+    EXPECT_LT(log.size(), 200000u);
+    EXPECT_LT(log.size(), 10000u);
+}
+
+/** The same of what a login really logs: each failure asks whether it may be told. */
 TEST_F(Login, TheLogStaysSmall)
 {
     LoginLimits limits;
