@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "command/command.h"
 
+#include "history/history.h"
 #include "history/journal.h"
+#include "session/session.h"
 #include "site/credentials.h"
 #include "site/directories.h"
 #include "site/pool.h"
@@ -11,6 +13,7 @@
 #include <cstdlib>
 #include <iostream>
 #include <map>
+#include <new>
 
 namespace displayctl::command
 {
@@ -42,6 +45,12 @@ const std::vector<site::Monitor> &Call::monitors()
 bool Call::isMany()
 {
     return monitors().size() > 1;
+}
+
+std::string_view problemOf(const std::exception &error)
+{
+    return dynamic_cast<const std::bad_alloc *>(&error) != nullptr ? "there is not enough memory"
+                                                                   : error.what();
 }
 
 namespace
@@ -87,12 +96,42 @@ void Call::tellInterrupted()
     }
     const std::filesystem::path directory = site::stateDirectory();
     for (const site::Monitor &monitor : monitors()) {
-        const auto records = history::Journal::leftOver(directory, monitor.fileKey());
+        std::vector<Json> records;
+        try {
+            records = history::Journal::leftOver(directory, monitor.fileKey());
+        } catch (const history::Error &error) {
+            std::cerr << "displayctl: " << error.what() << '\n'; // it is in the way of changes alone
+        }
         if (!records.empty()) {
             std::cerr << "displayctl: a change of " << monitor.name << " was interrupted ("
                       << records.front().value("begin", "") << " " << records.front().value("profile", "")
                       << "): undo takes it back, apply goes on\n";
         }
+    }
+}
+
+/** What this program cannot do for one monitor, for lack of memory, of room on the disk, is told of that one.
+ */
+Report Call::attempt(const std::function<Report(const site::Monitor &)> &work, const site::Monitor &monitor)
+{
+    session::Sent::forget();
+    try {
+        return work(monitor);
+    } catch (const UsageError &) {
+        throw;
+    } catch (const std::exception &error) {
+        const bool wasSent = session::Sent::byThisThread();
+        if (!isMany() && !wasSent) {
+            throw;
+        }
+        Report report;
+        report.outcome = wasSent ? Outcome::unknown : Outcome::refused;
+        report.message = problemOf(error);
+        report.message +=
+            wasSent ? "; a change had been sent before: history and get tell what became of it, undo "
+                      "takes it back"
+                    : "";
+        return report;
     }
 }
 
@@ -105,7 +144,7 @@ int Call::forEachMonitor(const std::function<Report(const site::Monitor &)> &wor
     std::map<Outcome, std::size_t> counts;
     site::Progress progress(all.size(), options.quiet);
     site::forEach(
-        all.size(), options.jobs, [&](std::size_t i) { reports[i] = work(all[i]); },
+        all.size(), options.jobs, [&](std::size_t i) { reports[i] = attempt(work, all[i]); },
         [&](std::size_t i) {
             progress.hide();
             print(all[i], reports[i]);

@@ -10,9 +10,11 @@
 #include <nlohmann/json.hpp>
 
 #include <chrono>
+#include <exception>
 #include <functional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace CLI
@@ -57,6 +59,9 @@ struct Report {
     int exitCode = -1;              // -1: that of the outcome
 };
 
+/** Why this program itself cannot go on, in words for a person. */
+[[nodiscard]] std::string_view problemOf(const std::exception &error);
+
 /** One call of displayctl. */
 class Call
 {
@@ -84,6 +89,8 @@ class Call
     [[nodiscard]] bool hasColor() const;
 
   private:
+    [[nodiscard]] Report attempt(const std::function<Report(const site::Monitor &)> &work,
+                                 const site::Monitor &monitor);
     void print(const site::Monitor &monitor, const Report &report);
     void tellInterrupted();
 

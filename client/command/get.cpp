@@ -36,7 +36,7 @@ Report get(Call &call, const site::Monitor &monitor, const std::vector<model::Na
         const model::Setting &setting = named.at(active);
         const model::Value value = session.state().value(setting);
         report.text += model::textOf(setting, value, names) + "\n";
-        report.document["settings"][setting.name] = settingDocument(setting, value, names);
+        history::member(report.document, "settings")[setting.name] = settingDocument(setting, value, names);
     }
     return report;
 }

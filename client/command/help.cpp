@@ -246,7 +246,7 @@ Report tellNames(Call &call, const site::Monitor &monitor)
         const std::string codes = model::allowedValues(setting);
         rows.push_back({setting.name, "code " + model::textOf(setting, value, {}),
                         named.is_string() ? named.get<std::string>() : "no name", "of " + codes});
-        report.document["names"][setting.name] = {
+        history::member(report.document, "names")[setting.name] = {
             {"code", value}, {"name", named.is_string() ? named : model::Value()}, {"codes", codes}};
     }
     report.text = table(rows);

@@ -64,7 +64,7 @@ Report exportProfile(Call &call, const site::Monitor &monitor, const std::string
     }
     for (const Setting &setting : model::allSettings()) {
         if (setting.isWritable() && setting.isReadable()) {
-            report.document["settings"][setting.name] =
+            history::member(report.document, "settings")[setting.name] =
                 settingDocument(setting, session.state().value(setting), names);
         }
     }

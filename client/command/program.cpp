@@ -2,12 +2,18 @@
 #include "command/program.h"
 
 #include "command/command.h"
-#include "history/history.h"
 #include "model/values.h"
+#include "session/session.h"
 
 #include <CLI/CLI.hpp>
 
+#include <unistd.h>
+
+#include <cstdlib>
+#include <exception>
 #include <iostream>
+#include <new>
+#include <string_view>
 
 namespace displayctl
 {
@@ -16,7 +22,37 @@ namespace
 {
 
 constexpr int wrongUsage = 2;
-constexpr int internalError = 1;
+
+/** The exit code when this program itself cannot go on. */
+int cannotGoOn()
+{
+    return exitCodeOf(session::Sent::atAll() ? session::Outcome::unknown : session::Outcome::refused);
+}
+
+/** Where no exception can get through, as before main(), when tables are filled, lack of memory ends here.
+ * What else gets here is a mistake in the program, and ends as those do. */
+[[noreturn]] void onTerminate()
+{
+    try {
+        if (const std::exception_ptr problem = std::current_exception()) {
+            std::rethrow_exception(problem);
+        }
+    } catch (const std::bad_alloc &error) {
+        constexpr std::string_view told = "displayctl: there is not enough memory\n";
+        static_cast<void>(!write(STDERR_FILENO, told.data(), told.size()));
+        _exit(cannotGoOn());
+    } catch (...) {
+    }
+    std::abort();
+}
+
+/** Before all others. */
+[[gnu::init_priority(101)]] const struct Ending {
+    Ending() noexcept
+    {
+        std::set_terminate(onTerminate);
+    }
+} ending;
 
 void addOptions(CLI::App &program, command::Options &options)
 {
@@ -55,7 +91,8 @@ int tell(const CLI::App &program, const CLI::ParseError &error)
 
 } // namespace
 
-int runProgram(int argc, const char *const *argv)
+/** Reads the command line, and does what it says. */
+static int run(int argc, const char *const *argv)
 {
     command::Call call;
     command::Action action;
@@ -76,11 +113,28 @@ int runProgram(int argc, const char *const *argv)
         std::cerr << "displayctl: " << error.what() << '\n';
     } catch (const site::Error &error) {
         std::cerr << "displayctl: " << error.what() << '\n';
-    } catch (const history::Error &error) {
-        std::cerr << "displayctl: " << error.what() << '\n';
-        return internalError;
     }
     return wrongUsage;
+}
+
+/** What was printed may still be on its way to a disk without room. */
+static int ended(int code)
+{
+    if (std::cout.flush()) {
+        return code;
+    }
+    std::cerr << "displayctl: the results cannot be written\n";
+    return code == 0 ? cannotGoOn() : code;
+}
+
+int runProgram(int argc, const char *const *argv)
+{
+    try {
+        return ended(run(argc, argv));
+    } catch (const std::exception &error) {
+        std::cerr << "displayctl: " << command::problemOf(error) << '\n';
+        return cannotGoOn();
+    }
 }
 
 } // namespace displayctl

@@ -90,6 +90,7 @@ class Runner
         }
         const int preset = action_.preset == 0 ? session.state().activePreset() : action_.preset;
         std::vector<Beside> values = valuesOf(watched(action_, preset), session.state());
+        session::Work(session, site::stateDirectory(), {.command = "run"}).prepareRecord();
         const wbem::Answer answer = session.run(*action_.row, preset);
         if (session::isDone(answer) || session::isDoubtful(answer)) {
             finish(session, answer, values, report);

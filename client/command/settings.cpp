@@ -248,7 +248,7 @@ Report changeReport(Call &call, const site::Monitor &monitor, const session::Wor
     report.document["changes"] = changesDocument(result.changes, names);
     for (const std::string &each : result.notRestored) {
         report.note += "not restored: " + each + "\n";
-        report.document["not-restored"].push_back(each);
+        history::member(report.document, "not-restored", Json::array()).push_back(each);
     }
     return report;
 }

@@ -255,7 +255,8 @@ Report show(Call &call, const site::Monitor &monitor, const Wanted &wanted)
         for (const model::ActionRow &action : model::allActions()) {
             lines.add(action);
             const std::string name = std::string(action.name) + (action.argument.empty() ? "" : " ");
-            report.document["actions"][name + std::string(action.argument)] = {{"method", action.method}};
+            history::member(report.document,
+                            "actions")[name + std::string(action.argument)] = {{"method", action.method}};
         }
         for (const PropertyRow &row : otherProperties(state)) {
             lines.add(row);

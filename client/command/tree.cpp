@@ -217,7 +217,7 @@ class Printer
             for (const Branch *branch : branches.at(kind)) {
                 printEnd(object, *branch, below, branch == branches.at(kind).back(), group);
             }
-            node["associations"].push_back(std::move(group));
+            history::member(node, "associations", Json::array()).push_back(std::move(group));
         }
     }
 
@@ -237,7 +237,7 @@ class Printer
         } else {
             text_ += printed_.contains(branch.end) ? " (above)\n" : " (below)\n";
         }
-        group["objects"].push_back(std::move(node));
+        history::member(group, "objects", Json::array()).push_back(std::move(node));
     }
 
     const std::vector<Object> &objects_;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "history/chain.h"
 
+#include <openssl/crypto.h>
 #include <openssl/evp.h>
 
 #include <array>
@@ -134,7 +135,9 @@ std::string sha256(std::string_view text)
 {
     std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
     unsigned length = 0;
-    if (EVP_Digest(text.data(), text.size(), digest.data(), &length, EVP_sha256(), nullptr) != 1) {
+    // Where it had no memory to begin with, OpenSSL follows a null pointer.
+    if (OSSL_LIB_CTX_get0_global_default() == nullptr ||
+        EVP_Digest(text.data(), text.size(), digest.data(), &length, EVP_sha256(), nullptr) != 1) {
         throw Error("SHA-256 cannot be computed");
     }
     constexpr std::string_view digits = "0123456789abcdef";

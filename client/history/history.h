@@ -14,6 +14,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace displayctl::history
@@ -28,6 +29,13 @@ class Error : public std::runtime_error
 
 /** The documents keep the order of their members. */
 using Json = nlohmann::ordered_json;
+
+/** The member that is to hold others. The library would leave a null that is about to become an object, or a
+ * list, broken where there is no memory for that. */
+inline Json &member(Json &document, const char *name, Json empty = Json::object())
+{
+    return *document.emplace(name, std::move(empty)).first;
+}
 
 /** One change of one setting. Time, user of the machine and hashes are added when it is stored. */
 struct Change {
@@ -63,6 +71,10 @@ class History
      * or none, and a history that verifies. Throws Error. */
     void append(std::span<const Change> changes);
     void append(const Change &change);
+
+    /** Whether changes could be stored now, for who is about to make one. Throws Error where they could not.
+     */
+    void prepare();
 
     /** All lines, oldest first, as stored; those that are not JSON are left out. Throws Error. */
     [[nodiscard]] std::vector<Json> read() const;

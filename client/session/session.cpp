@@ -4,6 +4,7 @@
 #include "model/values.h"
 
 #include <algorithm>
+#include <atomic>
 
 namespace displayctl::session
 {
@@ -34,6 +35,9 @@ wbem::Property reference(std::string_view name, const wbem::ObjectPath &path)
     return {std::string(name), "reference", wbem::Value(path)};
 }
 
+thread_local bool sentByThread = false;
+std::atomic<bool> sentAtAll = false;
+
 wbem::Answer missing(std::string_view className)
 {
     wbem::Answer answer;
@@ -44,6 +48,27 @@ wbem::Answer missing(std::string_view className)
 }
 
 } // namespace
+
+void Sent::forget()
+{
+    sentByThread = false;
+}
+
+void Sent::note()
+{
+    sentByThread = true;
+    sentAtAll = true;
+}
+
+bool Sent::byThisThread()
+{
+    return sentByThread;
+}
+
+bool Sent::atAll()
+{
+    return sentAtAll;
+}
 
 Session::Session(const site::Monitor &monitor, std::chrono::milliseconds timeout)
     : monitor_(monitor), timeout_(timeout), connection_(monitor.endpoint, timeout)
@@ -84,13 +109,18 @@ std::optional<wbem::Answer> Session::readAgain()
 }
 
 wbem::Answer Session::invoke(std::string_view className, int number, std::string_view method,
-                             std::vector<wbem::Property> arguments)
+                             std::vector<wbem::Property> arguments, bool isChange)
 {
     const wbem::Instance *object = state_.find(className, number);
     if (object == nullptr) {
         return missing(className);
     }
-    return connection_.exchange(wbem::invokeMethod(object->path, std::string(method), std::move(arguments)));
+    const wbem::Operation operation =
+        wbem::invokeMethod(object->path, std::string(method), std::move(arguments));
+    if (isChange) {
+        Sent::note();
+    }
+    return connection_.exchange(operation);
 }
 
 // All three parts in one request: those that are not changed are sent as they are.
@@ -109,7 +139,9 @@ wbem::Answer Session::sendAddress(std::span<const Target> changes)
         values.push_back({std::string(setting.properties.front()->name), "string",
                           wbem::Value::array({value.is_string() ? value.get<std::string>() : ""})});
     }
-    return connection_.exchange(wbem::modifyInstance(object->path, std::move(values)));
+    const wbem::Operation operation = wbem::modifyInstance(object->path, std::move(values));
+    Sent::note();
+    return connection_.exchange(operation);
 }
 
 wbem::Answer Session::send(std::span<const Target> changes)
@@ -169,7 +201,7 @@ std::optional<bool> Session::isAdministrator()
     if (readMissing({"Monitor"})) {
         return std::nullopt;
     }
-    const wbem::Answer answer = invoke("Monitor", 0, "SetName", {});
+    const wbem::Answer answer = invoke("Monitor", 0, "SetName", {}, false);
     if (answer.status != wbem::Status::cimError) {
         return std::nullopt;
     }

@@ -19,6 +19,18 @@ namespace displayctl::session
 
 using Classes = std::set<std::string>;
 
+/** Whether a change has been sent to a monitor: who cannot go on, for lack of memory or of room on the disk,
+ * has to tell it. */
+class Sent
+{
+  public:
+    /** Begins anew for this thread, with another monitor. */
+    static void forget();
+    static void note();
+    [[nodiscard]] static bool byThisThread();
+    [[nodiscard]] static bool atAll();
+};
+
 class Session
 {
   public:
@@ -59,7 +71,7 @@ class Session
 
   private:
     [[nodiscard]] wbem::Answer invoke(std::string_view className, int number, std::string_view method,
-                                      std::vector<wbem::Property> arguments);
+                                      std::vector<wbem::Property> arguments, bool isChange = true);
     [[nodiscard]] wbem::Answer sendAddress(std::span<const model::Target> changes);
 
     site::Monitor monitor_;

@@ -174,13 +174,19 @@ void Work::record(const StepResult &result, bool isRestored)
             line.more["undoes"] = undoes_;
         }
         for (const Beside &each : result.beside) {
-            line.more["beside"][each.setting->name] = {{"old", each.before}, {"new", each.after}};
+            history::member(line.more, "beside")[each.setting->name] = {{"old", each.before},
+                                                                        {"new", each.after}};
         }
         lines.push_back(std::move(line));
     }
     if (!lines.empty()) {
         history::History(stateDirectory_).append(lines);
     }
+}
+
+void Work::prepareRecord() const
+{
+    history::History(stateDirectory_).prepare();
 }
 
 void Work::recordAction(const std::string &action, const std::vector<Beside> &changed,
@@ -196,7 +202,8 @@ void Work::recordAction(const std::string &action, const std::vector<Beside> &ch
                          .answer = answer,
                          .profile = ""};
     for (const Beside &each : changed) {
-        line.more["beside"][each.setting->name] = {{"old", each.before}, {"new", each.after}};
+        history::member(line.more, "beside")[each.setting->name] = {{"old", each.before},
+                                                                    {"new", each.after}};
     }
     history::History(stateDirectory_).append(line);
 }
@@ -212,6 +219,7 @@ WorkReport Work::carryOut(const std::vector<Target> &targets, const std::vector<
     if (steps.empty()) {
         return report;
     }
+    prepareRecord(); // what cannot be recorded is not sent
     const bool isJournalled =
         options_.command == "apply" || leftOver(session_.monitor(), stateDirectory_).empty();
     if (isJournalled) {

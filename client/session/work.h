@@ -65,6 +65,8 @@ class Work
     /** Empties the journal of a killed process: all is as it was to be. */
     void forgetLeftOver();
 
+    /** Throws history::Error where nothing could be stored of what is about to be sent. */
+    void prepareRecord() const;
     /** Stores an action that was run. */
     void recordAction(const std::string &action, const std::vector<Beside> &changed,
                       const std::string &answer);

@@ -7,7 +7,6 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdio>
-#include <deque>
 #include <exception>
 #include <mutex>
 #include <string>
@@ -24,7 +23,10 @@ namespace
 class Work
 {
   public:
-    Work(std::size_t count, const std::function<void(std::size_t)> &work) : count_(count), work_(work) {}
+    Work(std::size_t count, const std::function<void(std::size_t)> &work) : count_(count), work_(work)
+    {
+        ended_.reserve(count); // a thread that has done its item needs no memory to say so
+    }
 
     /** What one thread does until nothing is left. */
     void run()
@@ -55,13 +57,8 @@ class Work
     std::size_t waitForEnded()
     {
         std::unique_lock lock{mutex_};
-        change_.wait(lock, [&] { return !ended_.empty() || (next_ >= count_ && running_ == 0); });
-        if (ended_.empty()) {
-            return count_;
-        }
-        const std::size_t item = ended_.front();
-        ended_.pop_front();
-        return item;
+        change_.wait(lock, [&] { return told_ < ended_.size() || (next_ >= count_ && running_ == 0); });
+        return told_ < ended_.size() ? ended_[told_++] : count_;
     }
 
     void stopFor(const std::exception_ptr &problem)
@@ -90,7 +87,8 @@ class Work
     std::condition_variable change_;
     std::size_t next_ = 0;
     std::size_t running_ = 0;
-    std::deque<std::size_t> ended_;
+    std::vector<std::size_t> ended_; // in the order in which they did
+    std::size_t told_ = 0;           // how many of them the caller knows
     std::exception_ptr problem_;
 };
 
@@ -98,6 +96,22 @@ std::int64_t now()
 {
     const auto time = std::chrono::steady_clock::now().time_since_epoch();
     return std::chrono::duration_cast<std::chrono::milliseconds>(time).count();
+}
+
+/** As many threads as there can be: those that there are do all of the work, and without one the caller does.
+ */
+void begin(std::vector<std::jthread> &threads, std::size_t count, Work &work)
+{
+    try {
+        threads.reserve(count);
+        while (threads.size() < count) {
+            threads.emplace_back([&work] { work.run(); });
+        }
+    } catch (const std::exception &) {
+        if (threads.empty()) {
+            work.run();
+        }
+    }
 }
 
 } // namespace
@@ -115,10 +129,8 @@ void forEach(std::size_t count, unsigned jobs, const std::function<void(std::siz
     Work shared{count, work};
     {
         std::vector<std::jthread> threads;
-        for (std::size_t i = 0; i < std::min<std::size_t>(jobs, count); ++i) {
-            threads.emplace_back([&shared] { shared.run(); });
-        }
         try {
+            begin(threads, std::min<std::size_t>(jobs, count), shared);
             for (std::size_t item = shared.waitForEnded(); item < count; item = shared.waitForEnded()) {
                 done(item);
             }

@@ -73,6 +73,7 @@ struct Transfer {
     std::string request;
     std::size_t taken = 0; // bytes of the request that libcurl has read
     std::string answer;
+    bool lacksMemory = false; // for the answer
     std::array<char, CURL_ERROR_SIZE> problem{};
 };
 
@@ -82,7 +83,12 @@ std::size_t keepAnswer(char *bytes, std::size_t size, std::size_t count, void *c
     if (transfer.answer.size() + size * count > maximumAnswer) {
         return 0; // ends the transfer with CURLE_WRITE_ERROR
     }
-    transfer.answer.append(bytes, size * count);
+    try {
+        transfer.answer.append(bytes, size * count);
+    } catch (const std::bad_alloc &) {
+        transfer.lacksMemory = true; // libcurl lets no exception through
+        return 0;
+    }
     return size * count;
 }
 
@@ -159,6 +165,7 @@ class Connection::Transfers
     void setRequest(Transfer &transfer, const Operation &operation);
     void setSecurity(CURL *handle) const;
     void beginWaiting(std::span<const Operation> operations);
+    void goOn();
     bool wait(Clock::time_point deadline);
     [[nodiscard]] Transfer *takeEnded(CURLcode &result);
     [[nodiscard]] Answer read(Transfer &transfer, CURLcode result, const Operation &operation);
@@ -257,6 +264,7 @@ void Connection::Transfers::begin(Transfer &transfer, const Operation &operation
     CURL *handle = transfer.handle.get();
     curl_easy_reset(handle);
     transfer.answer.clear();
+    transfer.lacksMemory = false;
     transfer.problem.front() = '\0';
     set(handle, CURLOPT_URL, url_.c_str());
     set(handle, CURLOPT_PROTOCOLS_STR, "http,https");
@@ -278,6 +286,15 @@ void Connection::Transfers::begin(Transfer &transfer, const Operation &operation
     }
 }
 
+/** Does what can be done without waiting. */
+void Connection::Transfers::goOn()
+{
+    int running = 0;
+    if (curl_multi_perform(multi_.get(), &running) != CURLM_OK) {
+        throw std::bad_alloc{};
+    }
+}
+
 /** Puts operations that are not on their way where there is room. */
 void Connection::Transfers::beginWaiting(std::span<const Operation> operations)
 {
@@ -287,8 +304,7 @@ void Connection::Transfers::beginWaiting(std::span<const Operation> operations)
             transfer.operation = next_++;
         }
     }
-    int running = 0;
-    curl_multi_perform(multi_.get(), &running);
+    goOn();
 }
 
 /** Waits for the network; false when the deadline has passed. */
@@ -300,8 +316,7 @@ bool Connection::Transfers::wait(Clock::time_point deadline)
     }
     curl_multi_poll(multi_.get(), nullptr, 0, static_cast<int>(std::min<std::int64_t>(left, 60'000)),
                     nullptr);
-    int running = 0;
-    curl_multi_perform(multi_.get(), &running);
+    goOn();
     return true;
 }
 
@@ -330,6 +345,9 @@ Answer Connection::Transfers::read(Transfer &transfer, CURLcode result, const Op
         certificateExpiry_ = expiry;
     }
 
+    if (transfer.lacksMemory) {
+        result = CURLE_OUT_OF_MEMORY;
+    }
     const Ending ending = endingOf(transfer.handle.get(), result, transfer.problem.data());
     if (ending.result == CURLE_OK && ending.httpStatus == 200) {
         return parseAnswer(transfer.answer, operation);
@@ -407,8 +425,7 @@ std::vector<Answer> Connection::Transfers::exchange(std::span<const Operation> o
             const std::size_t index = std::exchange(ended->operation, noOperation);
             deadline = Clock::now() + timeout_;
             // The next request leaves, on the other handle, before this answer is read.
-            int running = 0;
-            curl_multi_perform(multi_.get(), &running);
+            goOn();
             answers[index] = read(*ended, result, operations[index]);
             if (endsAll(answers[index].status)) {
                 giveUp(operations, answers, Answer{answers[index]});

@@ -126,10 +126,12 @@ Answer failure(const Endpoint &endpoint, const Ending &ending)
     case CURLE_COULDNT_RESOLVE_HOST:
         return failed(Status::unreachable, "there is no host of the name " + endpoint.host);
     case CURLE_COULDNT_CONNECT:
-        return failed(
-            Status::unreachable,
-            "no connection to " + server + ": " +
-                std::error_code{static_cast<int>(ending.systemError), std::system_category()}.message());
+        return failed(Status::unreachable,
+                      "no connection to " + server + ": " +
+                          (ending.systemError == 0
+                               ? ending.problem // there was not even a socket
+                               : std::error_code{static_cast<int>(ending.systemError), std::system_category()}
+                                     .message()));
     case CURLE_UNSUPPORTED_PROTOCOL:
     case CURLE_WEIRD_SERVER_REPLY:
         answer = failed(Status::broken, server + " does not answer in HTTP (" + ending.problem + ")" +
@@ -137,6 +139,9 @@ Answer failure(const Endpoint &endpoint, const Ending &ending)
         break;
     case CURLE_WRITE_ERROR:
         answer = failed(Status::broken, server + " answers with more than 16 MiB");
+        break;
+    case CURLE_OUT_OF_MEMORY:
+        answer = failed(Status::noAnswer, "there is not enough memory here for the answer of " + server);
         break;
     case CURLE_PARTIAL_FILE:
         answer = failed(Status::broken, "the answer of " + server + " is cut off");

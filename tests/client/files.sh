@@ -34,6 +34,7 @@ expect_try() { # expect_try WHAT EXPECTED COMMAND...
     expect "$what" "$expected" "$answer"
 }
 garbage() { head -c 300 /dev/zero | tr '\0' '\201'; }
+to_full() { displayctl "$@" >/dev/full; }
 displayctl() { "$DISPLAYCTL" -m "$(url admin)" --yes "$@"; }
 ctl_environment admin
 
@@ -79,6 +80,18 @@ expect_try 'a full disk takes no change' \
 expect_property OSDMenuAndMessages MenuAndMessageTimeOut 21
 whole='lines, none of them altered, removed or added 0'
 expect_try 'the history is whole' "2 $whole" displayctl history --verify
+mv "$state/history.jsonl" "$scratch/kept"
+mkdir "$state/history.jsonl"
+expect_try 'where it cannot be written, nothing is sent' "displayctl: $state/history.jsonl cannot be opened: Is a directory 1" \
+    displayctl set osd.timeout=23
+expect_property OSDMenuAndMessages MenuAndMessageTimeOut 21
+rmdir "$state/history.jsonl"
+mv "$scratch/kept" "$state/history.jsonl"
+expect_try 'where what it prints cannot be written, it says so' 'displayctl: the results cannot be written 1' to_full get osd.timeout
+expect_try 'a change is made all the same, and it does not say that it was refused' 'displayctl: the results cannot be written 6' \
+    to_full set osd.timeout=22
+expect_property OSDMenuAndMessages MenuAndMessageTimeOut 22
+expect_try 'and can be taken back' 'osd.timeout  restored: 21 0' displayctl undo
 cp "$state/history.jsonl" "$scratch/kept"
 truncate -s -20 "$state/history.jsonl"
 try displayctl history --verify
@@ -87,8 +100,26 @@ garbage >"$state/history.jsonl"
 try displayctl history --verify
 expect 'nor does garbage' 1 "${answer##* }"
 cp "$scratch/kept" "$state/history.jsonl"
-expect_try 'as it was it does' "2 $whole" displayctl history --verify
+expect_try 'as it was it does' "4 $whole" displayctl history --verify
 expect_try 'and undo knows the change' 'osd.timeout  restored: 20 0' displayctl undo
+
+echo 'Journal'
+cat >"$scratch/two.yaml" <<CONFIG
+monitors:
+  one: { url: "http://admin@$name" }
+  same: { url: "http://admin@localhost:$port" }
+CONFIG
+journal=$state/journal/${name/:/_}_root_cimv2.jsonl
+{ garbage; echo; } >"$journal"
+expect_try 'garbage hinders nobody who reads' "displayctl: $journal is damaged
+20 0" displayctl get osd.timeout
+expect_try 'but who changes something' "displayctl: $journal is damaged
+displayctl: $journal is damaged 1" displayctl set osd.timeout=24
+try "$DISPLAYCTL" -c "$scratch/two.yaml" -m all set osd.timeout=24
+expect 'and nobody who changes another monitor' "displayctl: $journal is damaged
+one  $journal is damaged
+same  osd.timeout  20 -> 24 5" "$(sort <<<"${answer% 5}") ${answer##* }"
+rm "$journal" "$scratch/two.yaml"
 
 echo 'Audit log'
 audit=$directory/audit

@@ -5,6 +5,7 @@
 #define TESTS_TORTURE_CONTROL_H
 
 #include <atomic>
+#include <cstdint>
 
 namespace torture
 {
@@ -20,8 +21,10 @@ enum Kind {
 enum Action {
     fail = 0,
     killBefore = 1, // the process is killed instead of the call
-    killAfter = 2,  // half of what a write was to write is there
+    killAfter = 2,  // it is killed behind the call; of a write half is done
 };
+
+inline constexpr int mostPlaces = 16384;
 
 struct Control {
     std::atomic<int> kind;    // calls of these kinds are counted
@@ -32,6 +35,12 @@ struct Control {
     std::atomic<long> count;
     std::atomic<long> struck;
     char name[64]; // of the function that failed
+    // With isSurvey set nothing fails, and the numbers of the calls are kept that come from a place from
+    // which none has come before, in this run or in an earlier one.
+    std::atomic<int> isSurvey;
+    std::atomic<int> placeCount;
+    long places[mostPlaces];
+    uint64_t knownPlaces[4 * mostPlaces]; // by their remainders, the next ones where one is taken
 };
 
 /** The name of the environment variable with the file of the page. */

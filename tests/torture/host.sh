@@ -14,7 +14,7 @@ kinds=("${@:2}")
 
 desk_begin
 page=$scratch/page
-truncate -s 4096 "$page"
+truncate -s 1M "$page" # as large as what is mapped of it
 program=$DISPLAY_HOST
 DISPLAY_HOST=$scratch/display-host
 cat >"$DISPLAY_HOST" <<WRAPPER

@@ -60,7 +60,20 @@ void Page::arm(const Fault &fault, long nth, Action action, bool forever)
     control->count = 0;
     control->struck = 0;
     memset(control->name, 0, sizeof control->name);
+    control->isSurvey = 0;
+    control->placeCount = 0;
     control->kind = fault.kind;
+}
+
+void Page::survey(const Fault &fault)
+{
+    arm(fault, 0);
+    control->isSurvey = 1;
+}
+
+std::vector<long> Page::places() const
+{
+    return {control->places, control->places + control->placeCount.load()};
 }
 
 void Page::disarm()

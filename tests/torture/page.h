@@ -5,6 +5,7 @@
 
 #include "control.h"
 #include <string>
+#include <vector>
 
 namespace torture
 {
@@ -30,6 +31,10 @@ class Page
     /** From now on the calls of that kind are counted, and the n-th fails; 0: none. */
     void arm(const Fault &fault, long nth, Action action = fail, bool forever = false);
     void disarm();
+    /** From now on the calls of that kind are counted, and the places noted that they come from. */
+    void survey(const Fault &fault);
+    /** The numbers of the calls from places that had not been seen before, in their order. */
+    std::vector<long> places() const;
 
     long count() const
     {
