@@ -186,14 +186,26 @@ std::string bodyOf(Arena &arena, const Request &request, const Answer &answer)
     return json + "}";
 }
 
-std::string lastLineOf(const std::string &file)
+/** How a file ends: its last line, and what stands behind the last newline. */
+struct FileEnd {
+    std::string line;
+    std::string torn;
+};
+
+FileEnd endOf(const std::string &file)
 {
     std::ifstream stream(file);
-    std::string last;
+    FileEnd end;
     for (std::string line; std::getline(stream, line);) {
-        last = line;
+        (stream.eof() ? end.torn : end.line) = line;
     }
-    return last;
+    return end;
+}
+
+std::string lastLineOf(const std::string &file)
+{
+    FileEnd end = endOf(file);
+    return end.torn.empty() ? end.line : end.torn;
 }
 
 } // namespace
@@ -240,6 +252,7 @@ bool Audit::open(std::string &problem)
         return false;
     }
     size_ = static_cast<std::uint64_t>(status.st_size);
+    dropTornLine();
     std::string last = lastLineOf(file_);
     if (last.empty()) { // it was put aside just before the end
         last = lastLineOf(asideFile(file_, 1));
@@ -260,6 +273,30 @@ bool Audit::open(std::string &problem)
         return false;
     }
     return true;
+}
+
+/** The program may have ended in the midst of a line, whose request was not answered then. Where the one
+ * before is the last of which it had said that it was there, nothing else is missing, and the beginning goes.
+ */
+void Audit::dropTornLine()
+{
+    FileEnd found = endOf(file_);
+    std::string begin;
+    std::string end;
+    if (found.torn.empty() || !readHead(file_, begin, end)) {
+        return;
+    }
+    if (found.line.empty()) { // it was put aside just before
+        found.line = lastLineOf(asideFile(file_, 1));
+    }
+    const std::string last = found.line.empty() ? beginning() : hashOf(found.line);
+    const std::uint64_t whole = size_ - found.torn.size();
+    if (last == end && ftruncate(descriptor_, static_cast<off_t>(whole)) == 0) {
+        size_ = whole;
+        logLine(
+            "the audit log %s ended in the midst of a line, as when its program is killed: that is removed",
+            file_.c_str());
+    }
 }
 
 bool Audit::isReady()

@@ -50,6 +50,7 @@ class Audit
     bool writeUnwritten();
     bool append(const std::string &body);
     bool write(const std::string &line, std::string &problem);
+    void dropTornLine();
     bool rotate(std::string &problem);
     bool writeHead(std::string &problem) const;
     void close();

@@ -38,12 +38,12 @@ settings:
   pip: { mode: pip, size: minimum }
   osd: { timeout: 20 }
 PROFILE
-wrong=$scratch/wrong
-desk_password >"$wrong"
-chmod 600 "$wrong"
+stranger=$scratch/stranger
+desk_password >"$stranger"
+chmod 600 "$stranger"
 cat >"$scratch/wrong.yaml" <<CONFIG
 monitors:
-  one: { url: "http://admin@127.0.0.1:$port", password-file: $wrong }
+  one: { url: "http://admin@127.0.0.1:$port", password-file: $stranger }
 CONFIG
 
 # What is tried: a name; the settings of the desk that it changes, with what they are before and after; its arguments.
@@ -207,6 +207,6 @@ for case in "${cases[@]}"; do
 done
 strike_table
 strike_end
-rm -rf "$config" "$profile" "$wrong" "$scratch/wrong.yaml" "$scratch/saved.yaml" "$scratch/kept"
+rm -rf "$config" "$profile" "$stranger" "$scratch/wrong.yaml" "$scratch/saved.yaml" "$scratch/kept"
 ctl_end
 report

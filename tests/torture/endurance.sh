@@ -36,13 +36,56 @@ ctl_environment admin
 displayctl() { "$DISPLAYCTL" -m "$(url admin)" --yes "$@" </dev/null; }
 desk_password >"$scratch/password"
 
-# ---- what there is ----
-
 state=$scratch/state/displayctl
 accounts=$directory/accounts
 audit=$scratch/audit
 profile=$scratch/house.yaml
 store=$directory/monitor.db
+damages=0
+
+# The audit log is the object manager's: a change is asked for while its calls fail. What it says that it has done stands in
+# the log afterwards.
+value=10
+audited() {
+    local kind nth begin=$failures acknowledged
+    name='audit log'
+    for kind in full-disk full-disk+ kill-before kill-after; do
+        for nth in {1..8}; do
+            value=$((value == 30 ? 5 : value + 1))
+            case $kind in
+            full-disk) strike_other full-disk "$nth" fail "${change[@]}" "osd.timeout=$value" </dev/null ;;
+            full-disk+) strike_other full-disk "$nth+" fail "${change[@]}" "osd.timeout=$value" </dev/null ;;
+            *) strike_other writes "$nth" "$kind" "${change[@]}" "osd.timeout=$value" </dev/null ;;
+            esac
+            [ -n "$struck" ] || continue
+            acknowledged=$result
+            count_outcome "$name, written, $kind" "$struck: $result"
+            damages=$((damages + 1))
+            if [[ $kind == kill-* ]]; then
+                { wait "${desk_host[$desk]}" || true; } 2>/dev/null # the shell would tell of it
+                desk_host[$desk]=
+                host_start
+                change=("$DISPLAYCTL" -m "$(url admin)" --yes set)
+            fi
+            value=$((value == 30 ? 5 : value + 1))
+            eventually "a change after $kind, $struck" change_is_made
+            said=$("$program" audit verify "$audit" 2>&1) || failed "$name, $kind, $struck: it does not verify: $said"
+            [ "$acknowledged" != 0 ] || grep -qh "\"MenuAndMessageTimeOut\":\"$((value - 1))\"" "$audit"* ||
+                failed "$name, $kind, $struck: what was acknowledged is not in it"
+        done
+    done
+    [ "$begin" != "$failures" ] || right "$name: on a full disk, and killed while it is written"
+}
+change_is_made() { "${change[@]}" "osd.timeout=$value" </dev/null >/dev/null 2>&1; }
+change=("$DISPLAYCTL" -m "$(url admin)" --yes set)
+audited
+host_stop
+rm -rf "$audit"* "$state"
+monitor set menu_timeout 15
+host_start
+
+# ---- what there is ----
+
 displayctl set osd.timeout=20 >/dev/null
 displayctl set osd.timeout=21 preset.3.luminance=110 >/dev/null
 displayctl export -o "$profile"
@@ -172,17 +215,18 @@ stroke() { # stroke ACTION: judges what is left by a writer whose call has faile
 }
 
 each_writer() {
-    local kind nth wrong
+    local kind nth begin
     while IFS='|' read -r name file writer reader before after <&3; do
         [ -n "$name" ] || continue
-        before=$(printf '%b' "$before") after=$(printf '%b' "$after") wrong=$failures
+        before=$(printf '%b' "$before") after=$(printf '%b' "$after") begin=$failures
         cp "$file" "$scratch/whole"
+        read -ra program_and_arguments <<<"$writer"
         for kind in full-disk full-disk+ kill-before kill-after; do
             for ((nth = 1; ; ++nth)); do
                 case $kind in
-                full-disk) strike full-disk "$nth" fail $writer <"$scratch/password" ;;
-                full-disk+) strike full-disk "$nth+" fail $writer <"$scratch/password" ;;
-                *) strike writes "$nth" "$kind" $writer <"$scratch/password" ;;
+                full-disk) strike full-disk "$nth" fail "${program_and_arguments[@]}" <"$scratch/password" ;;
+                full-disk+) strike full-disk "$nth+" fail "${program_and_arguments[@]}" <"$scratch/password" ;;
+                *) strike writes "$nth" "$kind" "${program_and_arguments[@]}" <"$scratch/password" ;;
                 esac
                 [ -n "$struck" ] || break
                 stroke
@@ -190,49 +234,10 @@ each_writer() {
             rm -f "$file-wal" "$file-shm"
             cp "$scratch/whole" "$file"
         done
-        [ "$wrong" != "$failures" ] || right "$name: on a full disk, and killed while it is written"
+        [ "$begin" != "$failures" ] || right "$name: on a full disk, and killed while it is written"
     done 3<<<"$written"
 }
 
-# The audit log is the object manager's: a change is asked for while its calls fail. What it says that it has done stands in
-# the log afterwards.
-value=10
-audited() {
-    local kind nth wrong=$failures acknowledged
-    name='audit log'
-    for kind in full-disk full-disk+ kill-before kill-after; do
-        for nth in {1..8}; do
-            value=$((value == 30 ? 5 : value + 1))
-            case $kind in
-            full-disk) strike_other full-disk "$nth" fail "${change[@]}" "osd.timeout=$value" </dev/null ;;
-            full-disk+) strike_other full-disk "$nth+" fail "${change[@]}" "osd.timeout=$value" </dev/null ;;
-            *) strike_other writes "$nth" "$kind" "${change[@]}" "osd.timeout=$value" </dev/null ;;
-            esac
-            [ -n "$struck" ] || continue
-            acknowledged=$result
-            count_outcome "$name, written, $kind" "$struck: $([ "$result" = 0 ] && echo done || echo refused)"
-            damages=$((damages + 1))
-            if [[ $kind == kill-* ]]; then
-                { wait "${desk_host[$desk]}" || true; } 2>/dev/null # the shell would tell of it
-                desk_host[$desk]=
-                host_start
-                change=("$DISPLAYCTL" -m "$(url admin)" --yes set)
-            fi
-            value=$((value == 30 ? 5 : value + 1))
-            eventually "a change after $kind, $struck" change_is_made
-            said=$("$program" audit verify "$audit" 2>&1) || failed "$name, $kind, $struck: it does not verify: $said"
-            [ "$acknowledged" != 0 ] || grep -qh "\"MenuAndMessageTimeOut\":\"$((value - 1))\"" "$audit"* ||
-                failed "$name, $kind, $struck: what was acknowledged is not in it"
-        done
-    done
-    [ "$wrong" != "$failures" ] || right "$name: on a full disk, and killed while it is written"
-}
-change_is_made() { "${change[@]}" "osd.timeout=$value" </dev/null >/dev/null 2>&1; }
-change=("$DISPLAYCTL" -m "$(url admin)" --yes set)
-
-damages=0
-audited
-[ "${2-}" != audited ] || { strike_table; exit; }
 each_file
 each_writer
 strike_table

@@ -10,6 +10,7 @@
 
 #include <csignal>
 #include <filesystem>
+#include <fstream>
 #include <sstream>
 #include <thread>
 
@@ -253,6 +254,30 @@ TEST_F(Audit, ProgramKilledWhilePuttingFilesAsideLosesNothing)
         const AuditVerdict verdict = host::verifyAudit(file());
         EXPECT_TRUE(verdict.good) << "gone on behind step " << done << ": " << verdict.text;
     }
+}
+
+TEST_F(Audit, ALineInWhoseMidstTheProgramWasKilledIsRemoved)
+{
+    std::string problem;
+    {
+        host::Audit audit(file());
+        ASSERT_TRUE(audit.open(problem)) << problem;
+        record(audit, "First");
+    }
+    const std::string whole = test::readFile(file());
+    for (const std::size_t length : {std::size_t(1), whole.size() / 2, whole.size() - 1}) {
+        std::ofstream(file(), std::ios::app) << whole.substr(0, length);
+        host::Audit audit(file());
+        ASSERT_TRUE(audit.open(problem)) << problem;
+        EXPECT_EQ(test::readFile(file()), whole) << length;
+    }
+    // The beginning of a line of which the one before has gone is kept: something else has happened there.
+    const std::string begun = whole.substr(0, whole.size() / 2);
+    std::ofstream(file()) << begun;
+    host::Audit audit(file());
+    ASSERT_TRUE(audit.open(problem)) << problem;
+    EXPECT_EQ(test::readFile(file()), begun);
+    EXPECT_FALSE(host::verifyAudit(file()).good);
 }
 
 TEST_F(Audit, ManyThreadsWriteOneChain)
