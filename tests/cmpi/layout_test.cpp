@@ -42,7 +42,7 @@ struct Member {
     size_t size;
     size_t alignment; // of the structure
     size_t total;     // size of the structure
-    bool as_declared; // the type of the member is the type of the table
+    bool asDeclared;  // the type of the member is the type of the table
 };
 
 std::map<Name, Member> declaredMembers()
@@ -151,13 +151,13 @@ TEST(CmpiLayout, EveryRowOfTheTable)
     const std::map<Name, bool> later = laterMembers();
     const size_t column = sizeof(void *) == 8 ? 2 : 3;
     size_t seen = 0;
-    size_t seen_later = 0;
+    size_t seenLater = 0;
     for (const std::vector<std::string> &row : rows) {
         ASSERT_EQ(row.size(), 5u) << row[0];
         const Name name{row[0], declaredName(row[1])};
         SCOPED_TRACE(name.first + "." + name.second);
         if (row[4] == "2.1") {
-            ++seen_later;
+            ++seenLater;
             const auto found = later.find(name);
             ASSERT_NE(found, later.end());
             EXPECT_FALSE(found->second) << "a member of CMPI 2.1 is declared";
@@ -169,12 +169,12 @@ TEST(CmpiLayout, EveryRowOfTheTable)
         const auto found = declared.find(name);
         ASSERT_NE(found, declared.end());
         EXPECT_EQ(found->second.offset, std::strtoul(row[column].c_str(), nullptr, 10));
-        EXPECT_TRUE(found->second.as_declared) << row[1];
+        EXPECT_TRUE(found->second.asDeclared) << row[1];
     }
     EXPECT_EQ(seen, 324u);
-    EXPECT_EQ(seen_later, 31u);
+    EXPECT_EQ(seenLater, 31u);
     EXPECT_EQ(declared.size(), seen);
-    EXPECT_EQ(later.size(), seen_later);
+    EXPECT_EQ(later.size(), seenLater);
 }
 
 // The members fill their structure: none follows the last one of the table, none hides between two of them.

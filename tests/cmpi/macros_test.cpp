@@ -79,7 +79,7 @@ using RecorderOf = Recorder<entry, decltype(entry)>;
 // Arguments: all of different addresses or values.
 class CmpiMacros : public testing::Test
 {
-  protected:
+  public:
     CMPIBrokerFT bft{};
     CMPIBrokerEncFT eft{};
     CMPIBroker broker{nullptr, &bft, &eft, nullptr, nullptr};

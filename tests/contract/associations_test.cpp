@@ -82,7 +82,7 @@ void PrintTo(const AssociationRow &row, std::ostream *out)
 
 class Associations : public testing::TestWithParam<AssociationRow>
 {
-  protected:
+  public:
     void SetUp() override
     {
         scriptMonitor();

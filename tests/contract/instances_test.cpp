@@ -54,7 +54,7 @@ void PrintTo(const InstanceRow &row, std::ostream *out)
 
 class Instances : public testing::TestWithParam<InstanceRow>
 {
-  protected:
+  public:
     void SetUp() override
     {
         scriptMonitor();

@@ -36,39 +36,40 @@ TEST(MethodRows, AreOneForEachClass)
 class AskedArguments
 {
   public:
-    explicit AskedArguments(const Entries &arguments) : object(broker.newArgs(arguments)), usual(object->ft)
+    explicit AskedArguments(const Entries &arguments)
+        : object_(broker.newArgs(arguments)), usual_(object_->ft)
     {
-        names.clear();
-        usualTable = usual;
-        table = *usual;
-        table.getArg = [](const CMPIArgs *args, const char *name, CMPIStatus *status) {
-            names.push_back(name);
-            return usualTable->getArg(args, name, status);
+        names_.clear();
+        usualTable_ = usual_;
+        table_ = *usual_;
+        table_.getArg = [](const CMPIArgs *args, const char *name, CMPIStatus *status) {
+            names_.push_back(name);
+            return usualTable_->getArg(args, name, status);
         };
-        object->ft = &table;
+        object_->ft = &table_;
     }
     ~AskedArguments()
     {
-        object->ft = usual;
+        object_->ft = usual_;
     }
     AskedArguments(const AskedArguments &) = delete;
     AskedArguments &operator=(const AskedArguments &) = delete;
 
     const CMPIArgs *args() const
     {
-        return object;
+        return object_;
     }
     const std::vector<std::string> &asked() const
     {
-        return names;
+        return names_;
     }
 
   private:
-    ArgsObject *object;
-    const CMPIArgsFT *usual;
-    CMPIArgsFT table = {};
-    static inline const CMPIArgsFT *usualTable = nullptr;
-    static inline std::vector<std::string> names;
+    ArgsObject *object_;
+    const CMPIArgsFT *usual_;
+    CMPIArgsFT table_ = {};
+    static inline const CMPIArgsFT *usualTable_ = nullptr;
+    static inline std::vector<std::string> names_;
 };
 
 struct MethodAnswer : Answer {
@@ -94,7 +95,7 @@ MethodAnswer callMethod(const TestedClass &tested, const Path &target, const std
 
 class Methods : public testing::TestWithParam<MethodClassRow>
 {
-  protected:
+  public:
     void SetUp() override
     {
         scriptMonitor();

@@ -30,7 +30,7 @@ using desk::Ticket;
 
 class Board : public DeskTest
 {
-  protected:
+  public:
     /** What was refused, and why; empty when nothing was. */
     std::string refusal()
     {
@@ -227,7 +227,7 @@ TEST_F(Board, AndQueuesOfAnotherUserAreNotUsed)
 /* A message of each outcome, by a real engine, seen from another process. */
 class BoardOfAnEngine : public Board
 {
-  protected:
+  public:
     static constexpr const char *selectInputTwo =
         "01000000 0300 0700 00 01 01 00 19 00 02000000 00 00 00 00000000"
         "00 00 00 00000000 00 00 00 00000000 00";

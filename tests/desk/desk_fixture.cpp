@@ -135,7 +135,7 @@ void DeskTest::SetUp()
 
 void DeskTest::TearDown()
 {
-    if (engine > 0) {
+    if (engine_ > 0) {
         stopEngine(SIGKILL);
     }
     for (int queue = 0; queue < 4; ++queue) {
@@ -155,20 +155,20 @@ void DeskTest::startEngine(std::vector<std::string> options)
 {
     std::filesystem::remove(directory + "/engine.log");
     options.insert(options.begin(), DESK_ENGINE);
-    engine = startProgram(options, directory + "/engine.log");
+    engine_ = startProgram(options, directory + "/engine.log");
     ASSERT_TRUE(engineLogged("desk-engine: ready")) << engineLog();
 }
 
 int DeskTest::stopEngine(int signal)
 {
     // 0 and -1 would mean this process's group, and every process there is.
-    if (engine <= 0) {
+    if (engine_ <= 0) {
         ADD_FAILURE() << "no engine runs";
         return -1;
     }
-    kill(engine, signal);
-    const int status = endOf(engine);
-    engine = -1;
+    kill(engine_, signal);
+    const int status = endOf(engine_);
+    engine_ = -1;
     return status;
 }
 

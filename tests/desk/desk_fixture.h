@@ -39,7 +39,7 @@ std::string contentOf(const std::string &file);
 
 class DeskTest : public testing::Test
 {
-  protected:
+  public:
     void SetUp() override;
     void TearDown() override;
 
@@ -48,7 +48,7 @@ class DeskTest : public testing::Test
     int stopEngine(int signal);
     pid_t engineProcess() const
     {
-        return engine;
+        return engine_;
     }
     /* True when the engine has logged a line with the text. */
     bool engineLogged(const std::string &text);
@@ -80,7 +80,7 @@ class DeskTest : public testing::Test
 
   private:
     int queueIdentifier(int queue, bool create);
-    pid_t engine = -1;
+    pid_t engine_ = -1;
 };
 
 #endif

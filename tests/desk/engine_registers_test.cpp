@@ -181,7 +181,7 @@ constexpr Refusal refusals[] = {
     {"01000000 0300 0700 00 01 10  00 b7 00 e9030000", 183, 16},
 };
 
-constexpr const char *FactoryReset = "01000000 0300 0700 00 01 0b  00 8c 00 00000000";
+constexpr const char *factoryReset = "01000000 0300 0700 00 01 0b  00 8c 00 00000000";
 
 class EngineRegisters : public DeskTest
 {
@@ -205,7 +205,7 @@ TEST_F(EngineRegisters, TakeWhatIsWritten)
         expected.resize(36);
         EXPECT_EQ(reply.bytes, expected); /* the request comes back; status 0: applied */
         EXPECT_EQ(registerText(write.registerId, write.group), write.readsBack);
-        request(FactoryReset);
+        request(factoryReset);
     }
     EXPECT_EQ(engineLog().find("not applied"), std::string::npos) << engineLog();
 }

@@ -12,7 +12,7 @@ namespace
 
 class Identity : public DeskTest
 {
-  protected:
+  public:
     char error[ERROR_TEXT_SIZE] = " ";
 };
 

@@ -45,7 +45,7 @@ SpearMessage selectInput(int input)
 
 class Queues : public DeskTest
 {
-  protected:
+  public:
     void SetUp() override
     {
         DeskTest::SetUp();
@@ -292,7 +292,7 @@ TEST_F(Queues, WaitForAnEngineThatIsApplyingARequest)
 /* An engine of the test's own, whose answers are wrong in one way each. */
 class QueuesWithFalseReplies : public Queues
 {
-  protected:
+  public:
     struct Message {
         long ticket;
         std::uint8_t bytes[64];

@@ -182,7 +182,7 @@ TEST_F(ExporterTest, BusyAndLoginAreTold)
 {
     for (const auto &[status, outcome] :
          {std::pair{"503 Service Unavailable", "busy"}, std::pair{"401 Unauthorized", "login"}}) {
-        const Responder server{[&](const Request &) { return http("", status); }};
+        const Responder server{[answer = http("", status)](const Request &) { return answer; }};
         exporter_.use(siteOf(server.port()));
         const Reply reply = probe(exporter_);
         EXPECT_EQ(reply.status, 200);

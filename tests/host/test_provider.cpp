@@ -388,10 +388,14 @@ CMPIStatus relay(const CMPIContext *context, const CMPIObjectPath *reference, co
     return result;
 }
 
+/** Null where the object manager does not know that class. */
 CMPIInstance *makeState(const std::string &nameSpace, CMPIUint16 load)
 {
     CMPIInstance *state =
         CMNewInstance(broker, CMNewObjectPath(broker, nameSpace.c_str(), "Test_State", nullptr), nullptr);
+    if (state == nullptr) {
+        return nullptr;
+    }
     const std::string note = format("a & b <c> \"%u\"", static_cast<unsigned>(load));
     CMSetProperty(state, "Note", charsValue(note.c_str()), CMPI_chars);
     CMSetProperty(state, "Load", reinterpret_cast<const CMPIValue *>(&load), CMPI_uint16);
@@ -399,10 +403,13 @@ CMPIInstance *makeState(const std::string &nameSpace, CMPIUint16 load)
 }
 
 /** Instances in the output arguments: one, several, none; and what came as the argument "want". */
-void giveStates(const std::string &nameSpace, const CMPIArgs *in, CMPIArgs *out)
+CMPIStatus giveStates(const std::string &nameSpace, const CMPIArgs *in, CMPIArgs *out)
 {
     CMPIValue value = {};
     value.inst = makeState(nameSpace, 7);
+    if (value.inst == nullptr) {
+        return status(CMPI_RC_ERR_INVALID_CLASS, "Test_State");
+    }
     CMAddArg(out, "state", &value, CMPI_instance);
     CMPIValue states = {};
     states.array = CMNewArray(broker, 2, CMPI_instance, nullptr);
@@ -413,6 +420,7 @@ void giveStates(const std::string &nameSpace, const CMPIArgs *in, CMPIArgs *out)
     CMAddArg(out, "states", &states, CMPI_instanceA);
     CMAddArg(out, "none", nullptr, CMPI_instance);
     addText(out, "wanted", describe(CMGetArg(in, "want", nullptr)));
+    return status(CMPI_RC_OK);
 }
 
 CMPIStatus Test_ThingMethodCleanup(CMPIMethodMI *, const CMPIContext *, CMPIBoolean)
@@ -481,7 +489,7 @@ CMPIStatus Test_ThingInvokeMethod(CMPIMethodMI *, const CMPIContext *context, co
                                                          : CMPI_RC_ERR_FAILED,
                       found.rc == CMPI_RC_OK ? chars(message.value.string) : nullptr);
     } else if (std::strcmp(method, "Describe") == 0) {
-        giveStates(nameSpaceOf(reference), in, out);
+        outcome = giveStates(nameSpaceOf(reference), in, out);
     } else if (std::strcmp(method, "Relay") == 0) {
         outcome = relay(context, reference, chars(CMGetArg(in, "what", nullptr).value.string), in, out);
     } else {

@@ -31,31 +31,31 @@ void Faults::disarm()
 void Faults::arm(int nth, Fault fault)
 {
     *this = {};
-    target = nth;
-    armed = fault;
+    target_ = nth;
+    armed_ = fault;
 }
 
-void Faults::arm(const std::string &theFunction, int nth, Fault fault)
+void Faults::arm(const std::string &function, int nth, Fault fault)
 {
     *this = {};
-    target = nth;
-    function = theFunction;
-    armed = fault;
+    target_ = nth;
+    function_ = function;
+    armed_ = fault;
 }
 
 Fault Faults::strike(const std::string &called)
 {
-    ++count;
-    if (armed == Fault::none) {
+    ++count_;
+    if (armed_ == Fault::none) {
         return Fault::none;
     }
-    const bool hit =
-        function.empty() ? count == target : called == function && (++counted == target || target == 0);
+    const bool hit = function_.empty() ? count_ == target_
+                                       : called == function_ && (++counted_ == target_ || target_ == 0);
     if (!hit) {
         return Fault::none;
     }
-    name = called;
-    return armed;
+    name_ = called;
+    return armed_;
 }
 
 } // namespace test_support

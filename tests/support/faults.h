@@ -35,21 +35,21 @@ class Faults
 
     int calls() const
     {
-        return count;
+        return count_;
     }
     /** The function that was struck; empty when none was. */
     const std::string &struck() const
     {
-        return name;
+        return name_;
     }
 
   private:
-    int count = 0;
-    int counted = 0; // calls of the armed function
-    int target = 0;
-    std::string function;
-    Fault armed = Fault::none;
-    std::string name;
+    int count_ = 0;
+    int counted_ = 0; // calls of the armed function
+    int target_ = 0;
+    std::string function_;
+    Fault armed_ = Fault::none;
+    std::string name_;
 };
 
 extern Faults faults;

@@ -34,7 +34,7 @@ void leadOutputTo(int file)
 class ReportPrinter : public testing::TestEventListener
 {
   public:
-    explicit ReportPrinter(testing::TestEventListener *thePrinter) : printer(thePrinter) {}
+    explicit ReportPrinter(testing::TestEventListener *thePrinter) : printer_(thePrinter) {}
 
     void OnTestProgramStart(const testing::UnitTest &test) override
     {
@@ -101,10 +101,10 @@ class ReportPrinter : public testing::TestEventListener
     void print(void (Printer::*event)(Parameters...), Arguments &&...arguments)
     {
         leadOutputTo(realOutput);
-        (printer.get()->*event)(arguments...);
+        (printer_.get()->*event)(arguments...);
         leadOutputTo(capturedOutput);
     }
-    std::unique_ptr<testing::TestEventListener> printer;
+    std::unique_ptr<testing::TestEventListener> printer_;
 };
 
 } // namespace

@@ -1100,12 +1100,12 @@ void RecordingBroker::reset()
 void RecordingBroker::freeObjects()
 {
     upCalls.clear();
-    objects.clear();
+    objects_.clear();
 }
 
 int RecordingBroker::unreleasedClones() const
 {
-    return static_cast<int>(std::count_if(objects.begin(), objects.end(), [](const auto &object) {
+    return static_cast<int>(std::count_if(objects_.begin(), objects_.end(), [](const auto &object) {
         return object->cloned && !object->released;
     }));
 }

@@ -136,7 +136,7 @@ class RecordingBroker : public CMPIBroker
         Made *made = owned.get();
         made->hdl = made;
         made->ft = tableOf(made);
-        objects.push_back(std::move(owned));
+        objects_.push_back(std::move(owned));
         return made;
     }
 
@@ -157,7 +157,7 @@ class RecordingBroker : public CMPIBroker
     static const CMPIEnumerationFT *tableOf(const CMPIEnumeration *);
     static const CMPIResultFT *tableOf(const CMPIResult *);
 
-    std::vector<std::unique_ptr<Object>> objects;
+    std::vector<std::unique_ptr<Object>> objects_;
 };
 
 extern RecordingBroker broker;

@@ -72,13 +72,13 @@ void checkName(const std::string &call)
 void Seam::returns(const std::string &call, int result)
 {
     checkName(call);
-    always[call] = result;
+    always_[call] = result;
 }
 
 void Seam::returnsAt(const std::string &call, int nth, int result)
 {
     checkName(call);
-    onceOnly[{call, nth}] = result;
+    onceOnly_[{call, nth}] = result;
 }
 
 void Seam::forgetCalls()
@@ -91,7 +91,7 @@ void Seam::forgetCalls()
     printedBefore.clear();
     registerTextBefore.clear();
     captured.clear();
-    timesCalled.clear();
+    timesCalled_.clear();
 }
 
 int Seam::count(const std::string &function) const
@@ -171,14 +171,14 @@ void Seam::reset()
 bool scripted(const std::string &function, const std::string &call, int *result)
 {
     seam.calls.push_back(call);
-    const int nthOfFunction = ++seam.timesCalled[function];
-    const int nthOfCall = ++seam.timesCalled[call];
+    const int nthOfFunction = ++seam.timesCalled_[function];
+    const int nthOfCall = ++seam.timesCalled_[call];
     for (const auto &[name, nth] : {std::pair(function, nthOfFunction), std::pair(call, nthOfCall)}) {
-        if (const auto found = seam.onceOnly.find({name, nth}); found != seam.onceOnly.end()) {
+        if (const auto found = seam.onceOnly_.find({name, nth}); found != seam.onceOnly_.end()) {
             *result = found->second;
             return true;
         }
-        if (const auto found = seam.always.find(name); found != seam.always.end()) {
+        if (const auto found = seam.always_.find(name); found != seam.always_.end()) {
             *result = found->second;
             return true;
         }

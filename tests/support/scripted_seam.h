@@ -86,9 +86,9 @@ struct Seam {
 
   private:
     friend bool scripted(const std::string &function, const std::string &call, int *result);
-    std::map<std::string, int> always;
-    std::map<std::pair<std::string, int>, int> onceOnly;
-    std::map<std::string, int> timesCalled;
+    std::map<std::string, int> always_;
+    std::map<std::pair<std::string, int>, int> onceOnly_;
+    std::map<std::string, int> timesCalled_;
 };
 
 extern Seam seam;

@@ -72,7 +72,7 @@ std::string namedCall(const std::string &call)
 
 class LibraryTorture : public testing::TestWithParam<const TestedClass *>
 {
-  protected:
+  public:
     void SetUp() override
     {
         contract::scriptMonitor();

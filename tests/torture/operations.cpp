@@ -121,8 +121,8 @@ class Calls
   public:
     Calls(const TestedClass &theClass, Path theTarget, std::string theMethod,
           std::vector<Operation> &theOperations)
-        : tested(theClass), target(std::move(theTarget)), method(std::move(theMethod)),
-          operations(theOperations)
+        : tested_(theClass), target_(std::move(theTarget)), method_(std::move(theMethod)),
+          operations_(theOperations)
     {
     }
 
@@ -130,32 +130,32 @@ class Calls
         const std::string &situation, const Entries &arguments, const User &user = "admin",
         const std::function<void()> &prepare = [] {})
     {
-        addOn(target, situation, arguments, user, prepare);
+        addOn(target_, situation, arguments, user, prepare);
     }
     void addOn(
         const Path &other, const std::string &situation, const Entries &arguments, const User &user = "admin",
         const std::function<void()> &prepare = [] {})
     {
-        operations.push_back({.name = method,
-                              .situation = situation,
-                              .method = true,
-                              .run = [&of = tested, other, called = method, arguments,
-                                      user] { return invoke(of, other, called, arguments, user); },
-                              .prepare = prepare,
-                              .expected = {}});
+        operations_.push_back({.name = method_,
+                               .situation = situation,
+                               .method = true,
+                               .run = [&of = tested_, other, called = method_, arguments,
+                                       user] { return invoke(of, other, called, arguments, user); },
+                               .prepare = prepare,
+                               .expected = {}});
     }
     /** The usual call, with its answer. */
     void addUsual(const Entries &arguments, const Expected &expected)
     {
         add("", arguments);
-        operations.back().expected = expected;
+        operations_.back().expected = expected;
     }
 
   private:
-    const TestedClass &tested;
-    Path target;
-    std::string method;
-    std::vector<Operation> &operations;
+    const TestedClass &tested_;
+    Path target_;
+    std::string method_;
+    std::vector<Operation> &operations_;
 };
 
 Entries withArgument(Entries arguments, const std::string &name, const Value &value)

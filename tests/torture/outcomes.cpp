@@ -54,16 +54,16 @@ OutcomeTable::OutcomeTable(const std::string &file)
             continue;
         }
         columns.resize(7);
-        rows.insert({columns[2], Row{.classes = names(columns[0], ' '),
-                                     .operations = names(columns[1], ' '),
-                                     .faults = names(columns[3], ','),
-                                     .code = columns[4],
-                                     .value = columns[5],
-                                     .text = columns[6],
-                                     .line = line,
-                                     .seen = {}}});
+        rows_.insert({columns[2], Row{.classes = names(columns[0], ' '),
+                                      .operations = names(columns[1], ' '),
+                                      .faults = names(columns[3], ','),
+                                      .code = columns[4],
+                                      .value = columns[5],
+                                      .text = columns[6],
+                                      .line = line,
+                                      .seen = {}}});
     }
-    EXPECT_FALSE(rows.empty()) << file;
+    EXPECT_FALSE(rows_.empty()) << file;
 }
 
 bool OutcomeTable::allows(const Outcome &outcome)
@@ -82,7 +82,7 @@ bool OutcomeTable::allows(const Outcome &outcome)
 bool OutcomeTable::allowsAfter(const std::string &call, const Outcome &outcome)
 {
     bool found = false;
-    for (auto [at, end] = rows.equal_range(call); at != end; ++at) {
+    for (auto [at, end] = rows_.equal_range(call); at != end; ++at) {
         Row &row = at->second;
         const bool called = covers(row.classes, outcome.className) && covers(row.faults, outcome.fault) &&
                             (covers(row.operations, outcome.operation) ||
@@ -100,7 +100,7 @@ bool OutcomeTable::allowsAfter(const std::string &call, const Outcome &outcome)
 std::vector<std::string> OutcomeTable::unseen(const std::string &className) const
 {
     std::vector<std::string> lines;
-    for (const auto &[call, row] : rows) {
+    for (const auto &[call, row] : rows_) {
         if (row.classes.contains(className) && !row.seen.contains(className)) {
             lines.push_back(row.line);
         }

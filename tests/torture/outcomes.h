@@ -45,7 +45,7 @@ class OutcomeTable
     };
     bool allowsAfter(const std::string &call, const Outcome &outcome);
 
-    std::multimap<std::string, Row> rows; // by call
+    std::multimap<std::string, Row> rows_; // by call
 };
 
 } // namespace torture

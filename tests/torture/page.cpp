@@ -42,43 +42,43 @@ Page::Page(const std::string &file)
         perror(file.c_str());
         exit(2);
     }
-    control = static_cast<Control *>(page);
+    control_ = static_cast<Control *>(page);
 }
 
 Page::~Page()
 {
-    munmap(control, sizeof *control);
+    munmap(control_, sizeof *control_);
 }
 
 void Page::arm(const Fault &fault, long nth, Action action, bool forever)
 {
-    control->kind = noCalls;
-    control->nth = nth;
-    control->forever = forever;
-    control->error = fault.error;
-    control->action = action;
-    control->count = 0;
-    control->struck = 0;
-    memset(control->name, 0, sizeof control->name);
-    control->isSurvey = 0;
-    control->placeCount = 0;
-    control->kind = fault.kind;
+    control_->kind = noCalls;
+    control_->nth = nth;
+    control_->forever = forever;
+    control_->error = fault.error;
+    control_->action = action;
+    control_->count = 0;
+    control_->struck = 0;
+    memset(control_->name, 0, sizeof control_->name);
+    control_->isSurvey = 0;
+    control_->placeCount = 0;
+    control_->kind = fault.kind;
 }
 
 void Page::survey(const Fault &fault)
 {
     arm(fault, 0);
-    control->isSurvey = 1;
+    control_->isSurvey = 1;
 }
 
 std::vector<long> Page::places() const
 {
-    return {control->places, control->places + control->placeCount.load()};
+    return {control_->places, control_->places + control_->placeCount.load()};
 }
 
 void Page::disarm()
 {
-    control->kind = noCalls;
+    control_->kind = noCalls;
 }
 
 } // namespace torture

@@ -38,20 +38,20 @@ class Page
 
     long count() const
     {
-        return control->count.load();
+        return control_->count.load();
     }
     bool struck() const
     {
-        return control->struck.load() > 0;
+        return control_->struck.load() > 0;
     }
     /** The function that failed. */
     std::string function() const
     {
-        return control->name;
+        return control_->name;
     }
 
   private:
-    Control *control;
+    Control *control_;
 };
 
 } // namespace torture

@@ -78,7 +78,7 @@ std::string with(std::string text, const std::string &value)
 class Server
 {
   public:
-    explicit Server(int thePort) : port(thePort) {}
+    explicit Server(int thePort) : port_(thePort) {}
 
     Answer ask(const Request &request, const std::string &value = "") const
     {
@@ -117,7 +117,7 @@ class Server
         setsockopt(connection, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
         sockaddr_in address = {};
         address.sin_family = AF_INET;
-        address.sin_port = htons(static_cast<in_port_t>(port));
+        address.sin_port = htons(static_cast<in_port_t>(port_));
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         if (connect(connection, reinterpret_cast<sockaddr *>(&address), sizeof address) == 0) {
             return connection;
@@ -125,7 +125,7 @@ class Server
         close(connection);
         return -1;
     }
-    int port;
+    int port_;
 };
 
 /** One request and all its calls of a kind. */
@@ -133,7 +133,7 @@ class Torture
 {
   public:
     Torture(Page &thePage, const Server &theServer, const Fault &theFault, const Request &theRead)
-        : page(thePage), server(theServer), fault(theFault), read(theRead)
+        : page_(thePage), server_(theServer), fault_(theFault), read_(theRead)
     {
     }
 
@@ -141,33 +141,33 @@ class Torture
     {
         std::map<std::string, long> outcomes;
         std::map<std::string, long> functions;
-        stored = nextValue();
-        const Answer asEver = server.ask(request, stored);
+        stored_ = nextValue();
+        const Answer asEver = server_.ask(request, stored_);
         const std::string usual = asEver.status;
         if (!isAcknowledged(asEver, request)) {
             end(request.name + " is refused as it stands: " + usual + " " + asEver.head + asEver.content);
         }
         long failed = 0;
         for (long nth = 1;; nth += every) {
-            const std::string before = stored;
+            const std::string before = stored_;
             const std::string value = nextValue();
-            page.arm(fault, nth);
-            const Answer answer = server.ask(request, value);
-            page.disarm();
-            if (!page.struck()) {
+            page_.arm(fault_, nth);
+            const Answer answer = server_.ask(request, value);
+            page_.disarm();
+            if (!page_.struck()) {
                 break;
             }
             ++failed;
-            ++functions[page.function()];
-            const std::string what = request.name + ", " + fault.name + ": call " + std::to_string(nth) +
-                                     ", " + page.function() + ", was to fail";
+            ++functions[page_.function()];
+            const std::string what = request.name + ", " + fault_.name + ": call " + std::to_string(nth) +
+                                     ", " + page_.function() + ", was to fail";
             ++outcomes[answer.status != usual            ? answer.status
                        : isAcknowledged(answer, request) ? "as usual"
                                                          : usual + " refused"];
             if (answer.status == "silent") {
                 end(what + ": no answer within " + std::to_string(patience) + " s");
             }
-            const Answer after = server.ask(read);
+            const Answer after = server_.ask(read_);
             if (after.status != "200") {
                 end(what + ": the next request was answered " + after.status);
             }
@@ -181,7 +181,7 @@ class Torture
             if (!hasNew && after.content.find(before) == std::string::npos) {
                 end(what + ": neither the former nor the new value: " + before + ", " + value);
             }
-            stored = hasNew ? value : before;
+            stored_ = hasNew ? value : before;
         }
         print(request, failed, outcomes, functions);
     }
@@ -194,7 +194,7 @@ class Torture
 
     std::string nextValue()
     {
-        return "Room " + std::to_string(++number) + "x";
+        return "Room " + std::to_string(++number_) + "x";
     }
 
     void print(const Request &request, long failed, const std::map<std::string, long> &outcomes,
@@ -209,16 +209,16 @@ class Torture
             text += function + " " + std::to_string(count) + " ";
         }
         text.back() = ')';
-        printf("  %-18s %-12s %6ld failed  %s\n", request.name.c_str(), fault.name, failed, text.c_str());
+        printf("  %-18s %-12s %6ld failed  %s\n", request.name.c_str(), fault_.name, failed, text.c_str());
         fflush(stdout);
     }
 
-    Page &page;
-    const Server &server;
-    const Fault fault;
-    const Request &read;
-    std::string stored;
-    int number = 0;
+    Page &page_;
+    const Server &server_;
+    const Fault fault_;
+    const Request &read_;
+    std::string stored_;
+    int number_ = 0;
 };
 
 } // namespace

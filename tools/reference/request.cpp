@@ -221,7 +221,7 @@ std::vector<std::string> causesOf(const Group &group)
             continue;
         }
         auto same = std::find_if(causes.begin(), causes.end(),
-                                 [&](const auto &cause) { return cause.first == fault.when; });
+                                 [&when = fault.when](const auto &cause) { return cause.first == when; });
         if (same == causes.end()) {
             same = causes.insert(same, {fault.when, ""});
         }

@@ -66,36 +66,38 @@ std::string definedName(const std::string &statement)
 class Reader
 {
   public:
-    Reader(const std::string &theContent, const std::string &theFile) : content(theContent), file(theFile) {}
+    Reader(const std::string &theContent, const std::string &theFile) : content_(theContent), file_(theFile)
+    {
+    }
 
     std::vector<SourceText> read()
     {
-        while (at < content.size()) {
+        while (at_ < content_.size()) {
             step();
         }
         endLiteral();
-        return found;
+        return found_;
     }
 
   private:
     void step()
     {
-        const char character = content[at];
-        if (content.compare(at, 2, "//") == 0 || (character == '#' && atLineStart())) {
+        const char character = content_[at_];
+        if (content_.compare(at_, 2, "//") == 0 || (character == '#' && atLineStart())) {
             skipLine();
-        } else if (content.compare(at, 2, "/*") == 0) {
-            at = std::min(content.find("*/", at), content.size() - 2) + 2;
+        } else if (content_.compare(at_, 2, "/*") == 0) {
+            at_ = std::min(content_.find("*/", at_), content_.size() - 2) + 2;
         } else if (character == '"') {
             readLiteral();
         } else if (character == '\'') {
-            const size_t begin = at;
-            for (++at; content[at] != '\''; ++at) {
-                at += content[at] == '\\';
+            const size_t begin = at_;
+            for (++at_; content_[at_] != '\''; ++at_) {
+                at_ += content_[at_] == '\\';
             }
-            ++at;
-            add(content.substr(begin, at - begin));
+            ++at_;
+            add(content_.substr(begin, at_ - begin));
         } else {
-            ++at;
+            ++at_;
             if (!isspace(static_cast<unsigned char>(character))) {
                 endLiteral();
             }
@@ -105,114 +107,114 @@ class Reader
 
     bool atLineStart() const
     {
-        const size_t before = content.find_last_not_of(" \t", at == 0 ? 0 : at - 1);
-        return at == 0 || before == std::string::npos || content[before] == '\n';
+        const size_t before = content_.find_last_not_of(" \t", at_ == 0 ? 0 : at_ - 1);
+        return at_ == 0 || before == std::string::npos || content_[before] == '\n';
     }
 
     /** A comment or directive, with the lines that continue it. */
     void skipLine()
     {
-        while (at < content.size() && (content[at] != '\n' || content[at - 1] == '\\')) {
-            ++at;
+        while (at_ < content_.size() && (content_[at_] != '\n' || content_[at_ - 1] == '\\')) {
+            ++at_;
         }
     }
 
     void add(const std::string &text)
     {
-        if (definition.empty()) {
-            statement += text;
+        if (definition_.empty()) {
+            statement_ += text;
         }
-        code += text;
+        code_ += text;
     }
 
     void nest(char character)
     {
         if (character == '(') {
-            calls.push_back(nameBefore(code, code.size()));
-        } else if (character == ')' && !calls.empty()) {
-            calls.pop_back();
+            calls_.push_back(nameBefore(code_, code_.size()));
+        } else if (character == ')' && !calls_.empty()) {
+            calls_.pop_back();
         }
         add(std::string(1, character));
         if (character == ')' && isWholeMacro()) {
-            statement.clear();
+            statement_.clear();
         }
         if (character == '{') {
             open();
         } else if (character == '}') {
             close();
         }
-        if (character == ';' && levels.empty()) {
-            statement.clear();
+        if (character == ';' && levels_.empty()) {
+            statement_.clear();
         }
-        if (code.size() > 4096) {
-            code.erase(0, 2048);
+        if (code_.size() > 4096) {
+            code_.erase(0, 2048);
         }
     }
 
     /** Whether a macro ends here that is a definition without braces and semicolon. */
     bool isWholeMacro() const
     {
-        const size_t next = content.find_first_not_of(" \t\n", at);
-        const size_t arguments = statement.find('(');
-        return levels.empty() && calls.empty() && arguments != std::string::npos &&
-               isMacroName(nameBefore(statement, arguments)) &&
-               (next == std::string::npos || content[next] != '{');
+        const size_t next = content_.find_first_not_of(" \t\n", at_);
+        const size_t arguments = statement_.find('(');
+        return levels_.empty() && calls_.empty() && arguments != std::string::npos &&
+               isMacroName(nameBefore(statement_, arguments)) &&
+               (next == std::string::npos || content_[next] != '{');
     }
 
     void open()
     {
-        if (levels.empty() && statement.find("namespace") != std::string::npos && calls.empty()) {
-            statement.clear();
-            ++namespaces;
+        if (levels_.empty() && statement_.find("namespace") != std::string::npos && calls_.empty()) {
+            statement_.clear();
+            ++namespaces_;
             return;
         }
-        if (levels.empty()) {
-            definition = definedName(statement);
+        if (levels_.empty()) {
+            definition_ = definedName(statement_);
         }
-        levels.push_back('{');
+        levels_.push_back('{');
     }
 
     void close()
     {
-        if (levels.empty()) {
-            --namespaces;
+        if (levels_.empty()) {
+            --namespaces_;
             return;
         }
-        levels.pop_back();
-        if (levels.empty()) {
-            definition.clear();
-            statement.clear();
+        levels_.pop_back();
+        if (levels_.empty()) {
+            definition_.clear();
+            statement_.clear();
         }
     }
 
     void readLiteral()
     {
-        if (!inLiteral) {
-            measured = code.ends_with("sizeof ");
+        if (!inLiteral_) {
+            measured_ = code_.ends_with("sizeof ");
         }
-        for (++at; content[at] != '"'; ++at) {
-            if (content[at] != '\\') {
-                literal += content[at];
+        for (++at_; content_[at_] != '"'; ++at_) {
+            if (content_[at_] != '\\') {
+                literal_ += content_[at_];
                 continue;
             }
-            ++at;
-            literal += content[at] == 'n' ? '\n' : content[at];
+            ++at_;
+            literal_ += content_[at_] == 'n' ? '\n' : content_[at_];
         }
-        ++at;
-        inLiteral = true;
+        ++at_;
+        inLiteral_ = true;
     }
 
     /** Adjacent literals are one text. */
     void endLiteral()
     {
-        if (!inLiteral) {
+        if (!inLiteral_) {
             return;
         }
-        const std::string text = std::exchange(literal, "");
-        inLiteral = false;
-        const std::string call = calls.empty() ? "" : calls.back();
-        if (!measured && isAnswer(text, call)) {
-            found.push_back({text, file, definition.empty() ? definedName(statement) : definition});
+        const std::string text = std::exchange(literal_, "");
+        inLiteral_ = false;
+        const std::string call = calls_.empty() ? "" : calls_.back();
+        if (!measured_ && isAnswer(text, call)) {
+            found_.push_back({text, file_, definition_.empty() ? definedName(statement_) : definition_});
         }
         add("\"\"");
     }
@@ -235,19 +237,19 @@ class Reader
                !call.starts_with("sizeof");
     }
 
-    const std::string &content;
-    const std::string &file;
-    size_t at = 0;
-    std::string statement; // of the namespace level, up to here
-    std::string code;      // the last of what was read, without literals
-    std::string definition;
-    std::vector<std::string> calls;
-    std::vector<char> levels;
-    int namespaces = 0;
-    std::string literal;
-    bool inLiteral = false;
-    bool measured = false; // only its size counts
-    std::vector<SourceText> found;
+    const std::string &content_;
+    const std::string &file_;
+    size_t at_ = 0;
+    std::string statement_; // of the namespace level, up to here
+    std::string code_;      // the last of what was read, without literals
+    std::string definition_;
+    std::vector<std::string> calls_;
+    std::vector<char> levels_;
+    int namespaces_ = 0;
+    std::string literal_;
+    bool inLiteral_ = false;
+    bool measured_ = false; // only its size counts
+    std::vector<SourceText> found_;
 };
 
 } // namespace

@@ -110,7 +110,7 @@ TEST_F(Gate, AUserHasHalfOfThePlacesInside)
     gate.leave(11);
     EXPECT_FALSE(gate.enter(5, "a", 1ms)) << "the free place is not for him";
     EXPECT_TRUE(gate.enter(21, "c", 0ms));
-    for (const std::uint64_t request : {1, 2, 3, 4, 12, 13, 14, 21}) {
+    for (const std::uint64_t request : {1U, 2U, 3U, 4U, 12U, 13U, 14U, 21U}) {
         gate.leave(request);
     }
 }

@@ -218,19 +218,19 @@ class BrokerWithElements
 {
   public:
     explicit BrokerWithElements(const std::vector<Value> &theElements, CMPIrc theRc = CMPI_RC_OK)
-        : usual(broker.bft), table(*broker.bft)
+        : usual_(broker.bft), table_(*broker.bft)
     {
         elements() = theElements;
         rc() = theRc;
-        table.enumerateInstanceNames = [](const CMPIBroker *, const CMPIContext *, const CMPIObjectPath *,
-                                          CMPIStatus *status) { return enumeration(status); };
-        table.enumerateInstances = [](const CMPIBroker *, const CMPIContext *, const CMPIObjectPath *,
-                                      const char **, CMPIStatus *status) { return enumeration(status); };
-        broker.bft = &table;
+        table_.enumerateInstanceNames = [](const CMPIBroker *, const CMPIContext *, const CMPIObjectPath *,
+                                           CMPIStatus *status) { return enumeration(status); };
+        table_.enumerateInstances = [](const CMPIBroker *, const CMPIContext *, const CMPIObjectPath *,
+                                       const char **, CMPIStatus *status) { return enumeration(status); };
+        broker.bft = &table_;
     }
     ~BrokerWithElements()
     {
-        broker.bft = usual;
+        broker.bft = usual_;
     }
     BrokerWithElements(const BrokerWithElements &) = delete;
     BrokerWithElements &operator=(const BrokerWithElements &) = delete;
@@ -253,8 +253,8 @@ class BrokerWithElements
         made->elements = elements();
         return made;
     }
-    const CMPIBrokerFT *usual;
-    CMPIBrokerFT table;
+    const CMPIBrokerFT *usual_;
+    CMPIBrokerFT table_;
 };
 
 } // namespace association_world

@@ -447,19 +447,19 @@ std::string traceOfCandidate(const std::string &name, bool isInstance)
 class BrokerWithNamedInstances
 {
   public:
-    explicit BrokerWithNamedInstances(const Entries &theProperties) : usual(broker.eft), table(*broker.eft)
+    explicit BrokerWithNamedInstances(const Entries &theProperties) : usual_(broker.eft), table_(*broker.eft)
     {
         properties() = theProperties;
-        table.newInstance = [](const CMPIBroker *, const CMPIObjectPath *path, CMPIStatus *status) {
+        table_.newInstance = [](const CMPIBroker *, const CMPIObjectPath *path, CMPIStatus *status) {
             *status = {CMPI_RC_OK, nullptr};
             return static_cast<CMPIInstance *>(
                 broker.newInstance({static_cast<const PathObject *>(path)->path, properties()}));
         };
-        broker.eft = &table;
+        broker.eft = &table_;
     }
     ~BrokerWithNamedInstances()
     {
-        broker.eft = usual;
+        broker.eft = usual_;
     }
     BrokerWithNamedInstances(const BrokerWithNamedInstances &) = delete;
     BrokerWithNamedInstances &operator=(const BrokerWithNamedInstances &) = delete;
@@ -470,8 +470,8 @@ class BrokerWithNamedInstances
         static Entries list;
         return list;
     }
-    const CMPIBrokerEncFT *usual;
-    CMPIBrokerEncFT table;
+    const CMPIBrokerEncFT *usual_;
+    CMPIBrokerEncFT table_;
 };
 
 } // namespace

@@ -17,7 +17,7 @@ int calls;
 // ---- C, other parameters ----
 extern "C" {
 
-FOREIGN int foreign_calls()
+FOREIGN int foreignCalls()
 {
     return calls;
 }
@@ -80,7 +80,7 @@ FOREIGN int get_instance_from_key(int)
 
 /** What this library gets when it calls its own engine: how often that was counted, 1 when it is really its
  * own. */
-FOREIGN int foreign_own_engine()
+FOREIGN int foreignOwnEngine()
 {
     const int before = calls;
     _assoc_create_refs_1toN(1, 2);

@@ -14,7 +14,7 @@
 #include <set>
 
 #ifdef FOREIGN_LINKED
-extern "C" int foreign_calls();
+extern "C" int foreignCalls();
 #endif
 
 namespace
@@ -188,12 +188,12 @@ TEST(ForeignEngine, NothingOfOursIsBoundToIt)
 {
 #ifdef FOREIGN_LINKED
     void *foreign = load(nullptr, RTLD_GLOBAL);
-    ASSERT_EQ(foreign_calls(), 0);
+    ASSERT_EQ(foreignCalls(), 0);
 #else
     void *foreign = load(FOREIGN_LIBRARY, RTLD_GLOBAL);
 #endif
     ASSERT_NE(foreign, nullptr);
-    auto *calls = find<int()>(foreign, "foreign_calls");
+    auto *calls = find<int()>(foreign, "foreignCalls");
     ASSERT_NE(calls, nullptr);
     EXPECT_NE(dlsym(RTLD_DEFAULT, "_assoc_create_refs_1toN"), nullptr)
         << "the foreign names are there for everybody";
@@ -204,7 +204,7 @@ TEST(ForeignEngine, NothingOfOursIsBoundToIt)
     EXPECT_EQ(calls(), 0) << "the library was bound to foreign functions";
 
     // Nor is the foreign library bound to ours.
-    auto *own = find<int()>(foreign, "foreign_own_engine");
+    auto *own = find<int()>(foreign, "foreignOwnEngine");
     ASSERT_NE(own, nullptr);
     EXPECT_EQ(own(), 1);
 }
@@ -216,10 +216,10 @@ TEST(ForeignEngine, NorIsItBoundToOursWhenItComesLater)
     ASSERT_NE(ours, nullptr);
     void *foreign = load(FOREIGN_LIBRARY, RTLD_LOCAL);
     ASSERT_NE(foreign, nullptr);
-    auto *own = find<int()>(foreign, "foreign_own_engine");
+    auto *own = find<int()>(foreign, "foreignOwnEngine");
     ASSERT_NE(own, nullptr);
     EXPECT_EQ(own(), 1);
     useEveryOperation(ours);
-    EXPECT_EQ(find<int()>(foreign, "foreign_calls")(), 0);
+    EXPECT_EQ(find<int()>(foreign, "foreignCalls")(), 0);
 }
 #endif

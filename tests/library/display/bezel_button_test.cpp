@@ -273,6 +273,6 @@ TEST(BezelButton, MethodsSurviveEveryFailure)
     for (const auto &[method, argument] : goodCalls) {
         SCOPED_TRACE(method);
         const Entries arguments = {{argument.text, "0"}};
-        checkTorture([&] { return invoke(BezelButton, target(), method, arguments); });
+        checkTorture([&, name = method] { return invoke(BezelButton, target(), name, arguments); });
     }
 }

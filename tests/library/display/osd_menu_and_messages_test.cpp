@@ -615,7 +615,7 @@ TEST(OSDMenuAndMessages, MethodsSurviveEveryFailure)
     for (const auto &[method, argument] : goodCalls) {
         SCOPED_TRACE(method);
         const Entries arguments = {{argument.text, goodValue(method)}};
-        checkTorture([&] { return invoke(OSDMenuAndMessages, target(), method, arguments); });
+        checkTorture([&, name = method] { return invoke(OSDMenuAndMessages, target(), name, arguments); });
     }
     checkTorture([] { return setPosition("1", "1"); });
 }
