@@ -280,8 +280,8 @@ std::string wsmanGet(int colorSpace)
 
 // ---- the calls ----
 
-/** Sends a request whose answer is the same every time. The first answer is looked into, the others are
- * compared with it. */
+/** Sends a request whose answer is the same until something is changed. The first answer is looked into, and
+ * whichever is another than the one before; the others are compared with it. */
 class Read
 {
   public:
@@ -293,7 +293,7 @@ class Read
     bool operator()()
     {
         const std::string_view answer = connection_.exchange(request_);
-        if (expected_.empty() && isRight_(answer)) {
+        if (answer != expected_ && isRight_(answer)) {
             expected_ = answer;
         }
         return !answer.empty() && answer == expected_;

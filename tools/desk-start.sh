@@ -16,7 +16,8 @@
 #   desk_start_host DIRECTORY PORT [OPTION...]
 #                                       the same with host.log and ready, whose lines have the URLs; port 0 is a free one;
 #                                       DESK_PROVIDER_CALLS at a time are with the library (8)
-#   desk_host_command DIRECTORY PORT    that object manager as a command, in the array desk_command
+#   desk_host_command DIRECTORY PORT    that object manager as a command, in the array desk_command; what its providers
+#                                       print is in provider.log, or in the file DESK_PROVIDER_OUTPUT (empty: nowhere)
 #   desk_start_screen DIRECTORY PORT [OPTION...]
 #                                       the same with screen.log and ready.screen, whose line is the URL
 #   desk_is_ready FILE PROCESS          0: the line is there; 1: not yet; 2: the process has ended before
@@ -60,7 +61,7 @@ desk_host_command() {
     desk_command=("$DISPLAY_HOST" --mof "$desk_source/mof/desk.mof"
         --registration "$desk_source/mof/libcmpiDisplayManagement.reg" --library "$DESK_LIBRARY"
         --accounts "$1/accounts" --address 127.0.0.1 --port "$2" --provider-calls "${DESK_PROVIDER_CALLS:-8}"
-        --provider-output "$1/provider.log" --ready-file "$1/ready")
+        --provider-output "${DESK_PROVIDER_OUTPUT-$1/provider.log}" --ready-file "$1/ready")
 }
 
 desk_start_host() {

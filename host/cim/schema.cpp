@@ -31,6 +31,24 @@ constexpr unsigned char lower(char letter)
 
 const std::string noText;
 
+/** A class is kept as long as the program runs; what its lists have grown to beyond their size is not. */
+void dropSlack(Class &klass)
+{
+    klass.qualifiers.shrink_to_fit();
+    klass.properties.shrink_to_fit();
+    klass.methods.shrink_to_fit();
+    for (Property &property : klass.properties) {
+        property.qualifiers.shrink_to_fit();
+    }
+    for (Method &method : klass.methods) {
+        method.qualifiers.shrink_to_fit();
+        method.parameters.shrink_to_fit();
+        for (Parameter &parameter : method.parameters) {
+            parameter.qualifiers.shrink_to_fit();
+        }
+    }
+}
+
 template <typename T>
 const T *findByName(const std::vector<T> &items, std::string_view name)
 {
@@ -172,6 +190,7 @@ const Class *ClassRepository::add(Class declaration)
     }
     const auto id = static_cast<ClassId>(classes_.size());
     auto stored = std::make_unique<Class>(std::move(declaration));
+    dropSlack(*stored);
     stored->id = id;
     stored->superclassId = parent;
     stored->subclasses.clear();
@@ -186,7 +205,7 @@ const Class *ClassRepository::add(Class declaration)
     stored->slots = std::make_unique<PropertySlot[]>(stored->properties.size());
     for (std::size_t i = 0; i < stored->properties.size(); ++i) {
         stored->places.emplace(stored->properties[i].name, i);
-        stored->slots[i].name = stored->properties[i].name;
+        stored->slots[i].name = stored->properties[i].name.c_str();
         stored->slots[i].cmpiCode = stored->properties[i].cmpiCode();
         stored->slots[i].isKey = stored->properties[i].isKey;
         if (!stored->properties[i].defaultValue.isNull && stored->properties[i].type != Type::reference) {

@@ -10,6 +10,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -180,7 +181,7 @@ inline constexpr std::size_t noProperty = static_cast<std::size_t>(-1);
 
 /** What is looked at for each property of each instance, without the rest of its declaration. */
 struct PropertySlot {
-    std::string_view name;
+    const char *name = nullptr;
     std::uint16_t cmpiCode = 0;
     bool isKey = false;
     /** The place that was looked up after this one the last time. */
@@ -227,14 +228,14 @@ struct Class {
 
     /** placeOf() for who looks up property after property in about the same order each time, as a provider
      * does; previous: the place before. */
-    std::size_t placeAfter(std::size_t previous, std::string_view propertyName) const
+    std::size_t placeAfter(std::size_t previous, const char *propertyName) const
     {
         if (previous >= properties.size()) {
             return placeOf(propertyName);
         }
         std::atomic<std::uint16_t> &follower = slots[previous].follower;
         const std::size_t likely = follower.load(std::memory_order_relaxed);
-        if (slots[likely].name == propertyName) {
+        if (std::strcmp(slots[likely].name, propertyName) == 0) {
             return likely;
         }
         const std::size_t place = placeOf(propertyName);

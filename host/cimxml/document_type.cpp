@@ -187,10 +187,13 @@ bool isValid(const xml_node &node, const Rule &rule)
     return count >= rule.atLeast;
 }
 
-std::size_t countOf(const xml_node &node, const char *name)
+std::size_t countOf(const xml_node &node, std::string_view name)
 {
-    const auto children = node.children(name);
-    return static_cast<std::size_t>(std::distance(children.begin(), children.end()));
+    std::size_t count = 0;
+    for (xml_node child = node.first_child(); child; child = child.next_sibling()) {
+        count += child.name() == name ? 1u : 0u;
+    }
+    return count;
 }
 
 } // namespace

@@ -83,13 +83,12 @@ const char *ElementReader::zeroTerminated(std::string_view text)
 std::string_view ElementReader::nameSpaceOf(const xml_node &localNameSpacePath)
 {
     ArenaList<char> path(arena_);
-    for (const xml_node part : localNameSpacePath.children("NAMESPACE")) {
+    for (xml_node part = localNameSpacePath.child("NAMESPACE"); part; part = part.next_sibling("NAMESPACE")) {
         if (!path.empty()) {
             path.append('/');
         }
-        for (const char c : attribute(part, "NAME")) {
-            path.append(c);
-        }
+        const std::string_view name = attribute(part, "NAME");
+        path.append(name.data(), name.size());
     }
     return {path.begin(), path.size()};
 }

@@ -100,7 +100,7 @@ class IntrinsicReader : private ElementReader
         if (nameSpaces_.find(request.nameSpace) == nullptr) {
             return MessageVerdict::good;
         }
-        allow(known->parameters);
+        takeParameters(known->parameters);
         if (known->step != PullStep::none) {
             readPull(message_.pull);
         }
@@ -112,10 +112,11 @@ class IntrinsicReader : private ElementReader
 
   private:
     /** The IPARAMVALUE of that name. */
-    xml_node parameter(const char *name);
+    xml_node parameter(std::string_view name) const;
 
-    /** Refuses parameters that the operation has not, and those that come twice (DSP0200). */
-    void allow(std::string_view names);
+    /** Refuses parameters that the operation has not, and those that come twice (DSP0200): no more are looked
+     * at than an operation has. */
+    void takeParameters(std::string_view names);
 
     void missing(const char *name);
 
@@ -152,27 +153,39 @@ class IntrinsicReader : private ElementReader
     void readTraversal(Request &request);
     void readPull(PullRequest &pull);
 
+    struct Parameter {
+        std::string_view name;
+        xml_node node;
+    };
+
     xml_node call_;
+    ArenaList<Parameter> parameters_{arena_}; // that the operation has
 };
 
-/** Refuses parameters that the operation has not, and those that come twice (DSP0200). No more are looked at
- * than an operation has. */
-void IntrinsicReader::allow(std::string_view names)
+/** True when the name is one of the words, each of which has a blank behind it. */
+bool isAmong(std::string_view words, std::string_view name)
 {
-    for (const xml_node child : call_.children("IPARAMVALUE")) {
+    while (!words.empty()) {
+        const std::size_t end = words.find(' ');
+        if (cim::sameName(name, words.substr(0, end))) {
+            return true;
+        }
+        words.remove_prefix(end + 1);
+    }
+    return false;
+}
+
+void IntrinsicReader::takeParameters(std::string_view names)
+{
+    for (xml_node child = call_.child("IPARAMVALUE"); child; child = child.next_sibling("IPARAMVALUE")) {
         const std::string_view given = attribute(child, "NAME");
-        bool known = false;
-        for (std::string_view rest = names; !rest.empty(); rest.remove_prefix(rest.find(' ') + 1)) {
-            known = known || cim::sameName(given, rest.substr(0, rest.find(' ')));
+        if (!isAmong(names, given)) {
+            return failWith("The operation has no parameter %.*s.", given);
         }
-        if (!known) {
-            failWith("The operation has no parameter %.*s.", given);
-        } else if (parameter(zeroTerminated(given)) != child) {
-            failWith("The parameter %.*s is given twice.", given);
+        if (parameter(given)) {
+            return failWith("The parameter %.*s is given twice.", given);
         }
-        if (failed()) {
-            return;
-        }
+        parameters_.append({given, child});
     }
 }
 
@@ -207,11 +220,11 @@ std::optional<std::uint32_t> IntrinsicReader::numberParameter(const char *name)
     return number;
 }
 
-xml_node IntrinsicReader::parameter(const char *name)
+xml_node IntrinsicReader::parameter(std::string_view name) const
 {
-    for (xml_node child = call_.child("IPARAMVALUE"); child; child = child.next_sibling("IPARAMVALUE")) {
-        if (cim::sameName(attribute(child, "NAME"), name)) {
-            return child;
+    for (const Parameter &each : parameters_) {
+        if (cim::sameName(each.name, name)) {
+            return each.node;
         }
     }
     return {};

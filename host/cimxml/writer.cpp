@@ -11,8 +11,9 @@ namespace host
 namespace
 {
 
-constexpr const char *openValue = "<VALUE>";
-constexpr const char *closeValue = "</VALUE>\n";
+constexpr std::string_view openValue = "<VALUE>";
+constexpr std::string_view closeValue = "</VALUE>\n";
+constexpr std::string_view closeScalarProperty = "</VALUE>\n</PROPERTY>\n";
 
 std::string escaped(std::string_view text)
 {
@@ -49,19 +50,23 @@ ClassFragments::ClassFragments(const cim::Class &definition)
     properties.reserve(definition.properties.size());
     for (const cim::Property &property : definition.properties) {
         const Tags tags = propertyTags(property);
-        const std::string name = std::string(tags.open) + " NAME=\"" + escaped(property.name) + "\"";
-        std::string rest;
+        std::string text(tags.open);
+        text.append(" NAME=\"").append(escaped(property.name)).append("\"");
+        const std::size_t nameEnd = text.size();
         if (property.type != cim::Type::reference) {
-            rest = std::string(" TYPE=\"") + cim::typeName(property.type) + "\"";
+            text.append(" TYPE=\"").append(cim::typeName(property.type)).append("\"");
         }
         // compat: wbemcli refuses EmbeddedObject at PROPERTY.ARRAY; the qualifiers of the class tell the
         // same.
-        rest += (property.isArray ? std::string() : embeddedObject(property.qualifiers)) + ">\n";
-        const std::string close(tags.close);
-        properties.push_back({name + rest,
-                              name + " CLASSORIGIN=\"" + escaped(property.classOrigin) + "\"" + rest,
-                              tags.close, name + rest + close, name + rest + openValue, closeValue + close});
+        text.append(property.isArray ? "" : embeddedObject(property.qualifiers)).append(">\n");
+        text.append(openValue).shrink_to_fit();
+        properties.push_back({std::move(text), nameEnd, tags.close});
     }
+}
+
+std::string_view ClassFragments::Property::open() const
+{
+    return std::string_view(openValue).substr(0, openValue.size() - host::openValue.size());
 }
 
 FragmentCache::FragmentCache(const cim::NameSpaces &nameSpaces)
@@ -423,7 +428,12 @@ void CimXmlWriter::instance(const Instance &instance, const InstanceDetail &deta
             plainProperty(property, instance.values[i]);
             continue;
         }
-        out_.append(detail.classOrigin ? property.openWithOrigin : property.open);
+        const std::string_view open = property.open();
+        out_.append(open.substr(0, property.nameEnd));
+        if (detail.classOrigin) {
+            attribute("CLASSORIGIN", instance.klass->properties[i].classOrigin);
+        }
+        out_.append(open.substr(property.nameEnd));
         if (detail.qualifiers) {
             qualifiers(instance.klass->properties[i].qualifiers);
         }
@@ -435,14 +445,12 @@ void CimXmlWriter::instance(const Instance &instance, const InstanceDetail &deta
 
 void CimXmlWriter::plainProperty(const ClassFragments::Property &fragments, const CMPIData &data)
 {
-    if (isNull(data)) {
-        out_.append(fragments.null);
-    } else if ((data.type & CMPI_ARRAY) == 0 && data.type != CMPI_ref) {
-        out_.append(fragments.beforeScalar);
+    if (!isNull(data) && (data.type & CMPI_ARRAY) == 0 && data.type != CMPI_ref) {
+        out_.append(fragments.openValue);
         scalar(data);
-        out_.append(fragments.afterScalar);
+        out_.append(closeScalarProperty);
     } else {
-        out_.append(fragments.open);
+        out_.append(fragments.open());
         value(data);
         out_.append(fragments.close);
     }

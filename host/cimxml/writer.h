@@ -27,13 +27,12 @@ class ClassFragments
 {
   public:
     struct Property {
-        std::string open;           // <PROPERTY NAME="..." TYPE="...">
-        std::string openWithOrigin; // the same with CLASSORIGIN
+        std::string openValue; // <PROPERTY NAME="..." TYPE="..."><VALUE>, as nearly all begin
+        std::size_t nameEnd;   // CLASSORIGIN stands here, if it is asked for
         std::string_view close;
-        // As nearly all are written: without a value, and around a scalar one.
-        std::string null;
-        std::string beforeScalar;
-        std::string afterScalar;
+
+        /** Without the element of a value. */
+        std::string_view open() const;
     };
 
     explicit ClassFragments(const cim::Class &definition);

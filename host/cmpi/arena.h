@@ -184,16 +184,20 @@ class ArenaList
     {
         static_assert(std::is_trivially_copyable_v<T>);
         if (size_ == capacity_) {
-            const std::size_t capacity = capacity_ == 0 ? 8 : capacity_ * 2;
-            T *items = static_cast<T *>(arena_->allocate(capacity * sizeof(T), alignof(T)));
-            if (size_ != 0) {
-                std::memcpy(static_cast<void *>(items), items_, size_ * sizeof(T));
-            }
-            items_ = items;
-            capacity_ = capacity;
+            enlarge(capacity_ == 0 ? 8 : capacity_ * 2);
         }
         new (items_ + size_) T(item);
         ++size_;
+    }
+
+    void append(const T *items, std::size_t count)
+    {
+        static_assert(std::is_trivially_copyable_v<T>);
+        if (capacity_ - size_ < count) {
+            enlarge(std::max(size_ + count, capacity_ * 2));
+        }
+        std::uninitialized_copy_n(items, count, items_ + size_);
+        size_ += count;
     }
 
     void clear()
@@ -252,6 +256,16 @@ class ArenaList
     }
 
   private:
+    void enlarge(std::size_t capacity)
+    {
+        T *items = static_cast<T *>(arena_->allocate(capacity * sizeof(T), alignof(T)));
+        if (size_ != 0) {
+            std::memcpy(static_cast<void *>(items), items_, size_ * sizeof(T));
+        }
+        items_ = items;
+        capacity_ = capacity;
+    }
+
     Arena *arena_;
     T *items_ = nullptr;
     std::size_t size_ = 0;

@@ -230,10 +230,7 @@ CMPIrc takeValue(Arena &arena, const CMPIValue *value, CMPIType type, CMPIData &
 
 /** A copy of a value that is stored already. */
 CMPIData copyObjectData(Arena &arena, const CMPIData &data);
-inline CMPIData copyData(Arena &arena, const CMPIData &data)
-{
-    return (data.type & (CMPI_ARRAY | CMPI_ENC)) == 0 ? data : copyObjectData(arena, data);
-}
+inline CMPIData copyData(Arena &arena, const CMPIData &data);
 
 /** A null value of that type. */
 inline CMPIData nullData(CMPIType type, CMPIValueState state = CMPI_nullValue)
@@ -258,6 +255,15 @@ inline bool isNull(const CMPIData &data)
 inline const String *stringOf(const CMPIData &data)
 {
     return data.type == CMPI_string && !isNull(data) ? behind<String>(data.value.string) : nullptr;
+}
+
+inline CMPIData copyData(Arena &arena, const CMPIData &data)
+{
+    // Nothing stands behind a simple value, and texts, which most are, never change.
+    const String *text = stringOf(data);
+    return (data.type & (CMPI_ARRAY | CMPI_ENC)) == 0 || (text != nullptr && text->arena == &arena)
+               ? data
+               : copyObjectData(arena, data);
 }
 
 inline const Path *pathOf(const CMPIData &data)

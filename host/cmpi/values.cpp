@@ -124,9 +124,6 @@ CMPIData copyObjectData(Arena &arena, const CMPIData &data)
     if (isNull(data)) {
         return data;
     }
-    if (data.type == CMPI_string && stringOf(data)->arena == &arena) {
-        return data; // texts never change
-    }
     CMPIData copy = {};
     takeValue(arena, &data.value, data.type, copy);
     copy.state = static_cast<CMPIValueState>(copy.state | data.state);

@@ -29,10 +29,13 @@ bool ProviderGate::enter(std::uint64_t request, std::string_view user, std::chro
     Requests places;
     places.try_emplace(request, Inside{1, {}});
     Waiter waiter{.place = places.extract(request)};
-    std::list<Waiter *> last{&waiter};
     waiter.user = users_.try_emplace(std::string(user)).first;
     User &own = waiter.user->second;
-    own.behind.splice(own.behind.end(), last);
+    if (queue_.empty() && inside_.size() < calls_ && own.inside < share_) { // as nearly always
+        letIn(waiter);
+        return true;
+    }
+    own.behind.push_back(&waiter);
     moveUp(own);
     admit();
     if (waiter.turn.wait_for(lock, patience, [&waiter] { return waiter.isAdmitted; })) {
@@ -90,13 +93,18 @@ void ProviderGate::admit()
         User &user = waiter.user->second;
         queue_.erase(next);
         --user.queued;
-        ++user.inside;
-        waiter.place.mapped().user = waiter.user;
-        inside_.insert(std::move(waiter.place));
+        letIn(waiter);
         waiter.isAdmitted = true;
         waiter.turn.notify_one();
         moveUp(user);
     }
+}
+
+void ProviderGate::letIn(Waiter &waiter)
+{
+    ++waiter.user->second.inside;
+    waiter.place.mapped().user = waiter.user;
+    inside_.insert(std::move(waiter.place));
 }
 
 void ProviderGate::giveUp(Waiter &waiter)

@@ -66,6 +66,7 @@ class ProviderGate
 
     void moveUp(User &user);
     void admit();
+    void letIn(Waiter &waiter);
     void giveUp(Waiter &waiter);
     void forgetIfIdle(Users::iterator user);
 

@@ -13,7 +13,8 @@ namespace host
 class ProviderOutput
 {
   public:
-    /** From now on standard output goes to the end of the file; "": nowhere. What this program itself has to
+    /** From now on standard output goes to the end of the file; "": nowhere, and what
+     * is printed fails without a word. What this program itself has to
      * say there goes to ownOutput(). False, with the reason in problem, on failure. */
     [[nodiscard]] bool redirect(const std::string &file, std::uint64_t bytes, std::string &problem);
 

@@ -189,6 +189,20 @@ class Checker
     bool markup()
     {
         const std::string_view rest = text_.substr(place_);
+        const char kind = rest.size() > 1 ? rest[1] : '\0';
+        if (kind == '/') {
+            if (depth_ == 0) {
+                return false;
+            }
+            --depth_;
+            return endTag();
+        }
+        return kind == '!' || kind == '?' ? declaration(rest) : startTag();
+    }
+
+    /** Whatever is markup, but no tag. */
+    bool declaration(std::string_view rest)
+    {
         if (rest.starts_with("<!--")) {
             return skip("<!--", "-->");
         }
@@ -203,13 +217,6 @@ class Checker
             return roots_ == 0 && end != std::string_view::npos &&
                    text_.substr(place_, end - place_).find('[') == std::string_view::npos &&
                    skip("<!DOCTYPE", ">");
-        }
-        if (rest.starts_with("</")) {
-            if (depth_ == 0) {
-                return false;
-            }
-            --depth_;
-            return endTag();
         }
         return startTag();
     }
@@ -240,7 +247,6 @@ class Checker
         }
         ++place_;
         name();
-        std::array<std::string_view, 32> seen;
         std::size_t count = 0;
         while (true) {
             blanks();
@@ -263,15 +269,15 @@ class Checker
             if (attributeName.empty()) {
                 return false;
             }
-            if (count >= limits_.attributes || count >= seen.size()) {
+            if (count >= limits_.attributes || count >= seen_.size()) {
                 return isBeyond(XmlProblem::tooManyAttributes);
             }
             for (std::size_t i = 0; i < count; ++i) {
-                if (seen[i] == attributeName) {
+                if (seen_[i] == attributeName) {
                     return false;
                 }
             }
-            seen[count++] = attributeName;
+            seen_[count++] = attributeName;
             blanks();
             if (place_ >= text_.size() || text_[place_] != '=') {
                 return false;
@@ -326,6 +332,7 @@ class Checker
     std::size_t depth_ = 0;
     std::size_t elements_ = 0;
     std::size_t roots_ = 0;
+    std::array<std::string_view, 32> seen_; // the attributes of the element at hand
     XmlProblem problem_ = XmlProblem::notWellFormed;
 };
 

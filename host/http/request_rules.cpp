@@ -25,13 +25,20 @@ std::string lowerCase(std::string_view text)
     return lower;
 }
 
+bool isBlank(char c)
+{
+    return c == ' ' || c == '\t';
+}
+
 std::string_view trimmed(std::string_view text)
 {
-    const std::size_t first = text.find_first_not_of(" \t");
-    if (first == std::string_view::npos) {
-        return {};
+    while (!text.empty() && isBlank(text.front())) {
+        text.remove_prefix(1);
     }
-    return text.substr(first, text.find_last_not_of(" \t") - first + 1);
+    while (!text.empty() && isBlank(text.back())) {
+        text.remove_suffix(1);
+    }
+    return text;
 }
 
 /** The host of "host:port"; "" when it is none of that form. */
@@ -71,8 +78,8 @@ bool isDigits(std::string_view text)
 /** How the end of the body is told must leave no choice: whoever stands between could choose differently. */
 std::optional<Refusal> checkFraming(const RequestHead &head)
 {
-    const std::vector<std::string_view> encodings = head.all("Transfer-Encoding");
-    const std::vector<std::string_view> lengths = head.all("Content-Length");
+    auto encodings = head.all("Transfer-Encoding");
+    auto lengths = head.all("Content-Length");
     if (!encodings.empty() && !lengths.empty()) {
         return Refusal{MHD_HTTP_BAD_REQUEST, "A request has Content-Length or Transfer-Encoding, not both."};
     }
@@ -80,7 +87,7 @@ std::optional<Refusal> checkFraming(const RequestHead &head)
         if (head.version != MHD_HTTP_VERSION_1_1) {
             return Refusal{MHD_HTTP_BAD_REQUEST, "Transfer-Encoding needs HTTP/1.1."};
         }
-        if (encodings.size() != 1 || !sameText(encodings.front(), "chunked")) {
+        if (std::ranges::distance(encodings) != 1 || !sameText(encodings.front(), "chunked")) {
             return Refusal{MHD_HTTP_NOT_IMPLEMENTED, "The only Transfer-Encoding known here is chunked."};
         }
     }
@@ -94,14 +101,15 @@ std::optional<Refusal> checkFraming(const RequestHead &head)
 
 std::optional<Refusal> checkHost(const RequestHead &head, const ServerNames &names)
 {
-    const std::vector<std::string_view> hosts = head.all("Host");
-    if (hosts.size() > 1 || (hosts.empty() && head.version == MHD_HTTP_VERSION_1_1)) {
+    auto hosts = head.all("Host");
+    const auto count = std::ranges::distance(hosts);
+    if (count > 1 || (count == 0 && head.version == MHD_HTTP_VERSION_1_1)) {
         return Refusal{MHD_HTTP_BAD_REQUEST, "A request of HTTP/1.1 has the header Host once."};
     }
-    if (!hosts.empty() && withoutPort(hosts.front()).empty()) {
+    if (count != 0 && withoutPort(hosts.front()).empty()) {
         return Refusal{MHD_HTTP_BAD_REQUEST, "The header Host must be a name or an address, and a port."};
     }
-    if (!hosts.empty() && !names.contains(hosts.front())) {
+    if (count != 0 && !names.contains(hosts.front())) {
         return Refusal{
             MHD_HTTP_MISDIRECTED_REQUEST,
             "This server is not known by the name in the header Host. Use its address, or start it "
@@ -124,15 +132,14 @@ std::optional<Refusal> checkOrigin(const RequestHead &head)
 
 } // namespace
 
-std::vector<std::string_view> RequestHead::all(std::string_view name) const
+bool RequestHead::isNamed(const Field &field, std::string_view name)
 {
-    std::vector<std::string_view> values;
-    for (const auto &[field, value] : fields) {
-        if (sameText(field, name)) {
-            values.push_back(trimmed(value));
-        }
-    }
-    return values;
+    return sameText(field.first, name);
+}
+
+std::string_view RequestHead::valueOf(const Field &field)
+{
+    return trimmed(field.second);
 }
 
 std::string_view RequestHead::first(std::string_view name) const
@@ -163,7 +170,7 @@ bool ServerNames::contains(std::string_view host) const
 std::optional<Refusal> checkHead(const RequestHead &head, const ServerNames &names)
 {
     for (const auto &[name, value] : head.fields) {
-        if (name.empty() || name.find_first_of(" \t") != std::string_view::npos) {
+        if (name.empty() || std::ranges::any_of(name, isBlank)) {
             return Refusal{MHD_HTTP_BAD_REQUEST, "The name of a header field has no blanks."};
         }
     }

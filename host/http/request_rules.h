@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <ranges>
 #include <set>
 #include <string>
 #include <string_view>
@@ -15,13 +16,24 @@ namespace host
 {
 
 struct RequestHead {
+    using Field = std::pair<std::string_view, std::string_view>;
+
     std::string_view method;
     std::string_view version; // "HTTP/1.1"
     bool isSecure = false;    // came by TLS
-    std::vector<std::pair<std::string_view, std::string_view>> fields;
+    std::vector<Field> fields;
 
-    /** The values of all fields of that name, any letter case. */
-    std::vector<std::string_view> all(std::string_view name) const;
+    static bool isNamed(const Field &field, std::string_view name);
+
+    /** The value without the blanks around it. */
+    static std::string_view valueOf(const Field &field);
+
+    /** The values of all fields of that name, any letter case, as a range that is gone through once. */
+    auto all(std::string_view name) const
+    {
+        return fields | std::views::filter([name](const Field &field) { return isNamed(field, name); }) |
+               std::views::transform(valueOf);
+    }
 
     /** The value of the first field of that name; "" when there is none. */
     std::string_view first(std::string_view name) const;

@@ -43,11 +43,11 @@ InstanceID::InstanceID(const char *format, int index)
 
 int matchInstanceID(const char *instanceID, const char *format, int count, char *errorText, int *index)
 {
-    for (int i = 0; i < count; ++i) {
-        if (strcmp(instanceID, InstanceID(format, i).text) == 0) {
-            *index = i;
-            return 0;
-        }
+    const size_t width = strlen(format) - strlen("%d");
+    const int number = strncmp(instanceID, format, width) == 0 ? decimalValue(instanceID + width) : 0;
+    if (number > 0 && number <= count && strcmp(instanceID, InstanceID(format, number - 1).text) == 0) {
+        *index = number - 1;
+        return 0;
     }
     copyText(errorText, ERROR_TEXT_SIZE, "This class name does not exist (wrong InstanceID).");
     return -1;

@@ -25,7 +25,7 @@ TEST(NameSpaces, FindsPropertiesInAnyLetterCase)
         std::size_t previous = cim::noProperty;
         for (std::size_t i = 0; i < count; ++i) {
             const std::size_t place = i * step % count;
-            EXPECT_EQ(thing->placeAfter(previous, thing->properties[place].name), place);
+            EXPECT_EQ(thing->placeAfter(previous, thing->properties[place].name.c_str()), place);
             EXPECT_EQ(thing->placeAfter(place, "Extra"), cim::noProperty);
             EXPECT_EQ(thing->placeAfter(place, "DEVICEID"), thing->placeOf("DeviceID"));
             previous = place;
