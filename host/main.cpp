@@ -14,10 +14,14 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <fstream>
 #include <iostream>
 #include <malloc.h>
+#include <new>
+#include <string_view>
 #include <thread>
 #include <unistd.h>
 
@@ -291,6 +295,30 @@ int run(const Options &options)
     }
     return 1;
 }
+
+/** Before main(), when libraries fill their tables, no exception gets through: lack of memory ends here. */
+[[noreturn]] void onTerminate()
+{
+    try {
+        if (const std::exception_ptr problem = std::current_exception()) {
+            std::rethrow_exception(problem);
+        }
+    } catch (const std::bad_alloc &) {
+        constexpr std::string_view told = "display-host: there is not enough memory\n";
+        static_cast<void>(!write(STDERR_FILENO, told.data(), told.size()));
+        _exit(1);
+    } catch (...) {
+    }
+    std::abort();
+}
+
+/** Before all others. */
+[[gnu::init_priority(101)]] const struct Ending {
+    Ending() noexcept
+    {
+        std::set_terminate(onTerminate);
+    }
+} ending;
 
 } // namespace
 

@@ -125,8 +125,9 @@ judge() {
     if [[ $kind == kill-* ]]; then
         :
     elif [ "$result" = "$usual" ]; then
+        [ "$name" != all ] || output=$(sort <<<"$output") # they come as they finish
         [ "$output" = "$usual_output" ] || wrong "the output is not as usual: $output"
-    elif [ -z "$errors" ]; then
+    elif [ -z "$errors" ] && [[ $output != *'"message":'* ]]; then
         wrong 'nothing was said'
     fi
     [ -n "$changes" ] || return 0
@@ -138,7 +139,8 @@ judge() {
     esac
     verified=$(ours history --verify 2>&1) || wrong "the history does not verify: $verified"
     ((${verified%% *} >= lines + $([ "$result" = 0 ] && echo 1 || echo 0))) || wrong "lines of the history are lost: $verified"
-    journal=$(find "$state/journal" -type f -size +0 2>/dev/null || true)
+    journal=$(cat "$state"/journal/* 2>/dev/null || true)
+    [[ $journal == *$'\n'* || $journal == *'}' ]] || journal= # the beginning of a line: nothing was sent yet
     if [ "$stands" = new ] && [ "$result" = 'signal 9' ] && [ -z "$journal" ] && ((${verified%% *} <= lines)); then
         wrong 'the change is neither in the history nor in the journal'
     elif [ "$stands" = neither ] && [[ $result != 6 && -z $journal ]]; then
@@ -175,6 +177,7 @@ torture() { # torture CASE: every call of each kind
     back_to_begin
     strike files 0 fail "$DISPLAYCTL" "${arguments[@]}" </dev/null
     usual=$result usual_output=$output
+    [ "$name" != all ] || usual_output=$(sort <<<"$output")
     for kind in "${kinds[@]}"; do
         back_to_begin
         numbers_of "$kind"

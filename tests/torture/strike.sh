@@ -23,6 +23,7 @@ strike() {
     local line
     line=$("$PROGRAM_TORTURE" "$page" "$1" "$2" "$3" "$strike_said/output" "$strike_said/errors" "${@:4}")
     IFS=$'\t' read -r result _ _ struck <<<"$line"
+    [ "$2" != places ] || places=${line#*$'\n'}
     output=$(tr -d '\0' <"$strike_said/output")
     errors=$(tr -d '\0' <"$strike_said/errors")
     [ -z "$struck" ] || strikes=$((strikes + 1))
@@ -30,10 +31,7 @@ strike() {
 
 strike_other() { FAILING_CALLS_OTHER=yes strike "$@"; }
 
-strike_places() {
-    places=$("$PROGRAM_TORTURE" "$page" "$1" places fail "$strike_said/output" "$strike_said/errors" "${@:2}")
-    places=${places#*$'\n'}
-}
+strike_places() { strike "$1" places fail "${@:2}"; }
 
 count_outcome() { outcomes[$1|$2]=$((${outcomes[$1|$2]-0} + 1)); }
 
