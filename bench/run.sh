@@ -116,7 +116,7 @@ for program in library_bench engine_bench; do
 done
 # What other work on the machine disturbs is the same for each call and for the yardstick, when their runs are short and
 # stand between one another.
-times host_bench --benchmark_min_time=0.004 --benchmark_repetitions=200 --benchmark_report_aggregates_only=true \
+times host_bench --benchmark_min_time=0.002 --benchmark_repetitions=400 --benchmark_report_aggregates_only=true \
     --benchmark_enable_random_interleaving=true
 fixed_stop
 desk_stop
