@@ -10,8 +10,6 @@ namespace displayctl::session
 namespace
 {
 
-constexpr int accessDenied = 2; // the status code of CIM
-
 struct OutcomeRow {
     Outcome outcome;
     std::string_view name;

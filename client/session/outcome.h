@@ -11,6 +11,8 @@
 namespace displayctl::session
 {
 
+constexpr int accessDenied = 2; // the status code of CIM
+
 enum class Outcome { ok, unchanged, different, refused, busy, unreachable, login, unknown };
 
 /** The word that stands in JSON and in summaries. */

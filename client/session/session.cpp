@@ -2,6 +2,7 @@
 #include "session/session.h"
 
 #include "model/values.h"
+#include "session/outcome.h"
 
 #include <algorithm>
 #include <atomic>
@@ -17,7 +18,6 @@ using model::Setting;
 using model::Target;
 
 constexpr int invalidParameter = 4; // status codes of CIM
-constexpr int accessDenied = 2;
 constexpr int notFound = 6;
 
 std::string fullName(std::string_view className)

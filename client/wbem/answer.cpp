@@ -297,6 +297,10 @@ Answer parseAnswer(std::string &body, const Operation &operation)
     Answer answer;
     try {
         pugi::xml_document document;
+        // No character of XML; in the place of the last end of an element the parser takes it for the end of the message.
+        if (const std::size_t zero = body.find('\0'); zero != std::string::npos) {
+            throw Broken("it is not well-formed XML (byte " + std::to_string(zero) + ")");
+        }
         // A value of white space alone is a value.
         constexpr unsigned options = pugi::parse_default | pugi::parse_ws_pcdata_single;
         const pugi::xml_parse_result parsed = document.load_buffer_inplace(body.data(), body.size(), options);

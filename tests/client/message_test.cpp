@@ -277,6 +277,8 @@ TEST(AnswerOf, WhatIsNoAnswerIsBrokenAndSaysWhy)
     EXPECT_EQ(problem(""), std::string{begin} + "it is not well-formed XML (byte 0)");
     EXPECT_EQ(problem("<html><body>Hello</body></html>"), std::string{begin} + "it has no IMETHODRESPONSE");
     EXPECT_EQ(problem("<CIM><MESSAGE>"), std::string{begin} + "it is not well-formed XML (byte 13)");
+    EXPECT_EQ(problem(std::string("<CIM></CIM\0>", 12)),
+              std::string{begin} + "it is not well-formed XML (byte 10)");
     EXPECT_EQ(problem(intrinsic("EnumerateInstances", "")),
               std::string{begin} + "it answers EnumerateInstances");
     EXPECT_EQ(problem(intrinsic("GetInstance", "<IRETURNVALUE></IRETURNVALUE>")),
