@@ -78,8 +78,8 @@ bool isDigits(std::string_view text)
 /** How the end of the body is told must leave no choice: whoever stands between could choose differently. */
 std::optional<Refusal> checkFraming(const RequestHead &head)
 {
-    auto encodings = head.all("Transfer-Encoding");
-    auto lengths = head.all("Content-Length");
+    const std::vector<std::string_view> encodings = head.all("Transfer-Encoding");
+    const std::vector<std::string_view> lengths = head.all("Content-Length");
     if (!encodings.empty() && !lengths.empty()) {
         return Refusal{MHD_HTTP_BAD_REQUEST, "A request has Content-Length or Transfer-Encoding, not both."};
     }
@@ -87,7 +87,7 @@ std::optional<Refusal> checkFraming(const RequestHead &head)
         if (head.version != MHD_HTTP_VERSION_1_1) {
             return Refusal{MHD_HTTP_BAD_REQUEST, "Transfer-Encoding needs HTTP/1.1."};
         }
-        if (std::ranges::distance(encodings) != 1 || !sameText(encodings.front(), "chunked")) {
+        if (encodings.size() != 1 || !sameText(encodings.front(), "chunked")) {
             return Refusal{MHD_HTTP_NOT_IMPLEMENTED, "The only Transfer-Encoding known here is chunked."};
         }
     }
@@ -101,15 +101,14 @@ std::optional<Refusal> checkFraming(const RequestHead &head)
 
 std::optional<Refusal> checkHost(const RequestHead &head, const ServerNames &names)
 {
-    auto hosts = head.all("Host");
-    const auto count = std::ranges::distance(hosts);
-    if (count > 1 || (count == 0 && head.version == MHD_HTTP_VERSION_1_1)) {
+    const std::vector<std::string_view> hosts = head.all("Host");
+    if (hosts.size() > 1 || (hosts.empty() && head.version == MHD_HTTP_VERSION_1_1)) {
         return Refusal{MHD_HTTP_BAD_REQUEST, "A request of HTTP/1.1 has the header Host once."};
     }
-    if (count != 0 && withoutPort(hosts.front()).empty()) {
+    if (!hosts.empty() && withoutPort(hosts.front()).empty()) {
         return Refusal{MHD_HTTP_BAD_REQUEST, "The header Host must be a name or an address, and a port."};
     }
-    if (count != 0 && !names.contains(hosts.front())) {
+    if (!hosts.empty() && !names.contains(hosts.front())) {
         return Refusal{
             MHD_HTTP_MISDIRECTED_REQUEST,
             "This server is not known by the name in the header Host. Use its address, or start it "
@@ -132,14 +131,15 @@ std::optional<Refusal> checkOrigin(const RequestHead &head)
 
 } // namespace
 
-bool RequestHead::isNamed(const Field &field, std::string_view name)
+std::vector<std::string_view> RequestHead::all(std::string_view name) const
 {
-    return sameText(field.first, name);
-}
-
-std::string_view RequestHead::valueOf(const Field &field)
-{
-    return trimmed(field.second);
+    std::vector<std::string_view> values;
+    for (const auto &[field, value] : fields) {
+        if (sameText(field, name)) {
+            values.push_back(trimmed(value));
+        }
+    }
+    return values;
 }
 
 std::string_view RequestHead::first(std::string_view name) const

@@ -5,7 +5,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <ranges>
 #include <set>
 #include <string>
 #include <string_view>
@@ -23,17 +22,8 @@ struct RequestHead {
     bool isSecure = false;    // came by TLS
     std::vector<Field> fields;
 
-    static bool isNamed(const Field &field, std::string_view name);
-
-    /** The value without the blanks around it. */
-    static std::string_view valueOf(const Field &field);
-
-    /** The values of all fields of that name, any letter case, as a range that is gone through once. */
-    auto all(std::string_view name) const
-    {
-        return fields | std::views::filter([name](const Field &field) { return isNamed(field, name); }) |
-               std::views::transform(valueOf);
-    }
+    /** The values of all fields of that name, any letter case, without the blanks around them. */
+    std::vector<std::string_view> all(std::string_view name) const;
 
     /** The value of the first field of that name; "" when there is none. */
     std::string_view first(std::string_view name) const;

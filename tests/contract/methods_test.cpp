@@ -39,12 +39,12 @@ class AskedArguments
     explicit AskedArguments(const Entries &arguments)
         : object_(broker.newArgs(arguments)), usual_(object_->ft)
     {
-        names_.clear();
-        usualTable_ = usual_;
+        names.clear();
+        usualTable = usual_;
         table_ = *usual_;
         table_.getArg = [](const CMPIArgs *args, const char *name, CMPIStatus *status) {
-            names_.push_back(name);
-            return usualTable_->getArg(args, name, status);
+            names.push_back(name);
+            return usualTable->getArg(args, name, status);
         };
         object_->ft = &table_;
     }
@@ -61,15 +61,15 @@ class AskedArguments
     }
     const std::vector<std::string> &asked() const
     {
-        return names_;
+        return names;
     }
 
   private:
     ArgsObject *object_;
     const CMPIArgsFT *usual_;
     CMPIArgsFT table_ = {};
-    static inline const CMPIArgsFT *usualTable_ = nullptr;
-    static inline std::vector<std::string> names_;
+    static inline const CMPIArgsFT *usualTable = nullptr;
+    static inline std::vector<std::string> names;
 };
 
 struct MethodAnswer : Answer {

@@ -55,7 +55,7 @@ class Said
   public:
     Said()
     {
-        if (pipe2(ends, O_CLOEXEC) != 0 || fcntl(ends[1], F_SETPIPE_SZ, 1 << 20) < 0) {
+        if (pipe2(ends_, O_CLOEXEC) != 0 || fcntl(ends_[1], F_SETPIPE_SZ, 1 << 20) < 0) {
             end("pipe");
         }
     }
@@ -64,16 +64,16 @@ class Said
 
     int takes() const
     {
-        return ends[1];
+        return ends_[1];
     }
     /** Once the program has ended. */
     void keep(const char *file) const
     {
-        close(ends[1]);
+        close(ends_[1]);
         const int output = open(file, O_WRONLY | O_CREAT | O_TRUNC, 0600);
         char bytes[65536];
         ssize_t size = 0;
-        while (output >= 0 && (size = read(ends[0], bytes, sizeof bytes)) > 0) {
+        while (output >= 0 && (size = read(ends_[0], bytes, sizeof bytes)) > 0) {
             if (write(output, bytes, static_cast<size_t>(size)) != size) {
                 break;
             }
@@ -85,7 +85,7 @@ class Said
     }
 
   private:
-    int ends[2] = {};
+    int ends_[2] = {};
 };
 
 pid_t start(char **arguments, const char *page, const Said &output, const Said &errors)
