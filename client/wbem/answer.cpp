@@ -297,7 +297,8 @@ Answer parseAnswer(std::string &body, const Operation &operation)
     Answer answer;
     try {
         pugi::xml_document document;
-        // No character of XML; in the place of the last end of an element the parser takes it for the end of the message.
+        // No character of XML; in the place of the last end of an element the parser takes it for the end of
+        // the message.
         if (const std::size_t zero = body.find('\0'); zero != std::string::npos) {
             throw Broken("it is not well-formed XML (byte " + std::to_string(zero) + ")");
         }
