@@ -44,8 +44,9 @@ InstanceID::InstanceID(const char *format, int index)
 int matchInstanceID(const char *instanceID, const char *format, int count, char *errorText, int *index)
 {
     const size_t width = strlen(format) - strlen("%d");
-    const int number = strncmp(instanceID, format, width) == 0 ? decimalValue(instanceID + width) : 0;
-    if (number > 0 && number <= count && strcmp(instanceID, InstanceID(format, number - 1).text) == 0) {
+    const char *digits = strncmp(instanceID, format, width) == 0 ? instanceID + width : "";
+    const int number = digits[strspn(digits, "0123456789")] == 0 ? decimalValue(digits) : 0;
+    if (*digits != '0' && number > 0 && number <= count) {
         *index = number - 1;
         return 0;
     }

@@ -284,6 +284,8 @@ TEST(ColorSpace, FindsPresetsByTheirExactIdentifier)
     for (const char *wrong :
          {"ZT:Marovelton_ColorSpace:0", "ZT:Marovelton_ColorSpace:8", "ZT:Marovelton_ColorSpace:01",
           "ZT:Marovelton_ColorSpace:1 ", "ZT:Marovelton_ColorSpace:", "ZT:Marovelton_ColorSpace:11",
+          "ZT:Marovelton_ColorSpace: 1", "ZT:Marovelton_ColorSpace:+1", "ZT:Marovelton_ColorSpace:-1",
+          "ZT:Marovelton_ColorSpace:4294967297", "ZT:Marovelton_ColorSpace:18446744073709551617",
           "zt:marovelton_colorspace:1", "ZT:Marovelton_Colorspace:1", "ZT:Marovelton_ColorSpace:%d", ""}) {
         int index = -1;
         const SetterAnswer refused =
