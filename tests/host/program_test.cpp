@@ -336,12 +336,16 @@ TEST_F(Program, EachLineOfTheLogHasTimeAndAddress)
                   100,
               4);
     EXPECT_EQ(send("POST /cimom HTTP/1.1\r\nHost: localhost\r\nContent-Length: many\r\n\r\n") / 100, 4);
-    for (int i = 0; i < 20; ++i) { // more in a second than are logged one by one
+    // More in a second than are logged one by one, which the first line of the next second tells.
+    const auto isLogged = [this](const char *text) {
+        return test::readFile(directory_.file("errors")).find(text) != std::string::npos;
+    };
+    while (!isLogged("than were logged")) {
         EXPECT_EQ(send(wrong), 401);
     }
     // The accounts are looked at once a second.
     test::writeFile(directory_.file("accounts"), "nonsense\n");
-    while (test::readFile(directory_.file("errors")).find("expected \"user:hash\"") == std::string::npos) {
+    while (!isLogged("expected \"user:hash\"")) {
         send(wrong);
     }
     process->signal(SIGTERM);
