@@ -16,20 +16,9 @@ set -euo pipefail
 . "$here/../torture/strike.sh"
 every=${1:-1}
 
-# The object manager has the page, too: its calls can be made to fail.
 desk_begin
 strike_begin
-program=$DISPLAY_HOST
-DISPLAY_HOST=$scratch/display-host
-cat >"$DISPLAY_HOST" <<WRAPPER
-#!/bin/sh
-case \$1 in
-account | audit) exec "$program" "\$@" ;;
-esac
-FAILING_CALLS=$page LD_PRELOAD=$FAILING_CALLS_LIBRARY exec "$program" "\$@"
-WRAPPER
-chmod +x "$DISPLAY_HOST"
-truncate -s 1M "$page" # as large as what is mapped of it
+strike_host
 host_options=(--audit "$scratch/audit" --audit-size 4096 --audit-files 4)
 desk_start
 ctl_environment admin

@@ -8,23 +8,15 @@ set -euo pipefail
 . "$(dirname "$0")/../endtoend/desk.sh"
 # shellcheck source=../endtoend/client.sh
 . "$here/client.sh"
+# shellcheck source=strike.sh
+. "$here/../torture/strike.sh"
 every=${1:-1}
 kinds=("${@:2}")
 [ ${#kinds[@]} != 0 ] || kinds=(memory files full-disk descriptors sockets reset interrupted)
 
 desk_begin
-page=$scratch/page
-truncate -s 1M "$page" # as large as what is mapped of it
-program=$DISPLAY_HOST
-DISPLAY_HOST=$scratch/display-host
-cat >"$DISPLAY_HOST" <<WRAPPER
-#!/bin/sh
-case \$1 in
-account | audit) exec "$program" "\$@" ;;
-esac
-FAILING_CALLS=$page LD_PRELOAD=$FAILING_CALLS_LIBRARY exec "$program" "\$@"
-WRAPPER
-chmod +x "$DISPLAY_HOST"
+strike_begin
+strike_host
 # The audit log is put aside again and again.
 host_options=(--audit "$scratch/audit.jsonl" --audit-size 4096 --audit-files 2)
 desk_start
@@ -88,5 +80,6 @@ if "$program" audit verify "$scratch/audit.jsonl"; then
 else
     failed 'the audit log does not verify'
 fi
-rm -r "$scratch/requests" "$page" "$DISPLAY_HOST" "$scratch"/audit.jsonl*
+rm -r "$scratch/requests" "$DISPLAY_HOST" "$scratch"/audit.jsonl*
+strike_end
 report

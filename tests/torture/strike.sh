@@ -3,6 +3,7 @@
 # Programs whose calls fail one after the other. Sourced after desk.sh and client.sh of tests/endtoend.
 #
 #   strike_begin                  once, when there is a desk
+#   strike_host                   before the desk's start: its object manager has the page, too; the program itself is in $program
 #   strike KIND NTH ACTION PROGRAM...     runs it, with this standard input, and that call failing, or killed there (program_torture.cpp tells more): what it
 #                                 said is then in $output and $errors, its exit code, "signal N" or "silent" in $result, the
 #                                 function in $struck, empty when there was no such call
@@ -17,6 +18,20 @@ strike_begin() {
     mkdir "$strike_said"
     strikes=0
     declare -gA outcomes=()
+}
+
+strike_host() {
+    truncate -s 1M "$page" # as large as what is mapped of it
+    program=$DISPLAY_HOST
+    DISPLAY_HOST=$scratch/display-host
+    cat >"$DISPLAY_HOST" <<WRAPPER
+#!/bin/sh
+case \$1 in
+account | audit) exec "$program" "\$@" ;;
+esac
+FAILING_CALLS=$page LD_PRELOAD=$FAILING_CALLS_LIBRARY exec "$program" "\$@"
+WRAPPER
+    chmod +x "$DISPLAY_HOST"
 }
 
 strike() {
