@@ -20,7 +20,7 @@ namespace
 
 void report(CMPIStatus *status, CMPIrc rc)
 {
-    if (status) {
+    if (status && !(rc == CMPI_RC_OK && broker.manners.reportsFailuresAlone)) {
         *status = {rc, nullptr};
     }
 }
@@ -1078,6 +1078,8 @@ Manners usualManners()
             usual.marksElementsNull = true;
         } else if (word == "keeps-keys-in-paths") {
             usual.keepsKeysInPaths = true;
+        } else if (word == "reports-failures-alone") {
+            usual.reportsFailuresAlone = true;
         } else {
             fprintf(stderr, "BROKER_MANNERS: there is no manner %s\n", word.c_str());
             exit(2);

@@ -95,6 +95,7 @@ struct Manners {
     bool marksElementsNull =
         false;                     // an element of an enumeration has its object and the state CMPI_nullValue
     bool keepsKeysInPaths = false; // newInstance shows the keys of its path by no property of the instance
+    bool reportsFailuresAlone = false; // a call that succeeds leaves the status of the caller as it was
 };
 
 class RecordingBroker : public CMPIBroker

@@ -46,6 +46,7 @@ TEST(RecordingBroker, TablesAreComplete)
 
 TEST(RecordingBroker, FormsOfData)
 {
+    broker.manners.reportsFailuresAlone = false;
     const CMPIObjectPath *made = broker.newPath(somePath.with("Null", nullOf(CMPI_string))
                                                     .with("Failing", readFails(CMPI_RC_ERR_FAILED))
                                                     .with("Chars", chars("c"))
@@ -75,8 +76,20 @@ TEST(RecordingBroker, FormsOfData)
     EXPECT_EQ(findEntry(static_cast<const PathObject *>(made)->path.keys, "Added")->value, chars("text"));
 }
 
+TEST(RecordingBroker, CanLeaveTheStatusOfACallThatSucceeds)
+{
+    broker.manners.reportsFailuresAlone = true;
+    const CMPIObjectPath *made = broker.newPath(somePath);
+    CMPIStatus status = {CMPI_RC_ERR_ALREADY_EXISTS, nullptr};
+    EXPECT_EQ(made->ft->getKey(made, "Number", &status).value.uint16, 7);
+    EXPECT_EQ(status.rc, CMPI_RC_ERR_ALREADY_EXISTS);
+    made->ft->getKey(made, "Absent", &status);
+    EXPECT_EQ(status.rc, CMPI_RC_ERR_NOT_FOUND);
+}
+
 TEST(RecordingBroker, FaultsStrikeTheCallThatIsMeant)
 {
+    broker.manners.reportsFailuresAlone = false;
     const CMPIObjectPath *made = broker.newPath(somePath);
     CMPIStatus status = {CMPI_RC_OK, nullptr};
     faults.arm(2, Fault::fails);
