@@ -8,8 +8,8 @@
 set -euo pipefail
 
 build=$(cd "${1:?the build directory is missing}" && pwd)
-runs=20 requests=${2-20000} reads=5000
-[ "$requests" != --smoke ] || runs=1 requests=100 reads=50
+runs=20 requests=${2-20000} reads=5000 quiet=15
+[ "$requests" != --smoke ] || runs=1 requests=100 reads=50 quiet=0
 export DESK_BUILD=$build
 # shellcheck source=../tests/endtoend/desk.sh
 . "$(dirname "$0")/../tests/endtoend/desk.sh"
@@ -45,9 +45,11 @@ for count in 50 $((requests / 5)); do
         http/set_display_luminance; do
         call $name "$count"
     done
-    after=$(memory_of_desk)
-    row "memory/grown_by_$((count * 5))_requests" "$(megabytes $((after - idle)))"
+    busy=$(memory_of_desk)
+    sleep "$quiet" # until both have given back what only requests need
+    row "memory/grown_by_$((count * 5))_requests" "$(megabytes $(($(memory_of_desk) - idle)))"
 done
+row memory/busy "$(megabytes "$busy")"
 
 one=$(read_by 1)
 four=$(read_by 4)

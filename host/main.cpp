@@ -8,6 +8,7 @@
 #include "http/server.h"
 #include "log/log.h"
 #include "options.h"
+#include "process/unused_memory.h"
 #include "supervision.h"
 #include "wsman/wsman.h"
 
@@ -166,6 +167,13 @@ sigset_t blockSignals()
     return signals;
 }
 
+void waitForTheEnd(const sigset_t &signals)
+{
+    process::releaseUnusedMemory(); // what only the start needed
+    int signal = 0;
+    sigwait(&signals, &signal);
+}
+
 /** Runs until a signal asks for the end. Returns the exit code. */
 int serve(const Options &options)
 {
@@ -222,8 +230,7 @@ int serve(const Options &options)
     }
     host::beginLog();
     host::notifySupervisor("READY=1");
-    int signal = 0;
-    sigwait(&signals, &signal);
+    waitForTheEnd(signals);
     host::notifySupervisor("STOPPING=1");
     leaveAfter(std::chrono::seconds(5));
     server.stop();

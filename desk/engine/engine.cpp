@@ -147,11 +147,13 @@ void Engine::run(const volatile sig_atomic_t &stop)
         if (size == static_cast<ssize_t>(wire::messageSize)) {
             wire::Bytes bytes;
             memcpy(bytes.data(), message.bytes, bytes.size());
+            quiet_.end();
             handle(static_cast<Ticket>(message.ticket), bytes, stop);
         } else if (size >= 0) {
             log("a message of %zd bytes instead of %zu; dropped", size, wire::messageSize);
         } else if (errno == EINTR) {
             clearForgotten(); // the timer's signal
+            quiet_.tick();
         } else if (errno == EIDRM || errno == EINVAL) {
             log("the request queue was removed; it is created again");
             openQueues();

@@ -5,6 +5,7 @@
 #define DESK_ENGINE_ENGINE_H
 
 #include "engine/wire.h"
+#include "process/unused_memory.h"
 #include "support/board.h"
 #include "support/store.h"
 
@@ -65,6 +66,7 @@ class Engine
     std::unique_ptr<Store> opened_;
     int requests_ = -1;
     int replies_ = -1;
+    process::QuietTime quiet_;
 };
 
 } // namespace desk

@@ -3,6 +3,7 @@
 #include "engine/engine.h"
 
 #include "support/environment.h"
+#include "process/unused_memory.h"
 #include "support/program.h"
 
 #include <sys/time.h>
@@ -64,6 +65,7 @@ void serve(const Options &options, key_t key)
     fprintf(stderr, "%s: ready; settings in %s, queues from key 0x%x\n", program, desk::storePath().c_str(),
             static_cast<unsigned>(key));
     desk::announce(options.readyFile, std::to_string(key), false);
+    process::releaseUnusedMemory(); // what only the start needed
     engine.run(stopRequested);
     if (options.removeQueues) {
         engine.removeQueues();

@@ -138,6 +138,7 @@ struct HttpCallbacks {
     {
         HttpServer &server = *static_cast<HttpServer *>(self);
         auto *exchange = static_cast<HttpServer::Exchange *>(*context);
+        server.quiet_.end();
         try {
             if (contextOf<HttpServer::Peer>(connection) == nullptr) {
                 return MHD_NO; // there was no memory for it
@@ -378,6 +379,7 @@ void HttpServer::tick()
 {
     login_.tick();
     log_.tellRest();
+    quiet_.tick();
     if (hadLargeMessage_.exchange(false)) {
         malloc_trim(0); // what it has given back lies between what others still have
     }
@@ -399,6 +401,7 @@ void HttpServer::tick()
 
 HttpServer::Peer *HttpServer::open(MHD_Connection *connection)
 {
+    quiet_.end();
     const MHD_ConnectionInfo *info = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD);
     const int socket = info != nullptr ? info->connect_fd : -1;
     info = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CLIENT_ADDRESS);

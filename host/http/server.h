@@ -12,6 +12,7 @@
 #include "http/listening.h"
 #include "http/login.h"
 #include "http/request_rules.h"
+#include "process/unused_memory.h"
 
 #include <atomic>
 #include <chrono>
@@ -132,6 +133,7 @@ class HttpServer
     std::condition_variable wake_;
     bool stopping_ = false;
     std::atomic<bool> hadLargeMessage_ = false; // since the last tick
+    process::QuietTime quiet_;
     std::thread watchdog_;
 };
 

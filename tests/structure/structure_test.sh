@@ -19,12 +19,12 @@ room_of() { # room_of FILE: its directory
     echo "${1%/*}"
 }
 
-# "FILE INCLUDED" per line, both from the root, for each include in quotation marks below src, host and desk.
+# "FILE INCLUDED" per line, both from the root, for each include in quotation marks below src, host, desk and process.
 includes() {
     local file name target
-    for file in src/*.{h,cpp} src/*/*.{h,cpp} host/*.{h,cpp} host/*/*.{h,cpp} desk/*/*.{h,cpp}; do
+    for file in src/*.{h,cpp} src/*/*.{h,cpp} host/*.{h,cpp} host/*/*.{h,cpp} desk/*/*.{h,cpp} process/*.{h,cpp}; do
         sed -n 's/^#include "\([^"]*\)".*/\1/p' "$file" | while read -r name; do
-            for target in "${file%%/*}/$name" "$(room_of "$file")/$name" "include/$name"; do
+            for target in "${file%%/*}/$name" "$(room_of "$file")/$name" "include/$name" "$name"; do
                 if [ -e "$target" ]; then
                     echo "$file $target"
                     continue 2
@@ -62,7 +62,7 @@ check_class_names() {
 # A function is at most 60 lines long, also one that stands in its class; a file 700.
 check_lengths() {
     local found
-    found=$(find src host desk client tools bench \( -name '*.h' -o -name '*.cpp' \) -exec awk '
+    found=$(find src host desk process client tools bench \( -name '*.h' -o -name '*.cpp' \) -exec awk '
         FNR == 1 { delete begin }
         /^ *\{$/ { match($0, /^ */); begin[RLENGTH] = FNR }
         /^ *\}$/ {
@@ -90,7 +90,7 @@ expect_failure() {
     local words=$1 file=$2
     shift 2
     mkdir -p "$scratch"/src/{engine,frame,display} "$scratch"/host/{core,cmpi} "$scratch"/{client,tools,bench}/deep/er
-    mkdir -p "$scratch"/desk/{support,screen}
+    mkdir -p "$scratch"/desk/{support,screen} "$scratch"/process
     cd "$scratch"
     printf '#include "engine/b.h"\n' >src/frame/a.h
     printf '// nothing\n' | tee src/engine/b.h src/display/c.cpp src/engine/d.h host/core/e.h host/cmpi/h.cpp >/dev/null
