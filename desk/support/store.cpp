@@ -24,6 +24,9 @@ constexpr int longPauses = 10'000;
 constexpr useconds_t shortPause = 50;
 constexpr useconds_t longPause = 1'000;
 
+// How long a file that was removed or replaced is taken for the store.
+constexpr std::chrono::milliseconds lookInterval(1);
+
 // Directories above can be renamed, and links be set to others, without a sign of it at the file.
 constexpr std::chrono::seconds placeInterval(1);
 
@@ -138,11 +141,12 @@ Store::Store(const std::string &path) : path_(path)
         device_ = status.st_dev;
         inode_ = status.st_ino;
     }
-    // Whatever is committed is written to the log before. The files are there: this connection has read.
+    // The files are there: this connection has read.
     constexpr std::uint32_t replaced = IN_ATTRIB | IN_MOVE_SELF | IN_DELETE_SELF;
     const char *file = sqlite3_db_filename(opened, "main");
     watch_.add(file, replaced);
-    watch_.add(sqlite3_filename_wal(file), replaced | IN_MODIFY);
+    commits_.emplace(opened);
+    watch_.add(sqlite3_filename_wal(file), replaced);
 }
 
 Store::~Store() = default;
@@ -302,36 +306,43 @@ void Store::loadIfChanged()
     ++version_;
 }
 
-/** Notes whether the store was touched. */
-void Store::look()
+/** Notes whether the store was touched: by a commit, which is seen at once, or as a file, for which the
+ * kernel is asked now and then. */
+void Store::look(std::chrono::steady_clock::time_point now)
 {
-    if (watch_.saw()) {
+    if (commits_->saw()) {
         isSettled_ = false;
+    }
+    if (now - looked_ >= lookInterval) {
+        looked_ = now;
+        isSettled_ = !watch_.saw() && isSettled_;
     }
 }
 
 bool Store::isUntouched()
 {
-    look();
-    return isSettled_ && std::chrono::steady_clock::now() - seenInPlace_ < placeInterval;
+    const auto now = std::chrono::steady_clock::now();
+    look(now);
+    return isSettled_ && now - seenInPlace_ < placeInterval;
 }
 
 const Contents &Store::read()
 {
-    look();
+    look(std::chrono::steady_clock::now());
     if (!isSettled_) {
         ask();
     }
     return *contents_;
 }
 
-/** Who writes is seen when he writes his log, and has committed only some steps later. What was seen is
- * settled when nobody is between the two, which is when others are kept from writing. */
+/** What is read is settled when it is what the watch of commits notes, which is when others are kept from
+ * writing. */
 void Store::ask()
 {
-    if (watch_.works() && beginWriteAtOnce()) {
+    if (commits_->works() && watch_.works() && beginWriteAtOnce()) {
         const Transaction transaction(*this);
         loadIfChanged();
+        commits_->note();
         isSettled_ = true;
     } else if (contents_ == nullptr || dataVersion() != loadedVersion_) {
         const Transaction transaction(*this, beginRead_); // the three tables as they were at one moment
