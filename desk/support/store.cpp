@@ -24,9 +24,6 @@ constexpr int longPauses = 10'000;
 constexpr useconds_t shortPause = 50;
 constexpr useconds_t longPause = 1'000;
 
-// How long a file that was removed or replaced is taken for the store.
-constexpr std::chrono::milliseconds lookInterval(1);
-
 // Directories above can be renamed, and links be set to others, without a sign of it at the file.
 constexpr std::chrono::seconds placeInterval(1);
 
@@ -141,12 +138,11 @@ Store::Store(const std::string &path) : path_(path)
         device_ = status.st_dev;
         inode_ = status.st_ino;
     }
-    // The files are there: this connection has read.
+    // Whatever is committed is written to the log before. The files are there: this connection has read.
     constexpr std::uint32_t replaced = IN_ATTRIB | IN_MOVE_SELF | IN_DELETE_SELF;
     const char *file = sqlite3_db_filename(opened, "main");
     watch_.add(file, replaced);
-    commits_.emplace(opened);
-    watch_.add(sqlite3_filename_wal(file), replaced);
+    watch_.add(sqlite3_filename_wal(file), replaced | IN_MODIFY);
 }
 
 Store::~Store() = default;
@@ -306,43 +302,36 @@ void Store::loadIfChanged()
     ++version_;
 }
 
-/** Notes whether the store was touched: by a commit, which is seen at once, or as a file, for which the
- * kernel is asked now and then. */
-void Store::look(std::chrono::steady_clock::time_point now)
+/** Notes whether the store was touched. */
+void Store::look()
 {
-    if (commits_->saw()) {
+    if (watch_.saw()) {
         isSettled_ = false;
-    }
-    if (now - looked_ >= lookInterval) {
-        looked_ = now;
-        isSettled_ = !watch_.saw() && isSettled_;
     }
 }
 
 bool Store::isUntouched()
 {
-    const auto now = std::chrono::steady_clock::now();
-    look(now);
-    return isSettled_ && now - seenInPlace_ < placeInterval;
+    look();
+    return isSettled_ && std::chrono::steady_clock::now() - seenInPlace_ < placeInterval;
 }
 
 const Contents &Store::read()
 {
-    look(std::chrono::steady_clock::now());
+    look();
     if (!isSettled_) {
         ask();
     }
     return *contents_;
 }
 
-/** What is read is settled when it is what the watch of commits notes, which is when others are kept from
- * writing. */
+/** Who writes is seen when he writes his log, and has committed only some steps later. What was seen is
+ * settled when nobody is between the two, which is when others are kept from writing. */
 void Store::ask()
 {
-    if (commits_->works() && watch_.works() && beginWriteAtOnce()) {
+    if (watch_.works() && beginWriteAtOnce()) {
         const Transaction transaction(*this);
         loadIfChanged();
-        commits_->note();
         isSettled_ = true;
     } else if (contents_ == nullptr || dataVersion() != loadedVersion_) {
         const Transaction transaction(*this, beginRead_); // the three tables as they were at one moment

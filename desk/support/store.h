@@ -7,7 +7,6 @@
 #ifndef DESK_SUPPORT_STORE_H
 #define DESK_SUPPORT_STORE_H
 
-#include "support/commit_watch.h"
 #include "support/environment.h"
 #include "support/faults.h"
 #include "support/file_watch.h"
@@ -20,7 +19,6 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <optional>
 #include <string>
 
 struct sqlite3;
@@ -65,12 +63,11 @@ class Store
     /** False when the file has been removed or replaced since. */
     bool inPlace();
 
-    /** What the store holds now. While nobody writes the store, that costs next to nothing; after a change,
+    /** What the store holds now. While nobody writes the store, that costs one system call; after a change,
      * by whatever program, SQLite is asked, and the contents are loaded again when they are others. */
     const Contents &read();
 
-    /** True when the store holds what was read last, and its file is the same as a millisecond ago, in the
-     * same place as a second ago. */
+    /** True when the store is in its place, as seen a second ago at most, and holds what was read last. */
     bool isUntouched();
     /** As read() has returned it; only when it is untouched. */
     const Contents &asRead() const
@@ -110,7 +107,7 @@ class Store
     static int awaitOther(void *self, int attempts);
     bool beginWriteAtOnce();
     long long dataVersion();
-    void look(std::chrono::steady_clock::time_point now);
+    void look();
     void ask();
     void loadIfChanged();
     std::unique_ptr<Contents> load();
@@ -124,10 +121,8 @@ class Store
     Statement dataVersionQuery_, settingRows_, faultRows_, userRows_, writeSetting_;
     Statement beginRead_, beginWrite_, commit_, rollback_;
     bool isPatient_ = true; // who is kept from the store by another waits for him
-    std::optional<CommitWatch> commits_;
     FileWatch watch_;
-    std::chrono::steady_clock::time_point looked_{}; // at the watch
-    bool isSettled_ = false; // what was read is what the store holds, unless the watches have seen something
+    bool isSettled_ = false; // what was read is what the store holds, unless the watch has seen something
     long long loadedVersion_ = 0;
     std::uint64_t version_ = 0;
     std::unique_ptr<const Contents> contents_; // none: to be loaded

@@ -347,9 +347,6 @@ TEST_F(Store, MayBeAnotherFromOneCallToTheNext)
     EXPECT_EQ(registerText(25, 1), "1");
 }
 
-/** Microseconds: a file that is gone is the store for one millisecond more. */
-constexpr useconds_t aLook = 1000;
-
 TEST_F(Store, MayBeRemovedAndBeginsAnew)
 {
     ASSERT_EQ(command("set video_input 1"), 0);
@@ -357,7 +354,6 @@ TEST_F(Store, MayBeRemovedAndBeginsAnew)
     for (const char *suffix : {"", "-wal", "-shm"}) {
         std::filesystem::remove(store + suffix);
     }
-    usleep(aLook);
     EXPECT_EQ(registerText(25, 1), "0");
 }
 
@@ -374,7 +370,6 @@ TEST_F(Store, ThatVanishedAndBeganAnewIsSaid)
         for (const char *suffix : {"", "-wal", "-shm"}) {
             std::filesystem::remove(store + suffix);
         }
-        usleep(aLook);
     };
     testing::internal::CaptureStderr();
     EXPECT_EQ(registerText(25, 1), "0");
@@ -393,7 +388,6 @@ TEST_F(Store, ThatVanishedAndBeganAnewIsSaid)
     EXPECT_TRUE(engineLogged("desk-engine: " + news)) << engineLog();
     ASSERT_EQ(command("--store " + directory + "/other.db show settings"), 0);
     std::filesystem::rename(directory + "/other.db", store);
-    usleep(aLook);
     testing::internal::CaptureStderr();
     EXPECT_EQ(registerText(25, 1), "0");
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
