@@ -4,6 +4,8 @@
 #include "model/plan.h"
 #include "model/values.h"
 
+#include <fcntl.h>
+#include <unistd.h>
 #include <yaml-cpp/yaml.h>
 
 #include <algorithm>
@@ -212,6 +214,22 @@ std::string write(const model::State &state, const std::string &monitor, const s
     return result;
 }
 
+namespace
+{
+
+/** Waits until what was written is on the disk. */
+bool flush(const std::filesystem::path &file)
+{
+    const int descriptor = open(file.c_str(), O_RDONLY | O_CLOEXEC);
+    const bool isFlushed = descriptor >= 0 && fsync(descriptor) == 0;
+    if (descriptor >= 0) {
+        close(descriptor);
+    }
+    return isFlushed;
+}
+
+} // namespace
+
 void writeFile(const std::filesystem::path &file, const std::string &text)
 {
     const std::filesystem::path whole = file.string() + ".part";
@@ -219,10 +237,12 @@ void writeFile(const std::filesystem::path &file, const std::string &text)
     stream << text;
     stream.close();
     std::error_code error;
-    if (stream) {
+    // In this order, so that after a crash there is the old file or the new one.
+    const bool isWritten = stream && flush(whole);
+    if (isWritten) {
         std::filesystem::rename(whole, file, error);
     }
-    if (!stream || error) {
+    if (!isWritten || error) {
         std::filesystem::remove(whole, error);
         throw BadValue("the file " + file.string() + " cannot be written");
     }

@@ -208,8 +208,17 @@ for case in "${cases[@]}"; do
     [ ${#chosen[@]} = 0 ] || is_one_of "${case%% *}" "${chosen[@]}" || continue
     torture "$case"
 done
+
+# What is saved is on the disk before it takes the place of the old file.
+name=save kind=kill-before order=
+for nth in {1..20}; do
+    strike writes "$nth" "$kind" "$DISPLAYCTL" -c "$config" -m one export -o "$scratch/saved.yaml" </dev/null
+    [ -n "$struck" ] || break
+    order+="$struck "
+done
+expect 'what is saved is flushed, and then takes its place' 'writev fsync rename ' "$order"
 strike_table
 strike_end
-rm -rf "$config" "$profile" "$stranger" "$scratch/wrong.yaml" "$scratch/saved.yaml" "$scratch/kept"
+rm -rf "$config" "$profile" "$stranger" "$scratch/wrong.yaml" "$scratch"/saved.yaml* "$scratch/kept"
 ctl_end
 report
