@@ -252,7 +252,11 @@ bool Audit::open(std::string &problem)
         return false;
     }
     size_ = static_cast<std::uint64_t>(status.st_size);
-    dropTornLine();
+    if (!endLastLine()) {
+        problem = "the audit log " + file_ + " cannot be written: " + std::strerror(errno);
+        close();
+        return false;
+    }
     std::string last = lastLineOf(file_);
     if (last.empty()) { // it was put aside just before the end
         last = lastLineOf(asideFile(file_, 1));
@@ -277,14 +281,15 @@ bool Audit::open(std::string &problem)
 
 /** The program may have ended in the midst of a line, whose request was not answered then. Where the one
  * before is the last of which it had said that it was there, nothing else is missing, and the beginning goes.
- */
-void Audit::dropTornLine()
+ * Where the line itself is that one, its newline alone was cut off since, and comes back: the next one
+ * follows it. */
+bool Audit::endLastLine()
 {
     FileEnd found = endOf(file_);
     std::string begin;
     std::string end;
     if (found.torn.empty() || !readHead(file_, begin, end)) {
-        return;
+        return true;
     }
     if (found.line.empty()) { // it was put aside just before
         found.line = lastLineOf(asideFile(file_, 1));
@@ -296,7 +301,13 @@ void Audit::dropTornLine()
         logLine(
             "the audit log %s ended in the midst of a line, as when its program is killed: that is removed",
             file_.c_str());
+    } else if (hashOf(found.torn) == end) {
+        if (::write(descriptor_, "\n", 1) != 1) {
+            return false;
+        }
+        ++size_;
     }
+    return true;
 }
 
 bool Audit::isReady()

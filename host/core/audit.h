@@ -50,7 +50,7 @@ class Audit
     bool writeUnwritten();
     bool append(const std::string &body);
     bool write(const std::string &line, std::string &problem);
-    void dropTornLine();
+    [[nodiscard]] bool endLastLine();
     bool rotate(std::string &problem);
     bool writeHead(std::string &problem) const;
     void close();

@@ -280,6 +280,17 @@ TEST_F(Audit, ALineInWhoseMidstTheProgramWasKilledIsRemoved)
     EXPECT_FALSE(host::verifyAudit(file()).good);
 }
 
+TEST_F(Audit, ALineWithoutItsNewlineIsWholeAndTheNextOneFollowsIt)
+{
+    recordLines(2);
+    const std::string whole = test::readFile(file());
+    test::writeFile(file(), whole.substr(0, whole.size() - 1));
+    EXPECT_EQ(host::verifyAudit(file()).text, "2 lines, each as it was written");
+    recordLines(1);
+    EXPECT_EQ(test::readFile(file()).substr(0, whole.size()), whole);
+    EXPECT_EQ(host::verifyAudit(file()).text, "3 lines, each as it was written");
+}
+
 TEST_F(Audit, ManyThreadsWriteOneChain)
 {
     host::Audit audit(file());
