@@ -67,8 +67,13 @@ class PullAnswer
                 return fail(CMPI_RC_ERR_SERVER_LIMITS_EXCEEDED, tooMany);
             }
         }
-        writer_.sequence(context, count == size);
-        writer_.endPart();
+        try {
+            writer_.sequence(context, count == size);
+            writer_.endPart();
+        } catch (...) { // of an enumeration without an answer nobody knows
+            contexts_.close(context);
+            throw;
+        }
     }
 
     void pull()

@@ -37,6 +37,26 @@ std::string settingOf(const Account &account, const std::string &decoy)
     return isUsableHash(unlocked) ? unlocked : decoy;
 }
 
+/** A turn, until the end of the scope. */
+class Turn
+{
+  public:
+    Turn(Turnstile &turnstile, bool isPreferred) : turnstile_(turnstile)
+    {
+        turnstile_.enter(isPreferred);
+    }
+    Turn(const Turn &) = delete;
+    Turn &operator=(const Turn &) = delete;
+
+    ~Turn()
+    {
+        turnstile_.leave();
+    }
+
+  private:
+    Turnstile &turnstile_;
+};
+
 } // namespace
 
 // ---------------------------------------------------------------------------------------------- the queue
@@ -190,10 +210,12 @@ std::optional<Role> Accounts::login(std::string_view user, std::string_view pass
         }
         setting = settingOf(account, decoy_);
     }
-    hashing_.enter(isPreferred);
-    ++hashCount_;
-    const std::string computed = slowHash(std::string(password), setting);
-    hashing_.leave();
+    std::string computed;
+    {
+        const Turn turn(hashing_, isPreferred);
+        ++hashCount_;
+        computed = slowHash(std::string(password), setting);
+    }
     if (!isUsableHash(account.hash) || !sameText(computed, account.hash)) {
         return std::nullopt;
     }

@@ -9,6 +9,7 @@
 #include <fcntl.h>
 #include <functional>
 #include <memory>
+#include <new>
 #include <stdexcept>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -58,8 +59,18 @@ struct Line {
 
 /** The methods of crypt(3) that make guessing slow. Of the others, DES and MD5 for instance, a stolen file is
  * as good as the passwords. */
-constexpr std::array<std::string_view, 8> strongMethods = {"$y$",  "$gy$", "$7$", "$2b$",
-                                                           "$2y$", "$2a$", "$6$", "$5$"};
+struct Method {
+    std::string_view prefix;
+    std::size_t length; // of what stands behind the last $
+};
+constexpr std::array<Method, 8> strongMethods = {{{"$y$", 43},
+                                                  {"$gy$", 43},
+                                                  {"$7$", 43},
+                                                  {"$2b$", 53},
+                                                  {"$2y$", 53},
+                                                  {"$2a$", 53},
+                                                  {"$6$", 86},
+                                                  {"$5$", 43}}};
 
 bool isHash(const std::string &hash)
 {
@@ -70,7 +81,15 @@ bool isHash(const std::string &hash)
 bool isStrong(const std::string &hash)
 {
     return std::any_of(strongMethods.begin(), strongMethods.end(),
-                       [&](std::string_view prefix) { return hash.starts_with(prefix); });
+                       [&](const Method &method) { return hash.starts_with(method.prefix); });
+}
+
+/** With all its digits. One that was cut off passes for a hash, but no password has it. */
+bool isWhole(const std::string &hash)
+{
+    return std::any_of(strongMethods.begin(), strongMethods.end(), [&](const Method &method) {
+        return hash.starts_with(method.prefix) && hash.size() - hash.rfind('$') - 1 == method.length;
+    });
 }
 
 /** What is too short for any method is merely no hash. */
@@ -225,7 +244,7 @@ bool change(const std::string &file, std::string &problem,
 
 bool isUsableHash(const std::string &hash)
 {
-    return isHash(hash) && isStrong(hash);
+    return isHash(hash) && isWhole(hash);
 }
 
 bool isUserName(std::string_view user)
@@ -244,7 +263,11 @@ bool isUserName(std::string_view user)
 std::string slowHash(const std::string &password, const std::string &setting)
 {
     const auto memory = std::make_unique<crypt_data>();
+    errno = 0;
     const char *hash = crypt_rn(password.c_str(), setting.c_str(), memory.get(), sizeof *memory);
+    if (hash == nullptr && errno == ENOMEM) {
+        throw std::bad_alloc(); // it is not the password that is wrong
+    }
     std::string result = hash != nullptr ? hash : "";
     explicit_bzero(memory.get(), sizeof *memory);
     return result;

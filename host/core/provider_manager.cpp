@@ -134,9 +134,9 @@ ProviderManager::ProviderManager(const cim::NameSpaces &nameSpaces, const CMPIBr
 ProviderManager::~ProviderManager()
 {
     for (const auto &[key, provider] : providers_) {
-        cleanUp(provider->instance, provider->name);
-        cleanUp(provider->method, provider->name);
-        cleanUp(provider->association, provider->name);
+        cleanUp(provider.instance, provider.name);
+        cleanUp(provider.method, provider.name);
+        cleanUp(provider.association, provider.name);
     }
     for (const auto &[location, library] : libraries_) {
         dlclose(library.handle);
@@ -226,30 +226,27 @@ bool ProviderManager::load(const Registration &registration, std::string &proble
     if (library == nullptr) {
         return fail(reason);
     }
-    std::unique_ptr<Provider> &provider = providers_[registration.location + "\n" + registration.provider];
-    if (provider == nullptr) {
-        provider = std::make_unique<Provider>();
-        provider->name = registration.provider;
-    }
+    Provider &provider = providers_[registration.location + "\n" + registration.provider];
+    provider.name = registration.provider;
     const auto make = [&](const char *kind, auto *&interface) {
         return create(library->handle, library->path, broker_, registration.provider, kind, interface,
                       reason);
     };
-    if ((registration.isInstance && !make("Instance", provider->instance)) ||
-        (registration.isMethod && !make("Method", provider->method)) ||
-        (registration.isAssociation && !make("Association", provider->association))) {
+    if ((registration.isInstance && !make("Instance", provider.instance)) ||
+        (registration.isMethod && !make("Method", provider.method)) ||
+        (registration.isAssociation && !make("Association", provider.association))) {
         return fail(reason);
     }
-    fillTables(*provider);
+    fillTables(provider);
     Serving &serving = serving_[klass];
     if (registration.isInstance) {
-        serving.instance = provider.get();
+        serving.instance = &provider;
     }
     if (registration.isMethod) {
-        serving.method = provider.get();
+        serving.method = &provider;
     }
     if (registration.isAssociation) {
-        serving.association = provider.get();
+        serving.association = &provider;
         associationClasses_[nameSpace.classes].push_back(klass);
     }
     return true;
@@ -264,12 +261,11 @@ bool ProviderManager::addBuiltIn(const cim::NameSpace &nameSpace, const std::str
     }
     SetupCall setup;
     CMPIStatus status = {};
-    auto provider = std::make_unique<Provider>();
-    provider->name = className;
-    provider->instance = factory(&broker_, &setup.context()->cmpi, &status);
-    fillTables(*provider);
-    serving_[klass].instance = provider.get();
-    providers_[nameSpace.name + "\n" + className] = std::move(provider);
+    Provider &provider = providers_[nameSpace.name + "\n" + className];
+    provider.name = className;
+    provider.instance = factory(&broker_, &setup.context()->cmpi, &status);
+    fillTables(provider);
+    serving_[klass].instance = &provider;
     return true;
 }
 
@@ -279,18 +275,17 @@ bool ProviderManager::addBuiltIn(const cim::NameSpace &nameSpace, BuiltInClass &
     if (klass == nullptr || servingOf(*klass).instance != nullptr) {
         return false;
     }
-    auto provider = std::make_unique<Provider>();
-    provider->name = builtIn.name();
-    provider->instance = builtIn.instanceInterface();
-    provider->method = builtIn.methodInterface();
-    provider->association = klass->isAssociation ? builtIn.associationInterface() : nullptr;
-    fillTables(*provider);
-    serving_[klass] = {provider.get(), provider->method != nullptr ? provider.get() : nullptr,
-                       klass->isAssociation ? provider.get() : nullptr};
+    Provider &provider = providers_[nameSpace.name + "\n" + builtIn.name()];
+    provider.name = builtIn.name();
+    provider.instance = builtIn.instanceInterface();
+    provider.method = builtIn.methodInterface();
+    provider.association = klass->isAssociation ? builtIn.associationInterface() : nullptr;
+    fillTables(provider);
+    serving_[klass] = {&provider, provider.method != nullptr ? &provider : nullptr,
+                       klass->isAssociation ? &provider : nullptr};
     if (klass->isAssociation) {
         associationClasses_[nameSpace.classes].push_back(klass);
     }
-    providers_[nameSpace.name + "\n" + builtIn.name()] = std::move(provider);
     return true;
 }
 

@@ -10,7 +10,6 @@
 #include <cmpi/cmpift.h>
 
 #include <map>
-#include <memory>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -99,7 +98,7 @@ class ProviderManager
     std::vector<std::string> directories_;
     std::map<std::string, std::string> files_;
     std::map<std::string, Library> libraries_;
-    std::map<std::string, std::unique_ptr<Provider>> providers_; // by library and name
+    std::map<std::string, Provider> providers_; // by library and name
     std::unordered_map<const cim::Class *, Serving> serving_;
     std::unordered_map<const cim::ClassRepository *, std::vector<const cim::Class *>> associationClasses_;
 };

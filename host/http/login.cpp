@@ -5,6 +5,8 @@
 #include <arpa/inet.h>
 #include <cstring>
 #include <gnutls/gnutls.h>
+#include <memory>
+#include <new>
 #include <strings.h>
 #include <thread>
 
@@ -37,16 +39,23 @@ std::string decode(const char *authorization)
     text.erase(0, text.find_first_not_of(' '));
     gnutls_datum_t encoded = {reinterpret_cast<unsigned char *>(text.data()),
                               static_cast<unsigned>(text.size())};
+    if (text.empty() || text.find_first_not_of(base64Digits) != std::string::npos) {
+        return ""; // GnuTLS would skip line ends, and whatever follows a hyphen
+    }
     gnutls_datum_t decoded = {};
-    // GnuTLS would skip line ends, and whatever follows a hyphen.
-    if (text.empty() || text.find_first_not_of(base64Digits) != std::string::npos ||
-        gnutls_base64_decode2(&encoded, &decoded) != 0) {
+    const int code = gnutls_base64_decode2(&encoded, &decoded);
+    if (code == GNUTLS_E_MEMORY_ERROR) {
+        throw std::bad_alloc(); // it is not the password that is wrong
+    }
+    if (code != GNUTLS_E_SUCCESS) {
         return "";
     }
-    std::string credentials(reinterpret_cast<const char *>(decoded.data), decoded.size);
-    explicit_bzero(decoded.data, decoded.size);
-    gnutls_free(decoded.data);
-    return credentials;
+    const auto wipe = [&decoded](unsigned char *data) {
+        explicit_bzero(data, decoded.size);
+        gnutls_free(data);
+    };
+    const std::unique_ptr<unsigned char, decltype(wipe)> owned(decoded.data, wipe);
+    return {reinterpret_cast<const char *>(decoded.data), decoded.size};
 }
 
 /** Overwrites a text that held a password. */

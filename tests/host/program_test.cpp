@@ -166,6 +166,12 @@ TEST_F(Program, ListsAndRemovesAccounts)
     test::writeFile(file, test::readFile(file) + "locked:!:operator\n");
     EXPECT_EQ(run({"account", "list", "--accounts", file}).output,
               "ann administrator\neve reader\nlocked operator locked\n");
+    const std::string whole = test::readFile(file);
+    test::writeFile(file, whole + "tom:" + whole.substr(4, 40));
+    EXPECT_EQ(run({"account", "list", "--accounts", file}).output,
+              "ann administrator\neve reader\nlocked operator locked\ntom operator locked\n")
+        << "the rest of his hash is missing";
+    test::writeFile(file, whole);
     EXPECT_EQ(run({"account", "remove", "--accounts", file, "eve"}).code, 0);
     const Outcome again = run({"account", "remove", "--accounts", file, "eve"});
     EXPECT_EQ(again.code, 1);

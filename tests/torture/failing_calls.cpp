@@ -4,6 +4,7 @@
 
 #include "control.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdarg>
@@ -57,26 +58,51 @@ bool isCounted(int kinds)
     return control && (control->kind.load() & kinds);
 }
 
-/** Two places of the C library end the process when there is no memory, whatever a program does: where the
- * loader gives a thread its variables of a library, and where their destructors are noted. */
+/** Some code ends the process when there is no memory, whatever a program does. Its allocations never fail:
+ * of the C library where the loader gives a thread its variables of a library, where their destructors are
+ * noted, and where it learns where names of users are to be looked up; GMP as a whole; libtasn1, which goes
+ * on with the object that it has not got. */
 struct Code {
     const char *begin = nullptr;
     const char *end = nullptr;
+
+    bool has(const void *place) const
+    {
+        const auto *at = static_cast<const char *>(place);
+        return at >= begin && at < end;
+    }
 };
-Code loader;
-Code noting;
+Code endsProcess[8];
+size_t endsProcessCount = 0;
+Code readsLines; // of the C library, for many
+
+void noteCode(const void *begin, size_t size)
+{
+    if (begin != nullptr && endsProcessCount < sizeof endsProcess / sizeof *endsProcess) {
+        const auto *at = static_cast<const char *>(begin);
+        endsProcess[endsProcessCount++] = {at, at + size};
+    }
+}
 
 void findPlaces()
 {
-    noting.begin = static_cast<const char *>(dlsym(RTLD_DEFAULT, "__cxa_thread_atexit_impl"));
-    noting.end = noting.begin ? noting.begin + 512 : nullptr;
+    noteCode(dlsym(RTLD_DEFAULT, "__cxa_thread_atexit_impl"), 512);
+    // What it calls stands before it and behind it.
+    if (const auto *names =
+            static_cast<const char *>(dlvsym(RTLD_DEFAULT, "__nss_database_get", "GLIBC_PRIVATE"))) {
+        noteCode(names - 4096, 8192);
+    }
+    readsLines.begin = static_cast<const char *>(dlsym(RTLD_DEFAULT, "getdelim"));
+    readsLines.end = readsLines.begin + 1024;
     dl_iterate_phdr(
         [](dl_phdr_info *info, size_t, void *) {
-            for (int i = 0; strstr(info->dlpi_name, "/ld-linux") && i < info->dlpi_phnum; ++i) {
+            const bool isMeant = strstr(info->dlpi_name, "/ld-linux") ||
+                                 strstr(info->dlpi_name, "/libgmp.so") ||
+                                 strstr(info->dlpi_name, "/libtasn1.so");
+            for (int i = 0; isMeant && i < info->dlpi_phnum; ++i) {
                 const auto &part = info->dlpi_phdr[i];
                 if (part.p_type == PT_LOAD && (part.p_flags & PF_X)) {
-                    loader.begin = reinterpret_cast<const char *>(info->dlpi_addr + part.p_vaddr);
-                    loader.end = loader.begin + part.p_memsz;
+                    noteCode(reinterpret_cast<const void *>(info->dlpi_addr + part.p_vaddr), part.p_memsz);
                 }
             }
             return 0;
@@ -84,13 +110,29 @@ void findPlaces()
         nullptr);
 }
 
-bool endsProcessByDesign(const void *caller)
+bool isNoted(const void *place)
 {
-    const auto *at = static_cast<const char *>(caller);
-    return (at >= loader.begin && at < loader.end) || (at >= noting.begin && at < noting.end);
+    for (size_t i = 0; i < endsProcessCount; ++i) {
+        if (endsProcess[i].has(place)) {
+            return true;
+        }
+    }
+    return false;
 }
 
 thread_local bool isLooking = false; // backtrace() may call what is counted
+
+bool endsProcessByDesign(const void *caller)
+{
+    if (!readsLines.has(caller) || isLooking) {
+        return isNoted(caller);
+    }
+    void *frames[6];
+    isLooking = true;
+    const int count = backtrace(frames, 6);
+    isLooking = false;
+    return std::any_of(frames, frames + count, isNoted);
+}
 
 /** Notes the call where its callers are others than those of all before. Of an address those bits count that
  * are the same wherever a library is loaded. */

@@ -92,6 +92,22 @@ TEST_F(Accounts, LockedAccountsStayOut)
     }
 }
 
+/** Of every method: cut off anywhere it still looks like a hash, but nobody has a password for it. */
+TEST_F(Accounts, AHashThatIsCutOffIsLocked)
+{
+    crypt_data memory = {};
+    for (const char *prefix : {"$y$", "$gy$", "$7$", "$2b$", "$2y$", "$2a$", "$6$", "$5$"}) {
+        char setting[CRYPT_GENSALT_OUTPUT_SIZE];
+        ASSERT_NE(crypt_gensalt_rn(prefix, 0, nullptr, 0, setting, sizeof setting), nullptr) << prefix;
+        const std::string hash = crypt_r("first", setting, &memory);
+        EXPECT_TRUE(host::isUsableHash(hash)) << hash;
+        for (std::size_t length = 0; length < hash.size(); ++length) {
+            EXPECT_FALSE(host::isUsableHash(hash.substr(0, length))) << hash.substr(0, length);
+        }
+        EXPECT_FALSE(host::isUsableHash(hash + "a")) << hash;
+    }
+}
+
 TEST_F(Accounts, ChangesAreNoticed)
 {
     test::writeFile(file(), test::quickAccount("one", "first"));
