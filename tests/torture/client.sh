@@ -173,10 +173,12 @@ torture() { # torture CASE: every call of each kind
     local arguments before=$failures
     read -r name changes <<<"${1%%|*}"
     read -ra arguments <<<"${1#*|}"
-    arguments=(-c "$config" "${arguments[@]//@/$scratch/}")
+    arguments=("${arguments[@]//@/$scratch/}")
+    [ "${arguments[0]}" = -c ] || arguments=(-c "$config" "${arguments[@]}")
     back_to_begin
     strike files 0 fail "$DISPLAYCTL" "${arguments[@]}" </dev/null
     usual=$result usual_output=$output
+    [ "$usual" != 2 ] || failed "$name: it is not even tried: $errors"
     [ "$name" != all ] || usual_output=$(sort <<<"$output")
     for kind in "${kinds[@]}"; do
         back_to_begin
