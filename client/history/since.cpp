@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "history/history.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <chrono>
@@ -56,8 +57,12 @@ class Cursor
     char taken_ = '\0';
 };
 
-std::string formatted(std::time_t time)
+constexpr std::int64_t lastSecond = 253'402'300'799; // of the year 9999
+
+/** As the history has it, which is older than 1970 nowhere, and whose years have four digits. */
+std::string formatted(std::int64_t seconds)
 {
+    const auto time = static_cast<std::time_t>(std::clamp(seconds, std::int64_t{0}, lastSecond));
     std::tm parts{};
     gmtime_r(&time, &parts);
     std::array<char, 32> text{};
@@ -66,7 +71,7 @@ std::string formatted(std::time_t time)
 }
 
 /** 2h, 3d and so on: so long before now. */
-std::optional<std::time_t> parseAge(std::string_view text)
+std::optional<std::int64_t> parseAge(std::string_view text)
 {
     Cursor cursor{text};
     int count = 0;
@@ -144,7 +149,7 @@ std::optional<std::time_t> parseIso(std::string_view text)
 
 std::optional<std::string> parseSince(std::string_view text)
 {
-    std::optional<std::time_t> time = parseAge(text);
+    std::optional<std::int64_t> time = parseAge(text);
     if (!time) {
         time = parseIso(text);
     }

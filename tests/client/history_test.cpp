@@ -535,6 +535,13 @@ TEST_F(Since, AgesAreBeforeNow)
     EXPECT_NEAR(secondsAgo("1w"), 7 * 86400, patience);
 }
 
+TEST_F(Since, TimesBeforeAllHistoriesAndBehindThemHaveTheFormOfTheOthers)
+{
+    EXPECT_EQ(parseSince("0226-01-31"), "1970-01-01T00:00:00.000Z");
+    EXPECT_EQ(parseSince("2147483647w"), "1970-01-01T00:00:00.000Z");
+    EXPECT_EQ(parseSince("9999-12-31T23:59-01:00"), "9999-12-31T23:59:59.000Z");
+}
+
 TEST_F(Since, AnythingElseIsRefused)
 {
     for (const char *text :
