@@ -2,8 +2,8 @@
 // desk-engine: the display engine of the desk monitor as a program.
 #include "engine/engine.h"
 
-#include "support/environment.h"
 #include "process/unused_memory.h"
+#include "support/environment.h"
 #include "support/program.h"
 
 #include <sys/time.h>
