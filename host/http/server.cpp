@@ -11,6 +11,8 @@
 #include <gnutls/gnutls.h>
 #include <malloc.h>
 #include <microhttpd.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <new>
 #include <poll.h>
 #include <sys/socket.h>
@@ -27,6 +29,7 @@ struct HttpServer::Peer {
     unsigned certifiedBy = 0;       // the generation of issuers that its certificate is of
     RememberedLogin login{};
     bool isCorked = false; // the reply is collected, to be encrypted and sent at once
+    bool isOneRecord = true;
 };
 
 namespace
@@ -35,6 +38,9 @@ namespace
 /** A body that is encrypted and sent together with its header. libmicrohttpd gives the two to TLS one after
  * the other, and a client would be woken twice. */
 constexpr std::size_t corkedBytes = std::size_t{32} * 1024;
+
+/** With its header it fits into one record of TLS. */
+constexpr std::size_t recordBytes = std::size_t{15} * 1024;
 
 /** Of a body or an answer: from here on what a message takes is more than what the allocator may keep. */
 constexpr std::size_t largeMessage = std::size_t{128} * 1024;
@@ -88,6 +94,12 @@ RequestHead headOf(MHD_Connection *connection, const char *method, const char *v
     };
     MHD_get_connection_values(connection, MHD_HEADER_KIND, add, &head.fields);
     return head;
+}
+
+/** Whether what is written goes out only together, as far as packets are not full. */
+void setTogether(int socket, int isOn)
+{
+    setsockopt(socket, IPPROTO_TCP, TCP_CORK, &isOn, sizeof isOn);
 }
 
 } // namespace
@@ -431,6 +443,9 @@ void HttpServer::close(Peer *peer)
 /** Sends what was collected; waits for a client that is slow to take it, as long as it is not overdue. */
 void HttpServer::uncork(Peer &peer, bool isComplete)
 {
+    if (!peer.isOneRecord) {
+        setTogether(peer.entry.socket, 1);
+    }
     int code = gnutls_record_uncork(peer.tls, 0);
     const auto patience = std::chrono::duration_cast<std::chrono::milliseconds>(limits_.idle);
     while (isComplete && (code == GNUTLS_E_AGAIN || code == GNUTLS_E_INTERRUPTED)) {
@@ -439,6 +454,9 @@ void HttpServer::uncork(Peer &peer, bool isComplete)
             shutdown(peer.entry.socket, SHUT_RDWR);
         }
         code = gnutls_record_uncork(peer.tls, 0);
+    }
+    if (!peer.isOneRecord) { // the client, which was not woken for each of them, has all now
+        setTogether(peer.entry.socket, 0);
     }
 }
 
@@ -667,6 +685,7 @@ int HttpServer::reply(const Exchange &exchange, const HttpReply &what)
     if (peer.tls != nullptr && body.size() <= corkedBytes && !peer.isCorked) {
         gnutls_record_cork(peer.tls);
         peer.isCorked = true;
+        peer.isOneRecord = body.size() <= recordBytes;
     }
     good = good && MHD_queue_response(exchange.connection, what.status, response) == MHD_YES;
     MHD_destroy_response(response);
