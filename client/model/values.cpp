@@ -191,6 +191,16 @@ Value parseAddress(const Setting &setting, std::string_view text, const site::Co
     return text;
 }
 
+bool isUtf8(std::string_view text)
+{
+    try {
+        static_cast<void>(Value(text).dump());
+        return true;
+    } catch (const Value::type_error &) {
+        return false;
+    }
+}
+
 Value parsePreset(const Setting &setting, std::string_view text, const site::CodeNames &names)
 {
     long number = 0;
@@ -212,6 +222,9 @@ Value parseValue(const Setting &setting, std::string_view text, const site::Code
 {
     if (!setting.isWritable()) {
         throw BadValue(setting.name + " cannot be changed");
+    }
+    if (!isUtf8(text)) {
+        throw BadValue(setting.name + " cannot be this text, which is no UTF-8");
     }
     if (setting.kind() == Kind::text) {
         if (text.empty()) {

@@ -383,6 +383,8 @@ TEST(Profile, IsReadWithItsMistakesNamed)
             "displayctl: 1\nsettings:\n  pip: { mode: pip, size: minimum }\n  preset: { 3: { luminance: 110 } }\n"),
         "3 settings");
     EXPECT_EQ(problemIn("displayctl: 1\nsettings: { osd: { position: [10, 20] } }"), "1 settings");
+    EXPECT_EQ(problemIn("displayctl: 1\nsettings:\n  monitor:\n    name: \"\xa2Studio 8\"\n"),
+              "p.yaml:4: monitor.name cannot be this text, which is no UTF-8");
     EXPECT_EQ(problemIn("displayctl: 2\n"),
               "p.yaml:1: profiles of this version of displayctl have 'displayctl: 1'");
     EXPECT_EQ(problemIn("settings: {}\n"),
