@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "exporter/web_config.h"
 
+#include "site/text_file.h"
 #include "site/yaml_file.h"
 
 #include <crypt.h>
@@ -8,7 +9,6 @@
 #include <openssl/evp.h>
 
 #include <array>
-#include <iterator>
 
 namespace displayctl::exporter
 {
@@ -21,15 +21,14 @@ using site::YamlFile;
 std::string content(const YamlFile &file, const YAML::Node &node, const std::string &what)
 {
     const std::filesystem::path path = file.path(node, what);
-    std::ifstream stream{path, std::ios::binary};
-    if (!stream || std::filesystem::is_directory(path)) {
+    const auto text = site::readTextFile(path);
+    if (!text) {
         file.fail(node, what + ": " + path.string() + " cannot be read");
     }
-    std::string text{std::istreambuf_iterator<char>{stream}, {}};
-    if (text.find("-----BEGIN ") == std::string::npos) {
+    if (text->find("-----BEGIN ") == std::string::npos) {
         file.fail(node, what + ": " + path.string() + " is not PEM");
     }
-    return text;
+    return *text;
 }
 
 void readTls(const YamlFile &file, const YAML::Node &map, WebConfig &config)

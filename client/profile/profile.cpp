@@ -3,6 +3,7 @@
 
 #include "model/plan.h"
 #include "model/values.h"
+#include "site/text_file.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -174,13 +175,11 @@ std::vector<Entry> readText(const std::string &text, const std::string &name, co
 
 std::vector<Entry> read(const std::filesystem::path &file, const site::CodeNames &names)
 {
-    std::ifstream stream(file);
-    std::stringstream text;
-    text << stream.rdbuf();
-    if (!stream || std::filesystem::is_directory(file)) {
+    const auto text = site::readTextFile(file);
+    if (!text) {
         throw BadValue("the profile " + file.string() + " cannot be read");
     }
-    return readText(text.str(), file.string(), names);
+    return readText(*text, file.string(), names);
 }
 
 std::string write(const model::State &state, const std::string &monitor, const std::string &date,

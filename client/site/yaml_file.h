@@ -5,11 +5,11 @@
 
 #include "site/directories.h"
 #include "site/error.h"
+#include "site/text_file.h"
 
 #include <yaml-cpp/yaml.h>
 
 #include <filesystem>
-#include <fstream>
 #include <set>
 #include <string>
 #include <utility>
@@ -23,12 +23,12 @@ class YamlFile
   public:
     explicit YamlFile(std::filesystem::path path) : path_(std::move(path))
     {
-        std::ifstream stream{path_};
-        if (!stream || std::filesystem::is_directory(path_)) {
+        const auto content = readTextFile(path_);
+        if (!content) {
             throw Error(path_.string() + ": cannot be read");
         }
         try {
-            root_ = YAML::Load(stream);
+            root_ = YAML::Load(*content);
         } catch (const YAML::ParserException &problem) {
             fail(problem.mark, "this is not YAML: " + problem.msg);
         }

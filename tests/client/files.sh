@@ -65,6 +65,7 @@ expect_try 'one that is cut off before its first line' \
 printf '%s' "${kept%%overscan*}overscan: o" >"$profile"
 try displayctl apply "$profile"
 expect 'one that is cut off within a value' "picture.overscan cannot be 'o'; it takes on off 2" "${answer#"displayctl: $profile:"*: }"
+expect_try 'one whose reading fails' 'displayctl: the profile /proc/self/mem cannot be read 2' displayctl apply /proc/self/mem
 garbage >"$profile"
 try displayctl apply "$profile"
 expect 'garbage is refused' 2 "${answer##* }"

@@ -155,6 +155,7 @@ TEST_F(Site, WhatIsWrongInAFileIsToldWithItsLine)
         "monitors.yaml:4: the port of a URL is a number from 1 to 65535, not \"99999\"; a URL is http://HOST:PORT "
         "or https://HOST:PORT, with USER@ before and /NAMESPACE behind it where needed");
     EXPECT_EQ(problem("names: nowhere.yaml\n"), "nowhere.yaml: cannot be read");
+    EXPECT_EQ(problem("names: /proc/self/mem # whose reading fails\n"), "/proc/self/mem: cannot be read");
     static_cast<void>(write("names.yaml", "osd.language:\n  four: German\n"));
     EXPECT_EQ(problem("names: names.yaml\n"), "names.yaml:2: the code \"four\" is no whole number");
 }
