@@ -102,8 +102,10 @@ TEST_F(Board, WakesTheSenderThatWaits)
         EXPECT_TRUE(served.claim(ticket));
         served.finish(ticket);
     });
-    while (sender.stage(ticket) != Stage::done) {
-        sender.waitForChange(ticket, sender.stage(ticket), std::chrono::hours(1));
+    Stage stage = Stage::waiting;
+    while (stage != Stage::done) {
+        sender.waitForChange(ticket, stage, std::chrono::hours(1));
+        stage = sender.stage(ticket);
     }
     other.join();
 }
