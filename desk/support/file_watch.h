@@ -33,9 +33,12 @@ class FileWatch
     bool saw();
 
   private:
+    void begin();
     void end();
 
     int descriptor_ = -1;
+    int ready_ =
+        -1; // an epoll(7) of the one, which tells for half of what a read costs that there is nothing
     bool hasFailed_ = false;
 };
 
