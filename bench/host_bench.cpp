@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // Requests to the desk object manager by CIM-XML and WS-Management, with and without TLS, on one connection
-// of each kind that is kept, and to the yardstick, a server that answers whatever it is asked with the same
-// 30 kB.
+// of each kind that is kept, and to the yardstick, a server that answers whatever it is asked with as many
+// bytes as it is told.
 //
 // Both must be there: BENCH_PORT and BENCH_TLS_PORT are the object manager's ports, BENCH_AUTHORIZATION the
-// "Basic ..." of an account, BENCH_FIXED_PORT the port of fixed_server. See run.sh.
+// "Basic ..." of an account, BENCH_FIXED_PORT and BENCH_FIXED_TLS_PORT the ports of fixed_server. See run.sh.
 //
 //   host_bench --readers CONNECTIONS COUNT    so many connections at once, each of which reads a colour space
 //   so many
@@ -179,10 +179,9 @@ std::string httpRequest(const std::string &path, const std::string &type, const 
            "\r\n\r\n" + body;
 }
 
-std::string httpRequest(const std::string &cimXml)
+std::string httpRequest(const std::string &cimXml, const std::string &path = "/cimom")
 {
-    return httpRequest("/cimom", "application/xml; charset=\"utf-8\"", cimXml,
-                       "CIMOperation: MethodCall\r\n");
+    return httpRequest(path, "application/xml; charset=\"utf-8\"", cimXml, "CIMOperation: MethodCall\r\n");
 }
 
 // ---- CIM-XML ----
@@ -306,19 +305,14 @@ class Read
     std::string expected_;
 };
 
-bool fixedAnswer()
+std::string enumerationCall()
 {
-    static Connection connection(environment("BENCH_FIXED_PORT"));
-    static const std::string request = httpRequest(
-        intrinsic("EnumerateInstances", "ClassName", "<CLASSNAME NAME=\"ZT_Marovelton_ColorSpace\"/>"));
-    return connection.exchange(request).size() == 30'000;
+    return intrinsic("EnumerateInstances", "ClassName", "<CLASSNAME NAME=\"ZT_Marovelton_ColorSpace\"/>");
 }
 
 Read enumeration(Connection &connection)
 {
-    return {connection,
-            intrinsic("EnumerateInstances", "ClassName", "<CLASSNAME NAME=\"ZT_Marovelton_ColorSpace\"/>"),
-            [](std::string_view answer) {
+    return {connection, enumerationCall(), [](std::string_view answer) {
                 return count(answer, "<VALUE.NAMEDINSTANCE>") == 7 &&
                        count(answer, "<INSTANCE CLASSNAME=\"ZT_Marovelton_ColorSpace\">") == 7 &&
                        has(answer, "<VALUE>ZT:Marovelton_ColorSpace:7</VALUE>") && !has(answer, "<ERROR");
@@ -347,9 +341,14 @@ bool getMonitor()
     return read();
 }
 
+std::string colorSpaceCall()
+{
+    return intrinsic("GetInstance", "InstanceName", colorSpace(3));
+}
+
 Read colorSpaceRead(Connection &connection)
 {
-    return {connection, intrinsic("GetInstance", "InstanceName", colorSpace(3)), [](std::string_view answer) {
+    return {connection, colorSpaceCall(), [](std::string_view answer) {
                 return count(answer, "<INSTANCE CLASSNAME=\"ZT_Marovelton_ColorSpace\">") == 1 &&
                        has(answer, "<VALUE>ZT:Marovelton_ColorSpace:3</VALUE>") && !has(answer, "<ERROR");
             }};
@@ -365,6 +364,30 @@ bool getColorSpaceSecurely()
 {
     static Read read = colorSpaceRead(secureHost());
     return read();
+}
+
+bool fixedAnswer()
+{
+    static Connection connection(environment("BENCH_FIXED_PORT"));
+    static const std::string request = httpRequest(enumerationCall(), "/30000");
+    return connection.exchange(request).size() == 30'000;
+}
+
+// As much as a colour space's answer.
+constexpr std::size_t shortAnswer = 3'128;
+
+bool shortFixedAnswer()
+{
+    static Connection connection(environment("BENCH_FIXED_PORT"));
+    static const std::string request = httpRequest(colorSpaceCall(), "/" + std::to_string(shortAnswer));
+    return connection.exchange(request).size() == shortAnswer;
+}
+
+bool shortFixedAnswerSecurely()
+{
+    static Connection connection(environment("BENCH_FIXED_TLS_PORT"), Security::tls);
+    static const std::string request = httpRequest(colorSpaceCall(), "/" + std::to_string(shortAnswer));
+    return connection.exchange(request).size() == shortAnswer;
 }
 
 /** Every answer has a message identifier of its own. */
@@ -404,6 +427,8 @@ bool setDisplayLuminance()
 
 constexpr bench::Case cases[] = {
     {"http/fixed_30_kB", fixedAnswer},
+    {"http/fixed_3_kB", shortFixedAnswer},
+    {"https/fixed_3_kB", shortFixedAnswerSecurely},
     {"http/enumerate_color_spaces", enumerateColorSpaces},
     {"http/get_monitor", getMonitor},
     {"http/get_color_space", getColorSpace},

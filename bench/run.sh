@@ -20,10 +20,11 @@ programs=$build/bench
 
 fixed=
 fixed_start() { # fixed_start COMMAND...
-    coproc fixed_server { exec setpriv --pdeathsig TERM "$@" 2>/dev/null; }
+    coproc fixed_server { exec setpriv --pdeathsig TERM "$@" "$scratch"/{certificate,key}.pem 2>/dev/null; }
     fixed=$!
     read -r BENCH_FIXED_PORT <&"${fixed_server[0]}"
-    export BENCH_FIXED_PORT
+    read -r BENCH_FIXED_TLS_PORT <&"${fixed_server[0]}"
+    export BENCH_FIXED_PORT BENCH_FIXED_TLS_PORT
 }
 fixed_stop() {
     kill "$fixed"
@@ -97,8 +98,8 @@ TEXT
 # All processes on one core: an exchange between two would also measure how long an idle core takes to wake up, which
 # on some machines is longer than all the rest.
 [ "$smoke" = --smoke ] || taskset -cp "$(taskset -cp $$ | grep -o '[0-9]*$')" $$ >/dev/null
-fixed_start "$programs/fixed_server"
 secure_desk_start
+fixed_start "$programs/fixed_server"
 if [ "$smoke" = --smoke ]; then
     for program in library_bench engine_bench host_bench; do
         times $program --benchmark_min_time=0.001
@@ -126,12 +127,12 @@ echo 'Instructions ...' >&2
     for call in $(fastest | awk '/^library/ { print $1 }'); do
         count_here library_bench "$call"
     done
-    fixed_start "${counted[@]}" --callgrind-out-file="$scratch/counts.%p" "$programs/fixed_server"
     DISPLAY_HOST=$(wrapper "$DISPLAY_HOST")
     secure_desk_start
+    fixed_start "${counted[@]}" --callgrind-out-file="$scratch/counts.%p" "$programs/fixed_server"
     for call in $(fastest | awk '/^(https?|wsman)/ { print $1 }'); do
         process=${desk_host[$desk]}
-        [ "$call" != http/fixed_30_kB ] || process=$fixed
+        [[ $call != */fixed_* ]] || process=$fixed
         count_in "$process" host_bench "$call"
     done
     fixed_stop
