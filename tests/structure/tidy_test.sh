@@ -32,7 +32,7 @@ cat >CMakePresets.json <<'END'
 { "version": 4,
   "configurePresets": [ { "name": "dev", "generator": "Ninja", "binaryDir": "${sourceDir}/build/dev",
                           "cacheVariables": { "CMAKE_EXPORT_COMPILE_COMMANDS": "ON" } } ],
-  "buildPresets": [ { "name": "dev", "configurePreset": "dev" } ] }
+  "buildPresets": [ { "name": "checks", "configurePreset": "dev" } ] }
 END
 
 # Sources that nothing is to be said of.
