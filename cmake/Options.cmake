@@ -21,7 +21,8 @@ if(CCACHE)
 endif()
 
 # What is parsed once for a target of many files and not for each of them. Every file includes what it uses all the same:
-# clang-tidy reads it without these, and with CMAKE_DISABLE_PRECOMPILE_HEADERS each file is compiled for itself.
+# ./test --full has clang-tidy read each for itself and without these (tools/check --alone tidy), and with
+# CMAKE_DISABLE_PRECOMPILE_HEADERS, as displayctl's packages for ARM are made, each file is compiled for itself.
 set(STANDARD_HEADERS <algorithm> <array> <atomic> <cerrno> <charconv> <chrono> <cstddef> <cstdint> <cstdio> <cstdlib>
     <cstring> <ctime> <filesystem> <fstream> <functional> <iterator> <map> <memory> <mutex> <optional> <set> <span> <sstream>
     <stdexcept> <string> <string_view> <thread> <utility> <vector> <fcntl.h> <sys/stat.h> <unistd.h>)
