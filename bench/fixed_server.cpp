@@ -2,9 +2,9 @@
 // The yardstick for the object manager: libmicrohttpd, set up as the object manager sets it up, which reads
 // each request and answers with as many bytes as its path says, 30,000 at most: "/3128".
 //
-//   fixed_server [CERTIFICATE KEY]    prints its port, and with the two PEM files on the next line that for
-//   TLS;
-//                                     serves until its standard input ends
+//   fixed_server [CERTIFICATE KEY]    serves until its standard input ends
+//
+// It prints its port, and with the two PEM files, on the next line, that for TLS.
 
 #include <gnutls/gnutls.h>
 #include <microhttpd.h>

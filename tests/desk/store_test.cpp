@@ -261,39 +261,42 @@ TEST_F(Store, IsReadWhileAnotherWrites)
     EXPECT_EQ(sqlite3_close(other), SQLITE_OK);
 }
 
-/** Lets the process have no watch of files, as the kernel refuses one to who has too many. */
-void refuseWatches()
+/** Lets the process have no descriptor of a kind, as the kernel refuses one to who has too many. */
+void refuse(unsigned call)
 {
     sock_filter program[] = {
         BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_inotify_init1, 0, 1),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, call, 0, 1),
         BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EMFILE),
         BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
     };
     const sock_fprog filter{static_cast<unsigned short>(std::size(program)), program};
     ASSERT_EQ(prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), 0);
     ASSERT_EQ(prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter), 0);
-    ASSERT_EQ(inotify_init1(IN_CLOEXEC), -1);
+    ASSERT_EQ(syscall(call, 0), -1);
+    ASSERT_EQ(errno, EMFILE);
 }
 
 TEST_F(Store, ShowsAtOnceWhatWasWrittenWithoutAWatchToo)
 {
-    ASSERT_EQ(registerText(25, 1), "0");
-    const pid_t child = fork();
-    if (child == 0) {
-        refuseWatches();
-        sqlite3 *other = nullptr;
-        bool good = !HasFailure() && sqlite3_open(store.c_str(), &other) == SQLITE_OK;
-        for (const char *input : {"1", "2", "1", "0", "2"}) {
-            const std::string sql =
-                "UPDATE setting SET value='" + std::string(input) + "' WHERE name='video_input'";
-            good = good && sqlite3_exec(other, sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK &&
-                   registerText(25, 1) == input;
+    for (const unsigned call : {unsigned{SYS_inotify_init1}, unsigned{SYS_epoll_create1}}) {
+        ASSERT_EQ(registerText(25, 1), call == SYS_inotify_init1 ? "0" : "2");
+        const pid_t child = fork();
+        if (child == 0) {
+            refuse(call);
+            sqlite3 *other = nullptr;
+            bool good = !HasFailure() && sqlite3_open(store.c_str(), &other) == SQLITE_OK;
+            for (const char *input : {"1", "2", "1", "0", "2"}) {
+                const std::string sql =
+                    "UPDATE setting SET value='" + std::string(input) + "' WHERE name='video_input'";
+                good = good && sqlite3_exec(other, sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK &&
+                       registerText(25, 1) == input;
+            }
+            _exit(good ? 0 : 1);
         }
-        _exit(good ? 0 : 1);
+        EXPECT_EQ(endOf(child), 0) << call;
+        EXPECT_EQ(registerText(25, 1), "2");
     }
-    EXPECT_EQ(endOf(child), 0);
-    EXPECT_EQ(registerText(25, 1), "2");
 }
 
 /* Changes of several processes at the same moment add up: none is lost, none fails. */
